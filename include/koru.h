@@ -1,0 +1,490 @@
+/* SPDX-License-Identifier: MIT */
+/* Copyright (c) The Koru authors */
+/**
+ * @file koru.h
+ * @brief Koru, a finite-domain constraint solver over 32-bit signed integers.
+ *
+ * A worked example: x + y = 12 over digits.
+ *
+ *     #include <koru.h>
+ *     int main(void) {
+ *       cs_init();
+ *       CSint *digits[2];
+ *       digits[0] = cs_createNamedCSint(0, 9, "x");
+ *       digits[1] = cs_createNamedCSint(0, 9, "y");
+ *       if (cs_EQ(cs_Add(digits[0], digits[1]), 12) &&
+ *           cs_search(digits, 2, cs_findFreeVarNbElements))
+ *         cs_printf("%A\n", digits, 2);        // x: 3, y: 9
+ *       cs_end();
+ *       return 0;
+ *     }
+ *
+ * The header reads as a table of contents:
+ *
+ *   1. Types and callbacks
+ *   2. Lifecycle, version and errors
+ *   3. Variables: creation, names, queries
+ *   4. Choice points
+ *   5. Relations
+ *   6. Addition and subtraction
+ *   7. All-different
+ *   8. Search, variable selection and statistics
+ *   9. Formatted output
+ *
+ * What holds everywhere:
+ *
+ * - There is one solver per process. No call may run while another one runs in a different thread.
+ * - `cs_init` comes first. Before it, and after `cs_end`, a function that needs the solver returns its
+ *   failure value (null, 0 or false) and does nothing.
+ * - A name in upper case after the prefix (`cs_EQ`) relates a variable to an int, a mixed-case one (`cs_Eq`) two
+ *   variables; a leading `V` marks a variadic form.
+ * - A variable is a `CSint *`. It belongs to the solver, stays valid until `cs_end`, and is never freed by the caller.
+ * - A constraint is propagated as soon as it is posted and again at every change of its variables. A result of
+ *   false (null for functions that create a variable) means that the problem as it stands has no solution, or that
+ *   memory ran out; domains are then left as far as propagation got, and the caller restores a choice point.
+ *   Inconsistency never touches the error code; exhausted memory sets it to `CS_ERR_MEMORY`.
+ * - A null variable is answered with the failure value, so the result of one call can be handed to the next without
+ *   a check in between: `cs_EQ(cs_Add(x, y), 12)` is false when `cs_Add` fails.
+ * - An array of variables is read while the call runs unless the function says that it is kept; an array that is kept
+ *   must stay valid, and its contents unchanged, until the constraint is undone or `cs_end`.
+ * - Callbacks may query, narrow, post, search, create and print, and may save and restore choice points in balance.
+ *   They must not call `cs_init` or `cs_end`, nor close a choice point that they did not open. A callback that leaves
+ *   by longjmp or a C++ exception leaves the solver fit only for `cs_end`.
+ * - Domain changes, choice points and constraints posted are undone by restoring a choice point; see section 4.
+ *
+ * Costs are given per call without the propagation that the call sets off: n is the length of an array argument, and
+ * "scan" means a walk over a bit array, 64 values at a step.
+ */
+#ifndef KORU_H
+#define KORU_H
+
+#include <stdio.h>
+
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
+
+#if defined(KORU_STATIC)
+#define KORU_API
+#elif defined(_WIN32)
+#if defined(KORU_BUILDING)
+#define KORU_API __declspec(dllexport)
+#else
+#define KORU_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__)
+#define KORU_API __attribute__((visibility("default")))
+#else
+#define KORU_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ==================================================================================================================
+ * 1. Types and callbacks
+ * ================================================================================================================ */
+
+/** A constrained integer variable: a finite set of ints that only shrinks, except when a choice point is restored. */
+typedef struct CSint CSint;
+
+/** Hooks of a search (opaque). */
+typedef struct CSsearchNotify CSsearchNotify;
+
+/** An order of branching decisions for one variable (opaque). */
+typedef struct CSvalueSelector CSvalueSelector;
+
+/** The error code; see cs_getErr. */
+enum {
+  CS_ERR_NONE = 0,              /**< no error */
+  CS_ERR_NOT_INSTANTIATED = -1, /**< cs_getValue was asked for the value of a variable that is not instantiated */
+  CS_ERR_OVERFLOW = -2,         /**< the bounds of a linear sum leave the 64-bit range */
+  CS_ERR_MEMORY = -3            /**< memory exhausted */
+};
+
+/** Called when an error is raised. @p vint is the variable concerned or null, @p extra the argument installed. */
+typedef void (*CSerrHandler)(CSint *vint, void *extra);
+
+/** Called when a choice point is restored; see cs_backtrack. */
+typedef void (*CSbacktrackCallback)(CSint *vint, int index);
+
+/** Picks the variable to label next; null when none is left. Called once per search level. */
+typedef CSint *(*CSfindFreeVar)(CSint **array, int size);
+
+/** Called at each solution of cs_findAll, while the variables are instantiated to it. */
+typedef void (*CSfoundCallback)(CSint **array, int size);
+
+/* ==================================================================================================================
+ * 2. Lifecycle, version and errors
+ * ================================================================================================================ */
+
+/**
+ * Start the solver. Called again while it runs, keeps all variables, constraints and choice points. In either case the
+ * error code becomes 0 and the three error handlers their defaults, so install your own afterwards.
+ * On failure (memory) the error code is CS_ERR_MEMORY, nothing is printed, and the solver is unusable until a later
+ * cs_init succeeds. Cost: five allocations, about 130 KB.
+ */
+KORU_API void cs_init(void);
+
+/**
+ * End the solver and free everything it owns. Every CSint, array of cs_createCSintArray and choice point becomes
+ * invalid; callbacks of cs_backtrack are dropped without a call. Without a running solver it does nothing.
+ * Cost: linear in everything created.
+ */
+KORU_API void cs_end(void);
+
+/** The version, "3.8.0": constant text, never freed. */
+KORU_API char *cs_getVersion(void);
+
+/** Store @p code, any int, as the error code and return it. No handler is called. */
+KORU_API int cs_setErr(int code);
+
+/** The error code: the last error since cs_init, cs_initErr or cs_setErr, and 0 without one. */
+KORU_API int cs_getErr(void);
+
+/** Set the error code to 0. */
+KORU_API void cs_initErr(void);
+
+/**
+ * Install @p handler, and @p extra as its argument, for one of CS_ERR_NOT_INSTANTIATED, CS_ERR_OVERFLOW and
+ * CS_ERR_MEMORY. A null handler installs the default: for CS_ERR_NOT_INSTANTIATED one that prints the variable to the
+ * standard error stream, for CS_ERR_OVERFLOW one that does nothing, for CS_ERR_MEMORY the standard `abort`. A memory
+ * handler that returns lets the failing call return its failure value.
+ * @p extra is kept and never read by the library.
+ * @return the handler now installed; for any other code nothing is changed and the code itself is returned, converted
+ *         to the handler type (so `(intptr_t)cs_setErrHandler(5, h, e) == 5`).
+ */
+KORU_API CSerrHandler cs_setErrHandler(int code, CSerrHandler handler, void *extra);
+
+/* ==================================================================================================================
+ * 3. Variables: creation, names, queries
+ * ================================================================================================================ */
+
+/**
+ * Create a variable with the domain [@p min, @p max]; any two ints. Restoring a choice point does not take the
+ * variable away, only its changes and constraints.
+ * @return the variable; null when min > max (no error is reported) or memory is exhausted.
+ * The number of elements is kept as an int: a variable over more than INT_MAX values reports a wrapped number (0 for
+ * the whole int range), counts as neither free nor instantiated until it is narrowed, and is safe to use.
+ * Cost: constant; 64 bytes.
+ */
+KORU_API CSint *cs_createCSint(int min, int max);
+
+/** Create a constant: cs_createCSint(value, value). */
+KORU_API CSint *CSINT(int value);
+
+/**
+ * cs_createCSint followed by cs_setName.
+ * @return as cs_createCSint; when only the name cannot be stored, the variable without a name.
+ */
+KORU_API CSint *cs_createNamedCSint(int min, int max, const char *name);
+
+/**
+ * Create an array of @p size variables with the domain [@p min, @p max].
+ * The array (not the variables) belongs to the choice point that is open now: it is freed when that is restored or
+ * accepted, and by cs_end when none is open. Do not free it, and do not use it later.
+ * @return the array, empty but not null when size < 1; null when a variable cannot be created (min > max or memory).
+ */
+KORU_API CSint **cs_createCSintArray(int size, int min, int max);
+
+/**
+ * Create a variable that holds exactly the @p size values of @p array, in any order, repetitions allowed. The array is
+ * read only during the call.
+ * @return the variable; null when size < 1 or memory is exhausted.
+ * Cost: linear in size and in (largest - smallest) / 8, which is also its size in bytes.
+ */
+KORU_API CSint *cs_createCSintFromDomain(const int *array, int size);
+
+/**
+ * Give the variable a name: a copy of the text @p name, of any length. A null name takes the name away.
+ * When the copy cannot be allocated, CS_ERR_MEMORY is reported and the variable has no name.
+ */
+KORU_API void cs_setName(CSint *vint, const char *name);
+
+/** The name, owned by the variable and valid until the next cs_setName, or null when it has none. */
+KORU_API char *cs_getName(CSint *vint);
+
+/** True when the domain has two or more elements. Constant time, like every query not said to scan. */
+KORU_API bool cs_isFree(CSint *vint);
+
+/** True when the domain has exactly one element. */
+KORU_API bool cs_isInstantiated(CSint *vint);
+
+/** The smallest value of the domain; 0 for a null variable. */
+KORU_API int cs_getMin(CSint *vint);
+
+/** The largest value of the domain; 0 for a null variable. */
+KORU_API int cs_getMax(CSint *vint);
+
+/** The number of values in the domain; 0 for a null variable. */
+KORU_API int cs_getNbElements(CSint *vint);
+
+/**
+ * The number of times a constraint was attached to the variable, those undone since included: it never falls.
+ * 0 for a null variable.
+ */
+KORU_API int cs_getNbConstraints(CSint *vint);
+
+/**
+ * The value of an instantiated variable. When the minimum differs from the maximum, the error code becomes
+ * CS_ERR_NOT_INSTANTIATED and its handler is called with the variable; the result is then the minimum as it is after
+ * the handler. 0 for a null variable.
+ */
+KORU_API int cs_getValue(CSint *vint);
+
+/**
+ * The smallest value of the domain above @p val: INT_MAX when there is none (val >= maximum), the minimum when
+ * val < minimum. Scans. INT_MAX for a null variable.
+ */
+KORU_API int cs_getNextValue(CSint *vint, int val);
+
+/**
+ * The largest value of the domain below @p val: INT_MIN when there is none (val <= minimum), the maximum when
+ * val > maximum. Scans. INT_MIN for a null variable.
+ */
+KORU_API int cs_getPreviousValue(CSint *vint, int val);
+
+/** True when @p val is in the domain. */
+KORU_API bool cs_isIn(CSint *vint, int val);
+
+/**
+ * The values of the domain in increasing order: a new array of cs_getNbElements values that the caller frees with
+ * cs_freeDomain. Null, with CS_ERR_MEMORY reported, when it cannot be allocated or the domain has more than INT_MAX
+ * values. Should the recorded number of elements exceed the real one (possible only after accepting an inner choice
+ * point and restoring an outer one), the entries past the last value hold the maximum.
+ */
+KORU_API int *cs_getDomain(CSint *vint);
+
+/** Free an array from cs_getDomain. Null is ignored. */
+KORU_API void cs_freeDomain(int *array);
+
+/** Free a record of search hooks. Null is ignored. */
+KORU_API void cs_freeSearchNotify(CSsearchNotify *notify);
+
+/** Free a value selector that the caller created. Null is ignored. */
+KORU_API void cs_freeValueSelector(CSvalueSelector *selector);
+
+/* ==================================================================================================================
+ * 4. Choice points
+ *
+ * Open choice points ("contexts") form a stack. A context's label is its position on it: the first one opened has
+ * label 1. Restoring undoes domain changes, detaches constraints posted since, frees arrays of cs_createCSintArray
+ * and calls back what cs_backtrack registered; accepting makes changes permanent even for enclosing contexts;
+ * forgetting hands them to the enclosing context. Cost: linear in the number of changes undone or discarded.
+ * ================================================================================================================ */
+
+/**
+ * Open a context. Changes that were queued by a running constraint are propagated first.
+ * @return its label; 0 without a running solver.
+ */
+KORU_API int cs_saveContext(void);
+
+/** Close the newest context, keeping its changes undoable by the enclosing one. Without an open context: nothing. */
+KORU_API void cs_forgetSaveContext(void);
+
+/** Close the newest context and make its changes permanent. Without an open context: nothing. */
+KORU_API void cs_acceptContext(void);
+
+/** Close the newest context and undo every change made since it was opened. Without an open context: nothing. */
+KORU_API void cs_restoreContext(void);
+
+/** Close all contexts and make every change permanent. */
+KORU_API void cs_acceptAll(void);
+
+/** Close all contexts and undo every change made since the oldest one was opened. */
+KORU_API void cs_restoreAll(void);
+
+/** Forget the context @p label and all newer ones; nothing when label < 1 or fewer are open. */
+KORU_API void cs_forgetSaveContextUntil(int label);
+
+/** Accept the context @p label and all newer ones; nothing when label < 1 or fewer are open. */
+KORU_API void cs_acceptContextUntil(int label);
+
+/** Restore the context @p label and all newer ones; nothing when label < 1 or fewer are open. */
+KORU_API void cs_restoreContextUntil(int label);
+
+/** cs_restoreContext followed by cs_saveContext. @return the label of the new context. */
+KORU_API int cs_restoreAndSaveContext(void);
+
+/**
+ * Register @p callback to be called once with (@p vint, @p index) when the context that is open now is restored, after
+ * all later changes have been undone. Accepting the context, and cs_end, drop it without a call; so is one that was
+ * registered with no context open. vint may be null and is only handed on. When the registration cannot be stored,
+ * CS_ERR_MEMORY is reported and the callback will not be called.
+ */
+KORU_API void cs_backtrack(CSint *vint, int index, CSbacktrackCallback callback);
+
+/** The same as cs_backtrack, under a record kind of its own. */
+KORU_API void cs_backtrackExt(CSint *vint, int index, CSbacktrackCallback callback);
+
+/* ==================================================================================================================
+ * 5. Relations
+ *
+ * All return true when the relation could be imposed. Those with an int narrow the variable at once and keep nothing,
+ * since the relation then holds for good; those with two variables post a constraint (about 120 bytes).
+ * ================================================================================================================ */
+
+/** x = v. False, x untouched, when v is not in the domain. */
+KORU_API bool cs_EQ(CSint *x, int v);
+
+/** x != v. False when v is the only value left. */
+KORU_API bool cs_NEQ(CSint *x, int v);
+
+/** x <= v. */
+KORU_API bool cs_LE(CSint *x, int v);
+
+/** x < v. Always true, and without effect, for v = INT_MIN: v - 1 wraps. */
+KORU_API bool cs_LT(CSint *x, int v);
+
+/** x >= v. */
+KORU_API bool cs_GE(CSint *x, int v);
+
+/** x > v. Always true, and without effect, for v = INT_MAX: v + 1 wraps. */
+KORU_API bool cs_GT(CSint *x, int v);
+
+/** x = y, domain-consistent: every value is kept in both or neither. True at once for the same variable twice. */
+KORU_API bool cs_Eq(CSint *x, CSint *y);
+
+/** x != y, forward checking: acts when one side is bound. False at once for the same variable twice. */
+KORU_API bool cs_Neq(CSint *x, CSint *y);
+
+/** x <= y, bounds-consistent. True at once for the same variable twice. */
+KORU_API bool cs_Le(CSint *x, CSint *y);
+
+/** x < y, bounds-consistent. False at once for the same variable twice. */
+KORU_API bool cs_Lt(CSint *x, CSint *y);
+
+/** x >= y, bounds-consistent. True at once for the same variable twice. */
+KORU_API bool cs_Ge(CSint *x, CSint *y);
+
+/** x > y, bounds-consistent. False at once for the same variable twice. */
+KORU_API bool cs_Gt(CSint *x, CSint *y);
+
+/* ==================================================================================================================
+ * 6. Addition and subtraction
+ *
+ * Arithmetic is functional: each function returns a new variable that is constrained to equal the result. Bounds
+ * saturate at the int range. Null on failure: a null operand or exhausted memory.
+ * ================================================================================================================ */
+
+/**
+ * x + y. Bounds-consistent; while one operand is bound, holes pass between the other one and the sum. A sum that is
+ * already decided is a constant and posts nothing.
+ */
+KORU_API CSint *cs_Add(CSint *x, CSint *y);
+
+/** x - y; as cs_Add. */
+KORU_API CSint *cs_Sub(CSint *x, CSint *y);
+
+/**
+ * The sum of the @p n variables that follow (each a `CSint *`), bounds-consistent. n = 1 returns the variable itself,
+ * n < 1 a constant 0. Every change of a variable costs time linear in n.
+ */
+KORU_API CSint *cs_VAdd(int n, ...);
+
+/**
+ * The first of the @p n variables that follow less the sum of the others, bounds-consistent. n < 1 returns a
+ * constant 0.
+ */
+KORU_API CSint *cs_VSub(int n, ...);
+
+/* ==================================================================================================================
+ * 7. All-different
+ * ================================================================================================================ */
+
+/**
+ * All @p count variables of @p vars take different values. A variable that becomes bound takes its value from all
+ * others, and the span between the smallest minimum and the largest maximum must offer `count` values; there is no
+ * stronger reasoning. The array is kept. A variable that stands in it twice makes it unsatisfiable once bound.
+ * @return 1 when posted and consistent, or when count < 1 (nothing is posted); 0 on failure.
+ * Cost: linear in count at posting and whenever a variable becomes bound.
+ */
+KORU_API int cs_AllNeq(CSint **vars, int count);
+
+/* ==================================================================================================================
+ * 8. Search, variable selection and statistics
+ *
+ * The searches label an array of variables depth first: they let @p f pick a variable, open a context and try its
+ * values in increasing order. They allocate nothing and use one native stack frame per level.
+ *
+ * A true result leaves the solution in place, with one open context per level: undo it with cs_restoreAll, or
+ * cs_restoreContextUntil with a label saved before. A false result after the whole tree was searched leaves everything
+ * as before the call. One that comes from cs_cancelSearch or the fail limit leaves the state of the last branch and
+ * its contexts open: restore it in the same way.
+ * ================================================================================================================ */
+
+/** Find one solution. @return true if one was reached. With size < 1 the built-in selections find it at once. */
+KORU_API bool cs_search(CSint **array, int size, CSfindFreeVar f);
+
+/** As cs_search, giving up when @p nbFailsMax fails have been counted; 0 or negative means no limit. */
+KORU_API bool cs_searchFail(CSint **array, int size, CSfindFreeVar f, int nbFailsMax);
+
+/**
+ * As cs_search over the @p nbVars variables from @p var1 on (each a `CSint *`), followed by the selection function
+ * (a `CSfindFreeVar`). Allocates an array of nbVars pointers for the time of the search; when that fails,
+ * CS_ERR_MEMORY is reported and the result is false.
+ */
+KORU_API bool cs_Vsearch(int nbVars, CSint *var1, ...);
+
+/**
+ * Visit all solutions: @p found, which may be null, is called at each one with (array, size), the variables hold it
+ * only during that call. Returns with everything as before.
+ * @return true if there was at least one.
+ */
+KORU_API bool cs_findAll(CSint **array, int size, CSfindFreeVar f, CSfoundCallback found);
+
+/** Make the running search stop before the next value it would try. To be called from any of its callbacks. */
+KORU_API void cs_cancelSearch(void);
+
+/** Selection: the first variable in array order that is not bound. Null when size < 1 or all are. Cost: linear. */
+KORU_API CSint *cs_findFreeVar(CSint **array, int size);
+
+/** Selection: a free variable with the fewest elements, the first of them in array order. */
+KORU_API CSint *cs_findFreeVarNbElements(CSint **array, int size);
+
+/** Selection: as cs_findFreeVarNbElements, equals decided by the smaller minimum, then by array order. */
+KORU_API CSint *cs_findFreeVarNbElementsMin(CSint **array, int size);
+
+/** Selection: a free variable with the largest cs_getNbConstraints, the first of them in array order. */
+KORU_API CSint *cs_findFreeVarNbConstraints(CSint **array, int size);
+
+/** The number of values that propagation refused, since the last search began. */
+KORU_API int cs_getNbFails(void);
+
+/** The number of values tried, since the last search began. */
+KORU_API int cs_getNbChoicePoints(void);
+
+/** cs_fprintStats to the standard output. */
+KORU_API void cs_printStats(void);
+
+/**
+ * Write fails, choice points and the capacity of the undo trail in records ("Heap Size") to @p f, a line each after an
+ * empty one.
+ */
+KORU_API void cs_fprintStats(FILE *f);
+
+/* ==================================================================================================================
+ * 9. Formatted output
+ * ================================================================================================================ */
+
+/** cs_fprintf to the standard output. */
+KORU_API void cs_printf(const char *format, ...);
+
+/**
+ * printf with three conversions more: `%D` prints the domain of a `CSint *`; `%T` its name and ": " first, if it has
+ * one; `%A` takes a `CSint **` and an int and prints that many variables as `%T` does, separated by ", ".
+ *
+ * A bound variable prints as its value, an interval as {0..9} (or {0, 1}), any other domain as {1..3, 5, 7..10}.
+ * The standard conversions are those of printf, except that `%n` is refused: it and anything that is no conversion
+ * are printed as they stand. "%%" prints one percent sign after a standard conversion, and two before the first
+ * conversion or after `%A`, `%D` and `%T`.
+ * When memory for a piece of the format cannot be had, CS_ERR_MEMORY is reported and the rest is not printed.
+ */
+KORU_API void cs_fprintf(FILE *stream, const char *format, ...);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KORU_H */

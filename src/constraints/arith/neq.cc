@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// cs_Neq: x != y.
+// Consistency: forward checking, acts when one side is bound.  Cost: O(1) per event.  State: none.
+// Wakes: when a side becomes bound.
+// Deliberate: the same variable twice -> false, nothing posted.
+#include "core/post.h"
+
+namespace koru::neq {
+
+struct Neq {
+  CSint *x;
+  CSint *y;
+};
+
+static bool exclude(const CSint *boundSide, CSint *v) { return removeValue(v, boundSide->min); }
+
+static bool filter(Neq &c) {
+  if (isBound(c.x)) return exclude(c.x, c.y);
+  return !isBound(c.y) || exclude(c.y, c.x);
+}
+
+static bool bound(Neq &c, const Event &e) { return exclude(e.var, e.var == c.x ? c.y : c.x); }
+
+constexpr auto kTable = handlers<Neq>({.minBound = on<bound>, .maxBound = on<bound>, .bound = on<bound>});
+
+static bool post(CSint *x, CSint *y) {
+  if (x == nullptr || y == nullptr || x == y) return false;
+  Posting posting{"cs_Neq"};
+  auto c = posting.add(kTable, Neq{x, y});
+  c.attach(x);
+  c.attach(y);
+  return posting && filter(*c);
+}
+
+}  // namespace koru::neq
+
+bool cs_Neq(CSint *x, CSint *y) { return koru::neq::post(x, y); }

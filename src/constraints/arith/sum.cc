@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+// cs_Add, cs_Sub: s = a + b. z = x + y is {z, x, y}; z = x - y is {x, z, y}.
+// Consistency: bounds; holes pass between two of the variables while the third is bound.
+// Cost: O(1) per event; posting O(1), or O(d) to copy the holes of an operand d wide.  State: none.
+// Wakes: on every event.
+// Deliberate: a decided result is a constant and nothing is posted; operands are not narrowed at posting; with both
+// operands unbound the result is an interval even when they have holes.
+// Deliberate: bounds saturate at the int range, except that max s - min a (and min b) wraps.
+#include "constraints/arith/sum.h"
+
+namespace koru::sum {
+
+struct Sum {
+  CSint *s;
+  CSint *a;
+  CSint *b;
+};
+
+// ----- rules
+
+static bool raiseS(Sum &c) {
+  const int bound = satAdd(c.a->min, c.b->min);
+  return bound <= c.s->min || narrowMin(c.s, bound);
+}
+
+static bool lowerS(Sum &c) {
+  const int bound = satAdd(c.a->max, c.b->max);
+  return bound >= c.s->max || narrowMax(c.s, bound);
+}
+
+static bool raiseOperand(const Sum &c, CSint *operand, const CSint *other) {
+  const int bound = satSub(c.s->min, other->max);
+  return bound <= operand->min || narrowMin(operand, bound);
+}
+
+static bool lowerOperand(const Sum &c, CSint *operand, const CSint *other) {
+  const int bound = satSub(c.s->max, other->min);
+  return bound >= operand->max || narrowMax(operand, bound);
+}
+
+static bool lowerOperandWrapping(const Sum &c, CSint *operand, const CSint *other) {
+  const int bound = wrapSub(c.s->max, other->min);
+  return bound >= operand->max || narrowMax(operand, bound);
+}
+
+static bool removeIfPresent(CSint *v, int value) { return !contains(v, value) || removeValue(v, value); }
+
+// `changed` lost w; `other` is the second operand.
+static bool removedFromOperand(const Sum &c, CSint *other, int w) {
+  if (isBound(c.s) && !removeIfPresent(other, satSub(c.s->min, w))) return false;
+  return !isBound(other) || removeIfPresent(c.s, satAdd(other->min, w));
+}
+
+static bool removedFromSum(const Sum &c, int w) {
+  if (isBound(c.a) && !removeIfPresent(c.b, satSub(w, c.a->min))) return false;
+  return !isBound(c.b) || removeIfPresent(c.a, satSub(w, c.b->min));
+}
+
+// ----- handlers: a is tested first, so with a and b the same variable its rule runs
+
+static bool newMin(Sum &c, const Event &e) {
+  if (e.var == c.a) return raiseS(c) && lowerOperandWrapping(c, c.b, c.a);
+  if (e.var == c.b) return raiseS(c) && lowerOperandWrapping(c, c.a, c.b);
+  return raiseOperand(c, c.a, c.b) && raiseOperand(c, c.b, c.a);
+}
+
+static bool newMax(Sum &c, const Event &e) {
+  if (e.var == c.a) return lowerS(c) && raiseOperand(c, c.b, c.a);
+  if (e.var == c.b) return lowerS(c) && raiseOperand(c, c.a, c.b);
+  return lowerOperand(c, c.a, c.b) && lowerOperand(c, c.b, c.a);
+}
+
+static bool bound(Sum &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
+
+static bool removed(Sum &c, const Event &e) {
+  if (e.var == c.a) return removedFromOperand(c, c.b, e.newValue);
+  if (e.var == c.b) return removedFromOperand(c, c.a, e.newValue);
+  return removedFromSum(c, e.newValue);
+}
+
+constexpr auto kTable = handlers<Sum>({.newMin = on<newMin>,
+                                       .newMax = on<newMax>,
+                                       .minBound = on<newMin>,
+                                       .maxBound = on<newMax>,
+                                       .bound = on<bound>,
+                                       .removed = on<removed>});
+
+// ----- posting
+
+// Gives z the holes of v, value w becoming shifted(w). Only what falls strictly between z's bounds is a hole there.
+template <class Shift>
+static bool copyHoles(CSint *z, const CSint *v, Shift shifted) {
+  z->bits = DomainBits::create(z->min, z->max, DomainBits::Fill::kAll);
+  if (z->bits == nullptr) return false;
+  for (int gap = v->min; gap < v->max; gap = valueAfter(v, gap)) {
+    const int end = valueAfter(v, gap);
+    for (int w = gap + 1; w < end; ++w) {
+      const std::int64_t hole = shifted(w);
+      if (hole <= z->min || hole >= z->max) continue;
+      z->bits->clear(static_cast<int>(hole));
+      z->count = wrapSub(z->count, 1);
+    }
+  }
+  return true;
+}
+
+static bool copyOperandHoles(CSint *z, const CSint *shiftedOperand, const CSint *boundOperand) {
+  const std::int64_t c = boundOperand->min;
+  return !hasHoles(shiftedOperand) || copyHoles(z, shiftedOperand, [c](int w) { return c + w; });
+}
+
+static bool addHoles(CSint *z, const CSint *x, const CSint *y) {
+  if (isBound(x)) return copyOperandHoles(z, y, x);
+  return !isBound(y) || copyOperandHoles(z, x, y);
+}
+
+static bool subtractHoles(CSint *z, const CSint *x, const CSint *y) {
+  if (isBound(x)) {
+    const std::int64_t c = x->min;
+    if (hasHoles(y)) return copyHoles(z, y, [c](int w) { return c - w; });
+  }
+  if (!isBound(y) || !hasHoles(x)) return true;
+  const std::int64_t c = y->min;
+  return copyHoles(z, x, [c](int w) { return w - c; });
+}
+
+static CSint *attachSum(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
+  auto c = posting.add(kTable, sum);
+  c.attach(z);
+  c.attach(x);
+  c.attach(y);
+  return posting ? z : nullptr;
+}
+
+static CSint *add(CSint *x, CSint *y) {
+  if (x == nullptr || y == nullptr) return nullptr;
+  CSint *z = createVariable(satAdd(x->min, y->min), satAdd(x->max, y->max));
+  if (z == nullptr || isBound(z)) return z;
+  if (!addHoles(z, x, y)) return nullptr;
+  Posting posting{"cs_Add"};
+  return attachSum(posting, {z, x, y}, z, x, y);
+}
+
+static CSint *createDifference(const CSint *x, const CSint *y) {
+  CSint *z = createVariable(satSub(x->min, y->max), satSub(x->max, y->min));
+  if (z == nullptr || isBound(z)) return z;
+  return subtractHoles(z, x, y) ? z : nullptr;
+}
+
+static CSint *attachDifference(Posting &posting, CSint *z, CSint *x, CSint *y) {
+  if (z == nullptr || isBound(z)) return z;
+  return attachSum(posting, {x, z, y}, z, x, y);
+}
+
+CSint *postDifference(Posting &posting, CSint *x, CSint *y) {
+  return attachDifference(posting, createDifference(x, y), x, y);
+}
+
+static CSint *subtract(CSint *x, CSint *y) {
+  if (x == nullptr || y == nullptr) return nullptr;
+  CSint *z = createDifference(x, y);
+  if (z == nullptr || isBound(z)) return z;
+  Posting posting{"cs_Sub"};
+  return attachDifference(posting, z, x, y);
+}
+
+}  // namespace koru::sum
+
+CSint *cs_Add(CSint *x, CSint *y) { return koru::sum::add(x, y); }
+CSint *cs_Sub(CSint *x, CSint *y) { return koru::sum::subtract(x, y); }

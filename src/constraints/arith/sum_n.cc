@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+// cs_VAdd, cs_VSub, and the engine of all n-ary sums: s = a1 + ... + an.
+// Consistency: bounds.  Cost: O(n) per event: totals are computed anew, in 64 bits.  State: none.
+// Wakes: when a bound moves, on one constraint for s and one for the addends, under one site.
+// Deliberate: totals must reflect changes whose events are still queued, so none are kept from event to event.
+// Deliberate: the site name of cs_VAdd is "cs_Vadd".
+#include "constraints/arith/sum_n.h"
+
+#include <cstdarg>
+
+#include "constraints/arith/sum.h"
+
+namespace koru::sum_n {
+
+struct Record {
+  CSint *s;
+  CSint **addends;
+  int n;
+  Shared<CSint *> owner;
+};
+
+struct OnSum : Record {};
+struct OnAddends : Record {};
+
+// ----- rules
+
+static std::int64_t totalMin(const Record &c) {
+  std::int64_t total = 0;
+  for (int i = 0; i < c.n; ++i) total += c.addends[i]->min;
+  return total;
+}
+
+static std::int64_t totalMax(const Record &c) {
+  std::int64_t total = 0;
+  for (int i = 0; i < c.n; ++i) total += c.addends[i]->max;
+  return total;
+}
+
+// slack: how far the greatest total lies above s; no addend may fall further below its maximum.
+static bool raiseAddends(const Record &c, std::int64_t slack, int skipped) {
+  for (int i = 0; i < c.n; ++i) {
+    if (i != skipped && !narrowMin64(c.addends[i], c.addends[i]->max - slack)) return false;
+  }
+  return true;
+}
+
+// excess: how far the least total lies below s, as a number <= 0; no addend may rise further above its minimum.
+static bool lowerAddends(const Record &c, std::int64_t excess, int skipped) {
+  for (int i = 0; i < c.n; ++i) {
+    if (i != skipped && !narrowMax64(c.addends[i], c.addends[i]->min - excess)) return false;
+  }
+  return true;
+}
+
+constexpr int kNone = -1;
+
+// ----- handlers on s
+
+static bool sumNewMin(OnSum &c, const Event &) {
+  const std::int64_t slack = totalMax(c) - c.s->min;
+  return slack >= 0 && raiseAddends(c, slack, kNone);
+}
+
+static bool sumNewMax(OnSum &c, const Event &) {
+  const std::int64_t excess = totalMin(c) - c.s->max;
+  return excess <= 0 && lowerAddends(c, excess, kNone);
+}
+
+static bool sumBound(OnSum &c, const Event &e) { return sumNewMin(c, e) && sumNewMax(c, e); }
+
+constexpr auto kSumTable = handlers<OnSum>({.newMin = on<sumNewMin>,
+                                            .newMax = on<sumNewMax>,
+                                            .minBound = on<sumNewMin>,
+                                            .maxBound = on<sumNewMax>,
+                                            .bound = on<sumBound>});
+
+// ----- handlers on the addends
+
+static bool addendNewMin(OnAddends &c, const Event &e) {
+  const std::int64_t total = totalMin(c);
+  const std::int64_t excess = total - c.s->max;
+  return excess <= 0 && narrowMin64(c.s, total) && lowerAddends(c, excess, e.index);
+}
+
+static bool addendNewMax(OnAddends &c, const Event &e) {
+  const std::int64_t total = totalMax(c);
+  const std::int64_t slack = total - c.s->min;
+  return slack >= 0 && narrowMax64(c.s, total) && raiseAddends(c, slack, e.index);
+}
+
+static bool addendBound(OnAddends &c, const Event &e) { return addendNewMin(c, e) && addendNewMax(c, e); }
+
+constexpr auto kAddendTable = handlers<OnAddends>({.newMin = on<addendNewMin>,
+                                                   .newMax = on<addendNewMax>,
+                                                   .minBound = on<addendNewMin>,
+                                                   .maxBound = on<addendNewMax>,
+                                                   .bound = on<addendBound>});
+
+// ----- posting
+
+CSint *post(Posting &posting, CSint **addends, int n, const Shared<CSint *> &owner) {
+  if (!posting) return nullptr;
+  if (n < 1) return createVariable(0, 0);
+  if (n == 1) return addends[0];
+  Record record{nullptr, addends, n, owner};
+  record.s = createVariable(clampToInt(totalMin(record)), clampToInt(totalMax(record)));
+  if (record.s == nullptr) return nullptr;
+  auto onSum = posting.add(kSumTable, OnSum{record});
+  onSum.attach(record.s);
+  auto onAddends = posting.add(kAddendTable, OnAddends{record});
+  for (int i = 0; i < n; ++i) onAddends.attach(addends[i], i);
+  return posting ? record.s : nullptr;
+}
+
+// The arguments as an array that the choice point open now and the constraints share; empty when one is null.
+static Shared<CSint *> copyArguments(std::va_list arguments, int n) {
+  Shared<CSint *> copy(n);
+  for (int i = 0; copy && i < n; ++i) copy.get()[i] = va_arg(arguments, CSint *);
+  return copy && allPresent(copy.get(), n) ? copy : Shared<CSint *>{};
+}
+
+static CSint *postCopy(Posting &posting, const Shared<CSint *> &addends, int n) {
+  posting.keepOnTrail(addends);
+  return post(posting, addends.get(), n, addends);
+}
+
+}  // namespace koru::sum_n
+
+using namespace koru;
+
+CSint *cs_VAdd(int n, ...) {
+  Posting posting{"cs_Vadd"};
+  if (!posting) return nullptr;
+  std::va_list arguments;
+  va_start(arguments, n);
+  const Shared<CSint *> addends = sum_n::copyArguments(arguments, n);
+  va_end(arguments);
+  return sum_n::postCopy(posting, addends, n);
+}
+
+CSint *cs_VSub(int n, ...) {
+  if (n < 1) return createVariable(0, 0);
+  Posting posting{"cs_VSub"};
+  if (!posting) return nullptr;
+  std::va_list arguments;
+  va_start(arguments, n);
+  CSint *x = va_arg(arguments, CSint *);
+  const Shared<CSint *> subtrahends = sum_n::copyArguments(arguments, n - 1);
+  va_end(arguments);
+  CSint *total = sum_n::postCopy(posting, subtrahends, n - 1);
+  return x != nullptr && total != nullptr ? sum::postDifference(posting, x, total) : nullptr;
+}

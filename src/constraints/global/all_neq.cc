@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// cs_AllNeq: all variables of an array take different values.
+// Consistency: value elimination, and a pigeonhole test on the span of all bounds; no Hall intervals, no matching.
+// Cost: O(n) when a variable is bound, O(1) or a scan when a bound of a witness moves.
+// State: two witnesses, variables whose bounds alone span enough values. They are not trailed: backtracking only
+// widens domains, so a pair that was wide enough deeper in the search still is.
+// Wakes: when a bound moves or a variable is bound.
+#include "core/post.h"
+
+namespace koru::all_neq {
+
+struct AllNeq {
+  CSint **vars;
+  int count;
+  CSint *minWitness;
+  CSint *maxWitness;
+};
+
+// ----- rules
+
+static bool wideEnough(const AllNeq &c, const CSint *low, const CSint *high) {
+  return std::int64_t{high->max} - low->min + 1 >= c.count;
+}
+
+// Deliberate: the scan takes the first pair that is wide enough and does not look for the extremes; on failure the
+// witnesses stay.
+static bool spanFits(AllNeq &c) {
+  CSint *low = c.minWitness;
+  CSint *high = c.maxWitness;
+  if (wideEnough(c, low, high)) return true;
+  for (int i = 0; i < c.count; ++i) {
+    CSint *v = c.vars[i];
+    if (low->min > v->min) low = v;
+    if (high->max < v->max) high = v;
+    if (wideEnough(c, low, high)) {
+      c.minWitness = low;
+      c.maxWitness = high;
+      return true;
+    }
+  }
+  return false;
+}
+
+static bool isWitness(const AllNeq &c, const CSint *v) { return v == c.minWitness || v == c.maxWitness; }
+
+// Takes x's value from all others, x itself told by identity.
+static bool eliminate(const AllNeq &c, const CSint *x) {
+  const int value = x->min;
+  for (int i = 0; i < c.count; ++i) {
+    CSint *v = c.vars[i];
+    if (v != x && contains(v, value) && !removeValue(v, value)) return false;
+  }
+  return true;
+}
+
+// ----- handlers
+
+static bool newBound(AllNeq &c, const Event &e) { return !isWitness(c, e.var) || spanFits(c); }
+static bool bound(AllNeq &c, const Event &e) { return newBound(c, e) && eliminate(c, e.var); }
+
+constexpr auto kTable = handlers<AllNeq>(
+    {.newMin = on<newBound>, .newMax = on<newBound>, .minBound = on<bound>, .maxBound = on<bound>, .bound = on<bound>});
+
+// ----- posting
+
+// By position here, so a variable that stands twice and is bound fails.
+static bool eliminateAt(const AllNeq &c, int i) {
+  const int value = c.vars[i]->min;
+  for (int j = 0; j < c.count; ++j)
+    if (j != i && !removeValue(c.vars[j], value)) return false;
+  return true;
+}
+
+static bool filter(AllNeq &c) {
+  for (int i = 0; i < c.count; ++i) {
+    CSint *v = c.vars[i];
+    if (isBound(v) && !eliminateAt(c, i)) return false;
+    if (c.minWitness->min > v->min) c.minWitness = v;
+    if (c.maxWitness->max < v->max) c.maxWitness = v;
+  }
+  return wideEnough(c, c.minWitness, c.maxWitness);
+}
+
+static int post(CSint **vars, int count) {
+  if (count <= 0) return 1;
+  if (vars == nullptr || !allPresent(vars, count)) return 0;
+  Posting posting{"cs_AllNeq"};
+  auto c = posting.add(kTable, AllNeq{vars, count, vars[0], vars[count - 1]});
+  for (int i = 0; i < count; ++i) c.attach(vars[i], i);
+  return posting && filter(*c) ? 1 : 0;
+}
+
+}  // namespace koru::all_neq
+
+int cs_AllNeq(CSint **vars, int count) { return koru::all_neq::post(vars, count); }

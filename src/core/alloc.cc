@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#include "core/alloc.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+#include "core/errors.h"
+
+namespace koru {
+
+#if defined(KORU_CHECKED) && KORU_CHECKED
+bool (*allocationHook)(std::size_t size) = nullptr;
+static bool allowed(std::size_t size) { return allocationHook == nullptr || allocationHook(size); }
+#else
+static constexpr bool allowed(std::size_t) { return true; }
+#endif
+
+void *allocate(std::size_t size) {
+  void *block = allowed(size) ? std::malloc(size == 0 ? 1 : size) : nullptr;
+  if (block == nullptr) reportMemoryExhausted();
+  return block;
+}
+
+void *allocateArray(std::size_t header, std::size_t count, std::size_t elementSize) {
+  if (count > (SIZE_MAX - header) / elementSize) {
+    reportMemoryExhausted();
+    return nullptr;
+  }
+  return allocate(header + count * elementSize);
+}
+
+void deallocate(void *block) { std::free(block); }
+
+}  // namespace koru

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+// Memory: the only malloc and free of the library.
+//
+// A failed allocation is reported here, once, and shows to the caller as null. Buffer owns an array alone, Shared
+// counts its owners: the undo trail and a constraint may hold the same array, whichever dies first.
+#pragma once
+
+#include <cstddef>
+#include <utility>
+
+#include "core/build_mode.h"
+
+namespace koru {
+
+// Null when memory is exhausted (reported) or the size does not fit. A size of 0 is a size of 1.
+void *allocate(std::size_t size);
+void *allocateArray(std::size_t header, std::size_t count, std::size_t elementSize);
+void deallocate(void *block);
+
+// Test builds ask this hook, when set, before every allocation; false makes the allocation fail.
+#if defined(KORU_CHECKED) && KORU_CHECKED
+extern bool (*allocationHook)(std::size_t size);
+#endif
+
+// An array of trivial elements with one owner.
+template <class T>
+class Buffer {
+ public:
+  Buffer() = default;
+  explicit Buffer(int count) : data_(static_cast<T *>(allocateArray(0, static_cast<std::size_t>(count), sizeof(T)))) {}
+  Buffer(Buffer &&other) noexcept : data_(std::exchange(other.data_, nullptr)) {}
+  Buffer &operator=(Buffer &&other) noexcept {
+    std::swap(data_, other.data_);
+    return *this;
+  }
+  ~Buffer() { deallocate(data_); }
+
+  explicit operator bool() const { return data_ != nullptr; }
+  T *get() const { return data_; }
+  T &operator[](int i) const { return data_[i]; }
+
+ private:
+  T *data_ = nullptr;
+};
+
+// The head of a shared array; the elements follow it.
+struct alignas(std::max_align_t) SharedBlock {
+  int owners;
+};
+
+inline void dropShare(SharedBlock *block) {
+  if (block != nullptr && --block->owners == 0) deallocate(block);
+}
+
+// An array of trivial elements with counted owners.
+template <class T>
+class Shared {
+ public:
+  Shared() = default;
+  explicit Shared(int count)
+      : block_(static_cast<SharedBlock *>(
+            allocateArray(sizeof(SharedBlock), count < 0 ? 0 : static_cast<std::size_t>(count), sizeof(T)))) {
+    if (block_ != nullptr) block_->owners = 1;
+  }
+  Shared(const Shared &other) : block_(other.block_) {
+    if (block_ != nullptr) ++block_->owners;
+  }
+  Shared &operator=(Shared other) {
+    std::swap(block_, other.block_);
+    return *this;
+  }
+  ~Shared() { dropShare(block_); }
+
+  explicit operator bool() const { return block_ != nullptr; }
+  T *get() const { return block_ == nullptr ? nullptr : reinterpret_cast<T *>(block_ + 1); }
+
+  // Hands one share to the caller, who ends it with dropShare.
+  SharedBlock *share() const {
+    ++block_->owners;
+    return block_;
+  }
+
+ private:
+  SharedBlock *block_ = nullptr;
+};
+
+}  // namespace koru

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+// BlockStack: a stack of records in blocks of 1024. Records never move once pushed, so plain pointers to them stay
+// valid; a block that was emptied is kept for the next growth and freed by destroy() alone.
+//
+// Cost: push and pop constant, an allocation only when the stack first grows past a multiple of 1024.
+// State: a popped record keeps its contents until the next push.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "core/alloc.h"
+
+namespace koru {
+
+template <class Record>
+class BlockStack {
+  static_assert(std::is_trivially_destructible_v<Record>);
+
+ public:
+  static constexpr int kCapacity = 1024;
+
+  // Allocates the first block, unless it is there already. False when memory is exhausted.
+  bool create();
+  void destroy();
+
+  // The new record, its contents left to the caller; null when the stack was never created (no report) or a new block
+  // cannot be had (reported), the stack then being unchanged.
+  Record *push() {
+    if (top_ == end_) [[unlikely]] {
+      if (!enterNextBlock()) return nullptr;
+    }
+    ++count_;
+    return top_++;
+  }
+
+  // The record removed, readable until the next push. The stack must not be empty.
+  Record *pop() {
+    if (top_ == begin_) [[unlikely]]
+      enterPreviousBlock();
+    --count_;
+    return --top_;
+  }
+
+  int count() const { return count_; }
+  int blockCount() const { return blockCount_; }
+  bool created() const { return first_ != nullptr; }
+
+  // For the invariant checker: blocks follow one another and the counts agree.
+  bool sound() const;
+
+  // Visits every record, oldest first.
+  template <class Visit>
+  void forEach(Visit visit) const;
+
+ private:
+  struct Block {
+    int base;  // stack index of the block's first record
+    Block *next;
+    Block *previous;
+
+    // The records follow the head, aligned for their type, which malloc alone may not do.
+    Record *records() {
+      const auto address = reinterpret_cast<std::uintptr_t>(this + 1);
+      return reinterpret_cast<Record *>((address + alignof(Record) - 1) & ~(alignof(Record) - 1));
+    }
+  };
+
+  Block *makeBlock(Block *previous);
+  bool enterNextBlock();
+  void enterPreviousBlock();
+  void use(Block *block) {
+    current_ = block;
+    begin_ = block->records();
+    end_ = begin_ + kCapacity;
+  }
+
+  Record *top_ = nullptr;    // the next free record
+  Record *begin_ = nullptr;  // the current block's records
+  Record *end_ = nullptr;
+  int count_ = 0;
+  int blockCount_ = 0;
+  Block *current_ = nullptr;
+  Block *first_ = nullptr;
+};
+
+template <class Record>
+typename BlockStack<Record>::Block *BlockStack<Record>::makeBlock(Block *previous) {
+  constexpr std::size_t slack = alignof(Record) > alignof(Block) ? alignof(Record) : 0;
+  auto *block = static_cast<Block *>(allocateArray(sizeof(Block) + slack, kCapacity, sizeof(Record)));
+  if (block == nullptr) return nullptr;
+  *block = {count_, nullptr, previous};
+  ++blockCount_;
+  return block;
+}
+
+template <class Record>
+bool BlockStack<Record>::create() {
+  if (first_ != nullptr) return true;
+  first_ = makeBlock(nullptr);
+  if (first_ == nullptr) return false;
+  use(first_);
+  top_ = begin_;
+  return true;
+}
+
+template <class Record>
+void BlockStack<Record>::destroy() {
+  for (Block *block = first_; block != nullptr;) {
+    Block *next = block->next;
+    deallocate(block);
+    block = next;
+  }
+  *this = BlockStack{};
+}
+
+template <class Record>
+bool BlockStack<Record>::enterNextBlock() {
+  if (current_ == nullptr) return false;
+  if (current_->next == nullptr) {
+    current_->next = makeBlock(current_);
+    if (current_->next == nullptr) return false;
+  }
+  use(current_->next);
+  top_ = begin_;
+  return true;
+}
+
+template <class Record>
+void BlockStack<Record>::enterPreviousBlock() {
+  use(current_->previous);
+  top_ = end_;
+}
+
+template <class Record>
+bool BlockStack<Record>::sound() const {
+  int blocks = 0;
+  for (Block *block = first_, *previous = nullptr; block != nullptr; previous = block, block = block->next) {
+    if (block->base != blocks * kCapacity || block->previous != previous) return false;
+    ++blocks;
+  }
+  return blocks == blockCount_ && (current_ == nullptr || count_ == current_->base + (top_ - begin_));
+}
+
+template <class Record>
+template <class Visit>
+void BlockStack<Record>::forEach(Visit visit) const {
+  for (Block *block = first_; block != nullptr && block->base < count_; block = block->next) {
+    const int inBlock = count_ - block->base < kCapacity ? count_ - block->base : kCapacity;
+    for (int i = 0; i < inBlock; ++i) visit(block->records()[i]);
+  }
+}
+
+}  // namespace koru

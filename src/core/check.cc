@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+#include "core/check.h"
+
+#include "core/build_mode.h"
+
+#if defined(KORU_CHECKED) && KORU_CHECKED
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "core/solver.h"
+
+namespace koru::check {
+
+namespace {
+
+void require(bool holds, const char *what) {
+  if (holds) return;
+  std::fprintf(stderr, "koru: invariant violated: %s\n", what);
+  std::abort();
+}
+
+void checkBits(const CSint &v) {
+  require(v.bits->low <= v.min && v.max <= v.bits->high, "bits cover the bounds");
+  require(v.bits->has(v.min) && v.bits->has(v.max), "the bounds are present in the bits");
+  const int present = wrap(countPresent(v.bits, v.min, v.max));
+  require(present == v.count || solver.checked.countsMayLag, "the element count is the number of bits set");
+}
+
+void checkDomain(const CSint &v) {
+  require(v.initialMin <= v.min && v.min <= v.max && v.max <= v.initialMax, "bounds are in order");
+  if (v.bits != nullptr) return checkBits(v);
+  require(!hasHoles(&v) || solver.checked.countsMayLag, "an interval's element count is its size");
+}
+
+void checkEntries(const Entry *entry) {
+  for (; entry != nullptr; entry = entry->next) {
+    const int below = entry->next != nullptr ? entry->next->heardFromHere : 0;
+    require(entry->heardFromHere == (entry->heard | below), "what a list hears is what its entries hear");
+  }
+}
+
+template <class Visit>
+void forEachEntry(Visit visit) {
+  solver.variables.forEach([&](CSint &v) {
+    for (Entry *entry = v.constraints; entry != nullptr; entry = entry->next) visit(*entry);
+  });
+}
+
+// Takes every entry's reference away, looks at what is left, and puts them back: no memory needed.
+void checkReferences() {
+  forEachEntry([](Entry &entry) { --entry.constraint->references; });
+  forEachEntry([](Entry &entry) {
+    const int others = entry.constraint->references;
+    require(others >= 0, "a constraint has a reference for each of its entries");
+    require(others == 0 || solver.checked.posters > 0, "nothing but entries refers to a constraint");
+    require(entry.constraint->site->references > 0, "a constraint's site is referred to");
+  });
+  forEachEntry([](Entry &entry) { ++entry.constraint->references; });
+}
+
+void checkContexts() {
+  int previous = 0;
+  solver.contexts.forEach([&](const ContextMark &mark) {
+    require(previous <= mark.trailMark, "trail marks ascend");
+    previous = mark.trailMark;
+  });
+  require(previous <= solver.trail.count(), "trail marks lie on the trail");
+}
+
+}  // namespace
+
+void invariantsWhenIdle() {
+  if (solver.queue.depth != 0 || --solver.checked.untilNext > 0) return;
+  solver.checked.untilNext = solver.checked.period;
+  require(solver.queue.head == nullptr && solver.queue.tail == nullptr, "the queue is empty outside propagation");
+  require(solver.graveyard == nullptr, "no detached entry waits outside propagation");
+  require(solver.variables.sound() && solver.trail.sound() && solver.contexts.sound() && solver.events.sound(),
+          "block bases follow one another");
+  solver.variables.forEach([](const CSint &v) {
+    checkDomain(v);
+    checkEntries(v.constraints);
+  });
+  checkReferences();
+  checkContexts();
+}
+
+void noteAccept() {
+  if (solver.contexts.count() > 0) solver.checked.countsMayLag = true;
+}
+
+void enterLoop(const void *frame) {
+  if (solver.queue.depth == 1) solver.checked.loopFrame = frame;
+}
+
+// A callback that left by longjmp leaves the depth raised, and cs_end is then in order: the stack tells them apart.
+void notFromCallback() {
+  const bool inLoop = solver.queue.depth > 0 && __builtin_frame_address(0) < solver.checked.loopFrame;
+  require(!inLoop, "cs_init and cs_end are not called from a callback");
+}
+
+void contextsStillOpen(int before) {
+  require(solver.contexts.count() >= before, "a callback closes only contexts that it opened");
+}
+
+void afterEnd() {
+  const int period = solver.checked.period;
+  solver.checked = State{};
+  solver.checked.period = period;
+}
+
+}  // namespace koru::check
+
+#endif

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// The invariant checker of test builds: walks the whole state and aborts with a message at the first thing that is not
+// as it must be. Off in release builds, where nothing here is compiled or called.
+#pragma once
+
+namespace koru::check {
+
+struct State {
+  int posters = 0;            // postings under way: they hold references of their own
+  bool countsMayLag = false;  // an inner context was accepted: an outer restore may write back too high a count
+  int period = 1;             // check every so many times
+  int untilNext = 1;
+  const void *loopFrame = nullptr;  // stack frame of the outermost propagation loop
+};
+
+// After each outermost propagation, restore and accept; does nothing while handlers run.
+void invariantsWhenIdle();
+
+// Contexts were accepted while others remain open?
+void noteAccept();
+
+// Rules that callbacks are bound by: no cs_end and cs_init, and no context closed that was open before.
+void enterLoop(const void *frame);
+void notFromCallback();
+void contextsStillOpen(int before);
+
+void afterEnd();
+
+}  // namespace koru::check

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+// Constraints as the engine sees them: a handler table, a private record behind the head, and list entries that tie
+// a constraint to its variables.
+//
+// A variable's entries form a list, newest first, that grows and shrinks at its head only. `heardFromHere` sums up
+// which events an entry and all older ones listen to, so a walk ends where nobody further down would hear it.
+#pragma once
+
+#include <cstdint>
+
+#include "core/site.h"
+#include "koru.h"
+
+namespace koru {
+
+// The numbers are fixed: handler tables are indexed by them.
+enum EventCode : int {
+  kNewMin = 0,    // minimum raised, two or more values remain
+  kNewMax = 1,    // maximum lowered, two or more values remain
+  kMinBound = 2,  // minimum raised, now instantiated
+  kMaxBound = 3,  // maximum lowered, now instantiated
+  kBound = 4,     // instantiated to a value strictly between the bounds
+  kRemoved = 5,   // a value strictly between the bounds removed
+};
+constexpr int kEventCodes = 6;
+
+struct Entry;
+
+// Returns false to fail the propagation.
+using Handler = bool (*)(CSint *variable, Entry *entry, int oldValue, int newValue);
+
+struct HandlerTable {
+  Handler handlers[kEventCodes];
+  void (*destroy)(void *record);  // ends the record's life; null when there is nothing to do
+  std::uint8_t heard;             // bit c: slot c does something
+};
+
+// Slots that ignore their event hold this handler.
+bool doNothing(CSint *, Entry *, int, int);
+
+enum ConstraintFlags : std::uint8_t {
+  kWoken = 0,             // woken by events
+  kConflictListener = 1,  // never woken by events, called when propagation fails
+  kNeverWoken = 2,        // neither
+};
+
+// The head of a constraint; its record follows at once, in the same cache line when it is small.
+struct alignas(8) Constraint {
+  const HandlerTable *table;
+  Site *site;
+  int references;  // entries and posters that hold it
+  std::uint16_t size;
+  std::uint8_t flags;
+
+  void *record() { return this + 1; }
+};
+
+struct Entry {
+  Constraint *constraint;
+  Entry *next;      // older
+  Entry *nextDead;  // in the graveyard
+  int index;        // the variable's position among the constraint's variables, -1 when it does not care
+  std::uint8_t heard;
+  std::uint8_t heardFromHere;
+};
+constexpr std::uint8_t kHearsConflicts = 1 << 7;
+
+// Makes v's changes wake c. On failure (memory, reported) v is as before, and a constraint that was held by nobody
+// else may be gone.
+bool attachConstraint(Constraint *c, CSint *v, int index);
+
+// Undoes the newest attachment to v, whichever that is. While handlers run, entry and constraint stay allocated (some
+// list snapshot may contain them) until the outermost propagation ends.
+void detachNewest(CSint *v);
+
+// Releases every entry of a variable that is going away.
+void detachAll(CSint &v);
+
+// Frees the entries that were detached while handlers ran.
+void emptyGraveyard();
+
+// Drops one reference; the last one destroys the record and releases the site.
+void release(Constraint *c);
+
+}  // namespace koru

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+// Choice points: marks on the undo trail, kept as a stack.
+#pragma once
+
+namespace koru {
+
+struct ContextMark {
+  int trailMark;
+  unsigned savedLimit;  // the propagation limit in force before the context was opened
+};
+
+}  // namespace koru

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// DomainBits: which values of a range a domain with holes holds, a bit each.
+//
+// Value v is bit v - low, least significant bit first, kept in 64-bit words so that a step of a scan covers 64 values.
+// Spare bits past `high` may be set and mean nothing. The functions below also take a null pointer: no holes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/int_math.h"
+
+namespace koru {
+
+struct DomainBits {
+  int low;
+  int high;
+
+  enum class Fill : unsigned char { kNone = 0x00, kAll = 0xff };
+
+  // Null when memory is exhausted (reported).
+  static DomainBits *create(int low, int high, Fill fill);
+  static void destroy(DomainBits *bits);
+
+  bool covers(int value) const { return value >= low && value <= high; }
+
+  // For values within [low, high] only.
+  bool has(int value) const { return (word(value) >> (offset(value) % 64) & 1) != 0; }
+  void set(int value) { word(value) |= mask(value); }
+  void clear(int value) { word(value) &= ~mask(value); }
+
+  std::uint64_t *words() { return reinterpret_cast<std::uint64_t *>(this + 1); }
+  const std::uint64_t *words() const { return reinterpret_cast<const std::uint64_t *>(this + 1); }
+  std::uint32_t offset(int value) const { return distance(low, value); }
+
+ private:
+  static std::size_t sizeOf(int low, int high);
+  std::uint64_t &word(int value) { return words()[offset(value) / 64]; }
+  const std::uint64_t &word(int value) const { return words()[offset(value) / 64]; }
+  std::uint64_t mask(int value) const { return std::uint64_t{1} << (offset(value) % 64); }
+};
+static_assert(sizeof(DomainBits) % alignof(std::uint64_t) == 0);
+
+// The number of present values in [a, b]; values outside the range of the bits count as absent.
+std::int64_t countPresent(const DomainBits *bits, int a, int b);
+
+// The smallest present value above x; x + 1 (wrapping) without bits, for x outside [low, high - 1], and when none is.
+int nextPresent(const DomainBits *bits, int x);
+
+// The largest present value below x; x - 1 (wrapping) without bits, for x outside [low + 1, high], and when none is.
+int previousPresent(const DomainBits *bits, int x);
+
+}  // namespace koru

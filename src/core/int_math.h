@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// Int arithmetic that may leave the int range: the only places where an int wraps or saturates.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+namespace koru {
+
+constexpr int kIntMin = std::numeric_limits<int>::min();
+constexpr int kIntMax = std::numeric_limits<int>::max();
+
+constexpr int wrap(std::int64_t value) { return static_cast<int>(static_cast<std::uint32_t>(value)); }
+constexpr int wrapAdd(int p, int q) { return wrap(std::int64_t{p} + q); }
+constexpr int wrapSub(int p, int q) { return wrap(std::int64_t{p} - q); }
+constexpr int wrapNeg(int q) { return wrap(-std::int64_t{q}); }
+
+constexpr int clampToInt(std::int64_t value) {
+  return value > kIntMax ? kIntMax : value < kIntMin ? kIntMin : static_cast<int>(value);
+}
+
+constexpr int satAdd(int p, int q) { return clampToInt(std::int64_t{p} + q); }
+
+// Deliberate: -q wraps for the smallest int, so p - INT_MIN is p + INT_MIN.
+constexpr int satSub(int p, int q) { return satAdd(p, wrapNeg(q)); }
+
+// The distance of two ints, low <= high, as an unsigned number: never overflows.
+constexpr std::uint32_t distance(int low, int high) {
+  return static_cast<std::uint32_t>(high) - static_cast<std::uint32_t>(low);
+}
+
+// The number of ints in [low, high] as the 32-bit field that holds it: wrapped when the range is too wide.
+constexpr int rangeSize(int low, int high) { return wrap(std::int64_t{high} - low + 1); }
+
+}  // namespace koru

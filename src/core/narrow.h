@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// The four operations through which every domain changes, and the one that leaves no trace.
+//
+// Each is false when the domain would become empty or memory runs out (reported); the caller's rule then returns false
+// at once. A call that changes nothing costs a comparison or two, inlined; it notes and signals nothing. The rest notes
+// the old state on the trail, changes the domain and signals the event.
+#pragma once
+
+#include "core/variable.h"
+
+namespace koru {
+
+bool raiseMin(CSint *v, int bound);      // min < bound <= max
+bool lowerMax(CSint *v, int bound);      // min <= bound < max
+bool bindFree(CSint *v, int value);      // value within the bounds, not instantiated
+bool removeInside(CSint *v, int value);  // value within the bounds
+
+// Removes every value below `bound`.
+inline bool narrowMin(CSint *v, int bound) {
+  if (v->max < bound) return false;
+  return v->min >= bound || raiseMin(v, bound);
+}
+
+// Removes every value above `bound`.
+inline bool narrowMax(CSint *v, int bound) {
+  if (v->min > bound) return false;
+  return v->max <= bound || lowerMax(v, bound);
+}
+
+// Reduces the domain to `value`.
+inline bool bindValue(CSint *v, int value) {
+  if (value < v->min || value > v->max) return false;
+  return isInstantiated(v) || bindFree(v, value);
+}
+
+// Removes `value`.
+inline bool removeValue(CSint *v, int value) {
+  if (value < v->min || value > v->max) return true;
+  return removeInside(v, value);
+}
+
+// Removes `value` without trail and signal, for constraints that build a domain of their own. False only when the bit
+// array cannot be had. Deliberate: an emptied domain goes unnoticed, the caller tests for it.
+bool removeValueNoTrail(CSint *v, int value);
+
+// The bounds of linear rules, computed in 64 bits: nothing to do when the bound does not tighten, failure without a
+// narrowing when it lies past the other bound.
+inline bool narrowMin64(CSint *v, std::int64_t bound) {
+  if (bound <= v->min) return true;
+  return bound <= v->max && raiseMin(v, static_cast<int>(bound));
+}
+
+inline bool narrowMax64(CSint *v, std::int64_t bound) {
+  if (bound >= v->max) return true;
+  return bound >= v->min && lowerMax(v, static_cast<int>(bound));
+}
+
+}  // namespace koru

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "core/pool.h"
+
+#include "core/alloc.h"
+
+namespace koru {
+
+void *Pool::take(std::size_t size) {
+  if (kChecked || size > kLargest) return allocate(size);
+  const std::size_t units = (size + kUnit - 1) / kUnit;
+  if (FreeRecord *record = free_[units]) {
+    free_[units] = record->next;
+    return record;
+  }
+  if (static_cast<std::size_t>(end_ - next_) < units * kUnit && !addChunk()) return nullptr;
+  void *record = next_;
+  next_ += units * kUnit;
+  return record;
+}
+
+void Pool::give(void *record, std::size_t size) {
+  if (kChecked || size > kLargest) return deallocate(record);
+  if (record == nullptr) return;
+  auto *freed = static_cast<FreeRecord *>(record);
+  FreeRecord *&head = free_[(size + kUnit - 1) / kUnit];
+  freed->next = head;
+  head = freed;
+}
+
+bool Pool::addChunk() {
+  auto *chunk = static_cast<Chunk *>(allocate(kChunkSize));
+  if (chunk == nullptr) return false;
+  chunk->previous = chunks_;
+  chunks_ = chunk;
+  next_ = reinterpret_cast<char *>(chunk + 1);
+  end_ = reinterpret_cast<char *>(chunk) + kChunkSize;
+  return true;
+}
+
+void Pool::destroy() {
+  while (chunks_ != nullptr) {
+    Chunk *previous = chunks_->previous;
+    deallocate(chunks_);
+    chunks_ = previous;
+  }
+  *this = Pool{};
+}
+
+}  // namespace koru

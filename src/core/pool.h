@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// Pool: small records packed in posting order, so that a propagation walk meets neighbours in memory.
+//
+// Records are cut from chunks; a record given back waits in the free list of its size. Chunks are freed by destroy()
+// alone. Larger records, and in test builds all of them, go to the allocator one by one, where memory checkers see
+// them.
+#pragma once
+
+#include <cstddef>
+
+namespace koru {
+
+class Pool {
+ public:
+  // Null when memory is exhausted (reported). Aligned for pointers and 64-bit ints.
+  void *take(std::size_t size);
+  // size: as it was taken. Null is ignored.
+  void give(void *record, std::size_t size);
+  void destroy();
+
+ private:
+  static constexpr std::size_t kUnit = 8;
+  static constexpr std::size_t kLargest = 512;
+  static constexpr std::size_t kChunkSize = std::size_t{64} * 1024;
+
+  struct FreeRecord {
+    FreeRecord *next;
+  };
+  struct alignas(kUnit) Chunk {
+    Chunk *previous;
+  };
+
+  bool addChunk();
+
+  char *next_ = nullptr;
+  char *end_ = nullptr;
+  Chunk *chunks_ = nullptr;
+  FreeRecord *free_[kLargest / kUnit + 1] = {};
+};
+
+}  // namespace koru

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#include "core/ports.h"
+
+#include "core/alloc.h"
+
+namespace koru {
+
+void Ports::add(Observer *observer) {
+  observer->next = observers_;
+  observers_ = observer;
+  refreshProfiling();
+}
+
+void Ports::refreshProfiling() {
+  profiling = false;
+  for (const Observer *observer = observers_; observer != nullptr; observer = observer->next)
+    profiling = profiling || observer->enabled;
+}
+
+void Ports::notify(bool consistent, CSint *variable, int code, Site *site) const {
+  for (const Observer *observer = observers_; observer != nullptr; observer = observer->next) {
+    if (observer->enabled) observer->notify(observer->argument, consistent, variable, code, site);
+  }
+}
+
+const char *Ports::locatorText() const {
+  const char *text = locator.text != nullptr ? locator.text(locator.argument) : nullptr;
+  return text != nullptr ? text : "";
+}
+
+void Ports::resetLocator() {
+  const Locator old = locator;
+  locator = Locator{};
+  if (old.reset != nullptr) old.reset();
+}
+
+void Ports::releaseObservers() {
+  while (observers_ != nullptr) {
+    Observer *observer = observers_;
+    observers_ = observer->next;
+    if (observer->release != nullptr) observer->release(observer->argument);
+    deallocate(observer);
+  }
+  profiling = false;
+}
+
+}  // namespace koru

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#include "core/post.h"
+
+namespace koru {
+
+Posting::Posting(const char *name) {
+  if constexpr (kChecked) ++solver.checked.posters;
+  if (!solver.initialised) return;
+  site_ = Site::create(name, solver.ports.locatorText());
+  if (site_ == nullptr) return;
+  site_->references = 1;
+  consistent_ = true;
+}
+
+Posting::~Posting() {
+  Site::release(site_);
+  if constexpr (kChecked) --solver.checked.posters;
+}
+
+Constraint *Posting::addConstraint(const HandlerTable &table, std::size_t recordSize, ConstraintFlags flags) {
+  if (!consistent_) return nullptr;
+  const std::size_t size = sizeof(Constraint) + recordSize;
+  void *memory = solver.pool.take(size);
+  consistent_ = memory != nullptr;
+  if (!consistent_) return nullptr;
+  ++site_->references;
+  return new (memory) Constraint{&table, site_, 1, static_cast<std::uint16_t>(size), flags};
+}
+
+void Posting::attach(Constraint *c, CSint *v, int index) {
+  if (consistent_) consistent_ = attachConstraint(c, v, index);
+}
+
+bool allPresent(CSint *const *variables, int count) {
+  for (int i = 0; i < count; ++i)
+    if (variables[i] == nullptr) return false;
+  return true;
+}
+
+}  // namespace koru

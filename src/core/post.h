@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+// The posting protocol, once for all constraints.
+//
+//   Posting posting{"cs_Le"};                   the site: posting function and place in the host program
+//   auto c = posting.add(kTable, Le{x, y});     record and constraint
+//   c.attach(x);                                one per watched variable
+//   return posting && raiseY(*c) && ...;        first filtering, with the rules that the handlers use
+//
+// A posting latches its first failure (exhausted memory, already reported): what follows does nothing, so posters need
+// no clean-up code. It holds a reference of its own to what it builds, because a callback during the first filtering
+// may restore a context and detach the constraint; the last owner destroys it.
+#pragma once
+
+#include <new>
+#include <type_traits>
+#include <utility>
+
+#include "core/narrow.h"
+#include "core/solver.h"
+
+namespace koru {
+
+// What a rule or handler is told: the variable that changed, its position, and the old and new value of the event.
+struct Event {
+  CSint *var;
+  int index;
+  int oldValue;
+  int newValue;
+};
+
+// A handler in C form, bound to the record type that it expects.
+template <class Record>
+struct Slot {
+  Handler handler = doNothing;
+};
+
+template <class F>
+struct RecordOf;
+template <class Record>
+struct RecordOf<bool (*)(Record &, const Event &)> {
+  using Type = Record;
+};
+
+// Adapts bool f(Record &, const Event &) to a slot: the one cast from untyped to typed records.
+template <auto f>
+constexpr Slot<typename RecordOf<decltype(f)>::Type> on{[](CSint *v, Entry *entry, int oldValue, int newValue) {
+  using Record = typename RecordOf<decltype(f)>::Type;
+  return f(*static_cast<Record *>(entry->constraint->record()), Event{v, entry->index, oldValue, newValue});
+}};
+
+// The six slots by name, in event-code order; those left out ignore their event.
+template <class Record>
+struct Slots {
+  Slot<Record> newMin{};
+  Slot<Record> newMax{};
+  Slot<Record> minBound{};
+  Slot<Record> maxBound{};
+  Slot<Record> bound{};
+  Slot<Record> removed{};
+};
+
+template <class Record>
+struct TableOf : HandlerTable {};
+
+template <class Record>
+constexpr TableOf<Record> handlers(const Slots<Record> &slots) {
+  TableOf<Record> table{{{slots.newMin.handler, slots.newMax.handler, slots.minBound.handler, slots.maxBound.handler,
+                          slots.bound.handler, slots.removed.handler},
+                         nullptr,
+                         0}};
+  if constexpr (!std::is_trivially_destructible_v<Record>)
+    table.destroy = [](void *record) { static_cast<Record *>(record)->~Record(); };
+  for (int code = 0; code < kEventCodes; ++code)
+    if (table.handlers[code] != doNothing) table.heard = static_cast<std::uint8_t>(table.heard | 1 << code);
+  return table;
+}
+
+class Posting;
+
+// A constraint under construction.
+template <class Record>
+class Held {
+ public:
+  Held(Posting &posting, Constraint *constraint) : posting_(posting), constraint_(constraint) {}
+  Held(const Held &) = delete;
+  Held &operator=(const Held &) = delete;
+  ~Held() {
+    if (constraint_ != nullptr) release(constraint_);
+  }
+
+  void attach(CSint *v, int index = -1);
+  // Only while the posting has not failed.
+  Record &operator*() const { return *static_cast<Record *>(constraint_->record()); }
+  Record *operator->() const { return &**this; }
+
+ private:
+  Posting &posting_;
+  Constraint *constraint_;
+};
+
+class Posting {
+ public:
+  explicit Posting(const char *name);
+  Posting(const Posting &) = delete;
+  Posting &operator=(const Posting &) = delete;
+  ~Posting();
+
+  explicit operator bool() const { return consistent_; }
+
+  template <class Record>
+  Held<Record> add(const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {
+    static_assert(alignof(Record) <= alignof(Constraint) && sizeof(Record) < 60000);
+    Constraint *c = addConstraint(table, sizeof(Record), flags);
+    if (c != nullptr) new (c->record()) Record(std::move(record));
+    return Held<Record>(*this, c);
+  }
+
+  void attach(Constraint *c, CSint *v, int index);
+
+  // Hands a share of a buffer to the choice point that is open now.
+  template <class T>
+  void keepOnTrail(const Shared<T> &buffer) {
+    if (consistent_) consistent_ = buffer && solver.trail.noteBuffer(buffer.share());
+  }
+
+ private:
+  Constraint *addConstraint(const HandlerTable &table, std::size_t recordSize, ConstraintFlags flags);
+
+  Site *site_ = nullptr;
+  bool consistent_ = false;
+};
+
+template <class Record>
+void Held<Record>::attach(CSint *v, int index) {
+  posting_.attach(constraint_, v, index);
+}
+
+// Posters refuse arrays with null variables.
+bool allPresent(CSint *const *variables, int count);
+
+}  // namespace koru

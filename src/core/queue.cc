@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+#include "core/queue.h"
+
+#include "core/check.h"
+#include "core/log.h"
+#include "core/solver.h"
+
+namespace koru {
+
+namespace {
+
+struct Arguments {
+  int oldValue;
+  int newValue;
+};
+
+EventRecord *takeHead(Queue &queue) {
+  EventRecord *event = queue.head;
+  queue.head = event->next;
+  if (queue.head == nullptr) queue.tail = nullptr;
+  return event;
+}
+
+void recycle(Queue &queue, EventRecord *event) {
+  event->next = queue.free;
+  queue.free = event;
+}
+
+int exchangeReported(int &reported, int value) {
+  const int old = reported;
+  reported = value;
+  return old;
+}
+
+// What handlers are told, with the last-reported bounds brought up to date. False for an event that a later change of
+// the same variable has made pointless.
+bool open(const EventRecord &event, Arguments &arguments) {
+  CSint *v = event.variable;
+  const int value = event.value;
+  switch (event.code) {
+    case kNewMin:
+      if (value < v->min) return false;
+      [[fallthrough]];
+    case kMinBound:
+      arguments = {exchangeReported(v->reportedMin, value), value};
+      return true;
+    case kNewMax:
+      if (value > v->max) return false;
+      [[fallthrough]];
+    case kMaxBound:
+      arguments = {exchangeReported(v->reportedMax, value), value};
+      return true;
+    case kBound:
+      arguments.oldValue = exchangeReported(v->reportedMin, v->min);
+      arguments.newValue = exchangeReported(v->reportedMax, v->min);
+      return true;
+    case kRemoved:
+      arguments = {value, value};
+      return value > v->min && value < v->max;
+  }
+  return false;
+}
+
+bool call(const EventRecord &event, Entry *entry, Arguments arguments) {
+  if constexpr (kLogging) logCall(event, *entry);
+  const Handler handler = entry->constraint->table->handlers[event.code];
+  [[maybe_unused]] const int contexts = solver.contexts.count();
+  const bool consistent = handler(event.variable, entry, arguments.oldValue, arguments.newValue);
+  if constexpr (kChecked) check::contextsStillOpen(contexts);
+  return consistent;
+}
+
+// Calls the handlers of one event, newest attachment first. Returns the entry whose handler failed, or null. While
+// someone profiles, slots that do nothing are called like all others, because their calls are counted.
+Entry *wake(const EventRecord &event, Arguments arguments, Entry *&listener) {
+  const unsigned slot = 1U << event.code;
+  for (Entry *entry = event.entries; entry != nullptr; entry = entry->next) {
+    const bool profiling = solver.ports.profiling;
+    if ((entry->heard & slot) != 0 || (profiling && entry->constraint->flags == kWoken)) {
+      if (!call(event, entry, arguments)) return entry;
+      if (solver.ports.profiling) solver.ports.notify(true, event.variable, event.code, entry->constraint->site);
+    } else if ((entry->heard & kHearsConflicts) != 0) {
+      if (listener == nullptr) listener = entry;
+    } else if (!profiling && (entry->heardFromHere & (slot | kHearsConflicts)) == 0) {
+      break;
+    }
+  }
+  return nullptr;
+}
+
+void tellListeners(const EventRecord &event, Entry *listener, Arguments arguments) {
+  for (; listener != nullptr; listener = listener->next) {
+    if ((listener->constraint->flags & kConflictListener) != 0) call(event, listener, arguments);
+  }
+}
+
+void leave(Queue &queue) {
+  if (--queue.depth == 0) emptyGraveyard();
+}
+
+void fail(Queue &queue, EventRecord *event, Entry *failed, Entry *listener, Arguments arguments) {
+  tellListeners(*event, listener, arguments);
+  // The record is read before it is recycled, the site kept while the failed constraint may go.
+  CSint *variable = event->variable;
+  const EventCode code = event->code;
+  Site *site = failed->constraint->site;
+  ++site->references;
+  recycle(queue, event);
+  while (queue.head != nullptr) recycle(queue, takeHead(queue));
+  ++queue.failures;
+  leave(queue);
+  if (solver.ports.profiling) solver.ports.notify(false, variable, code, site);
+  Site::release(site);
+}
+
+// The outermost change waits for the whole propagation and turns a failure into its own result.
+bool drain(Queue &queue) {
+  const int failuresBefore = queue.failures;
+  propagate();
+  const bool consistent = queue.failures == failuresBefore;
+  queue.failures = failuresBefore;
+  if constexpr (kChecked) check::invariantsWhenIdle();
+  return consistent;
+}
+
+}  // namespace
+
+void propagate() {
+  Queue &queue = solver.queue;
+  ++queue.depth;
+  if constexpr (kChecked) check::enterLoop(__builtin_frame_address(0));
+  // Set once per run, by the first conflict listener met in any event's list.
+  Entry *listener = nullptr;
+  while (queue.head != nullptr) {
+    EventRecord *event = takeHead(queue);
+    Arguments arguments{};
+    if (open(*event, arguments)) {
+      if (Entry *failed = wake(*event, arguments, listener)) return fail(queue, event, failed, listener, arguments);
+    }
+    recycle(queue, event);
+  }
+  leave(queue);
+}
+
+bool enqueue(CSint *v, EventCode code, int value) {
+  Queue &queue = solver.queue;
+  EventRecord *event = queue.free;
+  if (event != nullptr) {
+    queue.free = event->next;
+  } else {
+    event = solver.events.push();
+    if (event == nullptr) return false;
+  }
+  *event = {v, code, value, v->constraints, nullptr};
+  if (queue.head != nullptr) {
+    queue.tail->next = event;
+    queue.tail = event;
+    return true;
+  }
+  queue.head = queue.tail = event;
+  return queue.depth > queue.limit || drain(queue);
+}
+
+}  // namespace koru

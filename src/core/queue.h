@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+// The event queue and the propagation loop: the only caller of handlers.
+//
+// A change made while handlers run is appended; the outermost change drains the queue, first in first out, until it is
+// empty or a handler fails. An event carries its variable's entry list as it was at the change, so constraints attached
+// later do not hear it. Deliberate: a constraint is called once per event on each of its variables, also when a later
+// change has already superseded the event.
+#pragma once
+
+#include "core/constraint.h"
+#include "core/variable.h"
+
+namespace koru {
+
+struct EventRecord {
+  CSint *variable;
+  EventCode code;
+  int value;  // new bound, bound value or removed value
+  Entry *entries;
+  EventRecord *next;
+};
+
+struct Queue {
+  EventRecord *head = nullptr;
+  EventRecord *tail = nullptr;
+  EventRecord *free = nullptr;
+  unsigned depth = 0;  // propagation loops running, one inside the other
+  unsigned limit = 0;  // a change made at a greater depth waits for the loop that runs
+  int failures = 0;
+};
+
+// Queues an event and, at a depth within the limit, propagates. False when that fails or memory runs out (reported).
+bool enqueue(CSint *v, EventCode code, int value);
+
+// A variable without constraints has nobody to tell: only its last-reported bounds are brought up to date.
+inline bool signal(CSint *v, EventCode code, int value) {
+  if (v->constraints == nullptr) {
+    v->reportedMin = v->min;
+    v->reportedMax = v->max;
+    return true;
+  }
+  return enqueue(v, code, value);
+}
+
+// Runs the loop. A failure shows only in the failure count.
+void propagate();
+
+}  // namespace koru

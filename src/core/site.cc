@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "core/site.h"
+
+#include <cstddef>
+#include <cstring>
+#include <new>
+
+#include "core/solver.h"
+
+namespace koru {
+
+constexpr std::size_t kTextOffset = offsetof(Site, references) + sizeof(Site::references);
+
+static std::size_t sizeOfSite(std::size_t textLength) {
+  const std::size_t size = kTextOffset + textLength + 1;
+  return size < sizeof(Site) ? sizeof(Site) : size;
+}
+
+Site *Site::create(const char *name, const char *text) {
+  const std::size_t length = std::strlen(text);
+  void *memory = solver.pool.take(sizeOfSite(length));
+  if (memory == nullptr) return nullptr;
+  Site *site = new (memory) Site{name, 0};
+  std::memcpy(static_cast<char *>(memory) + kTextOffset, text, length + 1);
+  return site;
+}
+
+void Site::release(Site *site) {
+  if (site == nullptr || --site->references > 0) return;
+  solver.pool.give(site, sizeOfSite(std::strlen(site->text())));
+}
+
+static std::uint32_t hashText(const char *text) {
+  std::uint32_t hash = 12345678;
+  for (; *text != '\0'; ++text) hash = hash << 5 ^ static_cast<std::uint32_t>(static_cast<signed char>(*text));
+  return hash;
+}
+
+std::uint32_t siteHash(const Site *parent, const char *name, const char *text) {
+  return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(parent)) ^ hashText(text) ^ hashText(name);
+}
+
+bool SiteTable::create() {
+  buckets_ = static_cast<Item **>(allocateArray(0, kBuckets, sizeof(Item *)));
+  for (unsigned i = 0; buckets_ != nullptr && i < kBuckets; ++i) buckets_[i] = nullptr;
+  return buckets_ != nullptr;
+}
+
+void SiteTable::destroy() {
+  for (unsigned i = 0; buckets_ != nullptr && i < kBuckets; ++i) {
+    for (Item *item = buckets_[i]; item != nullptr;) {
+      Item *next = item->next;
+      Site::release(item->site);
+      Site::release(item->parent);
+      solver.pool.give(item, sizeof(Item));
+      item = next;
+    }
+  }
+  deallocate(buckets_);
+  buckets_ = nullptr;
+}
+
+Site *SiteTable::find(Site *parent, const char *name, const char *text) {
+  if (buckets_ == nullptr || parent == nullptr) return nullptr;
+  Item *&bucket = buckets_[siteHash(parent, name, text) % kBuckets];
+  for (Item *item = bucket; item != nullptr; item = item->next) {
+    const Site *site = item->site;
+    if (item->parent == parent && std::strcmp(site->name, name) == 0 && std::strcmp(site->text(), text) == 0)
+      return item->site;
+  }
+  Site *site = Site::create(name, text);
+  if (site == nullptr) return nullptr;
+  auto *item = static_cast<Item *>(solver.pool.take(sizeof(Item)));
+  site->references = 1;
+  if (item == nullptr) {
+    Site::release(site);
+    return nullptr;
+  }
+  ++parent->references;
+  *item = {parent, site, bucket};
+  bucket = item;
+  return site;
+}
+
+}  // namespace koru

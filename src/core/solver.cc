@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// Start and end of the solver.
+#include "core/solver.h"
+
+namespace koru {
+
+constinit Solver solver;
+
+namespace {
+
+// Stops at the first stack that cannot be had; those already built are taken over by the next attempt.
+bool createStacks() {
+  return solver.variables.create() && solver.trail.create() && solver.contexts.create() && solver.events.create();
+}
+
+void destroyVariables() {
+  solver.variables.forEach([](CSint &v) {
+    detachAll(v);
+    destroyDomain(v);
+  });
+  solver.variables.destroy();
+}
+
+void destroyTrail() {
+  solver.trail.discardTo(0);
+  solver.trail.destroy();
+}
+
+}  // namespace
+}  // namespace koru
+
+using koru::solver;
+
+void cs_init(void) {
+  if constexpr (koru::kChecked) koru::check::notFromCallback();
+  koru::prepareErrorsForInit();
+  if (!solver.initialised) {
+    if (!koru::createStacks()) return;
+    solver.queue = koru::Queue{};
+    solver.sites.create();
+    solver.initialised = true;
+  }
+  koru::finishErrorsAfterInit();
+}
+
+// The order is fixed: releases run while what they may look at still stands.
+void cs_end(void) {
+  if (!solver.initialised) return;
+  if constexpr (koru::kChecked) koru::check::notFromCallback();
+  solver.sites.destroy();
+  solver.ports.resetLocator();
+  solver.ports.releaseObservers();
+  solver.contexts.destroy();
+  koru::destroyTrail();
+  koru::emptyGraveyard();
+  koru::destroyVariables();
+  solver.events.destroy();
+  solver.pool.destroy();
+  solver.queue = koru::Queue{};
+  solver.userSite = nullptr;
+  solver.initialised = false;
+  if constexpr (koru::kChecked) koru::check::afterEnd();
+}
+
+char *cs_getVersion(void) {
+  static char version[] = "3.8.0";
+  return version;
+}

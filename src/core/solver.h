@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// The solver: all mutable state of the core in one struct, and the one instance there is.
+#pragma once
+
+#include "core/block_stack.h"
+#include "core/check.h"
+#include "core/constraint.h"
+#include "core/context.h"
+#include "core/errors.h"
+#include "core/pool.h"
+#include "core/ports.h"
+#include "core/queue.h"
+#include "core/site.h"
+#include "core/trail.h"
+#include "core/variable.h"
+
+namespace koru {
+
+struct Solver {
+  Queue queue;
+  Trail trail;
+  BlockStack<ContextMark> contexts;
+  BlockStack<EventRecord> events;
+  BlockStack<CSint> variables;  // the only owner of variables that the host sees
+  Ports ports;
+  Entry *graveyard = nullptr;  // entries detached while handlers run
+  SiteTable sites;
+  Site *userSite = nullptr;  // of the user-defined constraint whose callback is running
+  Errors errors;
+  Pool pool;
+  bool initialised = false;
+  check::State checked;
+};
+
+extern constinit Solver solver;
+
+}  // namespace koru

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#include "core/trail.h"
+
+#include "core/constraint.h"
+#include "core/solver.h"
+
+namespace koru {
+
+bool Trail::noteCallback(TrailKind kind, CSint *v, int index, CSbacktrackCallback callback) {
+  TrailRecord *record = push();
+  if (record == nullptr) return false;
+  record->variable = v;
+  record->kind = kind;
+  record->value = index;
+  record->callback = callback;
+  return true;
+}
+
+bool Trail::noteBuffer(SharedBlock *buffer) {
+  TrailRecord *record = push();
+  if (record == nullptr) {
+    dropShare(buffer);
+    return false;
+  }
+  record->kind = TrailKind::kBuffer;
+  record->buffer = buffer;
+  return true;
+}
+
+static void undoMin(const TrailRecord &record) {
+  CSint *v = record.variable;
+  v->min = v->reportedMin = record.value;
+  v->count = record.oldCount;
+}
+
+static void undoMax(const TrailRecord &record) {
+  CSint *v = record.variable;
+  v->max = v->reportedMax = record.value;
+  v->count = record.oldCount;
+}
+
+static void undoRemoved(const TrailRecord &record) {
+  CSint *v = record.variable;
+  v->count = record.oldCount;
+  if (v->bits != nullptr && v->bits->covers(record.value)) v->bits->set(record.value);
+}
+
+static void undo(const TrailRecord &record) {
+  switch (record.kind) {
+    case TrailKind::kMin:
+    case TrailKind::kMinReserved:
+      return undoMin(record);
+    case TrailKind::kMax:
+    case TrailKind::kMaxReserved:
+      return undoMax(record);
+    case TrailKind::kRemoved:
+      return undoRemoved(record);
+    case TrailKind::kAttached:
+      return detachNewest(record.variable);
+    case TrailKind::kCallback:
+    case TrailKind::kCallbackExt:
+      if (record.callback != nullptr) record.callback(record.variable, record.value);
+      return;
+    case TrailKind::kBuffer:
+      return dropShare(record.buffer);
+    case TrailKind::kReserved:
+    case TrailKind::kReservedToo:
+      return;
+  }
+}
+
+// A callback may push records of its own, so each record is copied off the stack before it is undone.
+void Trail::undoTo(int mark) {
+  while (count() > mark) undo(TrailRecord{*pop()});
+}
+
+void Trail::discardTo(int mark) {
+  while (count() > mark) {
+    const TrailRecord *record = pop();
+    if (record->kind == TrailKind::kBuffer) dropShare(record->buffer);
+  }
+}
+
+}  // namespace koru
+
+void cs_backtrack(CSint *vint, int index, CSbacktrackCallback callback) {
+  koru::solver.trail.noteCallback(koru::TrailKind::kCallback, vint, index, callback);
+}
+
+void cs_backtrackExt(CSint *vint, int index, CSbacktrackCallback callback) {
+  koru::solver.trail.noteCallback(koru::TrailKind::kCallbackExt, vint, index, callback);
+}

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// CSint, the variable record, and what can be read off it without a call.
+//
+// Invariants: min <= max; without bits the domain is [min, max] and count its (32-bit) size; with bits it is the set
+// bits within [min, max], count of them, the bits of min and max among them. Bits outside the bounds mean nothing.
+// Only narrow, trail and the creating functions write domains.
+#pragma once
+
+#include "core/domain_bits.h"
+#include "koru.h"
+
+namespace koru {
+struct Entry;
+}
+
+// One cache line: a propagator that reads a variable's bounds, count and bits pays for one miss.
+struct alignas(64) CSint {
+  int initialMin;
+  int initialMax;
+  int min;
+  int max;
+  koru::DomainBits *bits;
+  int count;
+  int constraintCount;       // attachments ever made; never decreased
+  char *name;                // owned, or null
+  koru::Entry *constraints;  // newest first
+  int reportedMin;           // the bounds as handlers last saw them
+  int reportedMax;
+};
+
+namespace koru {
+
+// Null when the solver is not running, min > max or memory is exhausted (reported).
+CSint *createVariable(int min, int max);
+// A variable that holds no value yet: bits cleared, count 0, for a caller that adds values next.
+CSint *createEmptyVariable(int min, int max);
+void destroyDomain(CSint &v);
+
+// count == 1 is what "instantiated" means; min == max may also hold for a count that was written back too high.
+inline bool isInstantiated(const CSint *v) { return v->count == 1; }
+inline bool isBound(const CSint *v) { return v->min == v->max; }
+
+inline bool hasHoles(const CSint *v) { return rangeSize(v->min, v->max) != v->count; }
+
+// The bits, when there are any, cover the creation range and so every value within the bounds.
+inline bool contains(const CSint *v, int value) {
+  return value >= v->min && value <= v->max && (v->bits == nullptr || v->bits->has(value));
+}
+
+// Steps through a domain: the next (previous) value above (below) one within [min, max].
+inline int valueAfter(const CSint *v, int value) { return nextPresent(v->bits, value); }
+inline int valueBefore(const CSint *v, int value) { return previousPresent(v->bits, value); }
+
+}  // namespace koru

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// cs_findAll: depth-first labelling that visits every solution.
+//
+// The same n-ary branching as cs_search, without a fail limit; each solution is handed to `found` while it stands.
+#include "search/branching.h"
+
+namespace koru {
+
+namespace {
+
+struct AllSolutions {
+  CSint **array;
+  int size;
+  CSfindFreeVar select;
+  CSfoundCallback found;
+
+  void reportSolution() const {
+    if (found != nullptr) found(array, size);
+    searchState.solutionFound = true;
+  }
+
+  void label() const {
+    CSint *v = select(array, size);
+    if (v == nullptr) return reportSolution();
+    Values values(v);
+    cs_saveContext();
+    for (; values.more(); values.advance()) {
+      ++searchState.choicePoints;
+      if (searchState.cancelled) return;
+      if (tryValue(v, values.current())) label();
+      restoreAndSave();
+    }
+    cs_acceptContext();
+  }
+};
+
+}  // namespace
+}  // namespace koru
+
+bool cs_findAll(CSint **array, int size, CSfindFreeVar f, CSfoundCallback found) {
+  koru::beginSearch();
+  if (f == nullptr) return false;
+  koru::AllSolutions{array, size, f, found}.label();
+  return koru::searchState.solutionFound;
+}

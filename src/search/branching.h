@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// What the labelling engines share: the values of a level, and the step from one value to the next.
+#pragma once
+
+#include "core/variable.h"
+#include "search/state.h"
+
+namespace koru {
+
+// The values of a variable as they are on entry to a level, in increasing order. The bounds and the bit array are
+// those noted on entry; the array is read live, but a restore has put it back whenever the next value is asked for.
+class Values {
+ public:
+  explicit Values(const CSint *v) : bits_(v->bits), max_(v->max), value_(v->min), more_(true) { skipAbsent(); }
+
+  bool more() const { return more_; }
+  int current() const { return value_; }
+  void advance() {
+    if (value_ >= max_) {
+      more_ = false;
+      return;
+    }
+    ++value_;
+    skipAbsent();
+  }
+
+ private:
+  void skipAbsent() {
+    if (bits_ == nullptr || bits_->has(value_)) return;
+    value_ = nextPresent(bits_, value_);
+    more_ = value_ <= max_ && bits_->has(value_);
+  }
+
+  const DomainBits *bits_;
+  int max_;
+  int value_;
+  bool more_;
+};
+
+// Tries one value: counts the choice point and, when propagation refuses the value, the fail.
+inline bool tryValue(CSint *v, int value) {
+  if (cs_EQ(v, value)) return true;
+  ++searchState.fails;
+  return false;
+}
+
+inline void restoreAndSave() {
+  cs_restoreContext();
+  cs_saveContext();
+}
+
+}  // namespace koru

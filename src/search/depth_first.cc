@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+// cs_search, cs_searchFail, cs_Vsearch: depth-first labelling to the first solution.
+//
+// n-ary branching: each present value of the chosen variable, in increasing order, is posted as an equality inside a
+// context of its own; a value that propagation refuses counts as a fail.  Cost: one stack frame per level, no
+// allocation.  Deliberate: a cancel and the fail limit leave contexts as they are; the level that notices a cancel
+// returns at once, the levels above go on as after any failure and notice it at their next value.
+#include <cstdarg>
+
+#include "core/alloc.h"
+#include "search/branching.h"
+
+namespace koru {
+
+namespace {
+
+struct DepthFirst {
+  CSint **array;
+  int size;
+  CSfindFreeVar select;
+  int failLimit;  // none when < 1
+
+  bool limitReached() const { return failLimit > 0 && searchState.fails >= failLimit; }
+
+  bool label() const {
+    CSint *v = select(array, size);
+    if (v == nullptr) return true;
+    Values values(v);
+    cs_saveContext();
+    for (; values.more(); values.advance()) {
+      ++searchState.choicePoints;
+      if (searchState.cancelled) return false;
+      if (tryValue(v, values.current()) && label()) return true;
+      if (limitReached()) return false;
+      restoreAndSave();
+    }
+    cs_acceptContext();
+    return false;
+  }
+};
+
+bool searchDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit) {
+  beginSearch();
+  return select != nullptr && DepthFirst{array, size, select, failLimit}.label();
+}
+
+}  // namespace
+}  // namespace koru
+
+bool cs_search(CSint **array, int size, CSfindFreeVar f) { return koru::searchDepthFirst(array, size, f, 0); }
+
+bool cs_searchFail(CSint **array, int size, CSfindFreeVar f, int nbFailsMax) {
+  return koru::searchDepthFirst(array, size, f, nbFailsMax);
+}
+
+bool cs_Vsearch(int nbVars, CSint *var1, ...) {
+  const int size = nbVars < 1 ? 0 : nbVars;
+  const koru::Buffer<CSint *> array(size);
+  if (!array) return false;
+  std::va_list arguments;
+  va_start(arguments, var1);
+  for (int i = 0; i < size; ++i) array[i] = i == 0 ? var1 : va_arg(arguments, CSint *);
+  const CSfindFreeVar select = va_arg(arguments, CSfindFreeVar);
+  va_end(arguments);
+  return koru::searchDepthFirst(array.get(), size, select, 0);
+}
