@@ -1,0 +1,29 @@
+# SPDX-License-Identifier: MIT
+# Installation: headers, both libraries, the CMake package and the pkg-config file.
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+set(KORU_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/koru")
+
+install(
+  TARGETS koru koru_static
+  EXPORT koru-targets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  INCLUDES
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/include/"
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+  FILES_MATCHING PATTERN "*.h")
+
+install(EXPORT koru-targets NAMESPACE koru:: DESTINATION "${KORU_CMAKE_DIR}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/koru-config-version.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_SOURCE_DIR}/cmake/koru-config.cmake" "${PROJECT_BINARY_DIR}/koru-config-version.cmake"
+        DESTINATION "${KORU_CMAKE_DIR}")
+
+# The prefix in koru.pc is relative to the file's own place, so an installed tree can be moved.
+file(RELATIVE_PATH KORU_PC_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" KORU_PC_PREFIX "${KORU_PC_PREFIX}")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/koru.pc.in" "${PROJECT_BINARY_DIR}/koru.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/koru.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

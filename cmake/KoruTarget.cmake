@@ -1,0 +1,44 @@
+# SPDX-License-Identifier: MIT
+# What the project's own targets have in common: warnings, and how a library target is compiled and linked.
+
+# The warnings that the code base is kept free of, for both compilers.
+function(koru_warnings target)
+  target_compile_options(
+    ${target}
+    PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+            $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
+            $<$<BOOL:${KORU_WERROR}>:-Werror>)
+endfunction()
+
+# Exception tables stay on: the library throws nothing, but a callback of the host may throw through it, and the
+# guards on the way must run.
+function(koru_library target)
+  koru_warnings(${target})
+  target_include_directories(
+    ${target}
+    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    PRIVATE ${PROJECT_SOURCE_DIR}/src)
+  target_compile_options(${target} PRIVATE -fno-rtti -fno-semantic-interposition)
+  set_target_properties(
+    ${target}
+    PROPERTIES POSITION_INDEPENDENT_CODE ON
+               C_VISIBILITY_PRESET hidden
+               CXX_VISIBILITY_PRESET hidden
+               VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+# Let the shared library export the names listed in cmake/exports.txt and no others.
+function(koru_export_list target)
+  set(list "${PROJECT_SOURCE_DIR}/cmake/exports.txt")
+  set(script "${PROJECT_BINARY_DIR}/koru.map")
+  set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list}")
+  file(STRINGS "${list}" names)
+  list(JOIN names ";\n    " KORU_EXPORTS)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/koru.map.in" "${script}" @ONLY)
+  target_link_options(${target} PRIVATE "-Wl,--version-script=${script}" -Wl,-Bsymbolic-functions -Wl,--as-needed)
+  # A sanitized library finds the sanitizers' own symbols in the program that loads it.
+  if(NOT KORU_INSTRUMENT STREQUAL "sanitizers")
+    target_link_options(${target} PRIVATE -Wl,--no-undefined)
+  endif()
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${script}")
+endfunction()

@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Tests of check_includes.py on small trees of its own."""
+import tempfile
+import unittest
+from pathlib import Path
+
+import check_includes
+
+
+class CheckIncludes(unittest.TestCase):
+    def faults(self, name, *lines):
+        with tempfile.TemporaryDirectory() as folder:
+            root = Path(folder)
+            for path, text in (("include/koru.h", ""), ("src/" + name, "\n".join(lines))):
+                (root / path).parent.mkdir(parents=True, exist_ok=True)
+                (root / path).write_text(text, encoding="utf-8")
+            return check_includes.check_tree(root)[1]
+
+    def test_allowed(self):
+        self.assertEqual([], self.faults("core/a.cc", '#include "koru.h"', '#include "core/a.h"', "#include <vector>"))
+        for name in ("constraints/arith/a.cc", "constraints/global/a.h", "search/a.cc", "nogood/a.cc", "profiler/a.cc"):
+            room = name.rpartition("/")[0]
+            self.assertEqual([], self.faults(name, '#include "core/post.h"', f'#include "{room}/b.h"'))
+        self.assertEqual([], self.faults("nogood/a.cc", '#include "search/state.h"'))
+
+    def test_core_includes_no_other_room(self):
+        for room in ("constraints/arith", "constraints/global", "search", "nogood", "profiler"):
+            self.assertEqual(1, len(self.faults("core/a.cc", f'#include "{room}/b.h"')), room)
+
+    def test_siblings_never_include_each_other(self):
+        siblings = ("constraints/arith", "constraints/global", "search", "profiler")
+        for room in siblings:
+            for other in set(siblings) - {room}:
+                self.assertEqual(1, len(self.faults(f"{room}/a.h", f'#include "{other}/b.h"')), (room, other))
+
+    def test_place_is_printed(self):
+        faults = self.faults("search/a.cc", "// comment", '#  include "profiler/b.h"')
+        self.assertEqual(["src/search/a.cc:2: search may not include profiler (profiler/b.h)"], faults)
+
+    def test_angle_brackets_hide_nothing(self):
+        self.assertEqual(1, len(self.faults("core/a.cc", "#include <search/state.h>")))
+
+    def test_badly_written(self):
+        self.assertEqual(1, len(self.faults("core/a.cc", '#include "a.h"')))
+        self.assertEqual(1, len(self.faults("core/a.cc", '#include "../search/a.h"')))
+        self.assertEqual(1, len(self.faults("core/a.cc", '#include "core/b.cc"')))
+        self.assertEqual(1, len(self.faults("constraints/a.cc", "")))
+
+
+if __name__ == "__main__":
+    unittest.main()
