@@ -40,6 +40,7 @@ using koru::solver;
 // Deliberate: a failure of the propagation made here is not reported, though it stays counted; nor is a mark that
 // could not be stored, beyond the memory handler's call.
 int cs_saveContext(void) {
+  if (!solver.initialised) return 0;
   const unsigned savedLimit = solver.queue.limit;
   solver.queue.limit = solver.queue.depth;
   if (solver.queue.head != nullptr) koru::propagate();

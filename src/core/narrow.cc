@@ -95,9 +95,10 @@ bool bindFree(CSint *v, int value) {
   return signal(v, code, value);
 }
 
+// Deliberate: both tests for the last value, since a count may have been written back too high.
 bool removeInside(CSint *v, int value) {
   if constexpr (kLogging) logChange("remove", v, value);
-  if (isInstantiated(v)) return false;
+  if (isInstantiated(v) || isBound(v)) return false;
   if (v->bits != nullptr && !v->bits->has(value)) return true;
   if (value == v->min) return removeMin(v);
   if (value == v->max) return removeMax(v);

@@ -83,10 +83,13 @@ void Trail::discardTo(int mark) {
 
 }  // namespace koru
 
+using koru::solver;
+using koru::TrailKind;
+
 void cs_backtrack(CSint *vint, int index, CSbacktrackCallback callback) {
-  koru::solver.trail.noteCallback(koru::TrailKind::kCallback, vint, index, callback);
+  if (solver.initialised) solver.trail.noteCallback(TrailKind::kCallback, vint, index, callback);
 }
 
 void cs_backtrackExt(CSint *vint, int index, CSbacktrackCallback callback) {
-  koru::solver.trail.noteCallback(koru::TrailKind::kCallbackExt, vint, index, callback);
+  if (solver.initialised) solver.trail.noteCallback(TrailKind::kCallbackExt, vint, index, callback);
 }

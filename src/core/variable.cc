@@ -10,7 +10,7 @@
 namespace koru {
 
 CSint *createVariable(int min, int max) {
-  if (min > max) return nullptr;
+  if (min > max || !solver.initialised) return nullptr;
   CSint *v = solver.variables.push();
   if (v != nullptr) *v = {min, max, min, max, nullptr, rangeSize(min, max), 0, nullptr, nullptr, min, max};
   return v;

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+#include "core/block_stack.h"
+
+#include "support/solver_test.h"
+#include "unit/core/allocation_rule.h"
+
+namespace {
+
+using namespace koru;
+using namespace koru::test;
+
+struct alignas(64) Line {
+  int number;
+};
+
+template <class Record>
+struct Owned {
+  BlockStack<Record> stack;
+  ~Owned() { stack.destroy(); }
+};
+
+class BlockStackTest : public SolverTest {
+ protected:
+  Owned<int> owned;
+  BlockStack<int> &stack = owned.stack;
+
+  void pushUpTo(int count) {
+    while (stack.count() < count) {
+      int *record = stack.push();
+      ASSERT_NE(record, nullptr);
+      *record = stack.count();
+    }
+  }
+};
+
+TEST_F(BlockStackTest, AStackThatWasNeverCreatedRefusesPushesWithoutAReport) {
+  EXPECT_FALSE(stack.created());
+  EXPECT_EQ(stack.push(), nullptr);
+  EXPECT_EQ(stack.count(), 0);
+  EXPECT_EQ(memoryReports, 0);
+  EXPECT_TRUE(stack.sound());
+}
+
+TEST_F(BlockStackTest, CreatingAllocatesOneBlockAndOnlyOnce) {
+  const AllocationRule counted(allowAll());
+  EXPECT_TRUE(stack.create());
+  EXPECT_TRUE(stack.create());
+  EXPECT_EQ(AllocationRule::count(), 1);
+  EXPECT_EQ(stack.blockCount(), 1);
+  EXPECT_EQ(stack.count(), 0);
+}
+
+TEST_F(BlockStackTest, ARefusedFirstBlockLeavesTheStackUncreated) {
+  {
+    const AllocationRule none(refuseAll());
+    EXPECT_FALSE(stack.create());
+  }
+  EXPECT_FALSE(stack.created());
+  EXPECT_EQ(stack.blockCount(), 0);
+  EXPECT_EQ(memoryReports, 1);
+  EXPECT_TRUE(stack.create());
+}
+
+TEST_F(BlockStackTest, RecordsComeBackNewestFirst) {
+  ASSERT_TRUE(stack.create());
+  pushUpTo(3);
+  for (const int expected : {3, 2, 1}) EXPECT_EQ(*stack.pop(), expected);
+  EXPECT_EQ(stack.count(), 0);
+}
+
+TEST_F(BlockStackTest, ThePushAfter1024RecordsCreatesASecondBlock) {
+  ASSERT_TRUE(stack.create());
+  pushUpTo(1024);
+  EXPECT_EQ(stack.blockCount(), 1);
+  pushUpTo(1025);
+  EXPECT_EQ(stack.blockCount(), 2);
+  EXPECT_TRUE(stack.sound());  // the second base is 1024
+}
+
+TEST_F(BlockStackTest, PoppingBackAndPushingAgainReusesTheSecondBlock) {
+  ASSERT_TRUE(stack.create());
+  pushUpTo(1025);
+  for (int expected = 1025; expected > 1000; --expected) ASSERT_EQ(*stack.pop(), expected);
+  EXPECT_EQ(stack.blockCount(), 2);
+  const AllocationRule counted(allowAll());
+  pushUpTo(2048);
+  EXPECT_EQ(AllocationRule::count(), 0);
+  EXPECT_EQ(stack.blockCount(), 2);
+  for (int expected = 2048; expected > 0; --expected) ASSERT_EQ(*stack.pop(), expected);
+  EXPECT_TRUE(stack.sound());
+}
+
+TEST_F(BlockStackTest, SteppingToAndFroOverABlockEdgeAllocatesNothing) {
+  ASSERT_TRUE(stack.create());
+  pushUpTo(1025);
+  const AllocationRule counted(allowAll());
+  for (int i = 0; i < 10; ++i) {
+    stack.pop();
+    stack.pop();
+    pushUpTo(1025);
+    ASSERT_TRUE(stack.sound());
+  }
+  EXPECT_EQ(AllocationRule::count(), 0);
+}
+
+TEST_F(BlockStackTest, RecordsNeverMove) {
+  ASSERT_TRUE(stack.create());
+  int *first = stack.push();
+  *first = 1;
+  pushUpTo(5000);
+  EXPECT_EQ(*first, 1);
+}
+
+TEST_F(BlockStackTest, APoppedRecordKeepsItsContentsUntilTheNextPush) {
+  ASSERT_TRUE(stack.create());
+  pushUpTo(1025);
+  const int *popped = stack.pop();
+  const int *below = stack.pop();
+  EXPECT_EQ(*popped, 1025);
+  EXPECT_EQ(*below, 1024);
+}
+
+TEST_F(BlockStackTest, ARefusedBlockLeavesTheStackUnchangedAndIsReportedOnce) {
+  ASSERT_TRUE(stack.create());
+  pushUpTo(1024);
+  {
+    const AllocationRule none(refuseAll());
+    EXPECT_EQ(stack.push(), nullptr);
+  }
+  EXPECT_EQ(stack.count(), 1024);
+  EXPECT_EQ(stack.blockCount(), 1);
+  EXPECT_EQ(memoryReports, 1);
+  EXPECT_TRUE(stack.sound());
+  pushUpTo(1025);
+  EXPECT_EQ(*stack.pop(), 1025);
+  EXPECT_EQ(*stack.pop(), 1024);
+}
+
+TEST_F(BlockStackTest, VisitingGoesOldestFirstOverTheRecordsInUse) {
+  ASSERT_TRUE(stack.create());
+  for (const int count : {0, 1, 1024, 1025, 3000}) {
+    pushUpTo(count);
+    int visited = 0;
+    stack.forEach([&](const int &record) { ASSERT_EQ(record, ++visited); });
+    EXPECT_EQ(visited, count);
+  }
+  while (stack.count() > 10) stack.pop();
+  int visited = 0;
+  stack.forEach([&](const int &) { ++visited; });
+  EXPECT_EQ(visited, 10);
+}
+
+TEST_F(BlockStackTest, DestroyingEmptiesTheStackAndItCanBeCreatedAgain) {
+  ASSERT_TRUE(stack.create());
+  pushUpTo(3000);
+  stack.destroy();
+  EXPECT_FALSE(stack.created());
+  EXPECT_EQ(stack.count(), 0);
+  EXPECT_EQ(stack.blockCount(), 0);
+  EXPECT_EQ(stack.push(), nullptr);
+  stack.destroy();
+  EXPECT_TRUE(stack.create());
+  pushUpTo(1);
+  EXPECT_EQ(*stack.pop(), 1);
+}
+
+TEST_F(BlockStackTest, RecordsAreAlignedForTheirType) {
+  Owned<Line> lines;
+  ASSERT_TRUE(lines.stack.create());
+  for (int i = 0; i < 1030; ++i) {
+    const Line *line = lines.stack.push();
+    ASSERT_EQ(reinterpret_cast<std::uintptr_t>(line) % 64, 0U);
+  }
+  EXPECT_TRUE(lines.stack.sound());
+}
+
+}  // namespace

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "core/ports.h"
+
+#include "core/alloc.h"
+#include "core/solver.h"
+#include "support/solver_test.h"
+
+namespace {
+
+using namespace koru;
+using namespace koru::test;
+
+struct Log {
+  std::vector<int> told;
+  int released = 0;
+};
+
+class PortsTest : public SolverTest {
+ protected:
+  Ports ports;
+  Log first;
+  Log second;
+
+  static Observer *observer(Log *log, bool enabled) {
+    auto *made = static_cast<Observer *>(allocate(sizeof(Observer)));
+    *made = {
+        [](void *argument, bool, CSint *, int code, Site *) { static_cast<Log *>(argument)->told.push_back(code); },
+        [](void *argument) { ++static_cast<Log *>(argument)->released; }, log, enabled, nullptr};
+    return made;
+  }
+  void TearDown() override {
+    ports.releaseObservers();
+    SolverTest::TearDown();
+  }
+};
+
+TEST_F(PortsTest, ProfilingMeansThatSomeObserverIsEnabled) {
+  EXPECT_FALSE(ports.profiling);
+  Observer *one = observer(&first, false);
+  ports.add(one);
+  EXPECT_FALSE(ports.profiling);
+  Observer *two = observer(&second, true);
+  ports.add(two);
+  EXPECT_TRUE(ports.profiling);
+  one->enabled = true;
+  two->enabled = false;
+  ports.refreshProfiling();
+  EXPECT_TRUE(ports.profiling);
+  one->enabled = false;
+  ports.refreshProfiling();
+  EXPECT_FALSE(ports.profiling);
+}
+
+TEST_F(PortsTest, EnabledObserversAreToldAndOthersNot) {
+  ports.add(observer(&first, true));
+  ports.add(observer(&second, false));
+  ports.notify(true, nullptr, 3, nullptr);
+  EXPECT_EQ(first.told, (std::vector<int>{3}));
+  EXPECT_TRUE(second.told.empty());
+}
+
+TEST_F(PortsTest, ReleasingCallsEveryObserverOnceAndEndsProfiling) {
+  ports.add(observer(&first, true));
+  ports.add(observer(&second, false));
+  ports.releaseObservers();
+  EXPECT_EQ(first.released, 1);
+  EXPECT_EQ(second.released, 1);
+  EXPECT_FALSE(ports.profiling);
+  ports.notify(true, nullptr, 3, nullptr);
+  EXPECT_TRUE(first.told.empty());
+}
+
+TEST_F(PortsTest, AnObserverMayDoWithoutARelease) {
+  Observer *made = observer(&first, true);
+  made->release = nullptr;
+  ports.add(made);
+  ports.releaseObservers();
+  EXPECT_EQ(first.released, 0);
+  EXPECT_FALSE(ports.profiling);
+}
+
+TEST_F(PortsTest, TheLocatorsTextIsNeverNull) {
+  EXPECT_STREQ(ports.locatorText(), "");
+  ports.locator.text = [](void *) -> const char * { return nullptr; };
+  EXPECT_STREQ(ports.locatorText(), "");
+  static char text[] = "place";
+  ports.locator = {[](void *argument) -> const char * { return static_cast<char *>(argument); }, nullptr, text};
+  EXPECT_STREQ(ports.locatorText(), "place");
+}
+
+TEST_F(PortsTest, ResettingTheLocatorClearsItBeforeItsOwnResetRuns) {
+  static int resets;
+  resets = 0;
+  ports.resetLocator();
+  ports.locator = {[](void *) -> const char * { return "place"; }, [] { ++resets; }, nullptr};
+  ports.resetLocator();
+  EXPECT_EQ(resets, 1);
+  EXPECT_STREQ(ports.locatorText(), "");
+  ports.resetLocator();
+  EXPECT_EQ(resets, 1);
+}
+
+}  // namespace
