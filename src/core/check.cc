@@ -22,9 +22,9 @@ void require(bool holds, const char *what) {
 
 void checkBits(const CSint &v) {
   require(v.bits->low <= v.min && v.max <= v.bits->high, "bits cover the bounds");
+  if (solver.checked.countsMayLag) return;
   require(v.bits->has(v.min) && v.bits->has(v.max), "the bounds are present in the bits");
-  const int present = wrap(countPresent(v.bits, v.min, v.max));
-  require(present == v.count || solver.checked.countsMayLag, "the element count is the number of bits set");
+  require(wrap(countPresent(v.bits, v.min, v.max)) == v.count, "the element count is the number of bits set");
 }
 
 void checkDomain(const CSint &v) {
@@ -89,24 +89,20 @@ void noteAccept() {
   if (solver.contexts.count() > 0) solver.checked.countsMayLag = true;
 }
 
-void enterLoop(const void *frame) {
-  if (solver.queue.depth == 1) solver.checked.loopFrame = frame;
+CallbackRules::CallbackRules() : startsAndEnds_(solver.checked.startsAndEnds), contexts_(solver.contexts.count()) {}
+
+void CallbackRules::requireKept() const {
+  require(solver.checked.startsAndEnds == startsAndEnds_, "cs_init and cs_end are not called from a callback");
+  require(solver.contexts.count() >= contexts_, "a callback closes only contexts that it opened");
 }
 
-// A callback that left by longjmp leaves the depth raised, and cs_end is then in order: the stack tells them apart.
-void notFromCallback() {
-  const bool inLoop = solver.queue.depth > 0 && __builtin_frame_address(0) < solver.checked.loopFrame;
-  require(!inLoop, "cs_init and cs_end are not called from a callback");
-}
-
-void contextsStillOpen(int before) {
-  require(solver.contexts.count() >= before, "a callback closes only contexts that it opened");
-}
+void noteStartOrEnd() { ++solver.checked.startsAndEnds; }
 
 void afterEnd() {
-  const int period = solver.checked.period;
+  const State old = solver.checked;
   solver.checked = State{};
-  solver.checked.period = period;
+  solver.checked.period = old.period;
+  solver.checked.startsAndEnds = old.startsAndEnds;
 }
 
 }  // namespace koru::check

@@ -10,7 +10,7 @@ struct State {
   bool countsMayLag = false;  // an inner context was accepted: an outer restore may write back too high a count
   int period = 1;             // check every so many times
   int untilNext = 1;
-  const void *loopFrame = nullptr;  // stack frame of the outermost propagation loop
+  int startsAndEnds = 0;  // calls of cs_init and cs_end
 };
 
 // After each outermost propagation, restore and accept; does nothing while handlers run.
@@ -19,11 +19,19 @@ void invariantsWhenIdle();
 // Contexts were accepted while others remain open?
 void noteAccept();
 
-// Rules that callbacks are bound by: no cs_end and cs_init, and no context closed that was open before.
-void enterLoop(const void *frame);
-void notFromCallback();
-void contextsStillOpen(int before);
+// Rules that callbacks are bound by: no cs_init and cs_end, and no context closed that was open before. Made before a
+// handler is called, asked when it returns; a handler that leaves by an exception or longjmp is never asked.
+class CallbackRules {
+ public:
+  CallbackRules();
+  void requireKept() const;
 
+ private:
+  int startsAndEnds_;
+  int contexts_;
+};
+
+void noteStartOrEnd();
 void afterEnd();
 
 }  // namespace koru::check

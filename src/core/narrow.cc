@@ -15,31 +15,32 @@ bool makeBits(CSint *v) {
   return v->bits != nullptr;
 }
 
-bool signalMin(CSint *v) { return signal(v, isInstantiated(v) ? kMinBound : kNewMin, v->min); }
-bool signalMax(CSint *v) { return signal(v, isInstantiated(v) ? kMaxBound : kNewMax, v->max); }
+// Give the variable its new bound and element count and signal it. Deliberate: a bound past the other one fails and
+// leaves the domain as it is; the bits run out before the count only when a count was written back too high.
+bool moveMin(CSint *v, int min, int count) {
+  if (min > v->max) return false;
+  v->min = min;
+  v->count = count;
+  return signal(v, isInstantiated(v) ? kMinBound : kNewMin, min);
+}
+
+bool moveMax(CSint *v, int max, int count) {
+  if (max < v->min) return false;
+  v->max = max;
+  v->count = count;
+  return signal(v, isInstantiated(v) ? kMaxBound : kNewMax, max);
+}
 
 bool removeMin(CSint *v) {
   if (!solver.trail.noteMin(v)) return false;
-  if (needsBits(v)) {
-    v->count = wrapSub(v->count, 1);
-    v->min = nextPresent(v->bits, v->min);
-  } else {
-    v->count = wrapSub(v->max, v->min);
-    v->min = v->min + 1;
-  }
-  return signalMin(v);
+  if (needsBits(v)) return moveMin(v, nextPresent(v->bits, v->min), wrapSub(v->count, 1));
+  return moveMin(v, v->min + 1, wrapSub(v->max, v->min));
 }
 
 bool removeMax(CSint *v) {
   if (!solver.trail.noteMax(v)) return false;
-  if (needsBits(v)) {
-    v->count = wrapSub(v->count, 1);
-    v->max = previousPresent(v->bits, v->max);
-  } else {
-    v->count = wrapSub(v->max, v->min);
-    v->max = v->max - 1;
-  }
-  return signalMax(v);
+  if (needsBits(v)) return moveMax(v, previousPresent(v->bits, v->max), wrapSub(v->count, 1));
+  return moveMax(v, v->max - 1, wrapSub(v->max, v->min));
 }
 
 bool removeInner(CSint *v, int value) {
@@ -54,27 +55,17 @@ bool removeInner(CSint *v, int value) {
 bool raiseMin(CSint *v, int bound) {
   if constexpr (kLogging) logChange("raise minimum", v, bound);
   if (!solver.trail.noteMin(v)) return false;
-  if (needsBits(v)) {
-    v->count = wrapSub(v->count, wrap(countPresent(v->bits, v->min, bound - 1)));
-    v->min = v->bits->has(bound) ? bound : nextPresent(v->bits, bound);
-  } else {
-    v->count = rangeSize(bound, v->max);
-    v->min = bound;
-  }
-  return signalMin(v);
+  if (!needsBits(v)) return moveMin(v, bound, rangeSize(bound, v->max));
+  const int count = wrapSub(v->count, wrap(countPresent(v->bits, v->min, bound - 1)));
+  return moveMin(v, v->bits->has(bound) ? bound : nextPresent(v->bits, bound), count);
 }
 
 bool lowerMax(CSint *v, int bound) {
   if constexpr (kLogging) logChange("lower maximum", v, bound);
   if (!solver.trail.noteMax(v)) return false;
-  if (needsBits(v)) {
-    v->count = wrapSub(v->count, wrap(countPresent(v->bits, bound + 1, v->max)));
-    v->max = v->bits->has(bound) ? bound : previousPresent(v->bits, bound);
-  } else {
-    v->count = rangeSize(v->min, bound);
-    v->max = bound;
-  }
-  return signalMax(v);
+  if (!needsBits(v)) return moveMax(v, bound, rangeSize(v->min, bound));
+  const int count = wrapSub(v->count, wrap(countPresent(v->bits, bound + 1, v->max)));
+  return moveMax(v, v->bits->has(bound) ? bound : previousPresent(v->bits, bound), count);
 }
 
 bool bindFree(CSint *v, int value) {

@@ -64,10 +64,14 @@ bool open(const EventRecord &event, Arguments &arguments) {
 bool call(const EventRecord &event, Entry *entry, Arguments arguments) {
   if constexpr (kLogging) logCall(event, *entry);
   const Handler handler = entry->constraint->table->handlers[event.code];
-  [[maybe_unused]] const int contexts = solver.contexts.count();
-  const bool consistent = handler(event.variable, entry, arguments.oldValue, arguments.newValue);
-  if constexpr (kChecked) check::contextsStillOpen(contexts);
-  return consistent;
+  if constexpr (kChecked) {
+    const check::CallbackRules rules;
+    const bool consistent = handler(event.variable, entry, arguments.oldValue, arguments.newValue);
+    rules.requireKept();
+    return consistent;
+  } else {
+    return handler(event.variable, entry, arguments.oldValue, arguments.newValue);
+  }
 }
 
 // Calls the handlers of one event, newest attachment first. Returns the entry whose handler failed, or null. While
@@ -128,7 +132,6 @@ bool drain(Queue &queue) {
 void propagate() {
   Queue &queue = solver.queue;
   ++queue.depth;
-  if constexpr (kChecked) check::enterLoop(__builtin_frame_address(0));
   // Set once per run, by the first conflict listener met in any event's list.
   Entry *listener = nullptr;
   while (queue.head != nullptr) {

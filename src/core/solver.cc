@@ -32,7 +32,7 @@ void destroyTrail() {
 using koru::solver;
 
 void cs_init(void) {
-  if constexpr (koru::kChecked) koru::check::notFromCallback();
+  if constexpr (koru::kChecked) koru::check::noteStartOrEnd();
   koru::prepareErrorsForInit();
   if (!solver.initialised) {
     if (!koru::createStacks()) return;
@@ -46,7 +46,7 @@ void cs_init(void) {
 // The order is fixed: releases run while what they may look at still stands.
 void cs_end(void) {
   if (!solver.initialised) return;
-  if constexpr (koru::kChecked) koru::check::notFromCallback();
+  if constexpr (koru::kChecked) koru::check::noteStartOrEnd();
   solver.sites.destroy();
   solver.ports.resetLocator();
   solver.ports.releaseObservers();

@@ -13,7 +13,11 @@ struct SearchState {
 
 extern constinit SearchState searchState;
 
-// Every search begins with it.
-inline void beginSearch() { searchState = SearchState{}; }
+// Every search begins with it. `solutionFound` belongs to cs_findAll alone, which may have another search inside it.
+inline void beginSearch() {
+  searchState.fails = 0;
+  searchState.choicePoints = 0;
+  searchState.cancelled = false;
+}
 
 }  // namespace koru

@@ -263,6 +263,24 @@ TEST_F(ContextTest, AVariableWithAWrittenBackCountAtTheLargestIntIsSafeToEmpty) 
 }
 
 // As before, but without a bit array: memory ran out when the first removal wanted one.
+TEST_F(ContextTest, ABoundNeverPassesTheOtherOneWhenTheBitsRunOutBeforeAWrittenBackCount) {
+  CSint *up = cs_createCSint(0, 9);
+  CSint *down = cs_createCSint(0, 9);
+  cs_saveContext();
+  EXPECT_TRUE(cs_GE(up, 1) && cs_LE(down, 8));
+  cs_saveContext();
+  EXPECT_TRUE(cs_NEQ(up, 5) && cs_NEQ(down, 5));
+  cs_acceptContext();
+  cs_restoreContext();
+  // Both count ten elements, so the absent 5 can become a bound.
+  EXPECT_TRUE(cs_LE(up, 5) && cs_NEQ(up, 2));
+  EXPECT_TRUE(cs_GE(down, 5) && cs_NEQ(down, 7));
+  EXPECT_FALSE(cs_GE(up, 5));
+  EXPECT_FALSE(cs_LE(down, 5));
+  EXPECT_LE(cs_getMin(up), cs_getMax(up));
+  EXPECT_LE(cs_getMin(down), cs_getMax(down));
+}
+
 TEST_F(ContextTest, AWrittenBackCountWithoutBitsAtTheLargestIntIsSafeToEmpty) {
   const auto emptyAndAsk = [] {
     CSint *v = cs_createCSint(kIntMax - 2, kIntMax);

@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+// Every exported function that can allocate, with every one of its allocations failing: one report, the failure value,
+// the error code, and a solver that goes on working. Leaks are for the leak checker to find.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support/model_failure.h"
+
+namespace koru::test {
+namespace {
+
+// What a function finds: x, y, z over 0..9 (y with a hole), t bound to 3, an array of x, y, z.
+struct Bench {
+  CSint *x = cs_createCSint(0, 9);
+  CSint *y = cs_createCSint(0, 9);
+  CSint *z = cs_createCSint(0, 9);
+  CSint *t = CSINT(3);
+  CSint *array[3] = {x, y, z};
+  Bench() {
+    cs_NEQ(y, 4);
+    cs_setName(y, "short");
+  }
+};
+
+bool nothing(Bench &) { return true; }
+bool noBitArray(Bench &b) { return cs_getNbElements(b.x) == 10 && cs_isIn(b.x, 5); }
+
+// `run` answers whether the call succeeded; `afterFailure` whether all is as a failed call must leave it.
+struct Operation {
+  const char *name;
+  bool (*run)(Bench &);
+  bool (*afterFailure)(Bench &) = nothing;
+};
+
+bool named(CSint *v) { return v != nullptr && cs_getName(v) != nullptr && std::string(cs_getName(v)) == "a name"; }
+
+bool setName(CSint *v) {
+  cs_setName(v, "a name");
+  return named(v);
+}
+
+bool unnamed(Bench &b) { return cs_getName(b.x) == nullptr && cs_getName(b.t) == nullptr; }
+
+bool getDomain(Bench &b) {
+  int *domain = cs_getDomain(b.y);
+  const bool result = domain != nullptr;
+  cs_freeDomain(domain);
+  return result;
+}
+
+bool fromDomain(Bench &) {
+  const int domain[] = {3, 9, 3, 5};
+  return cs_createCSintFromDomain(domain, 4) != nullptr;
+}
+
+bool print(Bench &b) {
+  std::FILE *file = std::tmpfile();
+  cs_fprintf(file, "%D %-5d|%s %T\n", b.y, 7, "text", b.x);
+  const bool complete = std::ftell(file) > 25;
+  std::fclose(file);
+  return complete;
+}
+
+const Operation kOperations[] = {
+    {"cs_createNamedCSint", [](Bench &) { return named(cs_createNamedCSint(0, 9, "a name")); }},
+    {"cs_createCSintArray", [](Bench &) { return cs_createCSintArray(5, 0, 9) != nullptr; }},
+    {"cs_createCSintFromDomain", fromDomain},
+    {"cs_setName", [](Bench &b) { return setName(b.x); }, unnamed},
+    {"cs_setName", [](Bench &b) { return setName(b.y); }, [](Bench &b) { return cs_getName(b.y) == nullptr; }},
+    {"cs_getDomain", getDomain},
+    {"cs_NEQ", [](Bench &b) { return cs_NEQ(b.x, 5); }, noBitArray},
+    {"cs_Eq", [](Bench &b) { return cs_Eq(b.x, b.y); }},
+    {"cs_Neq", [](Bench &b) { return cs_Neq(b.x, b.t); }},
+    {"cs_Le", [](Bench &b) { return cs_Le(b.x, b.y); }},
+    {"cs_Lt", [](Bench &b) { return cs_Lt(b.x, b.y); }},
+    {"cs_Ge", [](Bench &b) { return cs_Ge(b.x, b.y); }},
+    {"cs_Gt", [](Bench &b) { return cs_Gt(b.x, b.y); }},
+    {"cs_Add", [](Bench &b) { return cs_Add(b.t, b.y) != nullptr; }},
+    {"cs_Sub", [](Bench &b) { return cs_Sub(b.t, b.y) != nullptr; }},
+    {"cs_VAdd", [](Bench &b) { return cs_VAdd(3, b.x, b.y, b.z) != nullptr; }},
+    {"cs_VAdd", [](Bench &b) { return cs_VAdd(1, b.x) == b.x; }},
+    {"cs_VSub", [](Bench &b) { return cs_VSub(3, b.x, b.y, b.z) != nullptr; }},
+    {"cs_VSub", [](Bench &b) { return cs_VSub(2, b.t, b.y) != nullptr; }},
+    {"cs_AllNeq", [](Bench &b) { return cs_AllNeq(b.array, 3) == 1; }},
+    {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
+    {"cs_fprintf", print},
+};
+
+// Posting calls leave no attachment behind that a restore would not remove.
+void expectRestorable(Bench &b, int label) {
+  cs_restoreContextUntil(label);
+  EXPECT_EQ(values(b.x), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
+  EXPECT_EQ(values(b.y), (std::vector<int>{0, 1, 2, 3, 5, 6, 7, 8, 9}));
+  EXPECT_EQ(cs_getNbElements(b.z), 10);
+}
+
+class EveryExport : public SolverTest, public ::testing::WithParamInterface<Failing> {
+ protected:
+  // True when the k-th allocation existed.
+  bool failAllocation(const Operation &operation, int k) {
+    SCOPED_TRACE(std::string(operation.name) + ", allocation " + std::to_string(k));
+    Bench bench;
+    const int label = cs_saveContext();
+    cs_initErr();
+    memoryReports = 0;
+    bool result = false;
+    {
+      const FailingAllocator failing(k, GetParam());
+      result = operation.run(bench);
+    }
+    const bool failed = FailingAllocator::failures() > 0;
+    EXPECT_EQ(result, !failed);
+    EXPECT_EQ(memoryReports, failed ? 1 : 0);
+    EXPECT_EQ(cs_getErr(), failed ? CS_ERR_MEMORY : CS_ERR_NONE);
+    EXPECT_TRUE(!failed || operation.afterFailure(bench));
+    expectRestorable(bench, label);
+    expectSolverUsable();
+    return failed;
+  }
+};
+
+TEST_P(EveryExport, ReportsEachFailedAllocationOnceAndLeavesTheSolverUsable) {
+  for (const Operation &operation : kOperations) {
+    int k = 0;
+    while (failAllocation(operation, k) && !HasFailure()) ++k;
+    EXPECT_GT(k, 0) << operation.name << " allocates";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Memory, EveryExport, ::testing::Values(Failing::kOnce, Failing::kForEver),
+                         [](const auto &each) { return each.param == Failing::kOnce ? "Once" : "ForEver"; });
+
+// Functions whose only allocations are new blocks of a stack, or those made by the calls of others; cs_init has a test
+// of its own.
+const char *const kOnlyBlocks[] = {
+    "CSINT",     "cs_createCSint", "cs_EQ",      "cs_LE",           "cs_LT",          "cs_GE",
+    "cs_GT",     "cs_backtrack",   "cs_init",    "cs_backtrackExt", "cs_saveContext", "cs_restoreAndSaveContext",
+    "cs_search", "cs_searchFail",  "cs_findAll", "cs_printf",
+};
+
+const char *const kNeverAllocating[] = {
+    "cs_acceptAll",
+    "cs_acceptContext",
+    "cs_acceptContextUntil",
+    "cs_cancelSearch",
+    "cs_end",
+    "cs_findFreeVar",
+    "cs_findFreeVarNbConstraints",
+    "cs_findFreeVarNbElements",
+    "cs_findFreeVarNbElementsMin",
+    "cs_forgetSaveContext",
+    "cs_forgetSaveContextUntil",
+    "cs_fprintStats",
+    "cs_freeDomain",
+    "cs_freeSearchNotify",
+    "cs_freeValueSelector",
+    "cs_getErr",
+    "cs_getMax",
+    "cs_getMin",
+    "cs_getName",
+    "cs_getNbChoicePoints",
+    "cs_getNbConstraints",
+    "cs_getNbElements",
+    "cs_getNbFails",
+    "cs_getNextValue",
+    "cs_getPreviousValue",
+    "cs_getValue",
+    "cs_getVersion",
+    "cs_initErr",
+    "cs_isFree",
+    "cs_isIn",
+    "cs_isInstantiated",
+    "cs_printStats",
+    "cs_restoreAll",
+    "cs_restoreContext",
+    "cs_restoreContextUntil",
+    "cs_setErr",
+    "cs_setErrHandler",
+};
+
+bool known(const std::string &name) {
+  const auto is = [&](const char *other) { return name == other; };
+  return std::any_of(std::begin(kOperations), std::end(kOperations), [&](const Operation &o) { return is(o.name); }) ||
+         std::any_of(std::begin(kOnlyBlocks), std::end(kOnlyBlocks), is) ||
+         std::any_of(std::begin(kNeverAllocating), std::end(kNeverAllocating), is);
+}
+
+TEST(ExportList, NamesNoFunctionWhoseAllocationsAreNotAccountedForHere) {
+  const auto root = std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
+  std::ifstream list(root / "cmake" / "exports.txt");
+  if (!list) GTEST_SKIP() << "run outside the source tree";
+  int names = 0;
+  for (std::string name; std::getline(list, name);) {
+    if (name.empty() || name[0] == '#') continue;
+    ++names;
+    EXPECT_TRUE(known(name)) << name << ": add it to a table above";
+  }
+  EXPECT_GT(names, 0);
+}
+
+}  // namespace
+}  // namespace koru::test
