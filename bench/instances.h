@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: MIT
+// The data of the benchmark problems: grids to complete and pairs to relate, the same for every solver and machine.
+// Generators are seeded and use no distribution or shuffle of the standard library, whose results may differ.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <numeric>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace koru::bench {
+
+class Random {
+ public:
+  explicit Random(unsigned seed) : engine_(seed) {}
+
+  int below(int n) { return static_cast<int>(engine_() % static_cast<unsigned>(n)); }
+
+  std::vector<int> permutation(int n) {
+    std::vector<int> result(static_cast<std::size_t>(n));
+    std::iota(result.begin(), result.end(), 0);
+    for (int i = n - 1; i > 0; --i)
+      std::swap(result[static_cast<std::size_t>(i)], result[static_cast<std::size_t>(below(i + 1))]);
+    return result;
+  }
+
+ private:
+  std::mt19937 engine_;
+};
+
+// A square of cells in row-major order, each a clue from 1 to order or 0 when it is to be found. Rows and columns, and
+// the blocks of block x block cells when block is not 0, hold different values.
+struct Grid {
+  int order;
+  int block;
+  std::vector<int> cells;
+
+  Grid(int gridOrder, int blockSize)
+      : order(gridOrder), block(blockSize), cells(static_cast<std::size_t>(gridOrder * gridOrder)) {}
+  int &at(int row, int column) { return cells[static_cast<std::size_t>(row * order + column)]; }
+};
+
+// Lines that stay within their band: bands in random order, and the lines of each.
+inline std::vector<int> permutedLines(Random &random, int block) {
+  std::vector<int> lines;
+  for (const int band : random.permutation(block))
+    for (const int line : random.permutation(block)) lines.push_back(band * block + line);
+  return lines;
+}
+
+inline Grid solvedSudoku(Random &random, int block) {
+  Grid grid(block * block, block);
+  const std::vector<int> rows = permutedLines(random, block);
+  const std::vector<int> columns = permutedLines(random, block);
+  const std::vector<int> symbols = random.permutation(grid.order);
+  for (int r = 0; r < grid.order; ++r)
+    for (int c = 0; c < grid.order; ++c) {
+      const int row = rows[static_cast<std::size_t>(r)];
+      const int base = (block * (row % block) + row / block + columns[static_cast<std::size_t>(c)]) % grid.order;
+      grid.at(r, c) = symbols[static_cast<std::size_t>(base)] + 1;
+    }
+  return grid;
+}
+
+// Counts the solutions of a 9x9 sudoku, up to two: masks of the values used, fewest candidates first.
+class SudokuCounter {
+ public:
+  explicit SudokuCounter(const Grid &grid) {
+    for (int cell = 0; cell < 81; ++cell) {
+      const int value = grid.cells[static_cast<std::size_t>(cell)];
+      if (value == 0)
+        free_[freeCount_++] = cell;
+      else
+        flip(cell, 1U << value);
+    }
+  }
+
+  int count() {
+    if (freeCount_ == 0) return 1;
+    const int chosen = pickFree();
+    const int cell = free_[chosen];
+    free_[chosen] = free_[--freeCount_];
+    int solutions = 0;
+    for (unsigned left = candidates(cell); left != 0 && solutions < 2; left &= left - 1) {
+      const unsigned value = left & (~left + 1);
+      flip(cell, value);
+      solutions += count();
+      flip(cell, value);
+    }
+    free_[freeCount_++] = free_[chosen];
+    free_[chosen] = cell;
+    return solutions < 2 ? solutions : 2;
+  }
+
+ private:
+  static int blockOf(int cell) { return cell / 27 * 3 + cell % 9 / 3; }
+  unsigned candidates(int cell) const {
+    return 0x3feU & ~(rows_[cell / 9] | columns_[cell % 9] | blocks_[blockOf(cell)]);
+  }
+  void flip(int cell, unsigned value) {
+    rows_[cell / 9] ^= value;
+    columns_[cell % 9] ^= value;
+    blocks_[blockOf(cell)] ^= value;
+  }
+  int pickFree() const {
+    int best = 0;
+    for (int i = 1; i < freeCount_; ++i)
+      if (std::popcount(candidates(free_[i])) < std::popcount(candidates(free_[best]))) best = i;
+    return best;
+  }
+
+  unsigned rows_[9] = {};
+  unsigned columns_[9] = {};
+  unsigned blocks_[9] = {};
+  int free_[81] = {};
+  int freeCount_ = 0;
+};
+
+// Takes clues away from a 9x9 grid in random order as long as its solution stays the only one.
+inline void removeWhileUnique(Random &random, Grid &grid) {
+  for (const int cell : random.permutation(81)) {
+    int &clue = grid.cells[static_cast<std::size_t>(cell)];
+    const int value = std::exchange(clue, 0);
+    if (SudokuCounter(grid).count() != 1) clue = value;
+  }
+}
+
+inline void removeCells(Random &random, Grid &grid, int holes) {
+  const std::vector<int> cells = random.permutation(grid.order * grid.order);
+  for (int i = 0; i < holes; ++i) grid.cells[static_cast<std::size_t>(cells[static_cast<std::size_t>(i)])] = 0;
+}
+
+// A Latin square, row by row: each row a matching of columns and values still free in them, found by augmenting paths
+// from a random start. It always exists.
+class LatinSquare {
+ public:
+  LatinSquare(Random &random, int order) : random_(random), grid_(order, 0) {
+    for (int row = 0; row < order; ++row) addRow(row);
+  }
+  Grid take() { return std::move(grid_); }
+
+ private:
+  void addRow(int row) {
+    values_ = random_.permutation(grid_.order);
+    owner_.assign(static_cast<std::size_t>(grid_.order), -1);
+    for (int column = 0; column < grid_.order; ++column) {
+      visited_.assign(static_cast<std::size_t>(grid_.order), false);
+      assign(row, column);
+    }
+    for (int value = 0; value < grid_.order; ++value)
+      grid_.at(row, owner_[static_cast<std::size_t>(value)]) = value + 1;
+  }
+
+  bool assign(int row, int column) {
+    for (const int value : values_) {
+      const auto v = static_cast<std::size_t>(value);
+      if (visited_[v] || usedAbove(row, column, value + 1)) continue;
+      visited_[v] = true;
+      if (owner_[v] >= 0 && !assign(row, owner_[v])) continue;
+      owner_[v] = column;
+      return true;
+    }
+    return false;
+  }
+
+  bool usedAbove(int row, int column, int value) {
+    for (int r = 0; r < row; ++r)
+      if (grid_.at(r, column) == value) return true;
+    return false;
+  }
+
+  Random &random_;
+  Grid grid_;
+  std::vector<int> values_;
+  std::vector<int> owner_;  // the column that took a value
+  std::vector<bool> visited_;
+};
+
+struct Instances {
+  static constexpr int kPairVariables = 2000;
+
+  std::vector<Grid> sudoku9;   // one solution each
+  std::vector<Grid> sudoku16;  // 140 cells removed at random
+  std::vector<Grid> qwh;       // Latin squares of order 20 with 150 holes
+  std::vector<std::pair<int, int>> pairs;
+
+  Instances() {
+    Random random(20240229);
+    while (sudoku9.size() < 200) removeWhileUnique(random, sudoku9.emplace_back(solvedSudoku(random, 3)));
+    while (sudoku16.size() < 20) removeCells(random, sudoku16.emplace_back(solvedSudoku(random, 4)), 140);
+    while (qwh.size() < 20) removeCells(random, qwh.emplace_back(LatinSquare(random, 20).take()), 150);
+    while (pairs.size() < 1000000) {
+      const int first = random.below(kPairVariables);
+      const int second = random.below(kPairVariables);
+      if (first != second) pairs.emplace_back(first, second);
+    }
+  }
+};
+
+// Made at the first call.
+inline const Instances &instances() {
+  static const Instances made;
+  return made;
+}
+
+}  // namespace koru::bench

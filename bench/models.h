@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: MIT
+// The benchmark problems as programs for Koru, from cs_init to cs_end, posting included.
+#pragma once
+
+#include <cstddef>
+#include <ctime>
+#include <deque>
+#include <vector>
+
+#include "instances.h"
+#include "koru.h"
+
+namespace koru::bench {
+
+// What a run did, for comparing trees and for the cost of one unit of work.
+struct Outcome {
+  long long units = 0;  // nodes of a search (choice points + roots), events or constraints; 0 when a post failed
+  long long choicePoints = 0;
+  long long fails = 0;
+  long long solutions = 0;
+};
+
+using Array = std::vector<CSint *>;
+
+inline double cpuSeconds() {
+  timespec now{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+// The part of all runs so far that was spent in cs_end.
+inline double secondsInEnd = 0;
+
+// A running solver, and the arrays that its constraints keep.
+class Lifetime {
+ public:
+  Lifetime() { cs_init(); }
+  Lifetime(const Lifetime &) = delete;
+  Lifetime &operator=(const Lifetime &) = delete;
+  ~Lifetime() {
+    const double start = cpuSeconds();
+    cs_end();
+    secondsInEnd += cpuSeconds() - start;
+  }
+
+  Array &array() { return arrays_.emplace_back(); }
+  Array &array(int size, int min, int max) {
+    Array &result = array();
+    while (static_cast<int>(result.size()) < size) result.push_back(cs_createCSint(min, max));
+    return result;
+  }
+
+ private:
+  std::deque<Array> arrays_;  // growing it moves no array
+};
+
+inline bool allNeq(Array &x) { return cs_AllNeq(x.data(), static_cast<int>(x.size())) != 0; }
+
+inline long long solutionsFound = 0;
+inline void countSolution(CSint **, int) { ++solutionsFound; }
+
+inline void addSearch(Outcome &outcome) {
+  outcome.choicePoints += cs_getNbChoicePoints();
+  outcome.fails += cs_getNbFails();
+  outcome.solutions += solutionsFound;
+  outcome.units += cs_getNbChoicePoints() + 1;
+}
+
+inline void findAll(Outcome &outcome, Array &x, CSfindFreeVar select) {
+  solutionsFound = 0;
+  cs_findAll(x.data(), static_cast<int>(x.size()), select, countSolution);
+  addSearch(outcome);
+}
+
+inline void findFirst(Outcome &outcome, Array &x, CSfindFreeVar select) {
+  solutionsFound = cs_search(x.data(), static_cast<int>(x.size()), select) ? 1 : 0;
+  addSearch(outcome);
+}
+
+// ----- queens
+
+inline Array *postQueens(Lifetime &lifetime, int n) {
+  Array &x = lifetime.array(n, 0, n - 1);
+  Array &y = lifetime.array();
+  Array &z = lifetime.array();
+  for (int i = 0; i < n; ++i) {
+    CSint *row = x[static_cast<std::size_t>(i)];
+    y.push_back(cs_Add(row, CSINT(i)));
+    z.push_back(cs_Sub(row, CSINT(i)));
+  }
+  return allNeq(x) && allNeq(y) && allNeq(z) ? &x : nullptr;
+}
+
+template <int n>
+Outcome queensAll() {
+  Lifetime lifetime;
+  Outcome outcome;
+  if (Array *x = postQueens(lifetime, n)) findAll(outcome, *x, cs_findFreeVarNbElements);
+  return outcome;
+}
+
+template <int n>
+Outcome queensFirst() {
+  Lifetime lifetime;
+  Outcome outcome;
+  if (Array *x = postQueens(lifetime, n)) findFirst(outcome, *x, cs_findFreeVarNbElements);
+  return outcome;
+}
+
+// x[j] + k and x[j] - k for every distance k between rows, each made once.
+struct Shifted {
+  Array up;
+  Array down;
+};
+
+inline Shifted shift(CSint *v, int distances) {
+  Shifted result;
+  for (int k = 0; k < distances; ++k) {
+    result.up.push_back(k == 0 ? v : cs_Add(v, CSINT(k)));
+    result.down.push_back(k == 0 ? v : cs_Sub(v, CSINT(k)));
+  }
+  return result;
+}
+
+inline bool postQueensNeq(const Array &x) {
+  for (std::size_t j = 1; j < x.size(); ++j) {
+    const Shifted shifted = shift(x[j], static_cast<int>(j) + 1);
+    for (std::size_t i = 0; i < j; ++i) {
+      if (!cs_Neq(x[i], x[j]) || !cs_Neq(x[i], shifted.up[j - i]) || !cs_Neq(x[i], shifted.down[j - i])) return false;
+    }
+  }
+  return true;
+}
+
+template <int n>
+Outcome queensNeq() {
+  Lifetime lifetime;
+  Outcome outcome;
+  Array &x = lifetime.array(n, 0, n - 1);
+  if (postQueensNeq(x)) findAll(outcome, x, cs_findFreeVarNbElements);
+  return outcome;
+}
+
+// ----- pigeons
+
+inline bool neqPairs(const Array &x) {
+  for (std::size_t i = 0; i < x.size(); ++i)
+    for (std::size_t j = i + 1; j < x.size(); ++j)
+      if (!cs_Neq(x[i], x[j])) return false;
+  return true;
+}
+
+template <int n>
+Outcome pigeon() {
+  Lifetime lifetime;
+  Outcome outcome;
+  Array &x = lifetime.array(n, 0, n - 2);
+  if (neqPairs(x)) findAll(outcome, x, cs_findFreeVar);
+  return outcome;
+}
+
+// ----- grids
+
+// The cells of one row, column or block, in row-major order of the grid.
+template <class Belongs>
+Array &cellsWhere(Lifetime &lifetime, const Array &cells, int order, Belongs belongs) {
+  Array &group = lifetime.array();
+  for (int i = 0; i < order * order; ++i)
+    if (belongs(i / order, i % order)) group.push_back(cells[static_cast<std::size_t>(i)]);
+  return group;
+}
+
+inline bool postGrid(Lifetime &lifetime, const Grid &grid, Array &cells) {
+  const int n = grid.order;
+  const int b = grid.block;
+  for (int k = 0; k < n; ++k)
+    if (!allNeq(cellsWhere(lifetime, cells, n, [k](int row, int) { return row == k; }))) return false;
+  for (int k = 0; k < n; ++k)
+    if (!allNeq(cellsWhere(lifetime, cells, n, [k](int, int column) { return column == k; }))) return false;
+  for (int k = 0; b > 0 && k < n; ++k)
+    if (!allNeq(cellsWhere(lifetime, cells, n, [k, b](int r, int c) { return r / b == k / b && c / b == k % b; })))
+      return false;
+  for (std::size_t i = 0; i < cells.size(); ++i)
+    if (grid.cells[i] != 0 && !cs_EQ(cells[i], grid.cells[i])) return false;
+  return true;
+}
+
+template <auto search>
+Outcome completeGrids(const std::vector<Grid> &grids) {
+  Outcome outcome;
+  for (const Grid &grid : grids) {
+    Lifetime lifetime;
+    Array &cells = lifetime.array(grid.order * grid.order, 1, grid.order);
+    if (postGrid(lifetime, grid, cells)) search(outcome, cells, cs_findFreeVarNbElements);
+  }
+  return outcome;
+}
+
+inline Outcome sudoku9() { return completeGrids<findAll>(instances().sudoku9); }
+inline Outcome sudoku16() { return completeGrids<findFirst>(instances().sudoku16); }
+inline Outcome qwh() { return completeGrids<findFirst>(instances().qwh); }
+
+// ----- Langford sequences: k copies of the numbers 1..n, v + 1 places between copies of v (counted from 0)
+
+inline bool postLangford(Array &p, int k, int n) {
+  for (int i = 0; i < n * (k - 1); ++i) {
+    CSint *next = cs_Add(p[static_cast<std::size_t>(i)], CSINT(i % n + 2));
+    if (!cs_LE(next, k * n - 1)) return false;
+    p.push_back(next);
+  }
+  return allNeq(p);
+}
+
+template <int k, int n>
+Outcome langford() {
+  Lifetime lifetime;
+  Outcome outcome;
+  Array &p = lifetime.array(n, 0, k * n - 1);
+  if (!postLangford(p, k, n)) return outcome;
+  Array firstCopies(p.rend() - n, p.rend());
+  findAll(outcome, firstCopies, cs_findFreeVar);
+  return outcome;
+}
+
+// ----- propagation and posting alone
+
+inline bool postChain(const Array &x) {
+  for (std::size_t i = 1; i < x.size(); ++i)
+    if (!cs_Lt(x[i - 1], x[i])) return false;
+  return true;
+}
+
+// Variable i in i..i+slack, each less than the next; then the first is raised step by step and pushes all others.
+template <int n, int slack>
+Outcome chain() {
+  Lifetime lifetime;
+  Outcome outcome;
+  Array &x = lifetime.array();
+  for (int i = 0; i < n; ++i) x.push_back(cs_createCSint(i, i + slack));
+  if (!postChain(x)) return outcome;
+  for (int q = 1; q <= slack; ++q)
+    if (!cs_GE(x[0], q)) return outcome;
+  outcome.units = cs_getMin(x.back()) == n - 1 + slack ? static_cast<long long>(n) * slack : 0;
+  return outcome;
+}
+
+inline Outcome postPairs() {
+  Lifetime lifetime;
+  Outcome outcome;
+  const Array &x = lifetime.array(Instances::kPairVariables, 0, 9);
+  for (const auto &[first, second] : instances().pairs) {
+    if (!cs_Neq(x[static_cast<std::size_t>(first)], x[static_cast<std::size_t>(second)])) return Outcome{};
+    ++outcome.units;
+  }
+  return outcome;
+}
+
+struct Model {
+  const char *name;
+  const char *unit;
+  Outcome (*run)();
+};
+
+inline constexpr Model kModels[] = {
+    {"queens_all 12", "node", queensAll<12>},
+    {"queens_first 200", "node", queensFirst<200>},
+    {"queens_neq 11", "node", queensNeq<11>},
+    {"pigeon 10", "node", pigeon<10>},
+    {"sudoku 9x9", "node", sudoku9},
+    {"sudoku 16x16", "node", sudoku16},
+    {"qwh 20/150", "node", qwh},
+    {"langford 2,10", "node", langford<2, 10>},
+    {"langford 3,11", "node", langford<3, 11>},
+    {"chain 10^4 x 200", "event", chain<10000, 200>},
+    {"post 10^6", "constraint", postPairs},
+};
+
+}  // namespace koru::bench

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// The benchmark problems as programs for Gecode.
+#pragma once
+
+#include "models.h"
+
+namespace koru::bench {
+
+// How often the engine clones: every commitDistance choices, and half-way when recomputing more than adaptiveDistance.
+struct Recomputation {
+  const char *name;
+  unsigned commitDistance;
+  unsigned adaptiveDistance;
+};
+
+struct PeerModel {
+  const char *name;  // as in kModels
+  Outcome (*run)(const Recomputation &recomputation);
+};
+
+inline constexpr int kPeerModels = 11;
+extern const PeerModel peerModels[kPeerModels];
+
+}  // namespace koru::bench
