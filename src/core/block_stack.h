@@ -28,9 +28,8 @@ class BlockStack {
   // The new record, its contents left to the caller; null when the stack was never created (no report) or a new block
   // cannot be had (reported), the stack then being unchanged.
   Record *push() {
-    if (top_ == end_) [[unlikely]] {
-      if (!enterNextBlock()) return nullptr;
-    }
+    if (top_ == end_ && !enterNextBlock()) [[unlikely]]
+      return nullptr;
     ++count_;
     return top_++;
   }
@@ -41,6 +40,13 @@ class BlockStack {
       enterPreviousBlock();
     --count_;
     return --top_;
+  }
+
+  // The record at a stack index below count(); constant time for those in the newest block.
+  Record &at(int index) const {
+    Block *block = current_;
+    while (index < block->base) block = block->previous;
+    return block->records()[index - block->base];
   }
 
   int count() const { return count_; }
@@ -68,8 +74,9 @@ class BlockStack {
   };
 
   Block *makeBlock(Block *previous);
-  bool enterNextBlock();
-  void enterPreviousBlock();
+  // Kept out of line: push and pop are inlined all over the engine.
+  [[gnu::noinline, gnu::cold]] bool enterNextBlock();
+  [[gnu::noinline, gnu::cold]] void enterPreviousBlock();
   void use(Block *block) {
     current_ = block;
     begin_ = block->records();

@@ -61,7 +61,10 @@ void emptyGraveyard() {
 
 void release(Constraint *c) {
   if (--c->references > 0) return;
-  if (c->table->destroy != nullptr) c->table->destroy(c->record());
+  if (c->table->destroy != nullptr) {
+    --solver.ownersAlive;
+    c->table->destroy(c->record());
+  }
   Site::release(c->site);
   solver.pool.give(c, c->size);
 }

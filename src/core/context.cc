@@ -45,7 +45,7 @@ int cs_saveContext(void) {
   solver.queue.limit = solver.queue.depth;
   if (solver.queue.head != nullptr) koru::propagate();
   const int trailMark = solver.trail.count();
-  if (koru::ContextMark *mark = solver.contexts.push()) *mark = {trailMark, savedLimit};
+  if (koru::ContextMark *mark = solver.contexts.push()) *mark = {trailMark, savedLimit, ++solver.contextSerial};
   return solver.contexts.count();
 }
 

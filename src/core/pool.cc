@@ -6,7 +6,7 @@
 namespace koru {
 
 void *Pool::take(std::size_t size) {
-  if (kChecked || size > kLargest) return allocate(size);
+  if (kChecked || size > kLargest) return takeLoose(size);
   const std::size_t units = (size + kUnit - 1) / kUnit;
   if (FreeRecord *record = free_[units]) {
     free_[units] = record->next;
@@ -19,12 +19,21 @@ void *Pool::take(std::size_t size) {
 }
 
 void Pool::give(void *record, std::size_t size) {
-  if (kChecked || size > kLargest) return deallocate(record);
   if (record == nullptr) return;
+  if (kChecked || size > kLargest) {
+    --loose_;
+    return deallocate(record);
+  }
   auto *freed = static_cast<FreeRecord *>(record);
   FreeRecord *&head = free_[(size + kUnit - 1) / kUnit];
   freed->next = head;
   head = freed;
+}
+
+void *Pool::takeLoose(std::size_t size) {
+  void *record = allocate(size);
+  if (record != nullptr) ++loose_;
+  return record;
 }
 
 bool Pool::addChunk() {

@@ -18,6 +18,9 @@ class Pool {
   void give(void *record, std::size_t size);
   void destroy();
 
+  // Records are out that destroy() will not free: they went to the allocator one by one.
+  bool hasLoose() const { return loose_ > 0; }
+
  private:
   static constexpr std::size_t kUnit = 8;
   static constexpr std::size_t kLargest = 512;
@@ -30,8 +33,10 @@ class Pool {
     Chunk *previous;
   };
 
+  void *takeLoose(std::size_t size);
   bool addChunk();
 
+  int loose_ = 0;
   char *next_ = nullptr;
   char *end_ = nullptr;
   Chunk *chunks_ = nullptr;

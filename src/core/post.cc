@@ -24,6 +24,7 @@ Constraint *Posting::addConstraint(const HandlerTable &table, std::size_t record
   consistent_ = memory != nullptr;
   if (!consistent_) return nullptr;
   ++site_->references;
+  if (table.destroy != nullptr) ++solver.ownersAlive;
   return new (memory) Constraint{&table, site_, 1, static_cast<std::uint16_t>(size), flags};
 }
 

@@ -26,6 +26,13 @@ void recycle(Queue &queue, EventRecord *event) {
   queue.free = event;
 }
 
+void recycleAll(Queue &queue) {
+  if (queue.head == nullptr) return;
+  queue.tail->next = queue.free;
+  queue.free = queue.head;
+  queue.head = queue.tail = nullptr;
+}
+
 int exchangeReported(int &reported, int value) {
   const int old = reported;
   reported = value;
@@ -110,7 +117,7 @@ void fail(Queue &queue, EventRecord *event, Entry *failed, Entry *listener, Argu
   Site *site = failed->constraint->site;
   ++site->references;
   recycle(queue, event);
-  while (queue.head != nullptr) recycle(queue, takeHead(queue));
+  recycleAll(queue);
   ++queue.failures;
   leave(queue);
   if (solver.ports.profiling) solver.ports.notify(false, variable, code, site);

@@ -20,6 +20,7 @@ struct Solver {
   Queue queue;
   Trail trail;
   BlockStack<ContextMark> contexts;
+  std::uint64_t contextSerial = 0;
   BlockStack<EventRecord> events;
   BlockStack<CSint> variables;  // the only owner of variables that the host sees
   Ports ports;
@@ -28,6 +29,7 @@ struct Solver {
   Site *userSite = nullptr;  // of the user-defined constraint whose callback is running
   Errors errors;
   Pool pool;
+  int ownersAlive = 0;  // constraints whose record has something to destroy
   bool initialised = false;
   check::State checked;
 };

@@ -69,9 +69,9 @@ static void undo(const TrailRecord &record) {
   }
 }
 
-// A callback may push records of its own, so each record is copied off the stack before it is undone.
+// A callback may push records of its own over the one that is being undone, which is not read again after the call.
 void Trail::undoTo(int mark) {
-  while (count() > mark) undo(TrailRecord{*pop()});
+  while (count() > mark) undo(*pop());
 }
 
 void Trail::discardTo(int mark) {

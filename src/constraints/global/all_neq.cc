@@ -4,7 +4,10 @@
 // Cost: O(n) when a variable is bound, O(1) or a scan when a bound of a witness moves.
 // State: two witnesses, variables whose bounds alone span enough values. They are not trailed: backtracking only
 // widens domains, so a pair that was wide enough deeper in the search still is.
+// And the positions whose variable has not been eliminated on this branch: the value of one that has been is in no
+// other domain, so nobody else's value can be in its own, and the scan leaves it out.
 // Wakes: when a bound moves or a variable is bound.
+#include "core/branch_set.h"
 #include "core/post.h"
 
 namespace koru::all_neq {
@@ -14,6 +17,7 @@ struct AllNeq {
   int count;
   CSint *minWitness;
   CSint *maxWitness;
+  BranchSet open;
 };
 
 // ----- rules
@@ -44,19 +48,22 @@ static bool spanFits(AllNeq &c) {
 static bool isWitness(const AllNeq &c, const CSint *v) { return v == c.minWitness || v == c.maxWitness; }
 
 // Takes x's value from all others, x itself told by identity.
-static bool eliminate(const AllNeq &c, const CSint *x) {
+static bool eliminate(AllNeq &c, const CSint *x, int position) {
+  CSint *const *vars = c.vars;
   const int value = x->min;
-  for (int i = 0; i < c.count; ++i) {
-    CSint *v = c.vars[i];
-    if (v != x && contains(v, value) && !removeValue(v, value)) return false;
-  }
-  return true;
+  c.open.refresh();
+  const bool consistent = c.open.forEach([=](int i) {
+    CSint *v = vars[i];
+    return v == x || !contains(v, value) || removeValue(v, value);
+  });
+  if (consistent) c.open.takeOut(position);
+  return consistent;
 }
 
 // ----- handlers
 
 static bool newBound(AllNeq &c, const Event &e) { return !isWitness(c, e.var) || spanFits(c); }
-static bool bound(AllNeq &c, const Event &e) { return newBound(c, e) && eliminate(c, e.var); }
+static bool bound(AllNeq &c, const Event &e) { return newBound(c, e) && eliminate(c, e.var, e.index); }
 
 constexpr auto kTable = handlers<AllNeq>(
     {.newMin = on<newBound>, .newMax = on<newBound>, .minBound = on<bound>, .maxBound = on<bound>, .bound = on<bound>});
@@ -85,7 +92,10 @@ static int post(CSint **vars, int count) {
   if (count <= 0) return 1;
   if (vars == nullptr || !allPresent(vars, count)) return 0;
   Posting posting{"cs_AllNeq"};
-  auto c = posting.add(kTable, AllNeq{vars, count, vars[0], vars[count - 1]});
+  if (!posting) return 0;
+  BranchSet open(count);
+  if (!open) return 0;
+  auto c = posting.add(kTable, AllNeq{vars, count, vars[0], vars[count - 1], std::move(open)});
   for (int i = 0; i < count; ++i) c.attach(vars[i], i);
   return posting && filter(*c) ? 1 : 0;
 }

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+#include "core/branch_set.h"
+
+#include <random>
+#include <set>
+#include <vector>
+
+#include "core/solver.h"
+#include "support/solver_test.h"
+#include "unit/core/allocation_rule.h"
+
+namespace koru {
+namespace {
+
+std::vector<int> positions(BranchSet &set) {
+  std::vector<int> result;
+  set.refresh();
+  set.forEach([&](int i) {
+    result.push_back(i);
+    return true;
+  });
+  return result;
+}
+
+class BranchSetTest : public test::SolverTest {};
+
+TEST_F(BranchSetTest, HoldsAllPositionsInOrderAtFirst) {
+  for (const int size : {1, 63, 64, 65, 200}) {
+    BranchSet set(size);
+    const std::vector<int> all = positions(set);
+    ASSERT_EQ(static_cast<int>(all.size()), size);
+    for (int i = 0; i < size; ++i) EXPECT_EQ(all[static_cast<std::size_t>(i)], i);
+  }
+}
+
+TEST_F(BranchSetTest, StopsAtTheFirstVisitThatFails) {
+  const BranchSet set(9);
+  int visits = 0;
+  EXPECT_FALSE(set.forEach([&](int i) {
+    ++visits;
+    return i < 3;
+  }));
+  EXPECT_EQ(visits, 4);
+}
+
+TEST_F(BranchSetTest, WhatIsTakenOutWithNoContextOpenStaysOut) {
+  BranchSet set(3);
+  set.takeOut(1);
+  cs_saveContext();
+  cs_restoreContext();
+  EXPECT_EQ(positions(set), (std::vector<int>{0, 2}));
+}
+
+TEST_F(BranchSetTest, APositionIsBackWhenItsContextIsClosedInWhateverWay) {
+  for (void (*const close)() : {cs_restoreContext, cs_acceptContext, cs_forgetSaveContext}) {
+    BranchSet set(3);
+    cs_saveContext();
+    set.takeOut(1);
+    EXPECT_EQ(positions(set), (std::vector<int>{0, 2}));
+    close();
+    EXPECT_EQ(positions(set), (std::vector<int>{0, 1, 2}));
+  }
+}
+
+TEST_F(BranchSetTest, AnotherContextOnTheSameLevelIsAnotherBranch) {
+  BranchSet set(3);
+  cs_saveContext();
+  set.takeOut(0);
+  cs_restoreAndSaveContext();
+  EXPECT_EQ(positions(set), (std::vector<int>{0, 1, 2}));
+}
+
+TEST_F(BranchSetTest, TakingAPositionOutTwiceIsTakingItOutOnce) {
+  BranchSet set(1);
+  set.takeOut(0);
+  cs_saveContext();
+  set.takeOut(0);
+  set.takeOut(0);
+  cs_restoreContext();
+  EXPECT_TRUE(positions(set).empty());
+}
+
+TEST_F(BranchSetTest, ExhaustedMemoryIsReportedOnceAndShows) {
+  for (int k = 0; k < 2; ++k) {
+    memoryReports = 0;
+    const test::AllocationRule rule(test::refuseOnly(k));
+    EXPECT_FALSE(BranchSet(5));
+    EXPECT_EQ(memoryReports, 1);
+  }
+}
+
+// Against a model that keeps the set per open context, over contexts in more than one block of their stack.
+TEST_F(BranchSetTest, AgreesWithCopiesKeptPerContext) {
+  std::mt19937 random(1);
+  constexpr int kSize = 100;
+  BranchSet set(kSize);
+  std::vector<std::set<int>> taken(1);
+  for (int step = 0; step < 20000; ++step) {
+    const auto choice = static_cast<unsigned>(random() % 10);
+    if (choice < 4) {
+      set.refresh();
+      const int position = static_cast<int>(random() % kSize);
+      set.takeOut(position);
+      taken.back().insert(position);
+    } else if (choice < (step % 4000 < 2000 ? 9U : 6U)) {
+      cs_saveContext();
+      taken.push_back(taken.back());
+    } else if (taken.size() > 1) {
+      cs_restoreContext();
+      taken.pop_back();
+    }
+    std::vector<int> expected;
+    for (int i = 0; i < kSize; ++i)
+      if (taken.back().count(i) == 0) expected.push_back(i);
+    ASSERT_EQ(positions(set), expected) << "step " << step;
+  }
+}
+
+}  // namespace
+}  // namespace koru
