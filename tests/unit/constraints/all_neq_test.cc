@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+// cs_AllNeq: value elimination and the span test with its two witnesses.
+#include "support/brute_probe.h"
+
+namespace {
+
+using namespace koru;
+using namespace koru::test;
+
+class AllNeqTest : public SolverTest {
+ protected:
+  CSint *array[5] = {};  // kept by the constraint until the solver ends
+};
+
+TEST_F(AllNeqTest, NoVariableIsTrueAndPostsNothing) {
+  array[0] = cs_createCSint(0, 1);
+  const FailingAllocation failing(0);
+  for (const int count : {0, -1, INT_MIN}) {
+    EXPECT_EQ(cs_AllNeq(array, count), 1);
+    EXPECT_EQ(cs_AllNeq(nullptr, count), 1);
+  }
+  EXPECT_EQ(cs_getNbConstraints(array[0]), 0);
+  EXPECT_EQ(memoryReports, 0);
+}
+
+TEST_F(AllNeqTest, OneVariableIsPostedAndAlwaysSucceeds) {
+  array[0] = CSINT(3);
+  EXPECT_EQ(cs_AllNeq(array, 1), 1);
+  array[1] = cs_createCSint(0, 2);
+  EXPECT_EQ(cs_AllNeq(array + 1, 1), 1);
+  EXPECT_EQ(cs_getNbConstraints(array[1]), 1);
+  EXPECT_TRUE(cs_EQ(array[1], 1));
+}
+
+TEST_F(AllNeqTest, NullVariablesGiveZeroAndPostNothing) {
+  array[0] = cs_createCSint(0, 1);
+  EXPECT_EQ(cs_AllNeq(array, 2), 0);
+  EXPECT_EQ(cs_AllNeq(nullptr, 2), 0);
+  EXPECT_EQ(cs_getNbConstraints(array[0]), 0);
+}
+
+TEST_F(AllNeqTest, IsAttachedInArrayOrderWithItsPositions) {
+  for (CSint *&v : array) v = cs_createCSint(0, 9);
+  const int mark = solver.trail.count();
+  ASSERT_EQ(cs_AllNeq(array, 5), 1);
+  EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>(array, array + 5)));
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(attachments(array[i]), (std::vector<std::pair<std::string, int>>{{"cs_AllNeq", i}}));
+    EXPECT_EQ(busySlots(array[i]), "01234");
+  }
+  EXPECT_EQ(trailRecords(TrailKind::kBuffer), 0);
+}
+
+TEST_F(AllNeqTest, ThreeVariablesOverTwoValuesFailAtPostingAndStayAttached) {
+  for (CSint *&v : array) v = cs_createCSint(1, 2);
+  EXPECT_EQ(cs_AllNeq(array, 3), 0);
+  EXPECT_EQ(cs_getNbConstraints(array[2]), 1);
+  EXPECT_EQ(values(array[0]), range(1, 2));
+}
+
+TEST_F(AllNeqTest, TwoVariablesBoundToTheSameValueFailAtPosting) {
+  array[0] = CSINT(2);
+  array[1] = CSINT(2);
+  EXPECT_EQ(cs_AllNeq(array, 2), 0);
+}
+
+TEST_F(AllNeqTest, PostingTakesTheValuesOfBoundVariablesFromTheOthers) {
+  array[0] = cs_createCSint(0, 4);
+  array[1] = CSINT(2);
+  array[2] = cs_createCSint(2, 4);
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  EXPECT_EQ(values(array[0]), (std::vector{0, 1, 3, 4}));
+  EXPECT_EQ(values(array[2]), range(3, 4));
+}
+
+// Posting takes 1 from y, which becomes 2; the constraint hears it at once and takes 2 from z.
+TEST_F(AllNeqTest, PostingPropagatesVariablesThatItBinds) {
+  array[0] = cs_createCSint(2, 3);
+  array[1] = cs_createCSint(1, 2);
+  array[2] = CSINT(1);
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  EXPECT_EQ(values(array[1]), std::vector{2});
+  EXPECT_EQ(values(array[0]), std::vector{3});
+}
+
+// No Hall intervals: two variables over {1, 2} leave the third alone.
+TEST_F(AllNeqTest, NothingIsDoneBeyondEliminationAndSpan) {
+  array[0] = cs_createCSint(1, 2);
+  array[1] = cs_createCSint(1, 2);
+  array[2] = cs_createCSint(1, 3);
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  EXPECT_EQ(values(array[2]), range(1, 3));
+}
+
+TEST_F(AllNeqTest, TheSpanGoesByBoundsNotByValues) {
+  for (CSint *&v : array) v = fromValues({0, 9});
+  EXPECT_EQ(cs_AllNeq(array, 5), 1);
+}
+
+struct EventRow {
+  const char *name;
+  bool (*narrow)(CSint *, int);
+  int v;
+  std::vector<int> left;  // of the other two, which are 0..4 as well
+};
+
+void PrintTo(const EventRow &row, std::ostream *out) { *out << row.name; }
+
+class AllNeqEventTest : public AllNeqTest, public ::testing::WithParamInterface<EventRow> {};
+
+TEST_P(AllNeqEventTest, TakesAValueFromTheOthersOnlyWhenItBinds) {
+  for (CSint *&v : array) v = cs_createCSint(0, 4);
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  ASSERT_TRUE(GetParam().narrow(array[1], GetParam().v));
+  EXPECT_EQ(values(array[0]), GetParam().left);
+  EXPECT_EQ(values(array[2]), GetParam().left);
+}
+
+INSTANTIATE_TEST_SUITE_P(, AllNeqEventTest,
+                         ::testing::Values(EventRow{"minimum raised", cs_GE, 2, {0, 1, 2, 3, 4}},
+                                           EventRow{"maximum lowered", cs_LE, 2, {0, 1, 2, 3, 4}},
+                                           EventRow{"bound by the minimum", cs_GE, 4, {0, 1, 2, 3}},
+                                           EventRow{"bound by the maximum", cs_LE, 0, {1, 2, 3, 4}},
+                                           EventRow{"bound inside", cs_EQ, 2, {0, 1, 3, 4}},
+                                           EventRow{"inner value removed", cs_NEQ, 2, {0, 1, 2, 3, 4}}));
+
+// A value that is out of the others' reach makes no event on them: one call, for the variable that was bound.
+TEST_F(AllNeqTest, VariablesThatDoNotHoldTheValueAreSkipped) {
+  array[0] = cs_createCSint(0, 4);
+  array[1] = cs_createCSint(5, 9);
+  array[2] = fromValues({1, 3, 8});
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  const int trail = solver.trail.count();
+  const CallLog log;
+  ASSERT_TRUE(cs_EQ(array[0], 2));
+  EXPECT_EQ(log.calls, (std::vector<Call>{{true, array[0], 4, "cs_AllNeq"}}));
+  EXPECT_EQ(solver.trail.count(), trail + 2);
+  EXPECT_EQ(values(array[1]), range(5, 9));
+}
+
+TEST_F(AllNeqTest, EliminationGoesInArrayOrder) {
+  for (CSint *&v : array) v = cs_createCSint(0, 4);
+  ASSERT_EQ(cs_AllNeq(array, 4), 1);
+  const CallLog log;
+  ASSERT_TRUE(cs_EQ(array[2], 0));
+  EXPECT_EQ(log.calls, (std::vector<Call>{{true, array[2], 3, "cs_AllNeq"},
+                                          {true, array[0], 0, "cs_AllNeq"},
+                                          {true, array[1], 0, "cs_AllNeq"},
+                                          {true, array[3], 0, "cs_AllNeq"}}));
+}
+
+TEST_F(AllNeqTest, ASpanThatBecomesTooNarrowFails) {
+  for (CSint *&v : array) v = cs_createCSint(0, 4);
+  ASSERT_EQ(cs_AllNeq(array, 5), 1);
+  for (int i = 0; i < 4; ++i) ASSERT_TRUE(cs_GE(array[i], 1));
+  EXPECT_FALSE(cs_GE(array[4], 1));
+}
+
+// The witnesses are array[0], which has the smallest minimum, and array[2], which has the largest maximum.
+class AllNeqWitnessTest : public AllNeqTest {
+ protected:
+  void SetUp() override {
+    AllNeqTest::SetUp();
+    array[0] = cs_createCSint(0, 5);
+    array[1] = cs_createCSint(0, 9);
+    array[2] = cs_createCSint(2, 9);
+    ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  }
+};
+
+TEST_F(AllNeqWitnessTest, WitnessesThatBecomeTooTightAreReplacedWhileAPairIsWideEnough) {
+  ASSERT_TRUE(cs_GE(array[0], 4));   // 4..9
+  ASSERT_TRUE(cs_LE(array[2], 4));   // 4..4 is too tight: array[1] takes over at both ends, 0..9
+  ASSERT_TRUE(cs_GE(array[1], 4));   // 4..9
+  ASSERT_TRUE(cs_LE(array[1], 5));   // 4..5 is too tight: array[2] takes over below, 2..5
+  ASSERT_TRUE(cs_GE(array[2], 3));   // 3..5
+  EXPECT_FALSE(cs_GE(array[2], 4));  // 4..5, and nobody reaches further
+}
+
+TEST_F(AllNeqWitnessTest, BindingAVariableThatIsNoWitnessEliminates) {
+  const CallLog log;
+  ASSERT_TRUE(cs_EQ(array[1], 7));
+  EXPECT_EQ(log.calls, (std::vector<Call>{{true, array[1], 4, "cs_AllNeq"}, {true, array[2], 5, "cs_AllNeq"}}));
+  EXPECT_EQ(values(array[2]), without(range(2, 9), 7));
+}
+
+// Deliberate: witnesses are not trailed; what was wide enough deeper in the search is so after backtracking.
+TEST_F(AllNeqWitnessTest, WitnessesFoundInAContextServeAfterItIsRestored) {
+  cs_saveContext();
+  ASSERT_TRUE(cs_GE(array[0], 5));
+  ASSERT_TRUE(cs_LE(array[2], 6));  // 5..6 is too tight: array[1] takes over
+  cs_restoreContext();
+  cs_saveContext();
+  ASSERT_TRUE(cs_LE(array[0], 2) && cs_LE(array[1], 2));
+  EXPECT_TRUE(cs_LE(array[2], 2));  // bound; the others lose 2
+  EXPECT_EQ(values(array[0]), range(0, 1));
+  cs_restoreContext();
+  ASSERT_TRUE(cs_GE(array[0], 1) && cs_LE(array[0], 2) && cs_GE(array[1], 1) && cs_LE(array[1], 2));
+  EXPECT_FALSE(cs_LE(array[2], 2));
+}
+
+TEST_F(AllNeqTest, TheSameVariableTwiceThatIsBoundFailsAtPosting) {
+  array[0] = array[1] = CSINT(4);
+  EXPECT_EQ(cs_AllNeq(array, 2), 0);
+}
+
+// Deliberate: elimination tells the bound variable from the others by identity, so only the span test objects.
+TEST_F(AllNeqTest, TheSameVariableTwiceIsNotItsOwnRival) {
+  array[0] = array[1] = cs_createCSint(0, 4);
+  array[2] = cs_createCSint(0, 4);
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  ASSERT_TRUE(cs_EQ(array[0], 1));
+  EXPECT_EQ(values(array[2]), without(range(0, 4), 1));
+  EXPECT_TRUE(cs_EQ(array[2], 4));
+}
+
+TEST_F(AllNeqTest, SpansBeyondTheIntRangeAreCountedInFull) {
+  array[0] = cs_createCSint(INT_MIN, INT_MIN + 1);
+  array[1] = cs_createCSint(INT_MAX - 1, INT_MAX);
+  array[2] = cs_createCSint(INT_MIN, INT_MAX);
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  EXPECT_TRUE(cs_EQ(array[0], INT_MIN));
+  EXPECT_EQ(cs_getMin(array[2]), INT_MIN + 1);
+}
+
+}  // namespace
