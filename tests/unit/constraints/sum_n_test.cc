@@ -228,7 +228,8 @@ TEST_F(SumNTest, AnAddendThatOverfillsTheSumFails) {
   EXPECT_FALSE(cs_GE(x[2], 4));
 }
 
-// Raising an addend: the addends' handler once for it; the sum's handler once for the raised sum, which narrows nothing.
+// Raising an addend: the addends' handler once for it; the sum's handler once for the raised sum, which narrows
+// nothing.
 TEST_F(SumNTest, OneChangeIsOneCallPerEvent) {
   makeSum();
   const CallLog log;
