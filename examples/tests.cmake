@@ -110,3 +110,85 @@ koru_example_test(send_more_money.unique send_more_money 0
   EXPECT "9 5 6 7\n.* 1 0 8 5\n.* 1 0 6 5 2\n.*S: 9, E: 5, N: 6, D: 7, M: 1, O: 0, R: 8, Y: 2\n\nunique solution [|] ")
 koru_example_test(send_more_money.argument send_more_money 2 ARGS 1 EXPECT_ERROR "^usage: send_more_money\n")
 koru_example_test(send_more_money.help send_more_money 0 ARGS --help EXPECT "^usage: send_more_money\n")
+
+# --- magic_square ---
+koru_example_test(magic_square.drawn magic_square 0 ARGS 3
+  EXPECT "\\| 2 \\| 9 \\| 4 \\|\n.*\\| 7 \\| 5 \\| 3 \\|\n.*\\| 6 \\| 1 \\| 8 \\|\n.*3x3, sum 15: solved [|] ")
+koru_example_test(magic_square.wide magic_square 0 ARGS 4 EXPECT "\\|  1 \\|[^\n]*\n.*\n4x4, sum 34: solved [|] ")
+koru_example_test(magic_square.one magic_square 0 ARGS 1 EXPECT "\\| 1 \\|\n.*1x1, sum 1: solved [|] ")
+koru_example_test(magic_square.five magic_square 0 ARGS --quiet 5 EXPECT "^5x5, sum 65: solved [|] ")
+koru_example_test(magic_square.stats magic_square 0 ARGS --quiet --stats 3
+  EXPECT "^3x3, [^\n]*\n\nNb Fails = [0-9]+\nNb Choice Points = [0-9]+\nHeap Size = [0-9]+\n$")
+foreach(pair "1:1" "3:1" "4:880")
+  string(REPLACE ":" ";" pair "${pair}")
+  list(GET pair 0 side)
+  list(GET pair 1 solutions)
+  koru_example_test(magic_square.all_${side} magic_square 0 ARGS --all ${side}
+    EXPECT "^${side}x${side}, sum [0-9]+: ${solutions} solutions? [|] ")
+endforeach()
+koru_example_test(magic_square.none magic_square 1 ARGS 2 EXPECT "^2x2, sum 5: no solution [|] ")
+koru_example_test(magic_square.all_none magic_square 1 ARGS 2 --all EXPECT "^2x2, sum 5: no solution [|] ")
+foreach(bad 0 -4 4x four 21 99999999999999999999)
+  koru_example_test(magic_square.bad_${bad} magic_square 2 ARGS ${bad}
+    EXPECT_ERROR "^magic_square: ${bad} is no number from 1 to 20\n")
+endforeach()
+koru_example_test(magic_square.no_number magic_square 2 EXPECT_ERROR "^magic_square: how many rows")
+koru_example_test(magic_square.two_numbers magic_square 2 ARGS 3 4 EXPECT_ERROR "^magic_square: more than one number\n")
+koru_example_test(magic_square.bad_option magic_square 2 ARGS 3 --draw EXPECT_ERROR "^magic_square: unknown option --draw\n")
+koru_example_test(magic_square.help magic_square 0 ARGS --help EXPECT "^usage: magic_square ")
+
+# --- knapsack: outcomes ---
+set(data "${CMAKE_CURRENT_SOURCE_DIR}/data")
+koru_example_test(knapsack.p01 knapsack 0 ARGS "${data}/knapsack_p01.txt"
+  EXPECT "^Items  1 2 3 4 6\nRow 1  165 of 165\n10 items, 1 row: greatest profit 309, proved after [0-9]+ solutions? [|] ")
+koru_example_test(knapsack.p07 knapsack 0 ARGS --quiet "${data}/knapsack_p07.txt"
+  EXPECT "^15 items, 1 row: greatest profit 1458, proved ")
+koru_example_test(knapsack.p08 knapsack 0 ARGS --quiet "${data}/knapsack_p08.txt"
+  EXPECT "^24 items, 1 row: greatest profit 13549094, proved ")
+koru_example_test(knapsack.hut knapsack 0 ARGS "${data}/knapsack_hut.txt"
+  EXPECT "^Items [ 0-9]+\nRow 1  [0-9]+ of 203\nRow 2  [0-9]+ of 187\nRow 3  [0-9]+ of 119\n18 items, 3 rows: greatest profit 529, ")
+koru_example_test(knapsack.steps knapsack 0 ARGS --steps --quiet "${data}/knapsack_p07.txt"
+  EXPECT "^Profit [0-9]+\n(Profit [0-9]+\n)*Profit 1458\n15 items")
+koru_example_test(knapsack.stats knapsack 0 ARGS --quiet --stats "${data}/knapsack_p01.txt"
+  EXPECT "^10 items, [^\n]*\n\nNb Fails = [0-9]+\nNb Choice Points = [0-9]+\nHeap Size = [0-9]+\n$")
+koru_example_test(knapsack.stdin knapsack 0 INPUT "${data}/knapsack_p01.txt" EXPECT "greatest profit 309,")
+koru_example_test(knapsack.dash knapsack 0 ARGS - INPUT "${data}/knapsack_p01.txt" EXPECT "greatest profit 309,")
+# Comments, blanks and line ends anywhere; a capacity of 0 and loads up to the largest int.
+koru_example_input(loose_file loose.txt "#start\n3\t2#counts\r\n0 2147483647 \n\n7 5 9 0 0\n1 2147483646 1 1 # end")
+koru_example_test(knapsack.loose knapsack 0 ARGS "${loose_file}"
+  EXPECT "^Items  1 2\nRow 1  0 of 0\nRow 2  2147483647 of 2147483647\n3 items, 2 rows: greatest profit 12, ")
+koru_example_input(nothing_file nothing.txt "1 1 5 10 6")
+koru_example_test(knapsack.takes_nothing knapsack 0 ARGS "${nothing_file}"
+  EXPECT "^Items \nRow 1  0 of 5\n1 item, 1 row: greatest profit 0, proved after 1 solution [|] ")
+koru_example_input(heavy_file heavy.txt "2 1 2147483647 1 1 2147483647 2147483647")
+koru_example_test(knapsack.heavy knapsack 0 ARGS "${heavy_file}"
+  EXPECT "Row 1  2147483647 of 2147483647\n2 items, 1 row: greatest profit 1, ")
+
+# --- knapsack: bad input and arguments ---
+# knapsack_fault(name text line message)
+function(knapsack_fault name text line message)
+  koru_example_input(file "knapsack_${name}.txt" "${text}")
+  koru_example_test(knapsack.${name} knapsack 2 ARGS "${file}"
+    EXPECT "^$" EXPECT_ERROR "^knapsack: [^\n]*knapsack_${name}.txt:${line}: ${message}\n$")
+endfunction()
+set(numbers "from 0 to 2147483647")
+knapsack_fault(empty "" 1 "number of items: missing")
+knapsack_fault(only_comment "# nothing\n" 2 "number of items: missing")
+knapsack_fault(no_items "0 1" 1 "number of items: 0 is no number from 1 to 1000")
+knapsack_fault(many_items "\n1001 1" 2 "number of items: 1001 is no number from 1 to 1000")
+knapsack_fault(many_rows "3 51" 1 "number of rows: 51 is no number from 1 to 50")
+knapsack_fault(negative "1 1\n-5\n3 2" 2 "capacity 1: -5 is no number ${numbers}")
+knapsack_fault(letters "2 1 9\n3 4x\n2 2" 2 "profit 2: 4x is no number ${numbers}")
+knapsack_fault(too_large "1 1\n9\n3\n2147483648" 4 "row 1: weight 1: 2147483648 is no number ${numbers}")
+knapsack_fault(profits "2 1 9\n2147483647 1\n2 2" 2 "the profits add up to more than 2147483647")
+knapsack_fault(short "2 2 9 9\n3 4\n1 2\n1" 4 "row 2: weight 2: missing")
+knapsack_fault(long "1 1 9\n3\n1\n8" 4 "8: nothing more is expected")
+string(REPEAT "7" 100000 sevens)
+knapsack_fault(long_word "1 1\n${sevens}" 2 "capacity 1: 7+ is no number ${numbers}")
+koru_example_test(knapsack.missing_file knapsack 2 ARGS "${CMAKE_CURRENT_BINARY_DIR}/inputs/missing.txt"
+  EXPECT_ERROR "^knapsack: [^\n]*missing.txt: ")
+koru_example_test(knapsack.directory knapsack 2 ARGS "${CMAKE_CURRENT_BINARY_DIR}"
+  EXPECT_ERROR "^knapsack: [^\n]*:1: cannot read on\n$")
+koru_example_test(knapsack.bad_option knapsack 2 ARGS --fast EXPECT_ERROR "^knapsack: unknown option --fast\n")
+koru_example_test(knapsack.two_files knapsack 2 ARGS a b EXPECT_ERROR "^knapsack: more than one file\n")
+koru_example_test(knapsack.help knapsack 0 ARGS --help EXPECT "^usage: knapsack ")

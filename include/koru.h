@@ -26,10 +26,13 @@
  *   3. Variables: creation, names, queries
  *   4. Choice points
  *   5. Relations
- *   6. Addition and subtraction
- *   7. All-different
- *   8. Search, variable selection and statistics
- *   9. Formatted output
+ *   6. Arithmetic
+ *   7. Linear sums
+ *   8. Reified comparisons
+ *   9. Conditional equality
+ *  10. All-different
+ *  11. Search, variable selection and statistics
+ *  12. Formatted output
  *
  * What holds everywhere:
  *
@@ -362,10 +365,10 @@ KORU_API bool cs_Ge(CSint *x, CSint *y);
 KORU_API bool cs_Gt(CSint *x, CSint *y);
 
 /* ==================================================================================================================
- * 6. Addition and subtraction
+ * 6. Arithmetic
  *
  * Arithmetic is functional: each function returns a new variable that is constrained to equal the result. Bounds
- * saturate at the int range. Null on failure: a null operand or exhausted memory.
+ * stay within the int range. Null on failure: a null operand, exhausted memory, or no possible result.
  * ================================================================================================================ */
 
 /**
@@ -389,21 +392,131 @@ KORU_API CSint *cs_VAdd(int n, ...);
  */
 KORU_API CSint *cs_VSub(int n, ...);
 
+/**
+ * x * y, bounds-consistent. Nothing is narrowed at posting. A bound of the product outside the int range is the int
+ * nearest to it.
+ */
+KORU_API CSint *cs_Mul(CSint *x, CSint *y);
+
+/**
+ * The product of the @p n variables from @p x1 on (each a `CSint *`), built from left to right by cs_Mul under one
+ * site. x1 itself for n < 2.
+ */
+KORU_API CSint *cs_VMul(int n, CSint *x1, ...);
+
+/**
+ * The exact quotient of x and y: z with x = z * y, bounds-consistent. While y can be 0 it says nothing, and z then
+ * ranges over all ints.
+ * @return z; null, with no error reported, when no int is a quotient of values within the bounds of x and y.
+ */
+KORU_API CSint *cs_Div(CSint *x, CSint *y);
+
+/**
+ * The exact quotient of @p x1 by the n - 1 variables that follow it, one after the other. x1 itself for n < 2.
+ */
+KORU_API CSint *cs_VDiv(int n, CSint *x1, ...);
+
+/**
+ * The absolute value of x. Holes pass both ways for a domain that has them at posting, later removals in any case.
+ * The smallest int, which has no absolute value, leaves x.
+ * Cost at posting: linear in the width of a domain that has a bit array.
+ */
+KORU_API CSint *cs_Abs(CSint *x);
+
 /* ==================================================================================================================
- * 7. All-different
+ * 7. Linear sums
+ *
+ * Bounds-consistent; totals are computed in 64 bits, anew at every change: an event costs time linear in the number of
+ * terms. A bound of the sum outside the int range is the int nearest to it. Null on failure.
+ * ================================================================================================================ */
+
+/**
+ * The sum of the @p n variables of @p array, which is kept. n = 1 returns the variable itself, n < 1 a constant 0.
+ */
+KORU_API CSint *cs_Sigma(CSint **array, int n);
+
+/**
+ * coeffs[0] * vars[0] + ... + coeffs[n-1] * vars[n-1]. Both arrays are kept. A term with the coefficient 0 is attached
+ * and never narrowed. n < 1 returns a constant 0, n = 1 a new variable.
+ * @return the sum; null with CS_ERR_OVERFLOW reported when its bounds leave the 64-bit range.
+ */
+KORU_API CSint *cs_ScalProd(CSint **vars, int *coeffs, int n);
+
+/** As cs_ScalProd over @p n variables (each a `CSint *`) followed by n coefficients (each an int). */
+KORU_API CSint *cs_VScalProd(int n, ...);
+
+/* ==================================================================================================================
+ * 8. Reified comparisons
+ *
+ * Each returns a new 0/1 variable b that is 1 exactly when the comparison holds: b is bound as soon as the comparison
+ * is decided, and a b that is bound imposes the comparison or its negation. An outcome decided at posting is a
+ * constant, and nothing is posted. Null on failure (memory, a null variable).
+ * ================================================================================================================ */
+
+/** b <=> x = v. Constant time per event, like all of those with an int. */
+KORU_API CSint *cs_ReifEQ(CSint *x, int v);
+
+/** b <=> x != v. */
+KORU_API CSint *cs_ReifNEQ(CSint *x, int v);
+
+/** b <=> x < v. */
+KORU_API CSint *cs_ReifLT(CSint *x, int v);
+
+/** b <=> x <= v. */
+KORU_API CSint *cs_ReifLE(CSint *x, int v);
+
+/** b <=> x > v. */
+KORU_API CSint *cs_ReifGT(CSint *x, int v);
+
+/** b <=> x >= v. */
+KORU_API CSint *cs_ReifGE(CSint *x, int v);
+
+/** b <=> x = y; x = y is imposed on all values, x != y once one side is bound. Linear in domains with holes. */
+KORU_API CSint *cs_ReifEq(CSint *x, CSint *y);
+
+/** b <=> x != y; as cs_ReifEq with b inverted. */
+KORU_API CSint *cs_ReifNeq(CSint *x, CSint *y);
+
+/** b <=> x < y, on bounds, in constant time per event like the next three. */
+KORU_API CSint *cs_ReifLt(CSint *x, CSint *y);
+
+/** b <=> x <= y. */
+KORU_API CSint *cs_ReifLe(CSint *x, CSint *y);
+
+/** b <=> x > y. */
+KORU_API CSint *cs_ReifGt(CSint *x, CSint *y);
+
+/** b <=> x >= y. */
+KORU_API CSint *cs_ReifGe(CSint *x, CSint *y);
+
+/* ==================================================================================================================
+ * 9. Conditional equality
+ *
+ * Forward checking: both act when x or y is bound and prune nothing on bounds alone. True when posted and consistent.
+ * ================================================================================================================ */
+
+/** x = a exactly when y = b. */
+KORU_API bool cs_IfEq(CSint *x, CSint *y, int a, int b);
+
+/** Never x = a and y = b together. */
+KORU_API bool cs_IfNeq(CSint *x, CSint *y, int a, int b);
+
+/* ==================================================================================================================
+ * 10. All-different
  * ================================================================================================================ */
 
 /**
  * All @p count variables of @p vars take different values. A variable that becomes bound takes its value from all
  * others, and the span between the smallest minimum and the largest maximum must offer `count` values; there is no
- * stronger reasoning. The array is kept. A variable that stands in it twice makes it unsatisfiable once bound.
+ * stronger reasoning. The array is kept. A variable that stands in it twice fails when it is bound at posting; bound
+ * later it is told by identity and not compared with itself.
  * @return 1 when posted and consistent, or when count < 1 (nothing is posted); 0 on failure.
  * Cost: linear in count at posting and whenever a variable becomes bound.
  */
 KORU_API int cs_AllNeq(CSint **vars, int count);
 
 /* ==================================================================================================================
- * 8. Search, variable selection and statistics
+ * 11. Search, variable selection and statistics
  *
  * The searches label an array of variables depth first: they let @p f pick a variable, open a context and try its
  * values in increasing order. They allocate nothing and use one native stack frame per level.
@@ -465,7 +578,7 @@ KORU_API void cs_printStats(void);
 KORU_API void cs_fprintStats(FILE *f);
 
 /* ==================================================================================================================
- * 9. Formatted output
+ * 12. Formatted output
  * ================================================================================================================ */
 
 /** cs_fprintf to the standard output. */

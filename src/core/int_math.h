@@ -15,6 +15,23 @@ constexpr int wrapAdd(int p, int q) { return wrap(std::int64_t{p} + q); }
 constexpr int wrapSub(int p, int q) { return wrap(std::int64_t{p} - q); }
 constexpr int wrapNeg(int q) { return wrap(-std::int64_t{q}); }
 
+// Saturates one short of the smallest 64-bit number, so that the result can be negated.
+constexpr std::int64_t satSub64(std::int64_t p, std::int64_t q) {
+  constexpr auto high = std::numeric_limits<std::int64_t>::max();
+  if (q < 0 && p > high + q) return high;
+  if (q > 0 && p < -high + q) return -high;
+  return p == std::numeric_limits<std::int64_t>::min() && q == 0 ? -high : p - q;
+}
+
+// Adds q to sum unless that overflows.
+constexpr bool addWithin64(std::int64_t &sum, std::int64_t q) {
+  constexpr auto low = std::numeric_limits<std::int64_t>::min();
+  constexpr auto high = std::numeric_limits<std::int64_t>::max();
+  if (q > 0 ? sum > high - q : sum < low - q) return false;
+  sum += q;
+  return true;
+}
+
 constexpr int clampToInt(std::int64_t value) {
   return value > kIntMax ? kIntMax : value < kIntMin ? kIntMin : static_cast<int>(value);
 }

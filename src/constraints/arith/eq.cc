@@ -3,6 +3,8 @@
 // Consistency: domain.  Cost: O(1) per event; posting O(d) when a side has a bit array, d the width of the domains.
 // State: none.  Wakes: on every event.
 // Deliberate: the same variable twice -> true, nothing posted.
+#include "constraints/arith/eq.h"
+
 #include "core/post.h"
 
 namespace koru::eq {
@@ -25,11 +27,7 @@ static bool alignBounds(Eq &c) {
 static bool alignHoles(Eq &c) {
   if (c.x->bits == nullptr && c.y->bits == nullptr) return true;
   for (std::int64_t at = c.x->min; at <= c.x->max; ++at) {
-    const int v = static_cast<int>(at);
-    const bool inX = contains(c.x, v);
-    const bool inY = contains(c.y, v);
-    if (inX && !inY && !removeValue(c.x, v)) return false;
-    if (inY && !inX && !removeValue(c.y, v)) return false;
+    if (!alignValue(c.x, c.y, static_cast<int>(at))) return false;
   }
   return true;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// cs_VAdd, cs_VSub, and the engine of all n-ary sums: s = a1 + ... + an.
+// cs_Sigma, cs_VAdd, cs_VSub: s = a1 + ... + an.
 // Consistency: bounds.  Cost: O(n) per event: totals are computed anew, in 64 bits.  State: none.
 // Wakes: when a bound moves, on one constraint for s and one for the addends, under one site.
 // Deliberate: totals must reflect changes whose events are still queued, so none are kept from event to event.
@@ -24,29 +24,38 @@ struct OnAddends : Record {};
 
 // ----- rules
 
-static std::int64_t totalMin(const Record &c) {
-  std::int64_t total = 0;
-  for (int i = 0; i < c.n; ++i) total += c.addends[i]->min;
-  return total;
+// One pass over the addends finds a total and the widest domain; where even that one cannot move, no second is made.
+struct Pass {
+  std::int64_t total;
+  std::int64_t widest;
+};
+
+template <int CSint::*bound>
+static Pass passOver(const Record &c) {
+  Pass pass{0, 0};
+  for (int i = 0; i < c.n; ++i) {
+    const CSint *a = c.addends[i];
+    const std::int64_t width = std::int64_t{a->max} - a->min;
+    pass.total += a->*bound;
+    if (width > pass.widest) pass.widest = width;
+  }
+  return pass;
 }
 
-static std::int64_t totalMax(const Record &c) {
-  std::int64_t total = 0;
-  for (int i = 0; i < c.n; ++i) total += c.addends[i]->max;
-  return total;
-}
+static Pass minima(const Record &c) { return passOver<&CSint::min>(c); }
+static Pass maxima(const Record &c) { return passOver<&CSint::max>(c); }
 
 // slack: how far the greatest total lies above s; no addend may fall further below its maximum.
-static bool raiseAddends(const Record &c, std::int64_t slack, int skipped) {
-  for (int i = 0; i < c.n; ++i) {
+static bool raiseAddends(const Record &c, std::int64_t slack, std::int64_t widest, int skipped) {
+  for (int i = 0; widest > slack && i < c.n; ++i) {
     if (i != skipped && !narrowMin64(c.addends[i], c.addends[i]->max - slack)) return false;
   }
   return true;
 }
 
 // excess: how far the least total lies below s, as a number <= 0; no addend may rise further above its minimum.
-static bool lowerAddends(const Record &c, std::int64_t excess, int skipped) {
-  for (int i = 0; i < c.n; ++i) {
+static bool lowerAddends(const Record &c, std::int64_t excess, std::int64_t widest, int skipped) {
+  for (int i = 0; widest > -excess && i < c.n; ++i) {
     if (i != skipped && !narrowMax64(c.addends[i], c.addends[i]->min - excess)) return false;
   }
   return true;
@@ -57,13 +66,15 @@ constexpr int kNone = -1;
 // ----- handlers on s
 
 static bool sumNewMin(OnSum &c, const Event &) {
-  const std::int64_t slack = totalMax(c) - c.s->min;
-  return slack >= 0 && raiseAddends(c, slack, kNone);
+  const Pass pass = maxima(c);
+  const std::int64_t slack = pass.total - c.s->min;
+  return slack >= 0 && raiseAddends(c, slack, pass.widest, kNone);
 }
 
 static bool sumNewMax(OnSum &c, const Event &) {
-  const std::int64_t excess = totalMin(c) - c.s->max;
-  return excess <= 0 && lowerAddends(c, excess, kNone);
+  const Pass pass = minima(c);
+  const std::int64_t excess = pass.total - c.s->max;
+  return excess <= 0 && lowerAddends(c, excess, pass.widest, kNone);
 }
 
 static bool sumBound(OnSum &c, const Event &e) { return sumNewMin(c, e) && sumNewMax(c, e); }
@@ -77,15 +88,15 @@ constexpr auto kSumTable = handlers<OnSum>({.newMin = on<sumNewMin>,
 // ----- handlers on the addends
 
 static bool addendNewMin(OnAddends &c, const Event &e) {
-  const std::int64_t total = totalMin(c);
-  const std::int64_t excess = total - c.s->max;
-  return excess <= 0 && narrowMin64(c.s, total) && lowerAddends(c, excess, e.index);
+  const Pass pass = minima(c);
+  const std::int64_t excess = pass.total - c.s->max;
+  return excess <= 0 && narrowMin64(c.s, pass.total) && lowerAddends(c, excess, pass.widest, e.index);
 }
 
 static bool addendNewMax(OnAddends &c, const Event &e) {
-  const std::int64_t total = totalMax(c);
-  const std::int64_t slack = total - c.s->min;
-  return slack >= 0 && narrowMax64(c.s, total) && raiseAddends(c, slack, e.index);
+  const Pass pass = maxima(c);
+  const std::int64_t slack = pass.total - c.s->min;
+  return slack >= 0 && narrowMax64(c.s, pass.total) && raiseAddends(c, slack, pass.widest, e.index);
 }
 
 static bool addendBound(OnAddends &c, const Event &e) { return addendNewMin(c, e) && addendNewMax(c, e); }
@@ -103,7 +114,7 @@ CSint *post(Posting &posting, CSint **addends, int n, const Shared<CSint *> &own
   if (n < 1) return createVariable(0, 0);
   if (n == 1) return addends[0];
   Record record{nullptr, addends, n, owner};
-  record.s = createVariable(clampToInt(totalMin(record)), clampToInt(totalMax(record)));
+  record.s = createVariable(clampToInt(minima(record).total), clampToInt(maxima(record).total));
   if (record.s == nullptr) return nullptr;
   auto onSum = posting.add(kSumTable, OnSum{record});
   onSum.attach(record.s);
@@ -149,4 +160,10 @@ CSint *cs_VSub(int n, ...) {
   va_end(arguments);
   CSint *total = sum_n::postCopy(posting, subtrahends, n - 1);
   return x != nullptr && total != nullptr ? sum::postDifference(posting, x, total) : nullptr;
+}
+
+CSint *cs_Sigma(CSint **array, int n) {
+  if (n > 0 && (array == nullptr || !allPresent(array, n))) return nullptr;
+  Posting posting{"cs_Sigma"};
+  return sum_n::post(posting, array, n, {});
 }

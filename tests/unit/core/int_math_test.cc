@@ -79,4 +79,32 @@ TEST(IntMathTest, RangeSizesWrapWhenTheyDoNotFit) {
   EXPECT_EQ(rangeSize(5, 4), 0);
 }
 
+TEST(IntMathTest, SaturatingDifferencesOf64BitsCanBeNegated) {
+  constexpr auto kLow = std::numeric_limits<std::int64_t>::min();
+  constexpr auto kHigh = std::numeric_limits<std::int64_t>::max();
+  EXPECT_EQ(satSub64(5, 7), -2);
+  EXPECT_EQ(satSub64(kHigh, 0), kHigh);
+  EXPECT_EQ(satSub64(kHigh, -1), kHigh);
+  EXPECT_EQ(satSub64(kHigh - 1, -1), kHigh);
+  EXPECT_EQ(satSub64(kLow, 0), -kHigh);
+  EXPECT_EQ(satSub64(kLow, 1), -kHigh);
+  EXPECT_EQ(satSub64(kLow, -1), -kHigh);
+  EXPECT_EQ(satSub64(kLow + 2, 1), -kHigh);
+}
+
+TEST(IntMathTest, A64BitSumIsAddedToOnlyWhereItFits) {
+  constexpr auto kLow = std::numeric_limits<std::int64_t>::min();
+  constexpr auto kHigh = std::numeric_limits<std::int64_t>::max();
+  std::int64_t sum = kHigh - 1;
+  EXPECT_TRUE(addWithin64(sum, 1));
+  EXPECT_EQ(sum, kHigh);
+  EXPECT_FALSE(addWithin64(sum, 1));
+  EXPECT_EQ(sum, kHigh);
+  EXPECT_TRUE(addWithin64(sum, kLow));
+  EXPECT_EQ(sum, -1);
+  EXPECT_TRUE(addWithin64(sum, -kHigh));
+  EXPECT_FALSE(addWithin64(sum, -1));
+  EXPECT_EQ(sum, kLow);
+}
+
 }  // namespace

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+// cs_Abs: z = |x|.
+// Consistency: domain for a bit array, bounds else.  Cost: O(1) per event, O(d) when a value is dropped on both sides.
+// State: none.  Wakes: on every event, one constraint on x and one on z, under one site.
+// Deliberate: the smallest int, whose absolute value is none, leaves x at posting.
+// Deliberate: a raised minimum of z is spelled out as removals from x only while x spans 0 and both sides reach it.
+#include <algorithm>
+
+#include "core/post.h"
+
+namespace koru::abs {
+
+struct OnX {
+  CSint *z;
+};
+struct OnZ {
+  CSint *x;
+};
+
+constexpr std::int64_t negated(int value) { return -std::int64_t{value}; }
+
+static bool containsValue(const CSint *v, std::int64_t value) {
+  return value >= v->min && value <= v->max && contains(v, static_cast<int>(value));
+}
+
+static bool removeIfPresent(CSint *v, std::int64_t value) {
+  return !containsValue(v, value) || removeValue(v, static_cast<int>(value));
+}
+
+// ----- x changed, act on z
+
+static std::int64_t lowest(const CSint *x) { return x->min >= 0 ? x->min : x->max > 0 ? 0 : negated(x->max); }
+
+static std::int64_t highest(const CSint *x) {
+  return x->min >= 0 ? x->max : std::max(std::int64_t{x->max}, negated(x->min));
+}
+
+static bool xMoved(OnX &c, const Event &e) {
+  return narrowMin64(c.z, lowest(e.var)) && narrowMax64(c.z, highest(e.var));
+}
+
+static bool xBound(OnX &c, const Event &e) {
+  const std::int64_t value = highest(e.var);
+  return containsValue(c.z, value) && bindValue(c.z, static_cast<int>(value));
+}
+
+static bool xRemoved(OnX &c, const Event &e) {
+  const std::int64_t value = e.newValue;
+  return containsValue(e.var, -value) || removeIfPresent(c.z, std::max(value, -value));
+}
+
+constexpr auto kXTable = handlers<OnX>({.newMin = on<xMoved>,
+                                        .newMax = on<xMoved>,
+                                        .minBound = on<xMoved>,
+                                        .maxBound = on<xMoved>,
+                                        .bound = on<xBound>,
+                                        .removed = on<xRemoved>});
+
+// ----- z changed, act on x
+
+static bool removeBothSigns(CSint *x, int from, int to) {
+  for (std::int64_t k = from; k < to; ++k)
+    if (!removeIfPresent(x, k) || !removeIfPresent(x, -k)) return false;
+  return true;
+}
+
+static bool zNewMin(OnZ &c, const Event &e) {
+  CSint *x = c.x;
+  const int m = e.newValue;
+  if (x->min >= 0) return narrowMin64(x, m);
+  if (x->max <= 0) return narrowMax64(x, negated(m));
+  if (m > negated(x->min)) return narrowMin64(x, m);
+  if (m <= x->max) return removeBothSigns(x, e.oldValue, m);
+  return narrowMax64(x, negated(m));
+}
+
+static bool zNewMax(OnZ &c, const Event &e) {
+  CSint *x = c.x;
+  const int m = e.newValue;
+  if (x->min >= 0) return narrowMax64(x, m);
+  if (x->max > 0 && !narrowMax64(x, m)) return false;
+  return narrowMin64(x, negated(m));
+}
+
+static bool keepOnly(CSint *x, int v) {
+  if (!narrowMin64(x, negated(v)) || !narrowMax64(x, v)) return false;
+  for (std::int64_t k = negated(v) + 1; k < v; ++k)
+    if (!removeIfPresent(x, k)) return false;
+  return true;
+}
+
+static bool zBound(OnZ &c, const Event &e) {
+  CSint *x = c.x;
+  const int v = e.var->min;
+  const bool positive = contains(x, v);
+  const bool negative = containsValue(x, negated(v));
+  if (positive && negative) return keepOnly(x, v);
+  if (positive) return bindValue(x, v);
+  return negative && bindValue(x, -v);
+}
+
+static bool zRemoved(OnZ &c, const Event &e) {
+  return removeIfPresent(c.x, e.newValue) && removeIfPresent(c.x, negated(e.newValue));
+}
+
+constexpr auto kZTable = handlers<OnZ>({.newMin = on<zNewMin>,
+                                        .newMax = on<zNewMax>,
+                                        .minBound = on<zNewMin>,
+                                        .maxBound = on<zNewMax>,
+                                        .bound = on<zBound>,
+                                        .removed = on<zRemoved>});
+
+// ----- posting
+
+// The smallest absolute value of a domain with holes that spans 0.
+static int lowestAcrossHoles(const CSint *x) {
+  const auto m = static_cast<int>(std::min(negated(x->min), std::int64_t{x->max}));
+  int k = 0;
+  while (k < m && !contains(x, k) && !contains(x, -k)) ++k;
+  return k;
+}
+
+static CSint *createResult(const CSint *x) {
+  const bool spansZero = x->min < 0 && x->max > 0;
+  const int low = spansZero && hasHoles(x) ? lowestAcrossHoles(x) : clampToInt(lowest(x));
+  return createVariable(low, clampToInt(highest(x)));
+}
+
+// Bounds and count are taken from the bits set: x may have lost the smallest int meanwhile.
+static bool copyHoles(CSint *z, const CSint *x) {
+  if (x->bits == nullptr) return true;
+  z->bits = DomainBits::create(z->min, z->max, DomainBits::Fill::kNone);
+  if (z->bits == nullptr) return false;
+  int count = 0;
+  int last = z->min;
+  for (std::int64_t v = z->min; v <= z->max; ++v) {
+    if (!containsValue(x, v) && !containsValue(x, -v)) continue;
+    last = static_cast<int>(v);
+    if (count++ == 0) z->min = last;
+    z->bits->set(last);
+  }
+  z->max = last;
+  z->count = count;
+  z->reportedMin = z->min;
+  z->reportedMax = z->max;
+  return true;
+}
+
+static CSint *post(CSint *x) {
+  if (x == nullptr) return nullptr;
+  CSint *z = createResult(x);
+  if (z == nullptr || !narrowMin(x, -z->max) || !narrowMax(x, z->max) || !copyHoles(z, x)) return nullptr;
+  Posting posting{"cs_Abs"};
+  auto onX = posting.add(kXTable, OnX{z});
+  onX.attach(x);
+  auto onZ = posting.add(kZTable, OnZ{x});
+  onZ.attach(z);
+  return posting ? z : nullptr;
+}
+
+}  // namespace koru::abs
+
+CSint *cs_Abs(CSint *x) { return koru::abs::post(x); }

@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: MIT
+// cs_ScalProd, cs_VScalProd: s = c1 * x1 + ... + cn * xn.
+// Consistency: bounds.  Cost: O(n) per event: totals are computed anew, in 64 bits; a division only for a term whose
+// bound moves.  State: none.
+// Wakes: when a bound moves, on one constraint for s and one for the terms, under one site.
+// Deliberate: a term's binding inside its bounds runs the terms' handler twice; n = 1 is no special case.
+// Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not guarded against later, when the totals can
+// only lie between those of the posting.
+#include <algorithm>
+#include <cstdarg>
+
+#include "core/post.h"
+
+namespace koru::scal_prod {
+
+struct Record {
+  CSint *s;
+  const int *coefficients;
+  CSint **vars;
+  int n;
+  Shared<int> coefficientOwner;
+  Shared<CSint *> varOwner;
+};
+
+struct OnSum : Record {};
+struct OnTerms : Record {};
+
+// ----- totals
+
+// How far s lies inside [low total, high total], and the widest of the terms: one that is no wider than a margin
+// cannot be narrowed by it.
+struct Pass {
+  std::int64_t low;
+  std::int64_t high;
+  std::int64_t widest;
+};
+
+static Pass passOver(const Record &c) {
+  Pass pass{0, 0, 0};
+  for (int i = 0; i < c.n; ++i) {
+    const std::int64_t atMin = std::int64_t{c.coefficients[i]} * c.vars[i]->min;
+    const std::int64_t atMax = std::int64_t{c.coefficients[i]} * c.vars[i]->max;
+    const std::int64_t low = atMin < atMax ? atMin : atMax;
+    const std::int64_t high = atMin < atMax ? atMax : atMin;
+    pass.low += low;
+    pass.high += high;
+    if (high - low > pass.widest) pass.widest = high - low;
+  }
+  return pass;
+}
+
+static std::int64_t slackOf(const Record &c, const Pass &pass) { return satSub64(pass.high, c.s->min); }
+static std::int64_t excessOf(const Record &c, const Pass &pass) { return satSub64(pass.low, c.s->max); }
+
+// ----- rules: slack >= 0 is what the high total has to spare, -excess >= 0 what the low total has
+
+// margin / coefficient, cut off where it is far wider than any domain, so that sums with it do not overflow. A term
+// with the coefficient 0 is never wider than a margin and does not come here.
+static std::int64_t share(std::int64_t margin, std::int64_t coefficient) {
+  constexpr std::int64_t kFar = std::int64_t{1} << 40;
+  const std::int64_t quotient = margin / coefficient;  // cppcheck-suppress zerodivcond
+  return quotient > kFar ? kFar : quotient < -kFar ? -kFar : quotient;
+}
+
+static bool narrowLow(CSint *x, std::int64_t coefficient, std::int64_t slack) {
+  if (coefficient > 0) return narrowMin64(x, x->max - share(slack, coefficient));
+  return narrowMax64(x, x->min - share(slack, coefficient));
+}
+
+static bool narrowHigh(CSint *x, std::int64_t coefficient, std::int64_t excess) {
+  if (coefficient > 0) return narrowMax64(x, x->min - share(excess, coefficient));
+  return narrowMin64(x, x->max - share(excess, coefficient));
+}
+
+// A term moves exactly when it is wider than the margin, so most divisions are never made.
+static bool widerThan(const CSint *x, std::int64_t coefficient, std::int64_t margin) {
+  const std::int64_t width = (std::int64_t{x->max} - x->min) * coefficient;
+  return (width < 0 ? -width : width) > margin;
+}
+
+static bool raiseTotals(const Record &c, const Pass &pass, std::int64_t slack) {
+  for (int i = 0; pass.widest > slack && i < c.n; ++i) {
+    if (widerThan(c.vars[i], c.coefficients[i], slack) && !narrowLow(c.vars[i], c.coefficients[i], slack)) return false;
+  }
+  return true;
+}
+
+static bool lowerTotals(const Record &c, const Pass &pass, std::int64_t excess) {
+  for (int i = 0; pass.widest > -excess && i < c.n; ++i) {
+    if (widerThan(c.vars[i], c.coefficients[i], -excess) && !narrowHigh(c.vars[i], c.coefficients[i], excess))
+      return false;
+  }
+  return true;
+}
+
+// Both bounds are computed before either is applied; the minimum goes first.
+static bool narrowTerm(CSint *x, std::int64_t coefficient, std::int64_t slack, std::int64_t excess) {
+  const std::int64_t fromLow = coefficient > 0 ? slack : excess;
+  const std::int64_t fromHigh = coefficient > 0 ? excess : slack;
+  const std::int64_t low = x->max - share(fromLow, coefficient);
+  const std::int64_t high = x->min - share(fromHigh, coefficient);
+  return narrowMin64(x, low) && narrowMax64(x, high);
+}
+
+static bool narrowTerms(const Record &c, const Pass &pass, std::int64_t slack, std::int64_t excess, int skipped) {
+  const std::int64_t margin = std::min(slack, -excess);
+  for (int i = 0; pass.widest > margin && i < c.n; ++i) {
+    if (i != skipped && widerThan(c.vars[i], c.coefficients[i], margin) &&
+        !narrowTerm(c.vars[i], c.coefficients[i], slack, excess))
+      return false;
+  }
+  return true;
+}
+
+// ----- handlers on s
+
+static bool sumNewMin(OnSum &c, const Event &) {
+  const Pass pass = passOver(c);
+  const std::int64_t slack = slackOf(c, pass);
+  return slack >= 0 && raiseTotals(c, pass, slack);
+}
+
+static bool sumNewMax(OnSum &c, const Event &) {
+  const Pass pass = passOver(c);
+  const std::int64_t excess = excessOf(c, pass);
+  return excess <= 0 && lowerTotals(c, pass, excess);
+}
+
+static bool sumBound(OnSum &c, const Event &e) { return sumNewMin(c, e) && sumNewMax(c, e); }
+
+constexpr auto kSumTable = handlers<OnSum>({.newMin = on<sumNewMin>,
+                                            .newMax = on<sumNewMax>,
+                                            .minBound = on<sumNewMin>,
+                                            .maxBound = on<sumNewMax>,
+                                            .bound = on<sumBound>});
+
+// ----- handlers on the terms
+
+static bool termMoved(OnTerms &c, const Event &e) {
+  const Pass pass = passOver(c);
+  const std::int64_t slack = slackOf(c, pass);
+  const std::int64_t excess = excessOf(c, pass);
+  return slack >= 0 && excess <= 0 && narrowMin64(c.s, pass.low) && narrowMax64(c.s, pass.high) &&
+         narrowTerms(c, pass, slack, excess, e.index);
+}
+
+static bool termBound(OnTerms &c, const Event &e) { return termMoved(c, e) && termMoved(c, e); }
+
+constexpr auto kTermTable = handlers<OnTerms>({.newMin = on<termMoved>,
+                                               .newMax = on<termMoved>,
+                                               .minBound = on<termMoved>,
+                                               .maxBound = on<termMoved>,
+                                               .bound = on<termBound>});
+
+// ----- posting
+
+static bool totalsOverflow(const Record &c) {
+  std::int64_t low = 0;
+  std::int64_t high = 0;
+  for (int i = 0; i < c.n; ++i) {
+    const std::int64_t atMin = std::int64_t{c.coefficients[i]} * c.vars[i]->min;
+    const std::int64_t atMax = std::int64_t{c.coefficients[i]} * c.vars[i]->max;
+    if (!addWithin64(low, atMin < atMax ? atMin : atMax) || !addWithin64(high, atMin < atMax ? atMax : atMin))
+      return true;
+  }
+  return false;
+}
+
+static CSint *post(Posting &posting, Record record) {
+  if (!posting) return nullptr;
+  if (totalsOverflow(record)) {
+    reportOverflow();
+    return nullptr;
+  }
+  const Pass pass = passOver(record);
+  record.s = createVariable(clampToInt(pass.low), clampToInt(pass.high));
+  if (record.s == nullptr) return nullptr;
+  auto onSum = posting.add(kSumTable, OnSum{record});
+  onSum.attach(record.s);
+  auto onTerms = posting.add(kTermTable, OnTerms{record});
+  for (int i = 0; i < record.n; ++i) onTerms.attach(record.vars[i], i);
+  return posting ? record.s : nullptr;
+}
+
+static CSint *postCopy(Posting &posting, const Shared<CSint *> &vars, const Shared<int> &coefficients, int n) {
+  posting.keepOnTrail(vars);
+  posting.keepOnTrail(coefficients);
+  if (!posting || !allPresent(vars.get(), n)) return nullptr;
+  return post(posting, {nullptr, coefficients.get(), vars.get(), n, coefficients, vars});
+}
+
+}  // namespace koru::scal_prod
+
+using namespace koru;
+
+CSint *cs_ScalProd(CSint **vars, int *coeffs, int n) {
+  if (n < 1) return createVariable(0, 0);
+  if (vars == nullptr || coeffs == nullptr || !allPresent(vars, n)) return nullptr;
+  Posting posting{"cs_ScalProd"};
+  return scal_prod::post(posting, {nullptr, coeffs, vars, n, {}, {}});
+}
+
+CSint *cs_VScalProd(int n, ...) {
+  if (n < 1) return createVariable(0, 0);
+  Posting posting{"cs_VScalProd"};
+  if (!posting) return nullptr;
+  const Shared<CSint *> vars(n);
+  if (!vars) return nullptr;
+  const Shared<int> coefficients(n);
+  if (!coefficients) return nullptr;
+  std::va_list arguments;
+  va_start(arguments, n);
+  for (int i = 0; i < n; ++i) vars.get()[i] = va_arg(arguments, CSint *);
+  for (int i = 0; i < n; ++i) coefficients.get()[i] = va_arg(arguments, int);
+  va_end(arguments);
+  return scal_prod::postCopy(posting, vars, coefficients, n);
+}
