@@ -4,10 +4,7 @@
 //
 // One 0/1 variable per item, one scalar product per row of weights, and one for the profit. Branch and bound: as long
 // as there is a solution, ask for one of greater profit. The search that finds none proves the last one optimal.
-#include "example.h"
-
-#include <errno.h>
-
+#include "arguments.h"
 #include "knapsack_input.h"
 
 static char program[] = "knapsack";
@@ -31,7 +28,7 @@ static const char usage[] =
     "Exit status: 0 when the best solution was found, 2 on bad input or bad arguments.\n";
 
 typedef struct {
-  bool steps, quiet, stats, help;
+  bool steps, quiet, stats;
   const char *file;
 } Options;
 
@@ -190,65 +187,23 @@ static int run(Instance *instance, const Options *options) {
 
 static int readAndRun(Input *input, const Options *options) {
   static Instance instance;
-  if (readInstance(input, &instance)) return run(&instance, options);
-  fprintf(stderr, "%s: %s:%ld: %s\n", program, input->name, input->line, input->error);
-  return EXIT_TROUBLE;
+  return readInstance(input, &instance) ? run(&instance, options) : reportInput(program, input);
 }
 
 // --- Arguments ---
 
-static bool setOption(Options *options, const char *name) {
-  const struct {
-    const char *name;
-    bool *flag;
-  } known[] = {{"--steps", &options->steps},
-               {"--quiet", &options->quiet},
-               {"--stats", &options->stats},
-               {"--help", &options->help}};
-  for (size_t i = 0; i < sizeof known / sizeof known[0]; i++) {
-    if (strcmp(name, known[i].name) != 0) continue;
-    *known[i].flag = true;
-    return true;
-  }
-  fprintf(stderr, "%s: unknown option %s\n", program, name);
-  return false;
-}
-
-static bool parseArguments(int argc, char **argv, Options *options) {
-  for (int i = 1; i < argc; i++) {
-    bool isOption = argv[i][0] == '-' && argv[i][1] != '\0';
-    if (isOption) {
-      if (!setOption(options, argv[i])) return false;
-    } else if (options->file != NULL) {
-      fprintf(stderr, "%s: more than one file\n", program);
-      return false;
-    } else {
-      options->file = argv[i];
-    }
-  }
-  return true;
-}
-
 int main(int argc, char **argv) {
+  (void)argc;
   Options options = {0};
-  if (!parseArguments(argc, argv, &options)) {
-    fprintf(stderr, "Try %s --help.\n", program);
-    return EXIT_TROUBLE;
-  }
-  if (options.help) {
-    fputs(usage, stdout);
-    return finish(program, EXIT_AS_HOPED);
-  }
-  if (options.file == NULL || strcmp(options.file, "-") == 0) {
-    Input input = {stdin, "stdin", 1, ""};
-    return finish(program, readAndRun(&input, &options));
-  }
-  Input input = {fopen(options.file, "r"), options.file, 1, ""};
-  if (input.file == NULL) {
-    fprintf(stderr, "%s: %s: %s\n", program, options.file, strerror(errno));
-    return EXIT_TROUBLE;
-  }
+  const Option known[] = {
+      {.name = "--steps", .flag = &options.steps},
+      {.name = "--quiet", .flag = &options.quiet},
+      {.name = "--stats", .flag = &options.stats},
+      {.text = &options.file},
+  };
+  readArguments(program, usage, known, sizeof known / sizeof known[0], argv);
+  Input input = openInput(program, options.file);
   int status = readAndRun(&input, &options);
-  fclose(input.file);
+  closeInput(&input);
   return finish(program, status);
 }

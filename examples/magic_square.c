@@ -4,9 +4,7 @@
 // One variable per cell, all different; one sum per line. Turning and reflecting makes eight squares of one: only the
 // one whose smallest corner is on the top left, and whose top right corner is less than its bottom left one, is asked
 // for.
-#include "example.h"
-
-#include <errno.h>
+#include "arguments.h"
 
 static char program[] = "magic_square";
 
@@ -26,7 +24,7 @@ enum { MAX_SIDE = 20 };
 
 typedef struct {
   int side;  // 0: not given
-  bool all, quiet, stats, help;
+  bool all, quiet, stats;
 } Options;
 
 // The arrays stay with the constraints until cs_end.
@@ -155,54 +153,16 @@ static int run(const Options *options) {
 
 // --- Arguments ---
 
-static bool setSide(Options *options, const char *text) {
-  char *end = NULL;
-  errno = 0;
-  long number = strtol(text, &end, 10);
-  if (errno != 0 || end == text || *end != '\0' || number < 1 || number > MAX_SIDE) {
-    fprintf(stderr, "%s: %s is no number from 1 to %d\n", program, text, MAX_SIDE);
-    return false;
-  }
-  if (options->side != 0) {
-    fprintf(stderr, "%s: more than one number\n", program);
-    return false;
-  }
-  options->side = (int)number;
-  return true;
-}
-
-static bool setOption(Options *options, const char *name) {
-  const struct {
-    const char *name;
-    bool *flag;
-  } known[] = {
-      {"--all", &options->all}, {"--quiet", &options->quiet}, {"--stats", &options->stats}, {"--help", &options->help}};
-  for (size_t i = 0; i < sizeof known / sizeof known[0]; i++) {
-    if (strcmp(name, known[i].name) != 0) continue;
-    *known[i].flag = true;
-    return true;
-  }
-  fprintf(stderr, "%s: unknown option %s\n", program, name);
-  return false;
-}
-
-static bool parseArguments(int argc, char **argv, Options *options) {
-  for (int i = 1; i < argc; i++) {
-    bool isOption = strncmp(argv[i], "--", 2) == 0;
-    if (!(isOption ? setOption(options, argv[i]) : setSide(options, argv[i]))) return false;
-  }
-  if (options->help) return true;
-  if (options->side == 0) fprintf(stderr, "%s: how many rows?\n", program);
-  return options->side != 0;
-}
-
 int main(int argc, char **argv) {
+  (void)argc;
   Options options = {0};
-  if (!parseArguments(argc, argv, &options)) {
-    fprintf(stderr, "Try %s --help.\n", program);
-    return EXIT_TROUBLE;
-  }
-  if (!options.help) return finish(program, run(&options));
-  fputs(usage, stdout);
-  return finish(program, EXIT_AS_HOPED);
+  const Option known[] = {
+      {.name = "--all", .flag = &options.all},
+      {.name = "--quiet", .flag = &options.quiet},
+      {.name = "--stats", .flag = &options.stats},
+      {.number = &options.side, .min = 1, .max = MAX_SIDE},
+  };
+  readArguments(program, usage, known, sizeof known / sizeof known[0], argv);
+  if (options.side == 0) complain(program, "how many rows?");
+  return finish(program, run(&options));
 }

@@ -3,9 +3,7 @@
 //
 // Variable i is the column of the queen in row i. Different columns: all-different. Two queens share a diagonal of one
 // direction when column + row is the same for both, and of the other when column - row is: all-different again.
-#include "example.h"
-
-#include <errno.h>
+#include "arguments.h"
 
 static char program[] = "queens";
 
@@ -26,7 +24,7 @@ enum { MAX_QUEENS = 10000, MAX_DRAWN = 40 };
 
 typedef struct {
   int nbQueens;  // 0: not given
-  bool all, print, quiet, stats, help;
+  bool all, print, quiet, stats;
 } Options;
 
 // The arrays stay with the all-different constraints until cs_end.
@@ -158,57 +156,17 @@ static int run(const Options *options) {
 
 // --- Arguments ---
 
-static bool setNbQueens(Options *options, const char *text) {
-  char *end = NULL;
-  errno = 0;
-  long number = strtol(text, &end, 10);
-  if (errno != 0 || end == text || *end != '\0' || number < 1 || number > MAX_QUEENS) {
-    fprintf(stderr, "%s: %s is no number from 1 to %d\n", program, text, MAX_QUEENS);
-    return false;
-  }
-  if (options->nbQueens != 0) {
-    fprintf(stderr, "%s: more than one number\n", program);
-    return false;
-  }
-  options->nbQueens = (int)number;
-  return true;
-}
-
-static bool setOption(Options *options, const char *name) {
-  const struct {
-    const char *name;
-    bool *flag;
-  } known[] = {{"--all", &options->all},
-               {"--print", &options->print},
-               {"--quiet", &options->quiet},
-               {"--stats", &options->stats},
-               {"--help", &options->help}};
-  for (size_t i = 0; i < sizeof known / sizeof known[0]; i++) {
-    if (strcmp(name, known[i].name) != 0) continue;
-    *known[i].flag = true;
-    return true;
-  }
-  fprintf(stderr, "%s: unknown option %s\n", program, name);
-  return false;
-}
-
-static bool parseArguments(int argc, char **argv, Options *options) {
-  for (int i = 1; i < argc; i++) {
-    bool isOption = strncmp(argv[i], "--", 2) == 0;
-    if (!(isOption ? setOption(options, argv[i]) : setNbQueens(options, argv[i]))) return false;
-  }
-  if (options->help) return true;
-  if (options->nbQueens == 0) fprintf(stderr, "%s: how many queens?\n", program);
-  return options->nbQueens != 0;
-}
-
 int main(int argc, char **argv) {
+  (void)argc;
   Options options = {0};
-  if (!parseArguments(argc, argv, &options)) {
-    fprintf(stderr, "Try %s --help.\n", program);
-    return EXIT_TROUBLE;
-  }
-  if (!options.help) return finish(program, run(&options));
-  fputs(usage, stdout);
-  return finish(program, EXIT_AS_HOPED);
+  const Option known[] = {
+      {.name = "--all", .flag = &options.all},
+      {.name = "--print", .flag = &options.print},
+      {.name = "--quiet", .flag = &options.quiet},
+      {.name = "--stats", .flag = &options.stats},
+      {.number = &options.nbQueens, .min = 1, .max = MAX_QUEENS},
+  };
+  readArguments(program, usage, known, sizeof known / sizeof known[0], argv);
+  if (options.nbQueens == 0) complain(program, "how many queens?");
+  return finish(program, run(&options));
 }

@@ -3,7 +3,7 @@
 //
 // The words are built by Horner's rule from additions alone: ((S * 10 + E) * 10 + N) * 10 + D. All solutions are asked
 // for, which proves that the one found is the only one.
-#include "example.h"
+#include "arguments.h"
 
 static char program[] = "send_more_money";
 
@@ -71,12 +71,8 @@ static void solutionFound(CSint **letters, int nbLetters) {
 }
 
 int main(int argc, char **argv) {
-  (void)argv;
-  if (argc > 1) {
-    bool help = argc == 2 && strcmp(argv[1], "--help") == 0;
-    fputs(usage, help ? stdout : stderr);
-    return finish(program, help ? EXIT_AS_HOPED : EXIT_TROUBLE);
-  }
+  (void)argc;
+  readArguments(program, usage, NULL, 0, argv);
   CSint *letters[NB_LETTERS];
   startSolver(program);
   if (postModel(letters)) cs_findAll(letters, NB_LETTERS, cs_findFreeVarNbElements, solutionFound);

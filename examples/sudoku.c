@@ -4,10 +4,7 @@
 // One variable per cell; the rows, columns and blocks are all-different. Variables and constraints are made once for
 // each size and used for all puzzles: the clues of a puzzle go into a context, which is restored afterwards. So memory
 // stays the same however many puzzles there are.
-#include "example.h"
-
-#include <errno.h>
-
+#include "arguments.h"
 #include "sudoku_input.h"
 
 static char program[] = "sudoku";
@@ -29,7 +26,7 @@ static const char usage[] =
     "1 when some puzzle has several or none, 2 on bad input or bad arguments.\n";
 
 typedef struct {
-  bool firstOnly, line, quiet, stats, help;
+  bool firstOnly, line, quiet, stats;
   const char *file;
 } Options;
 
@@ -249,16 +246,15 @@ static bool solveAll(Input *input, const Options *options, Totals *totals) {
   Board boards[3] = {{0}};
   Line line;
   Puzzle puzzle;
-  char error[120];
   while (readLine(input, &line)) {
     if (!holdsPuzzle(&line)) continue;
-    if (parsePuzzle(&line, &puzzle, error, sizeof error)) {
+    if (parsePuzzle(input, &line, &puzzle)) {
       solveAndPrint(boards, &puzzle, options, totals);
       continue;
     }
     clearProgress(totals);
     totals->nbMalformed++;
-    fprintf(stderr, "%s: %s:%ld: %s\n", program, input->name, input->line, error);
+    reportInput(program, input);
   }
   clearProgress(totals);
   if (!ferror(input->file)) return totals->nbMalformed == 0;
@@ -278,62 +274,22 @@ static int run(Input *input, const Options *options) {
   return totals.nbOf[ONE_SOLUTION] == totals.nbPuzzles ? EXIT_AS_HOPED : EXIT_OTHERWISE;
 }
 
-static bool setOption(Options *options, const char *name) {
-  const struct {
-    const char *name;
-    bool *flag;
-  } known[] = {{"--first", &options->firstOnly},
-               {"--line", &options->line},
-               {"--quiet", &options->quiet},
-               {"--stats", &options->stats},
-               {"--help", &options->help}};
-  for (size_t i = 0; i < sizeof known / sizeof known[0]; i++) {
-    if (strcmp(name, known[i].name) != 0) continue;
-    *known[i].flag = true;
-    return true;
-  }
-  fprintf(stderr, "%s: unknown option %s\n", program, name);
-  return false;
-}
-
-static bool parseArguments(int argc, char **argv, Options *options) {
-  bool optionsEnded = false;
-  for (int i = 1; i < argc; i++) {
-    bool isOption = !optionsEnded && argv[i][0] == '-' && argv[i][1] != '\0';
-    if (isOption && strcmp(argv[i], "--") == 0) {
-      optionsEnded = true;
-    } else if (isOption) {
-      if (!setOption(options, argv[i])) return false;
-    } else if (options->file != NULL) {
-      fprintf(stderr, "%s: more than one file\n", program);
-      return false;
-    } else {
-      options->file = argv[i];
-    }
-  }
-  return true;
-}
+// --- Arguments ---
 
 int main(int argc, char **argv) {
+  (void)argc;
   Options options = {0};
-  if (!parseArguments(argc, argv, &options)) {
-    fprintf(stderr, "Try %s --help.\n", program);
-    return EXIT_TROUBLE;
-  }
-  if (options.help) {
-    fputs(usage, stdout);
-    return finish(program, EXIT_AS_HOPED);
-  }
-  if (options.file == NULL || strcmp(options.file, "-") == 0) {
-    Input input = {stdin, "stdin", 0};
-    return finish(program, run(&input, &options));
-  }
-  Input input = {fopen(options.file, "r"), options.file, 0};
-  if (input.file == NULL) {
-    fprintf(stderr, "%s: %s: %s\n", program, options.file, strerror(errno));
-    return EXIT_TROUBLE;
-  }
+  const Option known[] = {
+      {.name = "--first", .flag = &options.firstOnly},
+      {.name = "--line", .flag = &options.line},
+      {.name = "--quiet", .flag = &options.quiet},
+      {.name = "--stats", .flag = &options.stats},
+      {.text = &options.file},
+  };
+  readArguments(program, usage, known, sizeof known / sizeof known[0], argv);
+  Input input = openInput(program, options.file);
+  input.line = 0;  // none is read yet
   int status = run(&input, &options);
-  fclose(input.file);
+  closeInput(&input);
   return finish(program, status);
 }

@@ -7,17 +7,9 @@
 #ifndef KORU_EXAMPLE_SUDOKU_INPUT_H
 #define KORU_EXAMPLE_SUDOKU_INPUT_H
 
-#include <stdbool.h>
-#include <stddef.h>
-#include <stdio.h>
+#include "input.h"
 
 enum { MAX_SIDE = 25, MAX_CELLS = MAX_SIDE * MAX_SIDE, MAX_NAME = 200 };
-
-typedef struct {
-  FILE *file;
-  const char *name;
-  long line;  // number of the line read last
-} Input;
 
 typedef struct {
   size_t nbCells;  // counts the cells that did not fit, too
@@ -100,11 +92,11 @@ static inline int digitOf(char c, int side) {
 
 static inline char symbolOf(int digit) { return ".123456789ABCDEFGHIJKLMNOP"[digit]; }
 
-// Make a puzzle of a line. When the line holds none, say why in error and return false.
-static inline bool parsePuzzle(const Line *line, Puzzle *puzzle, char *error, size_t errorSize) {
+// Make a puzzle of the line read last. When it holds none, the input's error says why.
+static inline bool parsePuzzle(Input *input, const Line *line, Puzzle *puzzle) {
   puzzle->side = sideOf(line->nbCells);
   if (puzzle->side == 0) {
-    snprintf(error, errorSize, "%zu cells where 81, 256 or 625 are expected", line->nbCells);
+    snprintf(input->error, sizeof input->error, "%zu cells where 81, 256 or 625 are expected", line->nbCells);
     return false;
   }
   for (size_t i = 0; i < line->nbCells; i++) {
@@ -112,7 +104,7 @@ static inline bool parsePuzzle(const Line *line, Puzzle *puzzle, char *error, si
     puzzle->digits[i] = digitOf(c, puzzle->side);
     if (puzzle->digits[i] >= 0) continue;
     bool visible = c > 0x20 && c < 0x7f;
-    snprintf(error, errorSize,
+    snprintf(input->error, sizeof input->error,
              visible ? "'%c' in cell %zu is no digit of a %dx%d puzzle"
                      : "byte %d in cell %zu is no digit of a %dx%d puzzle",
              visible ? c : (unsigned char)c, i + 1, puzzle->side, puzzle->side);

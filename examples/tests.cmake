@@ -97,6 +97,7 @@ foreach(size 2 3)
   koru_example_test(queens.none_${size} queens 1 ARGS ${size} EXPECT "^${size} queens: no solution [|] ")
   koru_example_test(queens.all_none_${size} queens 1 ARGS ${size} --all EXPECT "^${size} queens: no solution [|] ")
 endforeach()
+koru_example_test(queens.options_ended queens 2 ARGS -- --all EXPECT_ERROR "^queens: --all is no number from 1 to 10000\n")
 foreach(bad 0 -4 8x eight 10001 99999999999999999999)
   koru_example_test(queens.bad_${bad} queens 2 ARGS ${bad} EXPECT_ERROR "^queens: ${bad} is no number from 1 to 10000\n")
 endforeach()
@@ -108,7 +109,7 @@ koru_example_test(queens.help queens 0 ARGS --help EXPECT "^usage: queens ")
 # --- send_more_money ---
 koru_example_test(send_more_money.unique send_more_money 0
   EXPECT "9 5 6 7\n.* 1 0 8 5\n.* 1 0 6 5 2\n.*S: 9, E: 5, N: 6, D: 7, M: 1, O: 0, R: 8, Y: 2\n\nunique solution [|] ")
-koru_example_test(send_more_money.argument send_more_money 2 ARGS 1 EXPECT_ERROR "^usage: send_more_money\n")
+koru_example_test(send_more_money.argument send_more_money 2 ARGS 1 EXPECT_ERROR "^send_more_money: 1 is not expected\nTry send_more_money --help.\n$")
 koru_example_test(send_more_money.help send_more_money 0 ARGS --help EXPECT "^usage: send_more_money\n")
 
 # --- magic_square ---
