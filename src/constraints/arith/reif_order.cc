@@ -27,7 +27,7 @@ static Order negation(const Order &o) { return {o.right, o.left, 1 - o.gap}; }
 static bool impossible(const Order &o) { return std::int64_t{o.left->min} + o.gap > o.right->max; }
 
 static bool impose(const Order &o) {
-  return !impossible(o) && narrowMax64(o.left, std::int64_t{o.right->max} - o.gap) &&
+  return narrowMax64(o.left, std::int64_t{o.right->max} - o.gap) &&
          narrowMin64(o.right, std::int64_t{o.left->min} + o.gap);
 }
 

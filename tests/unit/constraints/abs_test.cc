@@ -146,6 +146,22 @@ TEST_F(AbsTest, XBoundInsideBindsTheResult) {
   EXPECT_EQ(values(z), Values{0});
 }
 
+// Both changes are made in one handler, so that z has lost the value before the event of x is heard.
+TEST_F(AbsTest, XBoundInsideToWhatTheResultHasLostFails) {
+  make(-9, 9);
+  int lost = 0;
+  std::function<bool(int)> bindAndRemove = [&](int) { return bindValue(x, -3) && removeValue(z, lost); };
+  CSint *trigger = cs_createCSint(0, 9);
+  ASSERT_TRUE(postRefuser(trigger, bindAndRemove));
+  lost = 4;
+  cs_saveContext();
+  EXPECT_TRUE(cs_EQ(trigger, 5));
+  EXPECT_EQ(values(z), Values{3});
+  cs_restoreContext();
+  lost = 3;
+  EXPECT_FALSE(cs_EQ(trigger, 5));
+}
+
 TEST_F(AbsTest, AValueLeavesTheResultWhenBothSignsHaveLeftX) {
   make(-5, 5);
   ASSERT_TRUE(cs_NEQ(x, 3));

@@ -71,24 +71,6 @@ class ReifEqFormTest : public SolverTest, public ::testing::WithParamInterface<F
 
 INSTANTIATE_TEST_SUITE_P(, ReifEqFormTest, ::testing::Values(kEq, kNeq), formName<Form>);
 
-TEST_P(ReifEqFormTest, ANullVariableGivesNullAndPostsNothing) {
-  CSint *x = cs_createCSint(0, 3);
-  EXPECT_EQ(GetParam().post(x, nullptr), nullptr);
-  EXPECT_EQ(GetParam().post(nullptr, x), nullptr);
-  EXPECT_EQ(GetParam().post(nullptr, nullptr), nullptr);
-  EXPECT_EQ(cs_getNbConstraints(x), 0);
-  EXPECT_EQ(cs_getErr(), CS_ERR_NONE);
-}
-
-TEST_P(ReifEqFormTest, EachFailingAllocationIsReportedOnceAndGivesNull) {
-  expectFailuresReported(
-      6,
-      [] {
-        return Operands{cs_createCSint(0, 9), cs_createCSint(0, 9)};
-      },
-      [](Operands o) { return GetParam().post(o.x, o.y); });
-}
-
 TEST_P(ReifEqFormTest, ADecidedOutcomeNeedsOnlyItsVariable) {
   const auto make = [] { return Operands{cs_createCSint(0, 4), cs_createCSint(5, 9)}; };
   const auto makeFull = [&] {

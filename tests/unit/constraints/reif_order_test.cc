@@ -75,25 +75,6 @@ class ReifOrderFormTest : public SolverTest, public ::testing::WithParamInterfac
 
 INSTANTIATE_TEST_SUITE_P(, ReifOrderFormTest, ::testing::Values(kLt, kLe, kGt, kGe), formName<Form>);
 
-TEST_P(ReifOrderFormTest, ANullVariableGivesNullAndPostsNothing) {
-  CSint *x = cs_createCSint(0, 3);
-  EXPECT_EQ(GetParam().post(x, nullptr), nullptr);
-  EXPECT_EQ(GetParam().post(nullptr, x), nullptr);
-  EXPECT_EQ(GetParam().post(nullptr, nullptr), nullptr);
-  EXPECT_EQ(cs_getNbConstraints(x), 0);
-  EXPECT_EQ(cs_getErr(), CS_ERR_NONE);
-}
-
-// The site, then a record and an entry for b, a record and two entries for x and y.
-TEST_P(ReifOrderFormTest, EachFailingAllocationIsReportedOnceAndGivesNull) {
-  expectFailuresReported(
-      6,
-      [] {
-        return Operands{cs_createCSint(0, 9), cs_createCSint(0, 9)};
-      },
-      [](Operands o) { return GetParam().post(o.x, o.y); });
-}
-
 TEST_P(ReifOrderFormTest, ADecidedOutcomeStillNeedsItsSite) {
   expectFailuresReported(
       1,
@@ -101,22 +82,6 @@ TEST_P(ReifOrderFormTest, ADecidedOutcomeStillNeedsItsSite) {
         return Operands{cs_createCSint(0, 4), cs_createCSint(5, 9)};
       },
       [](Operands o) { return GetParam().post(o.x, o.y); });
-}
-
-TEST_P(ReifOrderFormTest, RestoringDetachesBothConstraints) {
-  CSint *x = cs_createCSint(0, 9);
-  CSint *y = cs_createCSint(0, 9);
-  cs_saveContext();
-  CSint *b = GetParam().post(x, y);
-  ASSERT_TRUE(cs_EQ(b, 1));
-  cs_restoreContext();
-  EXPECT_EQ(values(b), kFree);
-  EXPECT_EQ(x->constraints, nullptr);
-  EXPECT_EQ(y->constraints, nullptr);
-  EXPECT_EQ(b->constraints, nullptr);
-  ASSERT_TRUE(cs_EQ(b, 0));
-  EXPECT_EQ(values(x), range(0, 9));
-  EXPECT_EQ(values(y), range(0, 9));
 }
 
 // ----- slots. cs_ReifGt(y, x) and cs_ReifGe(y, x) are the same as cs_ReifLt(x, y) and cs_ReifLe(x, y).
