@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "core/private_variable.h"
+
+#include <cstdint>
+#include <new>
+
+#include "core/alloc.h"
+#include "core/constraint.h"
+
+namespace koru {
+
+static CSint interval(int min, int max) {
+  return {min, max, min, max, nullptr, rangeSize(min, max), 0, nullptr, nullptr, min, max};
+}
+
+CSint *PrivateVariables::Block::variables() {
+  const auto address = reinterpret_cast<std::uintptr_t>(this + 1);
+  return reinterpret_cast<CSint *>((address + alignof(CSint) - 1) & ~(alignof(CSint) - 1));
+}
+
+PrivateVariables::PrivateVariables(int count) {
+  const int size = count > 0 ? count : 0;
+  void *memory = allocateArray(sizeof(Block) + alignof(CSint), static_cast<std::size_t>(size), sizeof(CSint));
+  if (memory == nullptr) return;
+  block_ = new (memory) Block{1, size};
+  for (int i = 0; i < size; ++i) new (block_->variables() + i) CSint(interval(0, 0));
+}
+
+PrivateVariables::PrivateVariables(const PrivateVariables &other) : block_(other.block_) {
+  if (block_ != nullptr) ++block_->owners;
+}
+
+PrivateVariables::~PrivateVariables() {
+  if (block_ == nullptr || --block_->owners > 0) return;
+  for (int i = 0; i < block_->count; ++i) {
+    detachAll(block_->variables()[i]);
+    destroyDomain(block_->variables()[i]);
+  }
+  deallocate(block_);
+}
+
+void PrivateVariables::init(int i, int min, int max) const { *(*this)[i] = interval(min, max); }
+
+}  // namespace koru
