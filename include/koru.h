@@ -127,6 +127,9 @@ typedef CSint *(*CSfindFreeVar)(CSint **array, int size);
 /** Called at each solution of cs_findAll, while the variables are instantiated to it. */
 typedef void (*CSfoundCallback)(CSint **array, int size);
 
+/** Called at each improving solution of cs_minimize, while the variables are instantiated to it. */
+typedef void (*CSfoundCostCallback)(CSint **array, int size, CSint *cost);
+
 /* ==================================================================================================================
  * 2. Lifecycle, version and errors
  * ================================================================================================================ */
@@ -608,7 +611,23 @@ KORU_API void cs_fprintStats(FILE *f);
 
 /* ==================================================================================================================
  * 17. Optimisation and criteria search
+ *
+ * Depth-first searches that count, stop and leave things behind as those of section 16 do, unless said otherwise.
  * ================================================================================================================== */
+
+/**
+ * Branch and bound: search for a solution with cs_search's engine, then again and again for one whose cost is less
+ * than the last one's. @p found, which may be null, is called at each of them with (array, size, cost); only there do
+ * the variables hold it, so it has to copy what it wants to keep. The last call has the least cost.
+ *
+ * Afterwards all choices are undone, but "cost less than the best" stays imposed, with what propagation made of it:
+ * open a context around the call to take that back. When there is no solution at all, the domains are as before and
+ * one more context is open. After cs_cancelSearch, contexts of the pass that it stopped are open: restore them. The
+ * counters are those of all passes together.
+ * @param cost any variable whose bound the solutions decide; its minimum is taken as the cost of a solution
+ * @return true if at least one solution was found; false also for a null f or cost.
+ */
+KORU_API bool cs_minimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfoundCostCallback found);
 
 /* ==================================================================================================================
  * 18. Value selectors

@@ -2,7 +2,7 @@
 // What the labelling engines share: the values of a level, and the step from one value to the next.
 #pragma once
 
-#include "core/variable.h"
+#include "core/solver.h"
 #include "search/state.h"
 
 namespace koru {
@@ -36,6 +36,13 @@ class Values {
   int value_;
   bool more_;
 };
+
+// Opens the context that a search closes again. False when there is no memory for it (reported): then none was opened,
+// and the search must close none.
+inline bool openContext() {
+  const int open = solver.contexts.count();
+  return cs_saveContext() > open;
+}
 
 // Tries one value: counts the choice point and, when propagation refuses the value, the fail.
 inline bool tryValue(CSint *v, int value) {

@@ -5,6 +5,8 @@
 // context of its own; a value that propagation refuses counts as a fail.  Cost: one stack frame per level, no
 // allocation.  Deliberate: a cancel and the fail limit leave contexts as they are; the level that notices a cancel
 // returns at once, the levels above go on as after any failure and notice it at their next value.
+#include "search/depth_first.h"
+
 #include <cstdarg>
 
 #include "core/alloc.h"
@@ -41,10 +43,15 @@ struct DepthFirst {
 
 bool searchDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit) {
   beginSearch();
-  return select != nullptr && DepthFirst{array, size, select, failLimit}.label();
+  return select != nullptr && labelDepthFirst(array, size, select, failLimit);
 }
 
 }  // namespace
+
+bool labelDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit) {
+  return DepthFirst{array, size, select, failLimit}.label();
+}
+
 }  // namespace koru
 
 bool cs_search(CSint **array, int size, CSfindFreeVar f) { return koru::searchDepthFirst(array, size, f, 0); }

@@ -161,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(Memory, EveryExport, ::testing::Values(Failing::kOnce, 
 const char *const kOnlyBlocks[] = {
     "CSINT",     "cs_createCSint", "cs_EQ",      "cs_LE",           "cs_LT",          "cs_GE",
     "cs_GT",     "cs_backtrack",   "cs_init",    "cs_backtrackExt", "cs_saveContext", "cs_restoreAndSaveContext",
-    "cs_search", "cs_searchFail",  "cs_findAll", "cs_printf",
+    "cs_search", "cs_searchFail",  "cs_findAll", "cs_printf",       "cs_minimize",
 };
 
 const char *const kNeverAllocating[] = {
