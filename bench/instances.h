@@ -30,6 +30,12 @@ class Random {
   std::mt19937 engine_;
 };
 
+inline std::vector<int> randomValues(Random &random, int size, int min, int max) {
+  std::vector<int> result;
+  while (static_cast<int>(result.size()) < size) result.push_back(min + random.below(max - min + 1));
+  return result;
+}
+
 // A square of cells in row-major order, each a clue from 1 to order or 0 when it is to be found. Rows and columns, and
 // the blocks of block x block cells when block is not 0, hold different values.
 struct Grid {
@@ -178,6 +184,31 @@ class LatinSquare {
   std::vector<bool> visited_;
 };
 
+// What there is to pack: the loss of leaving an item out, and a row of weights for each capacity, which is half their
+// sum. Weights are negative because what is left out lightens the load.
+struct Items {
+  std::vector<int> profits;
+  std::vector<std::vector<int>> negatedWeights;
+
+  Items(int count, int rows) {
+    Random random(3);
+    profits = randomValues(random, count, 50, 99);
+    for (int row = 0; row < rows; ++row) negatedWeights.push_back(randomValues(random, count, -99, -10));
+  }
+};
+
+// A weighted sum of 0/1 variables, and the values that they are bound to one by one.
+struct Sum {
+  std::vector<int> coefficients;
+  std::vector<int> values;
+
+  explicit Sum(int terms) {
+    Random random(1);
+    coefficients = randomValues(random, terms, -9, 9);
+    values = randomValues(random, terms, 0, 1);
+  }
+};
+
 struct Instances {
   static constexpr int kPairVariables = 2000;
 
@@ -185,6 +216,7 @@ struct Instances {
   std::vector<Grid> sudoku16;  // 140 cells removed at random
   std::vector<Grid> qwh;       // Latin squares of order 20 with 150 holes
   std::vector<std::pair<int, int>> pairs;
+  Items items{25, 3};
 
   Instances() {
     Random random(20240229);

@@ -3,79 +3,13 @@
 #pragma once
 
 #include <cstddef>
-#include <ctime>
-#include <deque>
 #include <vector>
 
 #include "instances.h"
-#include "koru.h"
+#include "models_arith.h"
+#include "run.h"
 
 namespace koru::bench {
-
-// What a run did, for comparing trees and for the cost of one unit of work.
-struct Outcome {
-  long long units = 0;  // nodes of a search (choice points + roots), events or constraints; 0 when a post failed
-  long long choicePoints = 0;
-  long long fails = 0;
-  long long solutions = 0;
-};
-
-using Array = std::vector<CSint *>;
-
-inline double cpuSeconds() {
-  timespec now{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-// The part of all runs so far that was spent in cs_end.
-inline double secondsInEnd = 0;
-
-// A running solver, and the arrays that its constraints keep.
-class Lifetime {
- public:
-  Lifetime() { cs_init(); }
-  Lifetime(const Lifetime &) = delete;
-  Lifetime &operator=(const Lifetime &) = delete;
-  ~Lifetime() {
-    const double start = cpuSeconds();
-    cs_end();
-    secondsInEnd += cpuSeconds() - start;
-  }
-
-  Array &array() { return arrays_.emplace_back(); }
-  Array &array(int size, int min, int max) {
-    Array &result = array();
-    while (static_cast<int>(result.size()) < size) result.push_back(cs_createCSint(min, max));
-    return result;
-  }
-
- private:
-  std::deque<Array> arrays_;  // growing it moves no array
-};
-
-inline bool allNeq(Array &x) { return cs_AllNeq(x.data(), static_cast<int>(x.size())) != 0; }
-
-inline long long solutionsFound = 0;
-inline void countSolution(CSint **, int) { ++solutionsFound; }
-
-inline void addSearch(Outcome &outcome) {
-  outcome.choicePoints += cs_getNbChoicePoints();
-  outcome.fails += cs_getNbFails();
-  outcome.solutions += solutionsFound;
-  outcome.units += cs_getNbChoicePoints() + 1;
-}
-
-inline void findAll(Outcome &outcome, Array &x, CSfindFreeVar select) {
-  solutionsFound = 0;
-  cs_findAll(x.data(), static_cast<int>(x.size()), select, countSolution);
-  addSearch(outcome);
-}
-
-inline void findFirst(Outcome &outcome, Array &x, CSfindFreeVar select) {
-  solutionsFound = cs_search(x.data(), static_cast<int>(x.size()), select) ? 1 : 0;
-  addSearch(outcome);
-}
 
 // ----- queens
 
@@ -255,12 +189,6 @@ inline Outcome postPairs() {
   return outcome;
 }
 
-struct Model {
-  const char *name;
-  const char *unit;
-  Outcome (*run)();
-};
-
 inline constexpr Model kModels[] = {
     {"queens_all 12", "node", queensAll<12>},
     {"queens_first 200", "node", queensFirst<200>},
@@ -271,6 +199,18 @@ inline constexpr Model kModels[] = {
     {"qwh 20/150", "node", qwh},
     {"langford 2,10", "node", langford<2, 10>},
     {"langford 3,11", "node", langford<3, 11>},
+    {"magic_square 4", "node", magicSquare<4, findAll>},
+    {"magic_square 5", "node", magicSquare<5, findFirst>},
+    {"knapsack 25x3", "node", knapsack},
+    {"send+more x 10^4", "node", sendMoreMoney<10000>},
+    {"sum 10", "event", bindTerms<10, 5000, plainSum>},
+    {"sum 100", "event", bindTerms<100, 500, plainSum>},
+    {"sum 1000", "event", bindTerms<1000, 10, plainSum>},
+    {"sum 10000", "event", bindTerms<10000, 1, plainSum>},
+    {"scalprod 10", "event", bindTerms<10, 5000, weightedSum>},
+    {"scalprod 100", "event", bindTerms<100, 500, weightedSum>},
+    {"scalprod 1000", "event", bindTerms<1000, 10, weightedSum>},
+    {"scalprod 10000", "event", bindTerms<10000, 1, weightedSum>},
     {"chain 10^4 x 200", "event", chain<10000, 200>},
     {"post 10^6", "constraint", postPairs},
 };

@@ -1,56 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The benchmark problems as a Gecode user writes them: value-consistent distinct with offset views where Koru needs
 // shifted variables, n-ary branching on ascending values, no restarts.
-#include "gecode.h"
-
-#include <gecode/int.hh>
-#include <gecode/search.hh>
+#include "gecode_problem.h"
 
 namespace koru::bench {
 
 namespace {
-
-using Gecode::IntArgs;
-using Gecode::IntVarArgs;
-using Gecode::IntVarArray;
-
-// A problem whose solutions are those of `vars`.
-class Problem : public Gecode::Space {
- public:
-  IntVarArray vars;
-
-  Problem(int size, int min, int max) : vars(*this, size, min, max) {}
-  Problem(Problem &other) : Gecode::Space(other) { vars.update(*this, other.vars); }
-  Gecode::Space *copy() override { return new Problem(*this); }
-
-  void smallestFirst(const IntVarArgs &x) {
-    Gecode::branch(*this, x, Gecode::INT_VAR_SIZE_MIN(), Gecode::INT_VALUES_MIN());
-  }
-  void inOrder(const IntVarArgs &x) { Gecode::branch(*this, x, Gecode::INT_VAR_NONE(), Gecode::INT_VALUES_MIN()); }
-  void distinct(const IntVarArgs &x) { Gecode::distinct(*this, x, Gecode::IPL_VAL); }
-  void distinct(const IntArgs &offsets, const IntVarArgs &x) { Gecode::distinct(*this, offsets, x, Gecode::IPL_VAL); }
-};
-
-constexpr long long kAllSolutions = -1;
-
-void search(Outcome &outcome, Problem *problem, const Recomputation &recomputation, long long solutions) {
-  Gecode::Search::Options options;
-  options.threads = 1;
-  options.clone = false;  // the engine takes the problem over
-  options.c_d = recomputation.commitDistance;
-  options.a_d = recomputation.adaptiveDistance;
-  Gecode::DFS<Problem> engine(problem, options);
-  while (solutions-- != 0) {
-    Problem *solution = engine.next();
-    if (solution == nullptr) break;
-    ++outcome.solutions;
-    delete solution;
-  }
-  const Gecode::Search::Statistics statistics = engine.statistics();
-  outcome.units += static_cast<long long>(statistics.node);
-  outcome.choicePoints += static_cast<long long>(statistics.node) - 1;
-  outcome.fails += static_cast<long long>(statistics.fail);
-}
 
 Problem *makeQueens(int n) {
   auto *problem = new Problem(n, 0, n - 1);
@@ -171,9 +126,7 @@ Outcome postPairs(const Recomputation &) {
   return problem.status() != Gecode::SS_FAILED ? outcome : Outcome{};
 }
 
-}  // namespace
-
-const PeerModel peerModels[kPeerModels] = {
+const PeerModel kPeers[] = {
     {"queens_all 12", queens<12, kAllSolutions>},
     {"queens_first 200", queens<200, 1>},
     {"queens_neq 11", queensNeq<11>},
@@ -186,5 +139,9 @@ const PeerModel peerModels[kPeerModels] = {
     {"chain 10^4 x 200", chain<10000, 200>},
     {"post 10^6", postPairs},
 };
+
+}  // namespace
+
+std::span<const PeerModel> relationPeers() { return kPeers; }
 
 }  // namespace koru::bench

@@ -2,6 +2,8 @@
 // The benchmark problems as programs for Gecode.
 #pragma once
 
+#include <span>
+
 #include "models.h"
 
 namespace koru::bench {
@@ -18,7 +20,7 @@ struct PeerModel {
   Outcome (*run)(const Recomputation &recomputation);
 };
 
-inline constexpr int kPeerModels = 11;
-extern const PeerModel peerModels[kPeerModels];
+std::span<const PeerModel> relationPeers();
+std::span<const PeerModel> arithmeticPeers();
 
 }  // namespace koru::bench

@@ -82,8 +82,9 @@ Comparison compare(const Model &model, const PeerModel &peer, int repeat) {
 }
 
 const PeerModel *peerOf(const Model &model) {
-  for (const PeerModel &peer : peerModels)
-    if (std::strcmp(peer.name, model.name) == 0) return &peer;
+  for (const auto peers : {relationPeers(), arithmeticPeers()})
+    for (const PeerModel &peer : peers)
+      if (std::strcmp(peer.name, model.name) == 0) return &peer;
   return nullptr;
 }
 
