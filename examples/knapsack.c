@@ -2,8 +2,8 @@
 // The knapsack problem: choose items of greatest total profit whose weights stay within a capacity, or within several:
 // an item may take up weight, room and money.
 //
-// One 0/1 variable per item, one scalar product per row of weights, and one for the profit. Branch and bound: as long
-// as there is a solution, ask for one of greater profit. The search that finds none proves the last one optimal.
+// One 0/1 variable per item, one scalar product per row of weights, and one for the negated profit, which is minimised:
+// cs_minimize asks for one better solution after the other, and when there is none the last one is proved optimal.
 #include "arguments.h"
 #include "knapsack_input.h"
 
@@ -22,7 +22,7 @@ static const char usage[] =
     "\n"
     "  --steps   print the profit of each solution on the way to the best\n"
     "  --quiet   print only the summary\n"
-    "  --stats   print the solver's statistics of the last search, too\n"
+    "  --stats   print the solver's statistics, too\n"
     "  --help    print this text\n"
     "\n"
     "Exit status: 0 when the best solution was found, 2 on bad input or bad arguments.\n";
@@ -38,14 +38,20 @@ typedef struct {
   CSint *taken[MAX_ITEMS];      // 1 when the item is taken, 0 when not
   CSint *leftOut[MAX_ITEMS];    // the opposite
   CSint *branching[MAX_ITEMS];  // leftOut, the most worthwhile item first
-  CSint *profit;
+  int negatedProfits[MAX_ITEMS];
+  CSint *cost;
 } Model;
 
 typedef struct {
   bool taken[MAX_ITEMS];
   int profit;
-  long long nbSolutions, nbFails, nbChoicePoints;
+  long long nbSolutions;
+  bool printsSteps;
 } Result;
+
+// Global because a CSfoundCostCallback is given nothing but the variables that are labelled.
+static Model model;
+static Result result;
 
 // --- Model ---
 
@@ -55,18 +61,18 @@ typedef struct {
   double worth;
 } Rank;
 
-static bool createItems(Model *model, int nbItems) {
+static bool createItems(int nbItems) {
   for (int i = 0; i < nbItems; i++) {
-    model->taken[i] = cs_createCSint(0, 1);
-    model->leftOut[i] = cs_Sub(CSINT(1), model->taken[i]);
-    if (model->leftOut[i] == NULL) return false;
+    model.taken[i] = cs_createCSint(0, 1);
+    model.leftOut[i] = cs_Sub(CSINT(1), model.taken[i]);
+    if (model.leftOut[i] == NULL) return false;
   }
   return true;
 }
 
-static bool postCapacities(Model *model, Instance *instance) {
+static bool postCapacities(Instance *instance) {
   for (int row = 0; row < instance->nbRows; row++) {
-    CSint *load = cs_ScalProd(model->taken, instance->weights[row], instance->nbItems);
+    CSint *load = cs_ScalProd(model.taken, instance->weights[row], instance->nbItems);
     if (!cs_LE(load, instance->capacities[row])) return false;
   }
   return true;
@@ -87,97 +93,80 @@ static int compareRanks(const void *left, const void *right) {
 }
 
 // Put the most worthwhile items first: good solutions found early leave less to search.
-static void arrangeItems(Model *model, const Instance *instance) {
+static void arrangeItems(const Instance *instance) {
   Rank ranks[MAX_ITEMS];
   for (int i = 0; i < instance->nbItems; i++) ranks[i] = (Rank){i, worthOf(instance, i)};
   qsort(ranks, (size_t)instance->nbItems, sizeof ranks[0], compareRanks);
-  for (int i = 0; i < instance->nbItems; i++) model->branching[i] = model->leftOut[ranks[i].item];
+  for (int i = 0; i < instance->nbItems; i++) model.branching[i] = model.leftOut[ranks[i].item];
 }
 
-static bool postModel(Model *model, Instance *instance) {
-  if (!createItems(model, instance->nbItems) || !postCapacities(model, instance)) return false;
-  arrangeItems(model, instance);
-  model->profit = cs_ScalProd(model->taken, instance->profits, instance->nbItems);
-  return model->profit != NULL;
+static bool postModel(Instance *instance) {
+  int n = instance->nbItems;
+  if (!createItems(n) || !postCapacities(instance)) return false;
+  arrangeItems(instance);
+  for (int i = 0; i < n; i++) model.negatedProfits[i] = -instance->profits[i];
+  model.cost = cs_ScalProd(model.taken, model.negatedProfits, n);
+  return model.cost != NULL;
 }
 
 // --- Search ---
 
-static void keepSolution(Model *model, int nbItems, Result *result) {
-  for (int i = 0; i < nbItems; i++) result->taken[i] = cs_getValue(model->taken[i]) == 1;
-  result->profit = cs_getValue(model->profit);
-  result->nbSolutions++;
-}
-
-// Look for a solution of greater profit than the last one. Values are tried in increasing order, and 0 for leftOut
-// means that the item is taken.
-static bool improve(Model *model, int nbItems, Result *result) {
-  int label = cs_saveContext();
-  bool isBetter = false;
-  if (result->nbSolutions == 0 || cs_GT(model->profit, result->profit)) {
-    isBetter = cs_search(model->branching, nbItems, cs_findFreeVar);
-    result->nbFails += cs_getNbFails();
-    result->nbChoicePoints += cs_getNbChoicePoints();
-  }
-  if (isBetter) keepSolution(model, nbItems, result);
-  // A search that succeeded has left contexts open: the label takes them all back.
-  cs_restoreContextUntil(label);
-  return isBetter;
+// Each solution is better than the one before. Values are tried in increasing order, and 0 for leftOut means that the
+// item is taken.
+static void keepSolution(CSint **leftOut, int nbItems, CSint *cost) {
+  (void)leftOut;
+  for (int i = 0; i < nbItems; i++) result.taken[i] = cs_getValue(model.taken[i]) == 1;
+  result.profit = -cs_getValue(cost);
+  result.nbSolutions++;
+  if (result.printsSteps) printf("Profit %d\n", result.profit);
 }
 
 // --- Output ---
 
-static void printItems(const Instance *instance, const Result *result) {
+static void printItems(const Instance *instance) {
   fputs("Items ", stdout);
   for (int i = 0; i < instance->nbItems; i++) {
-    if (result->taken[i]) printf(" %d", i + 1);
+    if (result.taken[i]) printf(" %d", i + 1);
   }
   putchar('\n');
 }
 
-static void printLoads(const Instance *instance, const Result *result) {
+static void printLoads(const Instance *instance) {
   for (int row = 0; row < instance->nbRows; row++) {
     long long load = 0;
     for (int i = 0; i < instance->nbItems; i++) {
-      if (result->taken[i]) load += instance->weights[row][i];
+      if (result.taken[i]) load += instance->weights[row][i];
     }
     printf("Row %d  %lld of %d\n", row + 1, load, instance->capacities[row]);
   }
 }
 
-static void printSummary(const Instance *instance, const Result *result, double seconds) {
+static void printSummary(const Instance *instance, double seconds) {
   printf("%d item%s, %d row%s: ", instance->nbItems, instance->nbItems == 1 ? "" : "s", instance->nbRows,
          instance->nbRows == 1 ? "" : "s");
-  printf("greatest profit %d, proved after %lld solution%s", result->profit, result->nbSolutions,
-         result->nbSolutions == 1 ? "" : "s");
-  printf(" | %lld fails, %lld choice points | %.3f s\n", result->nbFails, result->nbChoicePoints, seconds);
+  printf("greatest profit %d, proved after %lld solution%s", result.profit, result.nbSolutions,
+         result.nbSolutions == 1 ? "" : "s");
+  printf(" | %d fails, %d choice points | %.3f s\n", cs_getNbFails(), cs_getNbChoicePoints(), seconds);
+}
+
+static void printResult(const Instance *instance, const Options *options, double seconds) {
+  if (!options->quiet) {
+    printItems(instance);
+    printLoads(instance);
+  }
+  printSummary(instance, seconds);
+  if (options->stats) cs_printStats();
 }
 
 // --- The run ---
 
-static void solve(Model *model, const Instance *instance, const Options *options, Result *result) {
-  while (improve(model, instance->nbItems, result)) {
-    if (options->steps) printf("Profit %d\n", result->profit);
-  }
-}
-
-static void printResult(const Instance *instance, const Options *options, const Result *result, double seconds) {
-  if (!options->quiet) {
-    printItems(instance, result);
-    printLoads(instance, result);
-  }
-  printSummary(instance, result, seconds);
-  if (options->stats) cs_printStats();
-}
-
 static int run(Instance *instance, const Options *options) {
-  static Model model;
-  static Result result;
   double start = secondsNow();
+  result.printsSteps = options->steps;
   startSolver(program);
-  if (postModel(&model, instance)) solve(&model, instance, options, &result);
-  bool solved = result.nbSolutions > 0;
-  if (solved) printResult(instance, options, &result, secondsNow() - start);
+  bool solved =
+      postModel(instance) && cs_minimize(model.branching, instance->nbItems, cs_findFreeVar, model.cost, keepSolution);
+  if (solved) printResult(instance, options, secondsNow() - start);
   cs_end();
   if (solved) return EXIT_AS_HOPED;
   // The empty knapsack is always a solution, so this is not a matter of the instance.
