@@ -42,6 +42,9 @@ class BlockStack {
     return --top_;
   }
 
+  // Pops down to `count` records, at most those there are.
+  void popTo(int count);
+
   // The record at a stack index below count(); constant time for those in the newest block.
   Record &at(int index) const {
     Block *block = current_;
@@ -138,6 +141,15 @@ template <class Record>
 void BlockStack<Record>::enterPreviousBlock() {
   use(current_->previous);
   top_ = end_;
+}
+
+template <class Record>
+void BlockStack<Record>::popTo(int count) {
+  Block *block = current_;
+  while (count < block->base) block = block->previous;
+  use(block);
+  top_ = begin_ + (count - block->base);
+  count_ = count;
 }
 
 template <class Record>

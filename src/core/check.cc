@@ -35,8 +35,8 @@ void checkDomain(const CSint &v) {
 
 void checkEntries(const Entry *entry) {
   for (; entry != nullptr; entry = entry->next) {
-    const int below = entry->next != nullptr ? entry->next->heardFromHere : 0;
-    require(entry->heardFromHere == (entry->heard | below), "what a list hears is what its entries hear");
+    const int older = entry->next != nullptr ? entry->next->heardFromHere() : 0;
+    require(entry->heardByOlder == older, "what a list hears is what its entries hear");
   }
 }
 
@@ -73,7 +73,7 @@ void checkContexts() {
 void invariantsWhenIdle() {
   if (solver.queue.depth != 0 || --solver.checked.untilNext > 0) return;
   solver.checked.untilNext = solver.checked.period;
-  require(solver.queue.head == nullptr && solver.queue.tail == nullptr, "the queue is empty outside propagation");
+  require(solver.queue.head == nullptr, "the queue is empty outside propagation");
   require(solver.graveyard == nullptr, "no detached entry waits outside propagation");
   require(solver.variables.sound() && solver.trail.sound() && solver.contexts.sound() && solver.events.sound(),
           "block bases follow one another");

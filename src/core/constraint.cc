@@ -23,12 +23,11 @@ static Entry *unlinkNewest(CSint *v) {
   return entry;
 }
 
-bool attachConstraint(Constraint *c, CSint *v, int index) {
+bool attachConstraint(Constraint *c, CSint *v, int index, std::uint8_t concerned) {
   auto *entry = static_cast<Entry *>(solver.pool.take(sizeof(Entry)));
   if (entry == nullptr) return false;
-  const std::uint8_t heard = heardBy(*c);
-  const std::uint8_t heardBelow = v->constraints != nullptr ? v->constraints->heardFromHere : std::uint8_t{0};
-  *entry = {c, v->constraints, nullptr, index, heard, static_cast<std::uint8_t>(heard | heardBelow)};
+  const std::uint8_t heardByOlder = v->constraints != nullptr ? v->constraints->heardFromHere() : std::uint8_t{0};
+  *entry = {c, v->constraints, nullptr, index, static_cast<std::uint8_t>(heardBy(*c) & concerned), heardByOlder};
   ++c->references;
   v->constraints = entry;
   if (!solver.trail.noteAttached(v)) {

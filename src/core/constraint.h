@@ -2,8 +2,8 @@
 // Constraints as the engine sees them: a handler table, a private record behind the head, and list entries that tie
 // a constraint to its variables.
 //
-// A variable's entries form a list, newest first, that grows and shrinks at its head only. `heardFromHere` sums up
-// which events an entry and all older ones listen to, so a walk ends where nobody further down would hear it.
+// A variable's entries form a list, newest first, that grows and shrinks at its head only. `heardByOlder` sums up which
+// events all older entries listen to, so a walk ends where nobody further down would hear it, without going there.
 #pragma once
 
 #include <cstdint>
@@ -61,13 +61,23 @@ struct Entry {
   Entry *nextDead;  // in the graveyard
   int index;        // the variable's position among the constraint's variables, -1 when it does not care
   std::uint8_t heard;
-  std::uint8_t heardFromHere;
-};
-constexpr std::uint8_t kHearsConflicts = 1 << 7;
+  std::uint8_t heardByOlder;
 
-// Makes v's changes wake c. On failure (memory, reported) v is as before, and a constraint that was held by nobody
-// else may be gone.
-bool attachConstraint(Constraint *c, CSint *v, int index);
+  std::uint8_t heardFromHere() const { return heard | heardByOlder; }
+};
+
+// Sets of events: bit c stands for event code c, the highest one for failed propagations.
+constexpr std::uint8_t kHearsConflicts = 1 << 7;
+constexpr std::uint8_t kHearsAnything = 0xff;
+template <class... Codes>
+constexpr std::uint8_t events(Codes... codes) {
+  return static_cast<std::uint8_t>((... | (1 << codes)));
+}
+
+// Makes v's changes wake c; of the events that c's table listens to, only those in `concerned` say anything to it about
+// this variable. On failure (memory, reported) v is as before, and a constraint that was held by nobody else may be
+// gone.
+bool attachConstraint(Constraint *c, CSint *v, int index, std::uint8_t concerned = kHearsAnything);
 
 // Undoes the newest attachment to v, whichever that is. While handlers run, entry and constraint stay allocated (some
 // list snapshot may contain them) until the outermost propagation ends.

@@ -28,8 +28,8 @@ Constraint *Posting::addConstraint(const HandlerTable &table, std::size_t record
   return new (memory) Constraint{&table, site_, 1, static_cast<std::uint16_t>(size), flags};
 }
 
-void Posting::attach(Constraint *c, CSint *v, int index) {
-  if (consistent_) consistent_ = attachConstraint(c, v, index);
+void Posting::attach(Constraint *c, CSint *v, int index, std::uint8_t concerned) {
+  if (consistent_) consistent_ = attachConstraint(c, v, index, concerned);
 }
 
 bool allPresent(CSint *const *variables, int count) {

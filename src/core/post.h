@@ -88,7 +88,9 @@ class Held {
     if (constraint_ != nullptr) release(constraint_);
   }
 
-  void attach(CSint *v, int index = -1);
+  // `concerned`: which events may say anything to the constraint about this variable; handlers may still be called for
+  // others.
+  void attach(CSint *v, int index = -1, std::uint8_t concerned = kHearsAnything);
   // Only while the posting has not failed.
   Record &operator*() const { return *static_cast<Record *>(constraint_->record()); }
   Record *operator->() const { return &**this; }
@@ -115,7 +117,7 @@ class Posting {
     return Held<Record>(*this, c);
   }
 
-  void attach(Constraint *c, CSint *v, int index);
+  void attach(Constraint *c, CSint *v, int index, std::uint8_t concerned);
 
   // Hands a share of a buffer to the choice point that is open now.
   template <class T>
@@ -131,8 +133,8 @@ class Posting {
 };
 
 template <class Record>
-void Held<Record>::attach(CSint *v, int index) {
-  posting_.attach(constraint_, v, index);
+void Held<Record>::attach(CSint *v, int index, std::uint8_t concerned) {
+  posting_.attach(constraint_, v, index, concerned);
 }
 
 // Posters refuse arrays with null variables.

@@ -17,7 +17,6 @@ struct Arguments {
 EventRecord *takeHead(Queue &queue) {
   EventRecord *event = queue.head;
   queue.head = event->next;
-  if (queue.head == nullptr) queue.tail = nullptr;
   return event;
 }
 
@@ -30,7 +29,7 @@ void recycleAll(Queue &queue) {
   if (queue.head == nullptr) return;
   queue.tail->next = queue.free;
   queue.free = queue.head;
-  queue.head = queue.tail = nullptr;
+  queue.head = nullptr;
 }
 
 int exchangeReported(int &reported, int value) {
@@ -81,22 +80,40 @@ bool call(const EventRecord &event, Entry *entry, Arguments arguments) {
   }
 }
 
-// Calls the handlers of one event, newest attachment first. Returns the entry whose handler failed, or null. While
-// someone profiles, slots that do nothing are called like all others, because their calls are counted.
-Entry *wake(const EventRecord &event, Arguments arguments, Entry *&listener) {
+// While someone profiles, slots that do nothing are called like all others, because their calls are counted.
+Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments, Entry *&listener) {
   const unsigned slot = 1U << event.code;
-  for (Entry *entry = event.entries; entry != nullptr; entry = entry->next) {
-    const bool profiling = solver.ports.profiling;
-    if ((entry->heard & slot) != 0 || (profiling && entry->constraint->flags == kWoken)) {
+  for (; entry != nullptr; entry = entry->next) {
+    if ((entry->heard & slot) != 0 || (solver.ports.profiling && entry->constraint->flags == kWoken)) {
       if (!call(event, entry, arguments)) return entry;
       if (solver.ports.profiling) solver.ports.notify(true, event.variable, event.code, entry->constraint->site);
-    } else if ((entry->heard & kHearsConflicts) != 0) {
-      if (listener == nullptr) listener = entry;
-    } else if (!profiling && (entry->heardFromHere & (slot | kHearsConflicts)) == 0) {
-      break;
+    } else if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) {
+      listener = entry;
     }
   }
   return nullptr;
+}
+
+// Calls the handlers of one event, newest attachment first. Returns the entry whose handler failed, or null. Notes the
+// first conflict listener met.
+Entry *wake(const EventRecord &event, Arguments arguments, Entry *&listener) {
+  const unsigned slot = 1U << event.code;
+  Entry *entry = event.entries;
+  unsigned ahead = entry->heardFromHere();
+  bool profiling = solver.ports.profiling;
+  while (!profiling) {
+    if ((ahead & (slot | kHearsConflicts)) == 0) return nullptr;
+    if ((entry->heard & slot) != 0) {
+      if (!call(event, entry, arguments)) return entry;
+      profiling = solver.ports.profiling;
+      if (profiling) solver.ports.notify(true, event.variable, event.code, entry->constraint->site);
+    } else if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) {
+      listener = entry;
+    }
+    ahead = entry->heardByOlder;
+    entry = entry->next;
+  }
+  return wakeProfiled(event, entry, arguments, listener);
 }
 
 void tellListeners(const EventRecord &event, Entry *listener, Arguments arguments) {

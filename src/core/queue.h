@@ -22,7 +22,7 @@ struct EventRecord {
 
 struct Queue {
   EventRecord *head = nullptr;
-  EventRecord *tail = nullptr;
+  EventRecord *tail = nullptr;  // of a queue that is not empty
   EventRecord *free = nullptr;
   unsigned depth = 0;  // propagation loops running, one inside the other
   unsigned limit = 0;  // a change made at a greater depth waits for the loop that runs

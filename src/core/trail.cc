@@ -22,6 +22,7 @@ bool Trail::noteBuffer(SharedBlock *buffer) {
     dropShare(buffer);
     return false;
   }
+  ++buffers_;
   record->kind = TrailKind::kBuffer;
   record->buffer = buffer;
   return true;
@@ -45,7 +46,12 @@ static void undoRemoved(const TrailRecord &record) {
   if (v->bits != nullptr && v->bits->covers(record.value)) v->bits->set(record.value);
 }
 
-static void undo(const TrailRecord &record) {
+void Trail::dropBuffer(const TrailRecord &record) {
+  --buffers_;
+  dropShare(record.buffer);
+}
+
+void Trail::undo(const TrailRecord &record) {
   switch (record.kind) {
     case TrailKind::kMin:
     case TrailKind::kMinReserved:
@@ -62,7 +68,7 @@ static void undo(const TrailRecord &record) {
       if (record.callback != nullptr) record.callback(record.variable, record.value);
       return;
     case TrailKind::kBuffer:
-      return dropShare(record.buffer);
+      return dropBuffer(record);
     case TrailKind::kReserved:
     case TrailKind::kReservedToo:
       return;
@@ -75,10 +81,11 @@ void Trail::undoTo(int mark) {
 }
 
 void Trail::discardTo(int mark) {
-  while (count() > mark) {
+  while (buffers_ > 0 && count() > mark) {
     const TrailRecord *record = pop();
-    if (record->kind == TrailKind::kBuffer) dropShare(record->buffer);
+    if (record->kind == TrailKind::kBuffer) dropBuffer(*record);
   }
+  if (count() > mark) popTo(mark);
 }
 
 }  // namespace koru

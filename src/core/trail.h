@@ -49,6 +49,9 @@ class Trail : public BlockStack<TrailRecord> {
   void discardTo(int mark);
 
  private:
+  void undo(const TrailRecord &record);
+  void dropBuffer(const TrailRecord &record);
+
   bool note(CSint *v, TrailKind kind, int value) {
     TrailRecord *record = push();
     if (record == nullptr) [[unlikely]]
@@ -59,6 +62,8 @@ class Trail : public BlockStack<TrailRecord> {
     record->oldCount = v->count;
     return true;
   }
+
+  int buffers_ = 0;  // records of that kind: only these need a look when records are discarded
 };
 
 }  // namespace koru

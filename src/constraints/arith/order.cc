@@ -52,8 +52,8 @@ static bool post(const char *name, CSint *x, CSint *y) {
   if (x == y) return gap == 0;
   Posting posting{name};
   auto c = posting.add(kTable<gap>, Order<gap>{x, y});
-  c.attach(x);
-  c.attach(y);
+  c.attach(x, -1, events(kNewMin, kMinBound, kBound));
+  c.attach(y, -1, events(kNewMax, kMaxBound, kBound));
   return posting && raiseY(*c) && lowerX(*c);
 }
 

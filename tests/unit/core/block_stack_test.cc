@@ -103,6 +103,20 @@ TEST_F(BlockStackTest, SteppingToAndFroOverABlockEdgeAllocatesNothing) {
   EXPECT_EQ(AllocationRule::count(), 0);
 }
 
+TEST_F(BlockStackTest, PoppingToACountLeavesThatManyInKeptBlocks) {
+  ASSERT_TRUE(stack.create());
+  for (const int count : {2999, 2048, 2047, 1024, 1, 0}) {
+    pushUpTo(3000);
+    stack.popTo(count);
+    EXPECT_EQ(stack.count(), count);
+    EXPECT_TRUE(stack.sound());
+    int visited = 0;
+    stack.forEach([&](const int &record) { ASSERT_EQ(record, ++visited); });
+    EXPECT_EQ(visited, count);
+  }
+  EXPECT_EQ(stack.blockCount(), 3);
+}
+
 TEST_F(BlockStackTest, RecordsNeverMove) {
   ASSERT_TRUE(stack.create());
   int *first = stack.push();

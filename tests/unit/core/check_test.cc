@@ -87,8 +87,8 @@ TEST_F(CheckDeathTest, ASiteWithoutReferencesIsCaught) {
   x->constraints->constraint->site->references = 1;
 }
 
-TEST_F(CheckDeathTest, AListThatHearsLessThanItsEntriesIsCaught) {
-  y->constraints->heardFromHere = 0;
+TEST_F(CheckDeathTest, AListThatSumsUpItsOlderEntriesWronglyIsCaught) {
+  y->constraints->heardByOlder ^= 1;
   EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "what a list hears");
 }
 

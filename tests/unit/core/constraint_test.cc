@@ -105,12 +105,23 @@ TEST_F(ConstraintTest, TheListSumsUpWhichEventsItsOlderEntriesHear) {
   ASSERT_TRUE(watch(journal, 4, {x}, {.flags = kNeverWoken}));
   const Entry *entry = x->constraints;
   EXPECT_EQ(entry->heard, 0);
-  EXPECT_EQ(entry->heardFromHere, kHearsConflicts | 1 << kNewMax);
+  EXPECT_EQ(entry->heardByOlder, kHearsConflicts | 1 << kNewMax);
   entry = entry->next;
   EXPECT_EQ(entry->heard, kHearsConflicts);
   entry = entry->next;
   EXPECT_EQ(entry->heard, 0);
-  EXPECT_EQ(entry->heardFromHere, 1 << kNewMax);
+  EXPECT_EQ(entry->heardByOlder, 1 << kNewMax);
+  EXPECT_EQ(entry->next->heardFromHere(), 1 << kNewMax);
+  EXPECT_EQ(entry->next->heardByOlder, 0);
+}
+
+TEST_F(ConstraintTest, AnEntryHearsWhatItsTableListensToAndConcernsItsVariable) {
+  Posting posting{"watch"};
+  auto held = posting.add(kHearsNewMax, Watcher{&journal, 1, life});
+  held.attach(x, 0, events(kNewMin, kNewMax));
+  held.attach(y, 1, events(kNewMin, kBound));
+  EXPECT_EQ(x->constraints->heard, 1 << kNewMax);
+  EXPECT_EQ(y->constraints->heard, 0);
 }
 
 // ----- exhausted memory

@@ -159,6 +159,30 @@ TEST_F(TrailTest, DiscardingKeepsTheChanges) {
   EXPECT_TRUE(backtracked.empty());
 }
 
+int sharesOf(const Shared<int> &buffer) {
+  const int count = buffer.share()->owners - 1;
+  dropShare(reinterpret_cast<SharedBlock *>(buffer.get()) - 1);
+  return count;
+}
+
+TEST_F(TrailTest, DiscardingDropsTheSharesOfItsBuffersOnly) {
+  const Shared<int> outer(1);
+  const Shared<int> inner(1);
+  ASSERT_TRUE(solver.trail.noteBuffer(outer.share()));
+  for (int i = 0; i < 3000; ++i) cs_backtrack(x, i, note);
+  const int mark = solver.trail.count();
+  ASSERT_TRUE(narrowMin(x, 1) && solver.trail.noteBuffer(inner.share()) && narrowMin(x, 2));
+  EXPECT_EQ(sharesOf(outer), 2);
+  EXPECT_EQ(sharesOf(inner), 2);
+  solver.trail.discardTo(mark);
+  EXPECT_EQ(solver.trail.count(), mark);
+  EXPECT_EQ(sharesOf(outer), 2);
+  EXPECT_EQ(sharesOf(inner), 1);
+  solver.trail.discardTo(0);
+  EXPECT_EQ(sharesOf(outer), 1);
+  EXPECT_EQ(solver.trail.count(), 0);
+}
+
 // ----- callbacks
 
 TEST_F(TrailTest, CallbacksRunNewestFirstAndAfterLaterChangesAreUndone) {
@@ -263,27 +287,22 @@ TEST_F(TrailTest, ACallbackThatCannotBeStoredIsReportedAndNeverCalled) {
 // ----- buffers: a share that is not dropped shows as a leak, one dropped twice as a use after free
 
 TEST_F(TrailTest, ABufferLosesTheTrailsShareOnRestoreOnAcceptAndAtTheEnd) {
-  const auto owners = [](const Shared<int> &buffer) {
-    const int count = buffer.share()->owners - 1;
-    dropShare(reinterpret_cast<SharedBlock *>(buffer.get()) - 1);
-    return count;
-  };
   const Shared<int> buffer(4);
   cs_saveContext();
   ASSERT_TRUE(solver.trail.noteBuffer(buffer.share()));
-  EXPECT_EQ(owners(buffer), 2);
+  EXPECT_EQ(sharesOf(buffer), 2);
   cs_restoreContext();
-  EXPECT_EQ(owners(buffer), 1);
+  EXPECT_EQ(sharesOf(buffer), 1);
   cs_saveContext();
   ASSERT_TRUE(solver.trail.noteBuffer(buffer.share()));
   cs_acceptContext();
-  EXPECT_EQ(owners(buffer), 1);
+  EXPECT_EQ(sharesOf(buffer), 1);
   cs_saveContext();
   ASSERT_TRUE(solver.trail.noteBuffer(buffer.share()));
   cs_forgetSaveContext();
-  EXPECT_EQ(owners(buffer), 2) << "forgetting hands the buffer to the enclosing context";
+  EXPECT_EQ(sharesOf(buffer), 2) << "forgetting hands the buffer to the enclosing context";
   cs_end();
-  EXPECT_EQ(owners(buffer), 1);
+  EXPECT_EQ(sharesOf(buffer), 1);
 }
 
 TEST_F(TrailTest, ABufferThatCannotBeNotedLosesTheShareAllTheSame) {
