@@ -6,6 +6,7 @@
 namespace koru {
 
 BranchStamp BranchStamp::now() {
+  if (solver.trail.undoing()) return {kIntMax, 0};
   const int level = solver.contexts.count();
   return {level, level > 0 ? solver.contexts.at(level - 1).serial : 0};
 }

@@ -3,6 +3,8 @@
 //
 // A BranchStamp is a moment of the search. It stands as long as the context that was the newest then is open: nothing
 // that was done at that moment can have been undone. When it no longer stands, things may or may not have been undone.
+// One that is taken by a callback of a running undo never stands: its context stays open, but what is done is taken
+// back.
 //
 // A BranchSet holds the positions 0..n-1. One that is taken out is back when its stamp no longer stands. Stamps taken
 // one after the other fall in the opposite order, because contexts are a stack, so a stack of them is all it needs.

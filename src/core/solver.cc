@@ -24,6 +24,7 @@ void destroyVariables() {
 void destroyTrail() {
   solver.trail.discardTo(0);
   solver.trail.destroy();
+  solver.trail = Trail{};
 }
 
 }  // namespace

@@ -77,7 +77,9 @@ void Trail::undo(const TrailRecord &record) {
 
 // A callback may push records of its own over the one that is being undone, which is not read again after the call.
 void Trail::undoTo(int mark) {
+  ++undoing_;
   while (count() > mark) undo(*pop());
+  --undoing_;
 }
 
 void Trail::discardTo(int mark) {

@@ -48,6 +48,9 @@ class Trail : public BlockStack<TrailRecord> {
   void undoTo(int mark);
   void discardTo(int mark);
 
+  // Changes made now, by a callback of the undo, are about to be taken back with the rest.
+  bool undoing() const { return undoing_ > 0; }
+
  private:
   void undo(const TrailRecord &record);
   void dropBuffer(const TrailRecord &record);
@@ -64,6 +67,7 @@ class Trail : public BlockStack<TrailRecord> {
   }
 
   int buffers_ = 0;  // records of that kind: only these need a look when records are discarded
+  int undoing_ = 0;  // undoTo running, one inside the other
 };
 
 }  // namespace koru

@@ -223,4 +223,17 @@ TEST_F(AllNeqTest, SpansBeyondTheIntRangeAreCountedInFull) {
   EXPECT_EQ(cs_getMin(array[2]), INT_MIN + 1);
 }
 
+// A callback of the undo binds x while the restore is under way, which takes that back; x is then open again.
+TEST_F(AllNeqTest, AVariableBoundWhileAContextIsRestoredIsOpenAfterwards) {
+  for (CSint *&v : array) v = cs_createCSint(0, 4);
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  cs_saveContext();
+  ASSERT_TRUE(cs_NEQ(array[0], 3));
+  cs_backtrack(array[0], 2, [](CSint *x, int value) { EXPECT_TRUE(cs_EQ(x, value)); });
+  cs_restoreContext();
+  ASSERT_EQ(values(array[0]), range(0, 4));
+  ASSERT_TRUE(cs_EQ(array[1], 2));
+  EXPECT_EQ(values(array[0]), without(range(0, 4), 2));
+}
+
 }  // namespace

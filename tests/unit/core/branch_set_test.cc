@@ -70,6 +70,19 @@ TEST_F(BranchSetTest, AnotherContextOnTheSameLevelIsAnotherBranch) {
   EXPECT_EQ(positions(set), (std::vector<int>{0, 1, 2}));
 }
 
+TEST_F(BranchSetTest, APositionTakenOutByACallbackOfAnUndoIsBackAtOnce) {
+  static BranchSet *set = nullptr;
+  BranchSet owner(3);
+  set = &owner;
+  for (const int open : {0, 1}) {
+    while (solver.contexts.count() < open) cs_saveContext();
+    cs_saveContext();
+    cs_backtrack(nullptr, 1, [](CSint *, int position) { set->takeOut(position); });
+    cs_restoreContext();
+    EXPECT_EQ(positions(owner), (std::vector<int>{0, 1, 2})) << open << " contexts stay open";
+  }
+}
+
 TEST_F(BranchSetTest, TakingAPositionOutTwiceIsTakingItOutOnce) {
   BranchSet set(1);
   set.takeOut(0);
