@@ -38,4 +38,10 @@ bool allPresent(CSint *const *variables, int count) {
   return true;
 }
 
+Shared<CSint *> copyArguments(std::va_list arguments, int count) {
+  Shared<CSint *> copy(count);
+  for (int i = 0; copy && i < count; ++i) copy.get()[i] = va_arg(arguments, CSint *);
+  return copy && allPresent(copy.get(), count) ? copy : Shared<CSint *>{};
+}
+
 }  // namespace koru

@@ -11,6 +11,7 @@
 // may restore a context and detach the constraint; the last owner destroys it.
 #pragma once
 
+#include <cstdarg>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -139,5 +140,9 @@ void Held<Record>::attach(CSint *v, int index, std::uint8_t concerned) {
 
 // Posters refuse arrays with null variables.
 bool allPresent(CSint *const *variables, int count);
+
+// The next `count` arguments, each a variable, as an array that a choice point and constraints can share; empty when
+// memory is exhausted (reported) or one of them is null.
+Shared<CSint *> copyArguments(std::va_list arguments, int count);
 
 }  // namespace koru

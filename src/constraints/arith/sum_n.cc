@@ -6,8 +6,6 @@
 // Deliberate: the site name of cs_VAdd is "cs_Vadd".
 #include "constraints/arith/sum_n.h"
 
-#include <cstdarg>
-
 #include "constraints/arith/sum.h"
 
 namespace koru::sum_n {
@@ -123,13 +121,6 @@ CSint *post(Posting &posting, CSint **addends, int n, const Shared<CSint *> &own
   return posting ? record.s : nullptr;
 }
 
-// The arguments as an array that the choice point open now and the constraints share; empty when one is null.
-static Shared<CSint *> copyArguments(std::va_list arguments, int n) {
-  Shared<CSint *> copy(n);
-  for (int i = 0; copy && i < n; ++i) copy.get()[i] = va_arg(arguments, CSint *);
-  return copy && allPresent(copy.get(), n) ? copy : Shared<CSint *>{};
-}
-
 static CSint *postCopy(Posting &posting, const Shared<CSint *> &addends, int n) {
   posting.keepOnTrail(addends);
   return post(posting, addends.get(), n, addends);
@@ -144,7 +135,7 @@ CSint *cs_VAdd(int n, ...) {
   if (!posting) return nullptr;
   std::va_list arguments;
   va_start(arguments, n);
-  const Shared<CSint *> addends = sum_n::copyArguments(arguments, n);
+  const Shared<CSint *> addends = copyArguments(arguments, n);
   va_end(arguments);
   return sum_n::postCopy(posting, addends, n);
 }
@@ -156,7 +147,7 @@ CSint *cs_VSub(int n, ...) {
   std::va_list arguments;
   va_start(arguments, n);
   CSint *x = va_arg(arguments, CSint *);
-  const Shared<CSint *> subtrahends = sum_n::copyArguments(arguments, n - 1);
+  const Shared<CSint *> subtrahends = copyArguments(arguments, n - 1);
   va_end(arguments);
   CSint *total = sum_n::postCopy(posting, subtrahends, n - 1);
   return x != nullptr && total != nullptr ? sum::postDifference(posting, x, total) : nullptr;
