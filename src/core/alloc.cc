@@ -21,12 +21,12 @@ void *allocate(std::size_t size) {
   return block;
 }
 
-void *allocateArray(std::size_t header, std::size_t count, std::size_t elementSize) {
+void *allocateArray(std::size_t header, std::uint64_t count, std::size_t elementSize) {
   if (count > (SIZE_MAX - header) / elementSize) {
     reportMemoryExhausted();
     return nullptr;
   }
-  return allocate(header + count * elementSize);
+  return allocate(header + static_cast<std::size_t>(count) * elementSize);
 }
 
 void deallocate(void *block) { std::free(block); }

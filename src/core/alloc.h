@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "core/build_mode.h"
@@ -14,7 +15,7 @@ namespace koru {
 
 // Null when memory is exhausted (reported) or the size does not fit. A size of 0 is a size of 1.
 void *allocate(std::size_t size);
-void *allocateArray(std::size_t header, std::size_t count, std::size_t elementSize);
+void *allocateArray(std::size_t header, std::uint64_t count, std::size_t elementSize);
 void deallocate(void *block);
 
 // Test builds ask this hook, when set, before every allocation; false makes the allocation fail.
@@ -27,7 +28,8 @@ template <class T>
 class Buffer {
  public:
   Buffer() = default;
-  explicit Buffer(int count) : data_(static_cast<T *>(allocateArray(0, static_cast<std::size_t>(count), sizeof(T)))) {}
+  explicit Buffer(int count) : Buffer(static_cast<std::uint64_t>(count)) {}
+  explicit Buffer(std::uint64_t count) : data_(static_cast<T *>(allocateArray(0, count, sizeof(T)))) {}
   Buffer(Buffer &&other) noexcept : data_(std::exchange(other.data_, nullptr)) {}
   Buffer &operator=(Buffer &&other) noexcept {
     std::swap(data_, other.data_);
@@ -57,9 +59,9 @@ template <class T>
 class Shared {
  public:
   Shared() = default;
-  explicit Shared(int count)
-      : block_(static_cast<SharedBlock *>(
-            allocateArray(sizeof(SharedBlock), count < 0 ? 0 : static_cast<std::size_t>(count), sizeof(T)))) {
+  explicit Shared(int count) : Shared(static_cast<std::uint64_t>(count < 0 ? 0 : count)) {}
+  explicit Shared(std::uint64_t count)
+      : block_(static_cast<SharedBlock *>(allocateArray(sizeof(SharedBlock), count, sizeof(T)))) {
     if (block_ != nullptr) block_->owners = 1;
   }
   Shared(const Shared &other) : block_(other.block_) {
