@@ -543,6 +543,25 @@ KORU_API int cs_AllNeq(CSint **vars, int count);
  * 14. Variable element
  * ================================================================================================================== */
 
+/**
+ * A new variable equal to vars[index]. Positions outside [0, n - 1] are taken from the index; the result starts as the
+ * union of the domains that can be selected. Domain-consistent: each position left shares a value with the result,
+ * each value of the result is held by a position that is left (except that values which a bound of a variable had cut
+ * off, and a restore has brought back, wait for an event on the index). Once the index is bound, the selected variable
+ * and the result are equal value by value. The array is kept for as long as the constraint lives, that is until the
+ * context it was posted in is restored or the solver ends.
+ * @return the result; null when n < 1, for a null variable, when no position lies within the array, or when memory is
+ * exhausted.
+ * Cost: memory of n ints, and one int per value between the smallest and the largest that can be selected.
+ */
+KORU_API CSint *cs_VarElement(CSint *index, CSint **vars, int n);
+
+/**
+ * As cs_VarElement on bounds only: the result starts as an interval, and a bound index aligns its bounds with those of
+ * the selected variable. Constant memory; holes are met when a variable is bound.
+ */
+KORU_API CSint *cs_VarElementRange(CSint *index, CSint **vars, int n);
+
 /* ==================================================================================================================
  * 15. Scheduling
  * ================================================================================================================== */

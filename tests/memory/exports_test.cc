@@ -108,6 +108,8 @@ const Operation kOperations[] = {
     {"cs_IfEq", [](Bench &b) { return cs_IfEq(b.x, b.y, 1, 2); }},
     {"cs_IfNeq", [](Bench &b) { return cs_IfNeq(b.x, b.y, 1, 2); }},
     {"cs_AllNeq", [](Bench &b) { return cs_AllNeq(b.array, 3) == 1; }},
+    {"cs_VarElement", [](Bench &b) { return cs_VarElement(b.x, b.array, 3) != nullptr; }},
+    {"cs_VarElementRange", [](Bench &b) { return cs_VarElementRange(b.x, b.array, 3) != nullptr; }},
     {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
     {"cs_fprintf", print},
 };

@@ -48,7 +48,7 @@ TEST_P(AllocationTest, ATrailThatCannotGrowIsReportedOnceAndLeavesTheSolverUsabl
 }
 
 // cs_Neq and the like allocate a site, a constraint and an entry per variable; the n-ary sums also an array and a
-// second constraint, cs_VSub a third.
+// second constraint, cs_VSub a third; the variable elements a table and three constraints.
 INSTANTIATE_TEST_SUITE_P(
     , AllocationTest,
     ::testing::Values(Poster{"cs_Eq", [](Operands &o) { return cs_Eq(o.x[0], o.x[1]); }, 4},
@@ -61,7 +61,10 @@ INSTANTIATE_TEST_SUITE_P(
                       Poster{"cs_Sub", [](Operands &o) { return cs_Sub(o.x[0], o.x[1]) != nullptr; }, 5},
                       Poster{"cs_VAdd", [](Operands &o) { return cs_VAdd(3, o.x[0], o.x[1], o.x[2]) != nullptr; }, 8},
                       Poster{"cs_VSub", [](Operands &o) { return cs_VSub(3, o.x[0], o.x[1], o.x[2]) != nullptr; }, 11},
-                      Poster{"cs_AllNeq", [](Operands &o) { return cs_AllNeq(o.x, 3) == 1; }, 7}),
+                      Poster{"cs_AllNeq", [](Operands &o) { return cs_AllNeq(o.x, 3) == 1; }, 7},
+                      Poster{"cs_VarElement", [](Operands &o) { return cs_VarElement(o.x[0], o.x, 3) != nullptr; }, 10},
+                      Poster{"cs_VarElementRange",
+                             [](Operands &o) { return cs_VarElementRange(o.x[0], o.x, 3) != nullptr; }, 10}),
     [](const auto &row) { return std::string(row.param.name); });
 
 class HoleAllocationTest : public AllocationTest {};
