@@ -101,12 +101,6 @@ extern "C" {
 /** A constrained integer variable: a finite set of ints that only shrinks, except when a choice point is restored. */
 typedef struct CSint CSint;
 
-/** Hooks of a search (opaque). */
-typedef struct CSsearchNotify CSsearchNotify;
-
-/** An order of branching decisions for one variable (opaque). */
-typedef struct CSvalueSelector CSvalueSelector;
-
 /** The error code; see cs_getErr. */
 enum {
   CS_ERR_NONE = 0,              /**< no error */
@@ -123,6 +117,9 @@ typedef void (*CSbacktrackCallback)(CSint *vint, int index);
 
 /** Picks the variable to label next; null when none is left. Called once per search level. */
 typedef CSint *(*CSfindFreeVar)(CSint **array, int size);
+
+/** As CSfindFreeVar, but returns the index in the array; negative when no variable is left. */
+typedef int (*CSfindFreeVarIndex)(CSint **array, int size);
 
 /** Called at each solution of cs_findAll, while the variables are instantiated to it. */
 typedef void (*CSfoundCallback)(CSint **array, int size);
@@ -273,12 +270,6 @@ KORU_API int *cs_getDomain(CSint *vint);
 
 /** Free an array from cs_getDomain. Null is ignored. */
 KORU_API void cs_freeDomain(int *array);
-
-/** Free a record of search hooks. Null is ignored. */
-KORU_API void cs_freeSearchNotify(CSsearchNotify *notify);
-
-/** Free a value selector that the caller created. Null is ignored. */
-KORU_API void cs_freeValueSelector(CSvalueSelector *selector);
 
 /* ==================================================================================================================
  * 4. Choice points
@@ -650,11 +641,160 @@ KORU_API bool cs_minimize(CSint **array, int size, CSfindFreeVar f, CSint *cost,
 
 /* ==================================================================================================================
  * 18. Value selectors
+ *
+ * A value selector says which decisions the search takes on a variable, and in what order. A decision compares the
+ * variable with a value: an equality, half of the domain, a value's exclusion, ... Each variable of the searched array
+ * has a selector of its own.
  * ================================================================================================================== */
+
+/** The comparison of a decision. */
+enum {
+  CS_METHOD_EQ = 0,  /**< cs_EQ(v, value) */
+  CS_METHOD_NEQ = 1, /**< cs_NEQ(v, value) */
+  CS_METHOD_LE = 2,  /**< cs_LE(v, value) */
+  CS_METHOD_LT = 3,  /**< cs_LT(v, value) */
+  CS_METHOD_GE = 4,  /**< cs_GE(v, value) */
+  CS_METHOD_GT = 5   /**< cs_GT(v, value) */
+};
+
+/** A branching decision on a variable. */
+typedef struct CSvalueSelection {
+  int method; /**< one of CS_METHOD_... */
+  int value;
+} CSvalueSelection;
+
+/**
+ * The functions of a value selector. @p index is the position of the variable in @p array, @p state points to one word
+ * of the size of a pointer that belongs to the level of the search tree, zero at first.
+ * Init is called once when the search reaches the variable, and false abandons the level; next stores the next
+ * decision in @p r, or returns false when there is none; end is called when the level is left, and false makes it fail.
+ */
+typedef bool (*CSvalueSelectorInit)(int index, CSint **array, int size, void *state);
+typedef bool (*CSvalueSelectorNext)(CSvalueSelection *r, int index, CSint **array, int size, void *state);
+typedef bool (*CSvalueSelectorEnd)(int index, CSint **array, int size, void *state);
+
+/** A value selector. */
+typedef struct CSvalueSelector {
+  CSvalueSelectorInit init; /**< may be null */
+  CSvalueSelectorNext next;
+  CSvalueSelectorEnd end; /**< may be null */
+} CSvalueSelector;
+
+/**
+ * The built-in selectors, with the decisions that each produces. The bounds and elements are those of the variable at
+ * the call.
+ */
+enum {
+  CS_SELECT_ASCENDING = 0,  /**< = each value, from the minimum up */
+  CS_SELECT_DESCENDING = 1, /**< = each value, from the maximum down */
+  CS_SELECT_LOWER_HALF = 2, /**< <= the middle of the bounds (rounded down), then > it */
+  CS_SELECT_UPPER_HALF = 3, /**< >= the middle of the bounds (above the minimum), then < it */
+  CS_SELECT_MEDIAN = 4      /**< = the middle element (the lower one of two), then != it */
+};
+
+/** Make a selector of three functions, to be freed with cs_freeValueSelector. Null with CS_ERR_MEMORY reported. */
+KORU_API CSvalueSelector *cs_createValueSelector(CSvalueSelectorInit init, CSvalueSelectorNext next,
+                                                 CSvalueSelectorEnd end);
+
+/** The built-in selector of a kind CS_SELECT_..., which belongs to the library. Null for any other kind. */
+KORU_API CSvalueSelector *cs_getValueSelector(int kind);
+
+/** Call the selector's init. @return its result; true without one; false for a null selector. */
+KORU_API bool cs_initValueSelector(CSvalueSelector *vs, int index, CSint **array, int size, void *state);
+
+/** Call the selector's next. @return its result; false for a null selector. */
+KORU_API bool cs_selectNextValue(CSvalueSelection *r, CSvalueSelector *vs, int index, CSint **array, int size,
+                                 void *state);
+
+/** Call the selector's end. @return its result; true without one; false for a null selector. */
+KORU_API bool cs_endValueSelector(CSvalueSelector *vs, int index, CSint **array, int size, void *state);
+
+/** Post a decision. @return as the comparison. A method outside CS_METHOD_... aborts the process. */
+KORU_API bool cs_selectValue(CSint *v, const CSvalueSelection *r);
+
+/** Free a selector that cs_createValueSelector made. Null and the built-in ones are left alone. */
+KORU_API void cs_freeValueSelector(CSvalueSelector *vs);
+
+/** The hooks of a search; see section 19. */
+typedef struct CSsearchNotify CSsearchNotify;
+
+/**
+ * Search depth first for a solution, with the decisions of the selectors; @p selectors[i] serves @p array[i], and a
+ * null one abandons the level. A selector is asked for the next decision before the present one is tried. Each level
+ * keeps one context open, as in section 16; so a true result leaves the solution with a context per level, and one
+ * that comes from cs_cancelSearch, the fail limit, or an init or end that refused leaves the contexts of that branch.
+ * @param nbFailsMax gives up at so many fails; 0 or negative means no limit
+ * @param notify the hooks, or null
+ * @return true if a solution was reached, accepted by the found hook, and no end refused it
+ */
+KORU_API bool cs_searchValueSelectorFail(CSint **array, CSvalueSelector **selectors, int size, CSfindFreeVarIndex f,
+                                         int nbFailsMax, const CSsearchNotify *notify);
 
 /* ==================================================================================================================
  * 19. Search notification
+ *
+ * Hooks through which the selector-driven searches tell of their progress. @p depth is 0 at the first variable chosen,
+ * @p index the position of the level's variable in the array, @p r the decision, @p extra the pointer given to
+ * cs_createSearchNotify. A hook that is null is not called.
  * ================================================================================================================== */
+
+/** Before the first variable is chosen, once per run. */
+typedef void (*CSsearchStartHook)(int nbFailsMax, CSint **array, int size, void *extra);
+
+/** After a run, with its result and number of fails. */
+typedef void (*CSsearchEndHook)(bool result, int nbFails, int nbFailsMax, CSint **array, int size, void *extra);
+
+/** Before a decision is posted; its context is open and counted. */
+typedef void (*CSbeforeValueSelectionHook)(int depth, int index, const CSvalueSelection *r, CSint **array, int size,
+                                           void *extra);
+
+/** After a decision was posted: @p result is true when propagation accepted it. */
+typedef void (*CSafterValueSelectionHook)(bool result, int depth, int index, const CSvalueSelection *r, CSint **array,
+                                          int size, void *extra);
+
+/**
+ * Enter: the variable of a level was chosen. Leave: the level's decisions are exhausted; not called when it succeeds,
+ * nor when the run stops at its fail limit, by a cancel, or by an init or end that refuses.
+ */
+typedef void (*CSlevelHook)(int depth, int index, CSint **array, int size, void *extra);
+
+/**
+ * No variable is left to choose; @p depth is that of the last level (-1 without one). False rejects the solution: it
+ * counts as a fail and the search goes on.
+ */
+typedef bool (*CSfoundHook)(int depth, CSint **array, int size, void *extra);
+
+/** The hooks of a search. */
+struct CSsearchNotify {
+  CSsearchStartHook searchStart;
+  CSsearchEndHook searchEnd;
+  CSbeforeValueSelectionHook beforeValueSelection;
+  CSafterValueSelectionHook afterValueSelection;
+  CSlevelHook enter;
+  CSlevelHook leave;
+  CSfoundHook found;
+  void *extra;
+};
+
+/**
+ * Make a record without hooks. @p extra is handed to every hook and never read by the library.
+ * @return the record, to be freed with cs_freeSearchNotify; null with CS_ERR_MEMORY reported.
+ */
+KORU_API CSsearchNotify *cs_createSearchNotify(void *extra);
+
+/* The setters store a hook and return @p notify, so that calls can be chained. A null notify is returned as it is. */
+
+KORU_API CSsearchNotify *cs_searchNotifySetSearchStart(CSsearchNotify *notify, CSsearchStartHook hook);
+KORU_API CSsearchNotify *cs_searchNotifySetSearchEnd(CSsearchNotify *notify, CSsearchEndHook hook);
+KORU_API CSsearchNotify *cs_searchNotifySetBeforeValueSelection(CSsearchNotify *notify,
+                                                                CSbeforeValueSelectionHook hook);
+KORU_API CSsearchNotify *cs_searchNotifySetAfterValueSelection(CSsearchNotify *notify, CSafterValueSelectionHook hook);
+KORU_API CSsearchNotify *cs_searchNotifySetEnter(CSsearchNotify *notify, CSlevelHook hook);
+KORU_API CSsearchNotify *cs_searchNotifySetLeave(CSsearchNotify *notify, CSlevelHook hook);
+KORU_API CSsearchNotify *cs_searchNotifySetFound(CSsearchNotify *notify, CSfoundHook hook);
+
+/** Free a record from cs_createSearchNotify. Null is ignored. */
+KORU_API void cs_freeSearchNotify(CSsearchNotify *notify);
 
 /* ==================================================================================================================
  * 20. No-goods and restarts

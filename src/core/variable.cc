@@ -148,5 +148,3 @@ int *cs_getDomain(CSint *vint) {
 }
 
 void cs_freeDomain(int *array) { deallocate(array); }
-void cs_freeSearchNotify(CSsearchNotify *notify) { deallocate(notify); }
-void cs_freeValueSelector(CSvalueSelector *selector) { deallocate(selector); }

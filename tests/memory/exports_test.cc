@@ -65,6 +65,18 @@ bool print(Bench &b) {
   return complete;
 }
 
+bool createValueSelector(Bench &) {
+  CSvalueSelector *selector = cs_createValueSelector(nullptr, nullptr, nullptr);
+  cs_freeValueSelector(selector);
+  return selector != nullptr;
+}
+
+bool createSearchNotify(Bench &) {
+  CSsearchNotify *notify = cs_createSearchNotify(nullptr);
+  cs_freeSearchNotify(notify);
+  return notify != nullptr;
+}
+
 const Operation kOperations[] = {
     {"cs_createNamedCSint", [](Bench &) { return named(cs_createNamedCSint(0, 9, "a name")); }},
     {"cs_createCSintArray", [](Bench &) { return cs_createCSintArray(5, 0, 9) != nullptr; }},
@@ -111,6 +123,8 @@ const Operation kOperations[] = {
     {"cs_VarElement", [](Bench &b) { return cs_VarElement(b.x, b.array, 3) != nullptr; }},
     {"cs_VarElementRange", [](Bench &b) { return cs_VarElementRange(b.x, b.array, 3) != nullptr; }},
     {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
+    {"cs_createValueSelector", createValueSelector},
+    {"cs_createSearchNotify", createSearchNotify},
     {"cs_fprintf", print},
 };
 
@@ -161,9 +175,25 @@ INSTANTIATE_TEST_SUITE_P(Memory, EveryExport, ::testing::Values(Failing::kOnce, 
 // Functions whose only allocations are new blocks of a stack, or those made by the calls of others; cs_init has a test
 // of its own.
 const char *const kOnlyBlocks[] = {
-    "CSINT",     "cs_createCSint", "cs_EQ",      "cs_LE",           "cs_LT",          "cs_GE",
-    "cs_GT",     "cs_backtrack",   "cs_init",    "cs_backtrackExt", "cs_saveContext", "cs_restoreAndSaveContext",
-    "cs_search", "cs_searchFail",  "cs_findAll", "cs_printf",       "cs_minimize",
+    "CSINT",
+    "cs_createCSint",
+    "cs_EQ",
+    "cs_LE",
+    "cs_LT",
+    "cs_GE",
+    "cs_GT",
+    "cs_backtrack",
+    "cs_init",
+    "cs_backtrackExt",
+    "cs_saveContext",
+    "cs_restoreAndSaveContext",
+    "cs_search",
+    "cs_searchFail",
+    "cs_findAll",
+    "cs_printf",
+    "cs_minimize",
+    "cs_selectValue",
+    "cs_searchValueSelectorFail",
 };
 
 const char *const kNeverAllocating[] = {
@@ -172,6 +202,7 @@ const char *const kNeverAllocating[] = {
     "cs_acceptContextUntil",
     "cs_cancelSearch",
     "cs_end",
+    "cs_endValueSelector",
     "cs_findFreeVar",
     "cs_findFreeVarNbConstraints",
     "cs_findFreeVarNbElements",
@@ -193,8 +224,10 @@ const char *const kNeverAllocating[] = {
     "cs_getNextValue",
     "cs_getPreviousValue",
     "cs_getValue",
+    "cs_getValueSelector",
     "cs_getVersion",
     "cs_initErr",
+    "cs_initValueSelector",
     "cs_isFree",
     "cs_isIn",
     "cs_isInstantiated",
@@ -202,6 +235,14 @@ const char *const kNeverAllocating[] = {
     "cs_restoreAll",
     "cs_restoreContext",
     "cs_restoreContextUntil",
+    "cs_searchNotifySetAfterValueSelection",
+    "cs_searchNotifySetBeforeValueSelection",
+    "cs_searchNotifySetEnter",
+    "cs_searchNotifySetFound",
+    "cs_searchNotifySetLeave",
+    "cs_searchNotifySetSearchEnd",
+    "cs_searchNotifySetSearchStart",
+    "cs_selectNextValue",
     "cs_setErr",
     "cs_setErrHandler",
 };

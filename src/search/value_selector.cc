@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+// Value selectors: the record, the six decisions that it can ask for, and the five built-in ones.
+//
+// A built-in selector keeps a cursor in the word that the engine gives each level: the next value to look at (kinds 0
+// and 1), else the number of decisions produced.  Cost per decision: a step to the next present value; for kind 4,
+// which counts up to the median, one for each value below it where the domain has holes. Deliberate: all figures are
+// those of the domain as it is at each call.  A variable whose count has wrapped has no second element, so kind 4 tries
+// its minimum and nothing else.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+#include "core/alloc.h"
+#include "core/variable.h"
+
+namespace koru {
+
+namespace {
+
+// As wide as a pointer, so that it may stand one step past either end of the int range.
+using Cursor = std::intptr_t;
+
+template <auto start>
+bool init(int index, CSint **array, int, void *state) {
+  if (array == nullptr || index < 0 || state == nullptr) return false;
+  *static_cast<Cursor *>(state) = start(array[index]);
+  return true;
+}
+
+int atFirst(CSint *) { return 0; }
+
+using Produce = bool (*)(CSvalueSelection &, const CSint &, Cursor &);
+
+template <Produce produce>
+bool next(CSvalueSelection *r, int index, CSint **array, int, void *state) {
+  if (r == nullptr || array == nullptr || index < 0 || array[index] == nullptr || state == nullptr) return false;
+  return produce(*r, *array[index], *static_cast<Cursor *>(state));
+}
+
+bool produceValue(CSvalueSelection &r, const CSint &v, int value) {
+  r = {CS_METHOD_EQ, value};
+  return contains(&v, value);
+}
+
+bool ascending(CSvalueSelection &r, const CSint &v, Cursor &cursor) {
+  if (cursor > v.max) return false;
+  int value = cursor < v.min ? v.min : static_cast<int>(cursor);
+  if (!contains(&v, value)) value = valueAfter(&v, value);
+  cursor = Cursor{value} + 1;
+  return produceValue(r, v, value);
+}
+
+bool descending(CSvalueSelection &r, const CSint &v, Cursor &cursor) {
+  if (cursor < v.min) return false;
+  int value = cursor > v.max ? v.max : static_cast<int>(cursor);
+  if (!contains(&v, value)) value = valueBefore(&v, value);
+  cursor = Cursor{value} - 1;
+  return produceValue(r, v, value);
+}
+
+// A decision and the rest, which may be nothing.
+struct Split {
+  CSvalueSelection first;
+  CSvalueSelection second;
+  bool hasSecond;
+};
+
+template <Split (*splitOf)(const CSint &)>
+bool firstThenSecond(CSvalueSelection &r, const CSint &v, Cursor &cursor) {
+  if (cursor < 0 || cursor > 1) return false;
+  const Split split = splitOf(v);
+  if (cursor == 1 && !split.hasSecond) return false;
+  r = cursor == 0 ? split.first : split.second;
+  ++cursor;
+  return true;
+}
+
+int middle(const CSint &v) { return static_cast<int>(v.min + (std::int64_t{v.max} - v.min) / 2); }
+
+Split lowerHalfFirst(const CSint &v) {
+  const int mid = middle(v);
+  return {{CS_METHOD_LE, mid}, {CS_METHOD_GT, mid}, mid < v.max};
+}
+
+Split upperHalfFirst(const CSint &v) {
+  int mid = middle(v);
+  if (v.count >= 2 && mid == v.min) mid = wrapAdd(mid, 1);
+  return {{CS_METHOD_GE, mid}, {CS_METHOD_LT, mid}, mid > v.min};
+}
+
+// The k-th present value from the minimum on, k = (count + 1) / 2; the maximum should the count be too high for that.
+int median(const CSint &v) {
+  const int steps = v.count > 1 ? (v.count - 1) / 2 : 0;
+  if (v.bits == nullptr) return static_cast<int>(std::min(std::int64_t{v.min} + steps, std::int64_t{v.max}));
+  int value = v.min;
+  for (int i = 0; i < steps && value < v.max; ++i) value = valueAfter(&v, value);
+  return value;
+}
+
+Split medianFirst(const CSint &v) {
+  const int m = median(v);
+  return {{CS_METHOD_EQ, m}, {CS_METHOD_NEQ, m}, v.count >= 2};
+}
+
+CSvalueSelector builtIn[] = {
+    {init<cs_getMin>, next<ascending>, nullptr},
+    {init<cs_getMax>, next<descending>, nullptr},
+    {init<atFirst>, next<firstThenSecond<lowerHalfFirst>>, nullptr},
+    {init<atFirst>, next<firstThenSecond<upperHalfFirst>>, nullptr},
+    {init<atFirst>, next<firstThenSecond<medianFirst>>, nullptr},
+};
+
+bool isBuiltIn(const CSvalueSelector *vs) {
+  for (const CSvalueSelector &each : builtIn)
+    if (vs == &each) return true;
+  return false;
+}
+
+}  // namespace
+}  // namespace koru
+
+using namespace koru;
+
+CSvalueSelector *cs_createValueSelector(CSvalueSelectorInit init, CSvalueSelectorNext next, CSvalueSelectorEnd end) {
+  auto *vs = static_cast<CSvalueSelector *>(allocate(sizeof(CSvalueSelector)));
+  if (vs != nullptr) *vs = {init, next, end};
+  return vs;
+}
+
+CSvalueSelector *cs_getValueSelector(int kind) {
+  return kind >= CS_SELECT_ASCENDING && kind <= CS_SELECT_MEDIAN ? &builtIn[kind] : nullptr;
+}
+
+bool cs_initValueSelector(CSvalueSelector *vs, int index, CSint **array, int size, void *state) {
+  return vs != nullptr && (vs->init == nullptr || vs->init(index, array, size, state));
+}
+
+bool cs_selectNextValue(CSvalueSelection *r, CSvalueSelector *vs, int index, CSint **array, int size, void *state) {
+  return vs != nullptr && vs->next != nullptr && vs->next(r, index, array, size, state);
+}
+
+bool cs_endValueSelector(CSvalueSelector *vs, int index, CSint **array, int size, void *state) {
+  return vs != nullptr && (vs->end == nullptr || vs->end(index, array, size, state));
+}
+
+bool cs_selectValue(CSint *v, const CSvalueSelection *r) {
+  if (r == nullptr) return false;
+  switch (r->method) {
+    case CS_METHOD_EQ:
+      return cs_EQ(v, r->value);
+    case CS_METHOD_NEQ:
+      return cs_NEQ(v, r->value);
+    case CS_METHOD_LE:
+      return cs_LE(v, r->value);
+    case CS_METHOD_LT:
+      return cs_LT(v, r->value);
+    case CS_METHOD_GE:
+      return cs_GE(v, r->value);
+    case CS_METHOD_GT:
+      return cs_GT(v, r->value);
+    default:
+      std::abort();
+  }
+}
+
+void cs_freeValueSelector(CSvalueSelector *vs) {
+  if (!isBuiltIn(vs)) deallocate(vs);
+}
