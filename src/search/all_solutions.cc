@@ -23,7 +23,7 @@ struct AllSolutions {
     CSint *v = select(array, size);
     if (v == nullptr) return reportSolution();
     Values values(v);
-    cs_saveContext();
+    if (!openContext()) return;
     for (; values.more(); values.advance()) {
       ++searchState.choicePoints;
       if (searchState.cancelled) return;

@@ -51,6 +51,9 @@ inline bool tryValue(CSint *v, int value) {
   return false;
 }
 
+// A limit below 1 is none.
+inline bool failLimitReached(int limit) { return limit > 0 && searchState.fails >= limit; }
+
 inline void restoreAndSave() {
   cs_restoreContext();
   cs_saveContext();

@@ -20,20 +20,18 @@ struct DepthFirst {
   CSint **array;
   int size;
   CSfindFreeVar select;
-  int failLimit;  // none when < 1
-
-  bool limitReached() const { return failLimit > 0 && searchState.fails >= failLimit; }
+  int failLimit;
 
   bool label() const {
     CSint *v = select(array, size);
     if (v == nullptr) return true;
     Values values(v);
-    cs_saveContext();
+    if (!openContext()) return false;
     for (; values.more(); values.advance()) {
       ++searchState.choicePoints;
       if (searchState.cancelled) return false;
       if (tryValue(v, values.current()) && label()) return true;
-      if (limitReached()) return false;
+      if (failLimitReached(failLimit)) return false;
       restoreAndSave();
     }
     cs_acceptContext();

@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+#include "core/alloc.h"
 #include "core/solver.h"
 #include "support/brute_refuser.h"
 #include "support/solver_test.h"
@@ -47,6 +48,40 @@ class SearchTest : public SolverTest {
     EXPECT_EQ(cs_getNbFails(), fails);
   }
   static int openContexts() { return solver.contexts.count(); }
+
+  // Opens contexts until there is room for so many more before memory is needed.
+  static void leaveRoomForContexts(int room) {
+    while (openContexts() < BlockStack<ContextMark>::kCapacity - room) cs_saveContext();
+  }
+
+  // The search cannot open its first context: it reports that once, finds nothing, counts nothing and leaves the
+  // caller's contexts open; with memory it succeeds.
+  template <class Search>
+  void expectFailureWithoutAContext(const Search &search) {
+    leaveRoomForContexts(0);
+    const int contexts = openContexts();
+    allocationHook = [](std::size_t) { return false; };
+    EXPECT_FALSE(search());
+    allocationHook = nullptr;
+    EXPECT_EQ(memoryReports, 1);
+    EXPECT_EQ(cs_getErr(), CS_ERR_MEMORY);
+    EXPECT_EQ(openContexts(), contexts);
+    expectCounters(0, 0);
+    EXPECT_TRUE(search());
+  }
+
+  // The context of y's level below x = 0 cannot be opened, once: that branch fails, the one of x = 1 does not.
+  template <class Search>
+  void expectTheBranchWithoutAContextToFail(const Search &search) {
+    leaveRoomForContexts(1);
+    allocationHook = [](std::size_t) {
+      allocationHook = nullptr;
+      return false;
+    };
+    EXPECT_TRUE(search());
+    EXPECT_EQ(allocationHook, nullptr);
+    EXPECT_EQ(memoryReports, 1);
+  }
 
   static inline int selections = 0;
   static inline std::function<void(int)> onSelection;

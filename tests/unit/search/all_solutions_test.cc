@@ -94,6 +94,18 @@ TEST_F(AllSolutionsTest, CancellingInFoundKeepsTheResultAndLeavesContextsOpen) {
   EXPECT_EQ(values(xy[1]), (std::vector{0, 1}));
 }
 
+TEST_F(AllSolutionsTest, AContextThatCannotBeOpenedFindsNothingAndClosesNoneOfTheCallers) {
+  makeXy(2, 2);
+  expectFailureWithoutAContext([this] { return cs_findAll(xy, 2, select, found); });
+}
+
+TEST_F(AllSolutionsTest, ALevelWithoutAContextIsLeftOut) {
+  makeXy(2, 2);
+  expectTheBranchWithoutAContextToFail([this] { return cs_findAll(xy, 2, select, found); });
+  EXPECT_EQ(solutions, (std::vector<std::vector<int>>{{1, 0}, {1, 1}}));
+  EXPECT_EQ(openContexts(), 1023);
+}
+
 TEST_F(AllSolutionsTest, CancellingInTheFirstSelectionFindsNothing) {
   makeXy(2, 2);
   onSelection = [](int) { cs_cancelSearch(); };

@@ -274,6 +274,20 @@ TEST_F(DepthFirstTest, VsearchReportsAnArrayThatCannotBeHadOnce) {
   EXPECT_TRUE(cs_Vsearch(2, xy[0], xy[1], select));
 }
 
+TEST_F(DepthFirstTest, AContextThatCannotBeOpenedFindsNothingAndClosesNoneOfTheCallers) {
+  makeXy(2, 2);
+  expectFailureWithoutAContext([this] { return cs_search(xy, 2, select); });
+}
+
+TEST_F(DepthFirstTest, ALevelWithoutAContextFails) {
+  makeXy(2, 2);
+  expectTheBranchWithoutAContextToFail([this] { return cs_search(xy, 2, select); });
+  EXPECT_EQ(values(xy[0]), std::vector{1});
+  EXPECT_EQ(values(xy[1]), std::vector{0});
+  expectCounters(3, 0);
+  EXPECT_EQ(openContexts(), 1023 + 2);
+}
+
 TEST_F(DepthFirstTest, TheEnginesAllocateNothing) {
   makeXy(2, 3);
   refuseY(never);

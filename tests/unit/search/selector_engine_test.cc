@@ -2,7 +2,6 @@
 // The selector-driven engine on trees small enough to write down: every call it makes, in order, and what it leaves.
 #include "search/selector_engine.h"
 
-#include "support/brute_probe.h"
 #include "support/brute_search.h"
 #include "support/search_trace.h"
 
@@ -310,18 +309,18 @@ TEST_F(SelectorEngineTest, ASearchInAHookLeavesTheFailLimitOfTheRunAlone) {
   expectCounters(1 + 2, 1);
 }
 
-TEST_F(SelectorEngineTest, AContextThatCannotBeOpenedEndsTheLevelAndClosesNoneOfTheCallers) {
+TEST_F(SelectorEngineTest, AContextThatCannotBeOpenedFindsNothingAndClosesNoneOfTheCallers) {
   makeXy(2, 2);
-  while (openContexts() < 1024) cs_saveContext();
-  {
-    const FailingAllocation failing(0);
-    EXPECT_FALSE(search(2, CS_SELECT_ASCENDING));
-    EXPECT_TRUE(FailingAllocation::failed());
-  }
-  EXPECT_EQ(memoryReports, 1);
-  EXPECT_EQ(openContexts(), 1024);
-  expectCounters(0, 0);
-  EXPECT_TRUE(search(2, CS_SELECT_ASCENDING));
+  expectFailureWithoutAContext([this] { return search(2, CS_SELECT_ASCENDING); });
+}
+
+TEST_F(SelectorEngineTest, ALevelWithoutAContextFails) {
+  makeXy(2, 2);
+  expectTheBranchWithoutAContextToFail([this] { return search(2, CS_SELECT_ASCENDING); });
+  EXPECT_EQ(values(xy[0]), std::vector{1});
+  EXPECT_EQ(values(xy[1]), std::vector{0});
+  expectCounters(3, 0);
+  EXPECT_EQ(openContexts(), 1023 + 2);
 }
 
 // ----- the path that is recorded when the fail limit is reached
