@@ -121,6 +121,18 @@ typedef CSint *(*CSfindFreeVar)(CSint **array, int size);
 /** As CSfindFreeVar, but returns the index in the array; negative when no variable is left. */
 typedef int (*CSfindFreeVarIndex)(CSint **array, int size);
 
+/** Picks the row to label next; negative when none is left. @p extra is the argument of the search. */
+typedef int (*CSfindFreeRow)(CSint ***matrix, int nbRows, int extra);
+
+/** Picks a column of the row; negative when it has no free variable. @p rowArray is `matrix[row]`. */
+typedef int (*CSfindFreeVarInRow)(int row, CSint **rowArray, int extra);
+
+/** Rates a value of array[index]: lower is better. INT_MAX keeps the value from being tried at all. */
+typedef int (*CScriteria)(int index, int value);
+
+/** Rates a value of matrix[row][col]; as CScriteria. */
+typedef int (*CSmatrixCriteria)(int row, int col, int value);
+
 /** Called at each solution of cs_findAll, while the variables are instantiated to it. */
 typedef void (*CSfoundCallback)(CSint **array, int size);
 
@@ -638,6 +650,32 @@ KORU_API void cs_fprintStats(FILE *f);
  * @return true if at least one solution was found; false also for a null f or cost.
  */
 KORU_API bool cs_minimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfoundCostCallback found);
+
+/**
+ * Find one solution, trying the values of a variable from the lowest score to the highest, the smallest value first
+ * among equals. Scores are asked for anew before each choice, for every value that is left, in increasing order. A
+ * level makes as many choices as the variable has values: where values are left over whose score is INT_MAX, these
+ * choices fail and count. Each level allocates a bit array for the range that its variable was created with; when that
+ * fails, CS_ERR_MEMORY is reported and the level fails.
+ * @return true if a solution was reached; false also for a null f or criteria.
+ */
+KORU_API bool cs_searchCriteria(CSint **array, int size, CSfindFreeVarIndex f, CScriteria criteria);
+
+/** As cs_searchCriteria, giving up when @p nbFailsMax fails have been counted; 0 or negative means no limit. */
+KORU_API bool cs_searchCriteriaFail(CSint **array, int size, CSfindFreeVarIndex f, CScriteria criteria, int nbFailsMax);
+
+/**
+ * As cs_searchCriteria over @p nbRows rows of variables: @p findFreeRow picks a row, @p findFreeVarInRow a column in
+ * it. A row without a free variable is left for the next one that findFreeRow picks. @p extra, commonly the number of
+ * columns, is handed to both and not used otherwise.
+ * @return true if no row was left to pick; false also for null callbacks.
+ */
+KORU_API bool cs_searchMatrix(CSint ***matrix, int nbRows, int extra, CSfindFreeRow findFreeRow,
+                              CSfindFreeVarInRow findFreeVarInRow, CSmatrixCriteria criteria);
+
+/** As cs_searchMatrix with a fail limit; 0 or negative means no limit. */
+KORU_API bool cs_searchMatrixFail(CSint ***matrix, int nbRows, int extra, CSfindFreeRow findFreeRow,
+                                  CSfindFreeVarInRow findFreeVarInRow, CSmatrixCriteria criteria, int nbFailsMax);
 
 /* ==================================================================================================================
  * 18. Value selectors

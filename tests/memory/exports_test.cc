@@ -77,6 +77,32 @@ bool createSearchNotify(Bench &) {
   return notify != nullptr;
 }
 
+// Searches over x alone: its level needs a bit array.
+int firstIfFree(CSint **array, int) { return cs_isFree(array[0]) ? 0 : -1; }
+
+bool searchCriteria(Bench &b) {
+  return cs_searchCriteria(b.array, 1, firstIfFree, [](int, int value) { return value; });
+}
+
+bool searchCriteriaFail(Bench &b) {
+  return cs_searchCriteriaFail(
+      b.array, 1, firstIfFree, [](int, int value) { return value; }, 9);
+}
+
+int rowIfFree(CSint ***rows, int, int) { return firstIfFree(rows[0], 1); }
+int columnIfFree(int, CSint **row, int) { return firstIfFree(row, 1); }
+
+bool searchMatrix(Bench &b) {
+  CSint **rows[] = {b.array};
+  return cs_searchMatrix(rows, 1, 1, rowIfFree, columnIfFree, [](int, int, int value) { return value; });
+}
+
+bool searchMatrixFail(Bench &b) {
+  CSint **rows[] = {b.array};
+  return cs_searchMatrixFail(
+      rows, 1, 1, rowIfFree, columnIfFree, [](int, int, int value) { return value; }, 9);
+}
+
 const Operation kOperations[] = {
     {"cs_createNamedCSint", [](Bench &) { return named(cs_createNamedCSint(0, 9, "a name")); }},
     {"cs_createCSintArray", [](Bench &) { return cs_createCSintArray(5, 0, 9) != nullptr; }},
@@ -123,6 +149,10 @@ const Operation kOperations[] = {
     {"cs_VarElement", [](Bench &b) { return cs_VarElement(b.x, b.array, 3) != nullptr; }},
     {"cs_VarElementRange", [](Bench &b) { return cs_VarElementRange(b.x, b.array, 3) != nullptr; }},
     {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
+    {"cs_searchCriteria", searchCriteria},
+    {"cs_searchCriteriaFail", searchCriteriaFail},
+    {"cs_searchMatrix", searchMatrix},
+    {"cs_searchMatrixFail", searchMatrixFail},
     {"cs_createValueSelector", createValueSelector},
     {"cs_createSearchNotify", createSearchNotify},
     {"cs_fprintf", print},

@@ -38,4 +38,19 @@ inline CSint *fromValues(const std::vector<int> &domain) {
   return cs_createCSintFromDomain(domain.data(), static_cast<int>(domain.size()));
 }
 
+// A variable whose only value is 0 while its count says 3: an inner context was accepted and an outer one restored. No
+// context may be open.
+inline CSint *withCountTooHigh() {
+  CSint *v = cs_createCSint(0, 2);
+  cs_saveContext();
+  EXPECT_TRUE(cs_NEQ(v, 1));
+  cs_saveContext();
+  EXPECT_TRUE(cs_EQ(v, 0));
+  cs_acceptContext();
+  cs_restoreContext();
+  EXPECT_EQ(cs_getNbElements(v), 3);
+  EXPECT_EQ(cs_getMax(v), 0);
+  return v;
+}
+
 }  // namespace koru::test

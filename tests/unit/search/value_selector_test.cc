@@ -106,15 +106,7 @@ TEST_F(ValueSelectorTest, TheFiguresAreThoseOfTheDomainAtEachCall) {
 
 // The count says 3 and one value is left: see cs_getDomain.
 TEST_F(ValueSelectorTest, ACountThatIsTooHighLeadsToNoValueAboveTheMaximum) {
-  CSint *v = cs_createCSint(0, 2);
-  cs_saveContext();
-  ASSERT_TRUE(cs_NEQ(v, 1));
-  cs_saveContext();
-  ASSERT_TRUE(cs_EQ(v, 0));
-  cs_acceptContext();
-  cs_restoreContext();
-  ASSERT_EQ(cs_getNbElements(v), 3);
-  ASSERT_EQ(cs_getMax(v), 0);
+  CSint *v = withCountTooHigh();
   EXPECT_EQ(decisions(CS_SELECT_MEDIAN, v), "EQ 0, NEQ 0");
   EXPECT_EQ(decisions(CS_SELECT_ASCENDING, v), "EQ 0");
   EXPECT_EQ(decisions(CS_SELECT_DESCENDING, v), "EQ 0");
