@@ -41,7 +41,9 @@
  *  18. Value selectors
  *  19. Search notification
  *  20. No-goods and restarts
- *  21. Formatted output
+ *  21. User-defined constraints
+ *  22. Profiler
+ *  23. Formatted output
  *
  * What holds everywhere:
  *
@@ -839,7 +841,146 @@ KORU_API void cs_freeSearchNotify(CSsearchNotify *notify);
  * ================================================================================================================== */
 
 /* ==================================================================================================================
- * 21. Formatted output
+ * 21. User-defined constraints
+ *
+ * A constraint of the host's own: a callback on an array of variables. It runs as part of propagation, like every
+ * constraint, newest attachment first, and narrows domains through the ordinary functions; those changes are propagated
+ * when it has returned. A callback that returns false makes the propagation fail.
+ *
+ * The array is kept, not copied; `extra` is handed to the callback. A registration is undone with the choice point in
+ * which it was made. A null callback, a null variable or a null array is refused.
+ *
+ * What a callback may do, of these and of all others that the library calls:
+ *
+ *   query, print, create variables       yes
+ *   narrow, post constraints             yes; propagated when the callback has returned, or at once inside a choice
+ *                                        point that the callback opens
+ *   save and restore choice points       yes, in balance
+ *   search                               yes; counters and the cancel flag are those of the newest search
+ *   cs_cancelSearch                      yes
+ *   close a choice point that it did     no: caller error
+ *   not open
+ *   cs_init, cs_end                      no: caller error
+ *   leave by longjmp or an exception     leaves the solver fit only for cs_end
+ * ================================================================================================================== */
+
+/** Called when no variable of the array is free any more. @return false to fail the propagation. */
+typedef bool (*CSeventAllKnownCallback)(CSint **array, int size, void *extra);
+
+/** Called when array[index] has become instantiated, to @p value. @return false to fail the propagation. */
+typedef bool (*CSeventKnownCallback)(int value, int index, CSint **array, int size, void *extra);
+
+/**
+ * Called when @p vint, which is array[index], has lost its minimum, its maximum or an inner value. @p old is the
+ * minimum or maximum as callbacks saw it last, or the value removed. @return false to fail the propagation.
+ */
+typedef bool (*CSeventBoundCallback)(CSint *vint, int index, int old, CSint **array, int size, void *extra);
+
+/** What was being done to a variable when propagation failed. */
+enum {
+  CS_CONFLICT_KNOWN = 0,   /**< it was being instantiated; value: its minimum as it is now */
+  CS_CONFLICT_REMOVED = 1, /**< a value was being removed; value: that value */
+  CS_CONFLICT_NEW_MAX = 2, /**< its maximum was being lowered; value: the new maximum */
+  CS_CONFLICT_NEW_MIN = 4  /**< its minimum was being raised; value: the new minimum */
+};
+
+typedef struct CSconflictInfo {
+  int kind;  /**< one of CS_CONFLICT_... */
+  int value; /**< see there */
+} CSconflictInfo;
+
+/** Called when the propagation of a change of @p vint, which is array[index], has failed. */
+typedef void (*CSeventConflictCallback)(CSint *vint, int index, CSconflictInfo *info, CSint **array, int size,
+                                        void *extra);
+
+/**
+ * Runs @p allKnown as soon as no variable of the array is free. When none is now, it runs at once and nothing is
+ * posted.
+ * @return its result then; otherwise true, or false when memory ran out.
+ * Cost: linear in size at posting and whenever the free variable that is watched becomes bound.
+ */
+KORU_API bool cs_eventAllKnown(CSint **array, int size, CSeventAllKnownCallback allKnown, void *extra);
+
+/**
+ * Runs @p known for each variable that becomes instantiated, and now, in array order, for those that are.
+ * @return false when one of these calls returns false or memory ran out; true when size < 1, with nothing posted.
+ */
+KORU_API bool cs_eventKnown(CSint **array, int size, CSeventKnownCallback known, void *extra);
+
+/** Runs @p newMin whenever the minimum of a variable is raised, also onto its maximum. Nothing when size < 1. */
+KORU_API void cs_eventNewMin(CSint **array, int size, CSeventBoundCallback newMin, void *extra);
+
+/** Runs @p newMax whenever the maximum of a variable is lowered, also onto its minimum. Nothing when size < 1. */
+KORU_API void cs_eventNewMax(CSint **array, int size, CSeventBoundCallback newMax, void *extra);
+
+/**
+ * Runs @p neq whenever a value strictly between the bounds of a variable is removed. Nothing when size < 1. Profiles
+ * list it under the name "cs_eventNewMax".
+ */
+KORU_API void cs_eventNeq(CSint **array, int size, CSeventBoundCallback neq, void *extra);
+
+/**
+ * Runs @p conflict when a propagation has failed and the array's variables were among those it had reached; domains are
+ * as the failure left them. The outcome stays a failure. Nothing when size < 1.
+ */
+KORU_API void cs_eventConflict(CSint **array, int size, CSeventConflictCallback conflict, void *extra);
+
+/* ==================================================================================================================
+ * 22. Profiler
+ *
+ * How much propagation each place of the host program has caused: while a profiler is enabled, it counts the runs of
+ * all constraints, and the failures among them, by site. A site is the function that posted, with a text for the place
+ * it was called from, which a locator supplies.
+ * ================================================================================================================== */
+
+/** Counts of constraint runs by site (opaque). Belongs to the solver. */
+typedef struct CSprofiler CSprofiler;
+
+/**
+ * Names the place that is posting: called once for each posting, with the argument that was installed. The text is
+ * copied; null stands for an empty one.
+ */
+typedef const char *(*CSprofilerLocator)(void *arg);
+
+/**
+ * A profiler, not enabled yet. @p kind must be 0.
+ * @return null for any other kind and when memory is exhausted. When there was memory for the profiler, but not for its
+ * counts, it counts nothing. CS_ERR_MEMORY is reported in both cases.
+ */
+KORU_API CSprofiler *cs_createProfiler(int kind);
+
+/** Count from now on. The first enabling sets the start time. Nothing for null or a profiler that is enabled. */
+KORU_API void cs_enableProfiler(CSprofiler *profiler);
+
+/** Stop counting and set the end time. Nothing for null or a profiler that is not enabled. */
+KORU_API void cs_disableProfiler(CSprofiler *profiler);
+
+/**
+ * Stop counting for good. Deliberately releases nothing: the profiler can still be read, its counts until cs_end, and
+ * its memory is not given back. To keep memory bounded, leave profilers to cs_end, which releases them.
+ */
+KORU_API void cs_deleteProfiler(CSprofiler *profiler);
+
+/**
+ * Write the report to @p f: lines of "name: value" (times in seconds, the end time of an enabled profiler being now), a
+ * line "__DATA__", and for each site a line of text, function name, runs and failures, separated by tabs, in no
+ * particular order. When memory for that is exhausted, CS_ERR_MEMORY is reported and the rows are replaced by a line
+ * "error".
+ */
+KORU_API void cs_profilerWrite(CSprofiler *profiler, FILE *f);
+
+/** cs_profilerWrite to a file, which is made or emptied first. Nothing when it cannot be opened. */
+KORU_API void cs_profilerWriteFile(CSprofiler *profiler, const char *path);
+
+/**
+ * Let @p locator name the places of postings from now on, until cs_end; @p format, of which a copy is kept, is what
+ * reports call the format of its texts. With a null locator places are unknown again, as they are at the start.
+ * When memory for the copy is exhausted, CS_ERR_MEMORY is reported and nothing changes.
+ */
+KORU_API void cs_setProfilerLocator(const char *format, CSprofilerLocator locator, void *arg);
+
+/* ==================================================================================================================
+ * 23. Formatted output
  * ================================================================================================================ */
 
 /** cs_fprintf to the standard output. */

@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "core/ports.h"
 
-#include "core/alloc.h"
-
 namespace koru {
 
 void Ports::add(Observer *observer) {
   observer->next = observers_;
   observers_ = observer;
+  refreshProfiling();
+}
+
+void Ports::remove(Observer *observer) {
+  Observer **link = &observers_;
+  while (*link != nullptr && *link != observer) link = &(*link)->next;
+  if (*link == observer) *link = observer->next;
   refreshProfiling();
 }
 
@@ -24,7 +29,8 @@ void Ports::notify(bool consistent, CSint *variable, int code, Site *site) const
 }
 
 const char *Ports::locatorText() const {
-  const char *text = locator.text != nullptr ? locator.text(locator.argument) : nullptr;
+  if (locator.text == nullptr) return nullptr;
+  const char *text = locator.text(locator.argument);
   return text != nullptr ? text : "";
 }
 
@@ -39,7 +45,6 @@ void Ports::releaseObservers() {
     Observer *observer = observers_;
     observers_ = observer->next;
     if (observer->release != nullptr) observer->release(observer->argument);
-    deallocate(observer);
   }
   profiling = false;
 }

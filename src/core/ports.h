@@ -13,14 +13,14 @@ struct Site;
 
 struct Observer {
   void (*notify)(void *argument, bool consistent, CSint *variable, int code, Site *site);
-  void (*release)(void *argument);  // called by cs_end
+  void (*release)(void *argument);  // called by cs_end for those not removed by then; may be null
   void *argument;
   bool enabled;
   Observer *next;
 };
 
 struct Locator {
-  const char *(*text)(void *argument) = nullptr;  // null text: none
+  const char *(*text)(void *argument) = nullptr;  // answers null for no text
   void (*reset)() = nullptr;                      // back to the built-in locator, called by cs_end
   void *argument = nullptr;
 };
@@ -30,10 +30,11 @@ class Ports {
   bool profiling = false;  // some observer is enabled
   Locator locator;
 
-  void add(Observer *observer);  // owned from now on; allocated by allocate()
-  void refreshProfiling();       // to be called when an observer's `enabled` has changed
+  void add(Observer *observer);  // newest first
+  void remove(Observer *observer);
+  void refreshProfiling();  // to be called when an observer's `enabled` has changed
   void notify(bool consistent, CSint *variable, int code, Site *site) const;
-  const char *locatorText() const;  // never null
+  const char *locatorText() const;  // null: the place is unknown, as nobody looks for it
 
   // For cs_end.
   void resetLocator();

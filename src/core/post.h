@@ -109,6 +109,7 @@ class Posting {
   ~Posting();
 
   explicit operator bool() const { return consistent_; }
+  Site *site() const { return site_; }  // null only when the posting has failed
 
   template <class Record>
   Held<Record> add(const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {

@@ -9,25 +9,24 @@
 
 namespace koru {
 
-constexpr std::size_t kTextOffset = offsetof(Site, references) + sizeof(Site::references);
+constexpr std::size_t kTextOffset = offsetof(Site, located) + sizeof(Site::located);
 
-static std::size_t sizeOfSite(std::size_t textLength) {
-  const std::size_t size = kTextOffset + textLength + 1;
+static std::size_t sizeOfSite(const char *text) {
+  const std::size_t size = text != nullptr ? kTextOffset + std::strlen(text) + 1 : 0;
   return size < sizeof(Site) ? sizeof(Site) : size;
 }
 
 Site *Site::create(const char *name, const char *text) {
-  const std::size_t length = std::strlen(text);
-  void *memory = solver.pool.take(sizeOfSite(length));
+  void *memory = solver.pool.take(sizeOfSite(text));
   if (memory == nullptr) return nullptr;
-  Site *site = new (memory) Site{name, 0};
-  std::memcpy(static_cast<char *>(memory) + kTextOffset, text, length + 1);
+  Site *site = new (memory) Site{name, 0, text != nullptr};
+  if (text != nullptr) std::memcpy(static_cast<char *>(memory) + kTextOffset, text, std::strlen(text) + 1);
   return site;
 }
 
 void Site::release(Site *site) {
   if (site == nullptr || --site->references > 0) return;
-  solver.pool.give(site, sizeOfSite(std::strlen(site->text())));
+  solver.pool.give(site, sizeOfSite(site->located ? site->text() : nullptr));
 }
 
 static std::uint32_t hashText(const char *text) {
@@ -62,10 +61,11 @@ void SiteTable::destroy() {
 
 Site *SiteTable::find(Site *parent, const char *name, const char *text) {
   if (buckets_ == nullptr || parent == nullptr) return nullptr;
-  Item *&bucket = buckets_[siteHash(parent, name, text) % kBuckets];
+  const char *key = text != nullptr ? text : kUnknownPlace;
+  Item *&bucket = buckets_[siteHash(parent, name, key) % kBuckets];
   for (Item *item = bucket; item != nullptr; item = item->next) {
     const Site *site = item->site;
-    if (item->parent == parent && std::strcmp(site->name, name) == 0 && std::strcmp(site->text(), text) == 0)
+    if (item->parent == parent && std::strcmp(site->name, name) == 0 && std::strcmp(site->text(), key) == 0)
       return item->site;
   }
   Site *site = Site::create(name, text);

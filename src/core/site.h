@@ -9,15 +9,21 @@
 
 namespace koru {
 
-// The locator's text follows the fields at once, in what would be padding: with no text a site takes 16 bytes.
+// The text of a place that nobody has looked for: file, line, address and function, separated by tabs.
+inline constexpr char kUnknownPlace[] = "(unknown)\t0\t0\t(unknown)";
+
+// The locator's text follows the fields at once, in what would be padding: with a short text, or for an unknown place,
+// a site takes 16 bytes.
 struct Site {
   const char *name;  // constant text, the posting function's name
   int references;
+  bool located;
 
-  const char *text() const { return reinterpret_cast<const char *>(&references + 1); }
+  const char *text() const { return located ? reinterpret_cast<const char *>(&located + 1) : kUnknownPlace; }
 
-  static Site *create(const char *name, const char *text);  // with no reference; null on exhausted memory (reported)
-  static void release(Site *site);                          // drops one reference, if any is held, and frees at zero
+  // With no reference; null text stands for an unknown place. Null on exhausted memory (reported).
+  static Site *create(const char *name, const char *text);
+  static void release(Site *site);  // drops one reference, if any is held, and frees at zero
 };
 
 class SiteTable {
@@ -27,7 +33,8 @@ class SiteTable {
   bool create();  // false when memory is exhausted (reported); the table then stays empty and find() answers null
   void destroy();
 
-  // The site for the key, made on a miss; null without a table, without a parent or on exhausted memory (reported).
+  // The site for the key, made on a miss; text as for a site. Null without a table, without a parent or on exhausted
+  // memory (reported).
   Site *find(Site *parent, const char *name, const char *text);
 
  private:

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "core/solver.h"
+#include "profiler/profiler.h"
 #include "support/model_failure.h"
 
 namespace koru::test {
@@ -20,6 +22,7 @@ struct Bench {
   CSint *t = CSINT(3);
   CSint *array[3] = {x, y, z};
   int coefficients[3] = {2, -3, 1};
+  CSprofiler *profiler = cs_createProfiler(0);
   Bench() {
     cs_NEQ(y, 4);
     cs_setName(y, "short");
@@ -101,6 +104,40 @@ bool searchMatrixFail(Bench &b) {
   CSint **rows[] = {b.array};
   return cs_searchMatrixFail(
       rows, 1, 1, rowIfFree, columnIfFree, [](int, int, int value) { return value; }, 9);
+bool allKnown(CSint **, int, void *) { return true; }
+bool known(int, int, CSint **, int, void *) { return true; }
+bool moved(CSint *, int, int, CSint **, int, void *) { return true; }
+void conflicted(CSint *, int, CSconflictInfo *, CSint **, int, void *) {}
+
+// The last variable is attached last.
+bool watched(Bench &b, void (*post)(CSint **, int, CSeventBoundCallback, void *)) {
+  post(b.array, 3, moved, nullptr);
+  return b.z->constraints != nullptr;
+}
+
+bool heardConflicts(Bench &b) {
+  cs_eventConflict(b.array, 3, conflicted, nullptr);
+  return b.z->constraints != nullptr;
+}
+
+bool countsRuns(const CSprofiler *profiler) { return profiler != nullptr && profiler->counts != nullptr; }
+
+const char *noPlace(void *) { return "asked"; }
+
+bool setLocator(Bench &b) {
+  cs_setProfilerLocator(nullptr, nullptr, nullptr);
+  cs_setProfilerLocator("format", noPlace, nullptr);
+  const bool installed = solver.ports.locator.text == noPlace;
+  cs_setProfilerLocator(nullptr, nullptr, nullptr);
+  return installed && b.x != nullptr;
+}
+
+bool writeReport(Bench &b) {
+  std::FILE *file = std::tmpfile();
+  cs_profilerWrite(b.profiler, file);
+  const bool complete = std::ftell(file) == 97;  // the head; with "error" it would be more
+  std::fclose(file);
+  return complete;
 }
 
 const Operation kOperations[] = {
@@ -148,6 +185,15 @@ const Operation kOperations[] = {
     {"cs_AllNeq", [](Bench &b) { return cs_AllNeq(b.array, 3) == 1; }},
     {"cs_VarElement", [](Bench &b) { return cs_VarElement(b.x, b.array, 3) != nullptr; }},
     {"cs_VarElementRange", [](Bench &b) { return cs_VarElementRange(b.x, b.array, 3) != nullptr; }},
+    {"cs_eventAllKnown", [](Bench &b) { return cs_eventAllKnown(b.array, 3, allKnown, nullptr); }},
+    {"cs_eventKnown", [](Bench &b) { return cs_eventKnown(b.array, 3, known, nullptr); }},
+    {"cs_eventNewMin", [](Bench &b) { return watched(b, cs_eventNewMin); }},
+    {"cs_eventNewMax", [](Bench &b) { return watched(b, cs_eventNewMax); }},
+    {"cs_eventNeq", [](Bench &b) { return watched(b, cs_eventNeq); }},
+    {"cs_eventConflict", [](Bench &b) { return heardConflicts(b); }},
+    {"cs_createProfiler", [](Bench &) { return countsRuns(cs_createProfiler(0)); }},
+    {"cs_setProfilerLocator", [](Bench &b) { return setLocator(b); }},
+    {"cs_profilerWrite", [](Bench &b) { return writeReport(b); }},
     {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
     {"cs_searchCriteria", searchCriteria},
     {"cs_searchCriteriaFail", searchCriteriaFail},
@@ -224,6 +270,8 @@ const char *const kOnlyBlocks[] = {
     "cs_minimize",
     "cs_selectValue",
     "cs_searchValueSelectorFail",
+    "cs_profilerWriteFile",
+    "cs_minimize",
 };
 
 const char *const kNeverAllocating[] = {
@@ -240,6 +288,9 @@ const char *const kNeverAllocating[] = {
     "cs_forgetSaveContext",
     "cs_forgetSaveContextUntil",
     "cs_fprintStats",
+    "cs_deleteProfiler",
+    "cs_disableProfiler",
+    "cs_enableProfiler",
     "cs_freeDomain",
     "cs_freeSearchNotify",
     "cs_freeValueSelector",

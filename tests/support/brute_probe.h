@@ -31,14 +31,8 @@ inline std::ostream &operator<<(std::ostream &out, const Call &call) {
 // Observes from its creation to its end. One per solver at a time; must end before the solver does.
 class CallLog {
  public:
-  CallLog() : observer_(static_cast<Observer *>(allocate(sizeof(Observer)))) {
-    *observer_ = {note, nullptr, this, true, nullptr};
-    solver.ports.add(observer_);
-  }
-  ~CallLog() {
-    observer_->enabled = false;
-    solver.ports.refreshProfiling();
-  }
+  CallLog() { solver.ports.add(&observer_); }
+  ~CallLog() { solver.ports.remove(&observer_); }
   CallLog(const CallLog &) = delete;
   CallLog &operator=(const CallLog &) = delete;
 
@@ -52,7 +46,7 @@ class CallLog {
     log->sites.push_back(site);
   }
 
-  Observer *observer_;  // owned by the solver
+  Observer observer_{note, nullptr, this, true, nullptr};
 };
 
 // Makes the k-th allocation from now on fail, counting from 0, and only that one; -1 lets all succeed.

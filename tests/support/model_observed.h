@@ -13,11 +13,10 @@ class ObservedSide : public SolverEngine {
  public:
   World<ObservedSide> *world = nullptr;
 
-  ObservedSide() {
-    auto *observer = static_cast<Observer *>(allocate(sizeof(Observer)));
-    *observer = {hear, nullptr, this, true, nullptr};
-    solver.ports.add(observer);
-  }
+  ObservedSide() { solver.ports.add(&observer_); }
+  ~ObservedSide() { solver.ports.remove(&observer_); }
+  ObservedSide(const ObservedSide &) = delete;
+  ObservedSide &operator=(const ObservedSide &) = delete;
 
   bool narrowMin(int v, int bound) { return told(SolverEngine::narrowMin(v, bound)); }
   bool narrowMax(int v, int bound) { return told(SolverEngine::narrowMax(v, bound)); }
@@ -69,6 +68,7 @@ class ObservedSide : public SolverEngine {
 
   std::vector<Heard> heard_;
   std::vector<std::pair<const Site *, int>> sites_;
+  Observer observer_{hear, nullptr, this, true, nullptr};
 };
 
 class ObservedTwin : public TwinEngine {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/ports.h"
 
-#include "core/alloc.h"
+#include <deque>
+
 #include "core/solver.h"
 #include "support/solver_test.h"
 
@@ -21,12 +22,12 @@ class PortsTest : public SolverTest {
   Log first;
   Log second;
 
-  static Observer *observer(Log *log, bool enabled) {
-    auto *made = static_cast<Observer *>(allocate(sizeof(Observer)));
-    *made = {
+  std::deque<Observer> observers;
+
+  Observer *observer(Log *log, bool enabled) {
+    return &observers.emplace_back(Observer{
         [](void *argument, bool, CSint *, int code, Site *) { static_cast<Log *>(argument)->told.push_back(code); },
-        [](void *argument) { ++static_cast<Log *>(argument)->released; }, log, enabled, nullptr};
-    return made;
+        [](void *argument) { ++static_cast<Log *>(argument)->released; }, log, enabled, nullptr});
   }
   void TearDown() override {
     ports.releaseObservers();
@@ -70,6 +71,23 @@ TEST_F(PortsTest, ReleasingCallsEveryObserverOnceAndEndsProfiling) {
   EXPECT_TRUE(first.told.empty());
 }
 
+TEST_F(PortsTest, ARemovedObserverIsNeitherToldNorReleasedNorCountsAsProfiling) {
+  Observer *one = observer(&first, true);
+  Observer *two = observer(&second, true);
+  ports.add(one);
+  ports.add(two);
+  ports.remove(one);
+  ports.remove(one);
+  ports.notify(true, nullptr, 3, nullptr);
+  EXPECT_TRUE(first.told.empty());
+  EXPECT_EQ(second.told, (std::vector<int>{3}));
+  EXPECT_TRUE(ports.profiling);
+  ports.remove(two);
+  EXPECT_FALSE(ports.profiling);
+  ports.releaseObservers();
+  EXPECT_EQ(first.released + second.released, 0);
+}
+
 TEST_F(PortsTest, AnObserverMayDoWithoutARelease) {
   Observer *made = observer(&first, true);
   made->release = nullptr;
@@ -79,8 +97,8 @@ TEST_F(PortsTest, AnObserverMayDoWithoutARelease) {
   EXPECT_FALSE(ports.profiling);
 }
 
-TEST_F(PortsTest, TheLocatorsTextIsNeverNull) {
-  EXPECT_STREQ(ports.locatorText(), "");
+TEST_F(PortsTest, ThePlaceIsUnknownWithoutALocatorAndALocatorsNullIsAnEmptyText) {
+  EXPECT_EQ(ports.locatorText(), nullptr);
   ports.locator.text = [](void *) -> const char * { return nullptr; };
   EXPECT_STREQ(ports.locatorText(), "");
   static char text[] = "place";
@@ -95,7 +113,7 @@ TEST_F(PortsTest, ResettingTheLocatorClearsItBeforeItsOwnResetRuns) {
   ports.locator = {[](void *) -> const char * { return "place"; }, [] { ++resets; }, nullptr};
   ports.resetLocator();
   EXPECT_EQ(resets, 1);
-  EXPECT_STREQ(ports.locatorText(), "");
+  EXPECT_EQ(ports.locatorText(), nullptr);
   ports.resetLocator();
   EXPECT_EQ(resets, 1);
 }

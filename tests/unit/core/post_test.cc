@@ -65,9 +65,9 @@ TEST_F(PostTest, APostingNamesItsSiteAndAsksTheLocator) {
   EXPECT_EQ(asked, 1);
 }
 
-TEST_F(PostTest, WithoutALocatorTheTextIsEmpty) {
+TEST_F(PostTest, WithoutALocatorThePlaceIsUnknown) {
   ASSERT_TRUE(watch(journal, 1, {x}));
-  EXPECT_STREQ(x->constraints->constraint->site->text(), "");
+  EXPECT_STREQ(x->constraints->constraint->site->text(), kUnknownPlace);
 }
 
 TEST_F(PostTest, ConstraintsOfOnePostingShareTheirSite) {

@@ -28,7 +28,7 @@ class QueueObserverTest : public SolverTest {
  protected:
   Journal journal;
   std::vector<Seen> seen;
-  Observer *observer = nullptr;
+  Observer observer{note, nullptr, &seen, true, nullptr};
   CSint *x = nullptr;
   CSint *y = nullptr;
 
@@ -36,12 +36,10 @@ class QueueObserverTest : public SolverTest {
     SolverTest::SetUp();
     x = cs_createCSint(0, 99);
     y = cs_createCSint(0, 99);
-    observer = static_cast<Observer *>(allocate(sizeof(Observer)));
-    *observer = {note, nullptr, &seen, true, nullptr};
-    solver.ports.add(observer);
+    solver.ports.add(&observer);
   }
   void enable(bool enabled) {
-    observer->enabled = enabled;
+    observer.enabled = enabled;
     solver.ports.refreshProfiling();
   }
   static void note(void *argument, bool consistent, CSint *variable, int code, Site *site) {
@@ -95,8 +93,8 @@ TEST_F(QueueObserverTest, TheFailureNoteFindsAnEmptyQueueAndTheFailureCounted) {
     int failures = -1;
     bool empty = false;
   } state;
-  observer->argument = &state;
-  observer->notify = [](void *argument, bool, CSint *, int, Site *) {
+  observer.argument = &state;
+  observer.notify = [](void *argument, bool, CSint *, int, Site *) {
     *static_cast<State *>(argument) = {solver.queue.depth, solver.queue.failures, solver.queue.head == nullptr};
   };
   EXPECT_FALSE(narrowMin(x, 1));

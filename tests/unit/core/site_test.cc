@@ -64,6 +64,21 @@ TEST_F(SiteTest, ASiteWithoutTextTakes16Bytes) {
   EXPECT_EQ(AllocationRule::sizes(), (std::vector<std::size_t>{16}));
 }
 
+TEST_F(SiteTest, AnUnknownPlaceHasFourFieldsAndTakesNoMore) {
+  const AllocationRule counted(allowAll());
+  Site *site = Site::create("cs_Add", nullptr);
+  EXPECT_STREQ(site->text(), "(unknown)\t0\t0\t(unknown)");
+  Site::release(site);
+  EXPECT_EQ(AllocationRule::sizes(), (std::vector<std::size_t>{16}));
+}
+
+TEST_F(SiteTest, UnknownPlacesAreOneKeyWithTheirText) {
+  Site *found = solver.sites.find(parent, "n", nullptr);
+  EXPECT_EQ(solver.sites.find(parent, "n", nullptr), found);
+  EXPECT_EQ(solver.sites.find(parent, "n", kUnknownPlace), found);
+  EXPECT_NE(solver.sites.find(parent, "n", ""), found);
+}
+
 TEST_F(SiteTest, ReleasingDropsOneReferenceAtATime) {
   Site *site = Site::create("n", "t");
   site->references = 3;

@@ -145,7 +145,6 @@ TEST_F(SolverLifecycleTest, ObserversAreReleasedAfterTheLocatorAndBeforeTheVaria
     ending.record = life;
     ASSERT_TRUE(watch(journal, 1, {cs_createCSint(0, 9)}, {}, life));
   }
-  auto *observer = static_cast<Observer *>(allocate(sizeof(Observer)));
   const auto release = [](void *argument) {
     auto *seen = static_cast<Ending *>(argument);
     ++seen->released;
@@ -153,8 +152,8 @@ TEST_F(SolverLifecycleTest, ObserversAreReleasedAfterTheLocatorAndBeforeTheVaria
     seen->variablesStand = solver.variables.count() == 1;
     seen->recordAlive = !seen->record.expired();
   };
-  *observer = {[](void *, bool, CSint *, int, Site *) {}, release, &ending, true, nullptr};
-  solver.ports.add(observer);
+  Observer observer{[](void *, bool, CSint *, int, Site *) {}, release, &ending, true, nullptr};
+  solver.ports.add(&observer);
   solver.ports.locator.reset = [] { ++locatorResets; };
   cs_end();
   EXPECT_EQ(ending.released, 1);

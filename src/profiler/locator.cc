@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// cs_setProfilerLocator: the host's own locator, which answers with a text for the place that is posting.
+//
+// Without one every place is unknown.
+#include "profiler/locator.h"
+
+#include <cstring>
+
+#include "core/solver.h"
+
+namespace koru {
+
+namespace {
+
+constinit char *format = nullptr;
+
+void forgetFormat() {
+  deallocate(format);
+  format = nullptr;
+}
+
+}  // namespace
+
+const char *locatorFormat() { return format; }
+
+}  // namespace koru
+
+using namespace koru;
+
+void cs_setProfilerLocator(const char *newFormat, CSprofilerLocator locator, void *arg) {
+  if (!solver.initialised) return;
+  char *copy = nullptr;
+  if (locator != nullptr && newFormat != nullptr) {
+    copy = static_cast<char *>(allocate(std::strlen(newFormat) + 1));
+    if (copy == nullptr) return;
+    std::memcpy(copy, newFormat, std::strlen(newFormat) + 1);
+  }
+  forgetFormat();
+  format = copy;
+  solver.ports.locator = locator != nullptr ? Locator{locator, forgetFormat, arg} : Locator{};
+}
