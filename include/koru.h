@@ -838,7 +838,77 @@ KORU_API void cs_freeSearchNotify(CSsearchNotify *notify);
 
 /* ==================================================================================================================
  * 20. No-goods and restarts
- * ================================================================================================================== */
+ *
+ * A no-good is a conjunction of decisions that must not all hold. A set of them over an array of variables is a
+ * constraint: it takes away the last decision of a no-good whose others all hold, and fails when all do. A restarting
+ * search gives up at a fail limit, records what it has refuted as no-goods, and starts again at the root.
+ *
+ * A no-good reacts when one of its two watched elements (at first the first two) comes to hold; one that is added
+ * while its elements hold already may go unnoticed until then, so add no-goods at the root. They outlive searches,
+ * and restoring a choice point brings none back and takes none away.
+ *
+ * A set lives until `cs_end`, or until the choice point is restored inside which it was created; so do its no-goods,
+ * unless they are deleted before: by cs_filterNoGood, for want of room, or because a shorter one says as much. A
+ * `CSnoGood *` is for use inside the callback that it was handed to.
+ * ================================================================================================================ */
+
+/** No-goods over an array of variables (opaque). */
+typedef struct CSnoGoodSet CSnoGoodSet;
+
+/** A no-good of a set (opaque). */
+typedef struct CSnoGood CSnoGood;
+
+/**
+ * Asked whether a no-good is to be inserted or kept; @p extra is the set's argument. It may add and delete no-goods of
+ * the set, post and search, like any callback.
+ */
+typedef bool (*CSnoGoodFilter)(CSnoGoodSet *set, CSnoGood *ng, CSint **array, int size, void *extra);
+
+/**
+ * Called when a set's life ends, while it still holds its no-goods. It may read them; it must not change the solver,
+ * nor look at variables, whose domains may be gone.
+ */
+typedef void (*CSnoGoodRelease)(CSnoGoodSet *set, void *extra);
+
+/**
+ * Create an empty set over @p array, which is kept.
+ * @param filter asked before each insertion, or null
+ * @param maxNbNoGoods when as many are there, an insertion deletes the oldest; 0 or negative: no limit
+ * @param release called when the set's life ends, or null; not called when the result is null
+ * @param extra handed to both, and to the callback of cs_filterNoGood
+ * @return null if size < 1, a variable is null, or memory is exhausted (CS_ERR_MEMORY).
+ * Cost: an allocation per variable and three more. Each change of a variable visits the no-goods that watch it.
+ */
+KORU_API CSnoGoodSet *cs_createNoGoodSet(CSint **array, int size, CSnoGoodFilter filter, int maxNbNoGoods,
+                                         CSnoGoodRelease release, void *extra);
+
+/**
+ * Insert the no-good of @p n elements: element i is @p decisions[i] about the variable at position @p indexes[i]. Both
+ * arrays are copied. It becomes the newest, unless the filter refuses it or an older one consists of its first
+ * elements; older ones whose first elements it consists of are deleted.
+ * Nothing happens when n < 1, a method is none of the six, or an index is outside the set's array or not below n.
+ * When memory is exhausted CS_ERR_MEMORY is reported and nothing is inserted.
+ * Cost: one allocation, and a comparison with each no-good of the set.
+ */
+KORU_API void cs_addNoGood(CSnoGoodSet *set, const int *indexes, const CSvalueSelection *decisions, int n);
+
+/** Delete the no-goods for which @p keep is false, asking about each from the oldest to the newest there is now. */
+KORU_API void cs_filterNoGood(CSnoGoodSet *set, CSnoGoodFilter keep);
+
+/** Hold at most @p max no-goods, deleting the oldest ones now; 0: any number. Negative: nothing happens. */
+KORU_API void cs_setMaxNbNoGoods(CSnoGoodSet *set, int max);
+
+/** The number of no-goods; 0 for null. */
+KORU_API int cs_getNbNoGoods(CSnoGoodSet *set);
+
+/** The number of elements of a no-good; 0 for null. */
+KORU_API int cs_getNbNoGoodElements(CSnoGood *ng);
+
+/**
+ * Store element @p i of a no-good: the position of its variable in the set's array and the decision about it. For an i
+ * below 0 or past the last element, -1 is stored in *index and *r is left as it is. Null pointers are skipped.
+ */
+KORU_API void cs_getNoGoodElementAt(int *index, CSvalueSelection *r, CSnoGood *ng, int i);
 
 /* ==================================================================================================================
  * 21. User-defined constraints

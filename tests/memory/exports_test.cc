@@ -32,6 +32,14 @@ struct Bench {
 bool nothing(Bench &) { return true; }
 bool noBitArray(Bench &b) { return cs_getNbElements(b.x) == 10 && cs_isIn(b.x, 5); }
 
+bool addNoGood(Bench &b) {
+  CSnoGoodSet *set = cs_createNoGoodSet(b.array, 3, nullptr, 0, nullptr, nullptr);
+  const int indexes[] = {0, 1};
+  const CSvalueSelection decisions[] = {{CS_METHOD_EQ, 1}, {CS_METHOD_EQ, 2}};
+  cs_addNoGood(set, indexes, decisions, 2);
+  return cs_getNbNoGoods(set) == 1;
+}
+
 // `run` answers whether the call succeeded; `afterFailure` whether all is as a failed call must leave it.
 struct Operation {
   const char *name;
@@ -194,6 +202,9 @@ const Operation kOperations[] = {
     {"cs_createProfiler", [](Bench &) { return countsRuns(cs_createProfiler(0)); }},
     {"cs_setProfilerLocator", [](Bench &b) { return setLocator(b); }},
     {"cs_profilerWrite", [](Bench &b) { return writeReport(b); }},
+    {"cs_createNoGoodSet",
+     [](Bench &b) { return cs_createNoGoodSet(b.array, 3, nullptr, 0, nullptr, nullptr) != nullptr; }},
+    {"cs_addNoGood", addNoGood},
     {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
     {"cs_searchCriteria", searchCriteria},
     {"cs_searchCriteriaFail", searchCriteriaFail},
@@ -281,6 +292,7 @@ const char *const kNeverAllocating[] = {
     "cs_cancelSearch",
     "cs_end",
     "cs_endValueSelector",
+    "cs_filterNoGood",
     "cs_findFreeVar",
     "cs_findFreeVarNbConstraints",
     "cs_findFreeVarNbElements",
@@ -302,7 +314,10 @@ const char *const kNeverAllocating[] = {
     "cs_getNbConstraints",
     "cs_getNbElements",
     "cs_getNbFails",
+    "cs_getNbNoGoodElements",
+    "cs_getNbNoGoods",
     "cs_getNextValue",
+    "cs_getNoGoodElementAt",
     "cs_getPreviousValue",
     "cs_getValue",
     "cs_getValueSelector",
@@ -326,6 +341,7 @@ const char *const kNeverAllocating[] = {
     "cs_selectNextValue",
     "cs_setErr",
     "cs_setErrHandler",
+    "cs_setMaxNbNoGoods",
 };
 
 bool known(const std::string &name) {
