@@ -870,6 +870,9 @@ typedef bool (*CSnoGoodFilter)(CSnoGoodSet *set, CSnoGood *ng, CSint **array, in
  */
 typedef void (*CSnoGoodRelease)(CSnoGoodSet *set, void *extra);
 
+/** Gives the fail limit of the next run of a restarting search; @p arg is the argument handed to it. */
+typedef int (*CSfailLimit)(void *arg);
+
 /**
  * Create an empty set over @p array, which is kept.
  * @param filter asked before each insertion, or null
@@ -909,6 +912,30 @@ KORU_API int cs_getNbNoGoodElements(CSnoGood *ng);
  * below 0 or past the last element, -1 is stored in *index and *r is left as it is. Null pointers are skipped.
  */
 KORU_API void cs_getNoGoodElementAt(int *index, CSvalueSelection *r, CSnoGood *ng, int i);
+
+/**
+ * Find one solution as cs_searchValueSelectorFail does, in runs: a run that has counted as many fails as its limit
+ * allows is given up, and the next one starts at the root.
+ *
+ * At the end of such a run no-goods are recorded in @p set, which must be over the same variables: what the run has
+ * tried in full is not tried again, provided that the decisions of each selector cover the domain of its variable and
+ * no `init` or `end` refuses. Between two runs the newest are shortened. Nothing is recorded of a run during which
+ * memory was exhausted. See docs/no-goods.md.
+ *
+ * @param nbFailsMaxFunc called with @p arg before each run for its limit; 0 or negative: the run has none and is the
+ *   last
+ * @param nbFailsMaxTotal when positive, the search is given up once as many fails have been counted in all runs
+ * @param set may be null: nothing is recorded
+ * @param notify may be null; searchStart and searchEnd are called for each run, with its limit and its fails
+ * @return true if a solution was reached; it is left in place, with one open context per level, and one more if it was
+ *   found in the first run. False when a run ended below its limit, the space then being exhausted and everything as
+ *   before the call, or the search cancelled; false also when the total was reached, the state of the last branch and
+ *   its contexts then being left open. False without a run when @p f or @p nbFailsMaxFunc is null.
+ * Cost: as the runs, and one allocation for the longest path that is recorded.
+ */
+KORU_API bool cs_searchValueSelectorRestartNG(CSint **array, CSvalueSelector **selectors, int size,
+                                              CSfindFreeVarIndex f, CSfailLimit nbFailsMaxFunc, void *arg,
+                                              int nbFailsMaxTotal, CSnoGoodSet *set, const CSsearchNotify *notify);
 
 /* ==================================================================================================================
  * 21. User-defined constraints

@@ -28,7 +28,10 @@ static void report(int code, const ErrorHandler &handler, CSint *vint) {
 
 void reportNotInstantiated(CSint *vint) { report(CS_ERR_NOT_INSTANTIATED, solver.errors.notInstantiated, vint); }
 void reportOverflow() { report(CS_ERR_OVERFLOW, solver.errors.overflow, nullptr); }
-void reportMemoryExhausted() { report(CS_ERR_MEMORY, solver.errors.memory, nullptr); }
+void reportMemoryExhausted() {
+  ++solver.errors.memoryReports;
+  report(CS_ERR_MEMORY, solver.errors.memory, nullptr);
+}
 
 void prepareErrorsForInit() {
   solver.errors = Errors{};

@@ -21,6 +21,7 @@ struct Errors {
   ErrorHandler overflow{ignoreError, nullptr};
   ErrorHandler memory{abortOnError, nullptr};
   int code = CS_ERR_NONE;
+  unsigned memoryReports = 0;  // how often memory has been exhausted; the code may be reset
 };
 
 // Each sets the code, then calls the handler; the caller then returns its failure value.

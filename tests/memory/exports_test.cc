@@ -40,6 +40,18 @@ bool addNoGood(Bench &b) {
   return cs_getNbNoGoods(set) == 1;
 }
 
+// z = 0 is refused, the limit reached, and the no-good that says so recorded.
+bool learn(Bench &b) {
+  CSnoGoodSet *set = cs_createNoGoodSet(b.array, 3, nullptr, 0, nullptr, nullptr);
+  if (set == nullptr || !cs_Eq(b.x, b.z) || !cs_Neq(b.x, b.z)) return false;
+  CSvalueSelector *const ascending = cs_getValueSelector(CS_SELECT_ASCENDING);
+  CSvalueSelector *selectors[] = {ascending, ascending, ascending};
+  const auto chooseZ = [](CSint **, int) { return 2; };
+  const auto one = [](void *) { return 1; };
+  cs_searchValueSelectorRestartNG(b.array, selectors, 3, chooseZ, one, nullptr, 1, set, nullptr);
+  return cs_getNbNoGoods(set) == 1;
+}
+
 // `run` answers whether the call succeeded; `afterFailure` whether all is as a failed call must leave it.
 struct Operation {
   const char *name;
@@ -205,6 +217,7 @@ const Operation kOperations[] = {
     {"cs_createNoGoodSet",
      [](Bench &b) { return cs_createNoGoodSet(b.array, 3, nullptr, 0, nullptr, nullptr) != nullptr; }},
     {"cs_addNoGood", addNoGood},
+    {"cs_searchValueSelectorRestartNG", learn},
     {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
     {"cs_searchCriteria", searchCriteria},
     {"cs_searchCriteriaFail", searchCriteriaFail},

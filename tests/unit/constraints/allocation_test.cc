@@ -20,6 +20,8 @@ struct Poster {
 
 void PrintTo(const Poster &poster, std::ostream *out) { *out << poster.name; }
 
+bool makeNoGoodSet(Operands &o) { return cs_createNoGoodSet(o.x, 3, nullptr, 0, nullptr, nullptr) != nullptr; }
+
 class AllocationTest : public SolverTest, public ::testing::WithParamInterface<Poster> {
  protected:
   static Operands makeOperands() { return {{cs_createCSint(0, 9), cs_createCSint(0, 9), cs_createCSint(0, 9)}}; }
@@ -48,7 +50,8 @@ TEST_P(AllocationTest, ATrailThatCannotGrowIsReportedOnceAndLeavesTheSolverUsabl
 }
 
 // cs_Neq and the like allocate a site, a constraint and an entry per variable; the n-ary sums also an array and a
-// second constraint, cs_VSub a third; the variable elements a table and three constraints.
+// second constraint, cs_VSub a third; the variable elements a table and three constraints; a set of no-goods its watch
+// lists.
 INSTANTIATE_TEST_SUITE_P(
     , AllocationTest,
     ::testing::Values(Poster{"cs_Eq", [](Operands &o) { return cs_Eq(o.x[0], o.x[1]); }, 4},
@@ -64,7 +67,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Poster{"cs_AllNeq", [](Operands &o) { return cs_AllNeq(o.x, 3) == 1; }, 7},
                       Poster{"cs_VarElement", [](Operands &o) { return cs_VarElement(o.x[0], o.x, 3) != nullptr; }, 10},
                       Poster{"cs_VarElementRange",
-                             [](Operands &o) { return cs_VarElementRange(o.x[0], o.x, 3) != nullptr; }, 10}),
+                             [](Operands &o) { return cs_VarElementRange(o.x[0], o.x, 3) != nullptr; }, 10},
+                      Poster{"cs_createNoGoodSet", makeNoGoodSet, 6}),
     [](const auto &row) { return std::string(row.param.name); });
 
 class HoleAllocationTest : public AllocationTest {};
