@@ -15,6 +15,16 @@ constexpr int wrapAdd(int p, int q) { return wrap(std::int64_t{p} + q); }
 constexpr int wrapSub(int p, int q) { return wrap(std::int64_t{p} - q); }
 constexpr int wrapNeg(int q) { return wrap(-std::int64_t{q}); }
 
+constexpr std::int64_t wrapAdd64(std::int64_t p, std::int64_t q) {
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(p) + static_cast<std::uint64_t>(q));
+}
+constexpr std::int64_t wrapSub64(std::int64_t p, std::int64_t q) {
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(p) - static_cast<std::uint64_t>(q));
+}
+constexpr std::int64_t wrapMul64(std::int64_t p, std::int64_t q) {
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(p) * static_cast<std::uint64_t>(q));
+}
+
 // Saturates one short of the smallest 64-bit number, so that the result can be negated.
 constexpr std::int64_t satSub64(std::int64_t p, std::int64_t q) {
   constexpr auto high = std::numeric_limits<std::int64_t>::max();

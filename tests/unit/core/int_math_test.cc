@@ -30,6 +30,24 @@ TEST(IntMathTest, WrappingArithmeticGoesRoundAtTheLimits) {
   EXPECT_EQ(wrapNeg(7), -7);
 }
 
+TEST(IntMathTest, WrappingArithmeticOf64BitsGoesRoundAtTheLimits) {
+  constexpr auto low = std::numeric_limits<std::int64_t>::min();
+  constexpr auto high = std::numeric_limits<std::int64_t>::max();
+  EXPECT_EQ(wrapAdd64(high, 1), low);
+  EXPECT_EQ(wrapAdd64(low, -1), high);
+  EXPECT_EQ(wrapSub64(low, 1), high);
+  EXPECT_EQ(wrapSub64(0, low), low);
+  EXPECT_EQ(wrapMul64(high, 2), -2);
+  EXPECT_EQ(wrapMul64(low, -1), low);
+  for (const int p : kPoints) {
+    for (const int q : kPoints) {
+      EXPECT_EQ(wrapAdd64(p, q), std::int64_t{p} + q);
+      EXPECT_EQ(wrapSub64(p, q), std::int64_t{p} - q);
+      EXPECT_EQ(wrapMul64(p, q), std::int64_t{p} * q);
+    }
+  }
+}
+
 TEST(IntMathTest, ClampStopsAtTheLimits) {
   EXPECT_EQ(clampToInt(kWide), kIntMax);
   EXPECT_EQ(clampToInt(-kWide), kIntMin);
