@@ -569,7 +569,36 @@ KORU_API CSint *cs_VarElementRange(CSint *index, CSint **vars, int n);
 
 /* ==================================================================================================================
  * 15. Scheduling
- * ================================================================================================================== */
+ *
+ * Tasks with a start, a duration and a use, all of them variables; a task runs from its start to before
+ * start + duration. Arrays and variables are kept.
+ *
+ * A schedule that is not feasible is never accepted. Deliberate: while variables are still being bound, a rule that
+ * moves a task to the next point at which another one may end or begin refuses a feasible schedule now and then, about
+ * once in 5,000 random problems of a few tasks. So a search may miss solutions, and a proof of optimality may be
+ * wrong. Where that matters, state the resource otherwise (for a machine: cs_ReifLe for each order of two tasks and
+ * cs_Neq for the pair); docs/cumulative.md has more.
+ *
+ * Quotients of energies (time times use) are ints: keep (latest end - earliest start) * capacity below 2^31, or scale
+ * uses and capacity down; beyond it feasible tasks may be refused.
+ * ================================================================================================================ */
+
+/**
+ * At every instant the uses of the @p n tasks that run then add up to at most @p capacity. A task of duration or use 0
+ * takes no part; one whose use exceeds the capacity gets duration 0. The same variable may stand in several places; one
+ * that is the capacity and a use as well may make the library call `abort` while it is narrowed. Durations, uses and
+ * capacity are meant to be 0 or more: a duration that must be negative fails, and negative uses are counted where they
+ * are sure to apply, but not watched.
+ * @return true when posted and consistent, or when n < 1 (nothing is posted).
+ * Cost: per change of a bound a sweep over all pairs of tasks at worst; memory linear in n.
+ */
+KORU_API bool cs_Cumulative(CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity);
+
+/**
+ * No two of the @p n tasks of positive duration run at the same time: cs_Cumulative with uses and capacity 1, and
+ * everything said there.
+ */
+KORU_API bool cs_Disjunctive(CSint **starts, CSint **durations, int n);
 
 /* ==================================================================================================================
  * 16. Search, variable selection and statistics

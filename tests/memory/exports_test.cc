@@ -218,6 +218,8 @@ const Operation kOperations[] = {
      [](Bench &b) { return cs_createNoGoodSet(b.array, 3, nullptr, 0, nullptr, nullptr) != nullptr; }},
     {"cs_addNoGood", addNoGood},
     {"cs_searchValueSelectorRestartNG", learn},
+    {"cs_Cumulative", [](Bench &b) { return cs_Cumulative(&b.array[0], &b.array[1], &b.array[2], 1, b.t); }},
+    {"cs_Disjunctive", [](Bench &b) { return cs_Disjunctive(b.array, &b.array[1], 2); }},
     {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
     {"cs_searchCriteria", searchCriteria},
     {"cs_searchCriteriaFail", searchCriteriaFail},

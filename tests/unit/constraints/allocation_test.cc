@@ -49,6 +49,13 @@ TEST_P(AllocationTest, ATrailThatCannotGrowIsReportedOnceAndLeavesTheSolverUsabl
   }
 }
 
+// One task of three variables, which keeps them as arrays. Besides the rest there is the record that the constraints
+// share, with its windows and its order.
+bool postCumulative(Operands &o) { return cs_Cumulative(&o.x[0], &o.x[1], &o.x[2], 1, CSINT(9)); }
+
+// And the holder, the unit and the array of uses.
+bool postDisjunctive(Operands &o) { return cs_Disjunctive(&o.x[0], &o.x[1], 1); }
+
 // cs_Neq and the like allocate a site, a constraint and an entry per variable; the n-ary sums also an array and a
 // second constraint, cs_VSub a third; the variable elements a table and three constraints; a set of no-goods its watch
 // lists.
@@ -68,7 +75,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Poster{"cs_VarElement", [](Operands &o) { return cs_VarElement(o.x[0], o.x, 3) != nullptr; }, 10},
                       Poster{"cs_VarElementRange",
                              [](Operands &o) { return cs_VarElementRange(o.x[0], o.x, 3) != nullptr; }, 10},
-                      Poster{"cs_createNoGoodSet", makeNoGoodSet, 6}),
+                      Poster{"cs_createNoGoodSet", makeNoGoodSet, 6}, Poster{"cs_Cumulative", postCumulative, 12},
+                      Poster{"cs_Disjunctive", postDisjunctive, 16}),
     [](const auto &row) { return std::string(row.param.name); });
 
 class HoleAllocationTest : public AllocationTest {};

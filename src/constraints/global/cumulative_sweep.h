@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "constraints/global/cumulative_energy.h"
+
+namespace koru::cumulative {
+
+// The main propagation, caused by a change of a task that lies in [a, b). False: fail.
+bool sweep(const Resource &r, Time a, Time b);
+
+}  // namespace koru::cumulative
