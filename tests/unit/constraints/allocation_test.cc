@@ -59,25 +59,26 @@ bool postDisjunctive(Operands &o) { return cs_Disjunctive(&o.x[0], &o.x[1], 1); 
 // cs_Neq and the like allocate a site, a constraint and an entry per variable; the n-ary sums also an array and a
 // second constraint, cs_VSub a third; the variable elements a table and three constraints; a set of no-goods its watch
 // lists.
-INSTANTIATE_TEST_SUITE_P(
-    , AllocationTest,
-    ::testing::Values(Poster{"cs_Eq", [](Operands &o) { return cs_Eq(o.x[0], o.x[1]); }, 4},
-                      Poster{"cs_Neq", [](Operands &o) { return cs_Neq(o.x[0], o.x[1]); }, 4},
-                      Poster{"cs_Le", [](Operands &o) { return cs_Le(o.x[0], o.x[1]); }, 4},
-                      Poster{"cs_Lt", [](Operands &o) { return cs_Lt(o.x[0], o.x[1]); }, 4},
-                      Poster{"cs_Ge", [](Operands &o) { return cs_Ge(o.x[0], o.x[1]); }, 4},
-                      Poster{"cs_Gt", [](Operands &o) { return cs_Gt(o.x[0], o.x[1]); }, 4},
-                      Poster{"cs_Add", [](Operands &o) { return cs_Add(o.x[0], o.x[1]) != nullptr; }, 5},
-                      Poster{"cs_Sub", [](Operands &o) { return cs_Sub(o.x[0], o.x[1]) != nullptr; }, 5},
-                      Poster{"cs_VAdd", [](Operands &o) { return cs_VAdd(3, o.x[0], o.x[1], o.x[2]) != nullptr; }, 8},
-                      Poster{"cs_VSub", [](Operands &o) { return cs_VSub(3, o.x[0], o.x[1], o.x[2]) != nullptr; }, 11},
-                      Poster{"cs_AllNeq", [](Operands &o) { return cs_AllNeq(o.x, 3) == 1; }, 7},
-                      Poster{"cs_VarElement", [](Operands &o) { return cs_VarElement(o.x[0], o.x, 3) != nullptr; }, 10},
-                      Poster{"cs_VarElementRange",
-                             [](Operands &o) { return cs_VarElementRange(o.x[0], o.x, 3) != nullptr; }, 10},
-                      Poster{"cs_createNoGoodSet", makeNoGoodSet, 6}, Poster{"cs_Cumulative", postCumulative, 12},
-                      Poster{"cs_Disjunctive", postDisjunctive, 16}),
-    [](const auto &row) { return std::string(row.param.name); });
+const Poster kPosters[] = {
+    {"cs_Eq", [](Operands &o) { return cs_Eq(o.x[0], o.x[1]); }, 4},
+    {"cs_Neq", [](Operands &o) { return cs_Neq(o.x[0], o.x[1]); }, 4},
+    {"cs_Le", [](Operands &o) { return cs_Le(o.x[0], o.x[1]); }, 4},
+    {"cs_Lt", [](Operands &o) { return cs_Lt(o.x[0], o.x[1]); }, 4},
+    {"cs_Ge", [](Operands &o) { return cs_Ge(o.x[0], o.x[1]); }, 4},
+    {"cs_Gt", [](Operands &o) { return cs_Gt(o.x[0], o.x[1]); }, 4},
+    {"cs_Add", [](Operands &o) { return cs_Add(o.x[0], o.x[1]) != nullptr; }, 5},
+    {"cs_Sub", [](Operands &o) { return cs_Sub(o.x[0], o.x[1]) != nullptr; }, 5},
+    {"cs_VAdd", [](Operands &o) { return cs_VAdd(3, o.x[0], o.x[1], o.x[2]) != nullptr; }, 8},
+    {"cs_VSub", [](Operands &o) { return cs_VSub(3, o.x[0], o.x[1], o.x[2]) != nullptr; }, 11},
+    {"cs_AllNeq", [](Operands &o) { return cs_AllNeq(o.x, 3) == 1; }, 7},
+    {"cs_VarElement", [](Operands &o) { return cs_VarElement(o.x[0], o.x, 3) != nullptr; }, 10},
+    {"cs_VarElementRange", [](Operands &o) { return cs_VarElementRange(o.x[0], o.x, 3) != nullptr; }, 10},
+    {"cs_createNoGoodSet", makeNoGoodSet, 6},
+    {"cs_Cumulative", postCumulative, 12},
+    {"cs_Disjunctive", postDisjunctive, 16},
+};
+INSTANTIATE_TEST_SUITE_P(, AllocationTest, ::testing::ValuesIn(kPosters),
+                         [](const auto &row) { return std::string(row.param.name); });
 
 class HoleAllocationTest : public AllocationTest {};
 
