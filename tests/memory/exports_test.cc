@@ -124,6 +124,8 @@ bool searchMatrixFail(Bench &b) {
   CSint **rows[] = {b.array};
   return cs_searchMatrixFail(
       rows, 1, 1, rowIfFree, columnIfFree, [](int, int, int value) { return value; }, 9);
+}
+
 bool allKnown(CSint **, int, void *) { return true; }
 bool known(int, int, CSint **, int, void *) { return true; }
 bool moved(CSint *, int, int, CSint **, int, void *) { return true; }
