@@ -25,6 +25,21 @@ CSint *createEmptyVariable(int min, int max) {
   return v;
 }
 
+CSint *createFromBits(DomainBits *bits) {
+  const int min = bits->has(bits->low) ? bits->low : nextPresent(bits, bits->low);
+  const std::int64_t count = countPresent(bits, bits->low, bits->high);
+  CSint *v = count > 0 ? createVariable(bits->low, bits->high) : nullptr;
+  if (v == nullptr) {
+    DomainBits::destroy(bits);
+    return nullptr;
+  }
+  v->min = min;
+  v->max = bits->has(bits->high) ? bits->high : previousPresent(bits, bits->high);
+  v->count = wrap(count);
+  v->bits = bits;
+  return v;
+}
+
 void destroyDomain(CSint &v) {
   DomainBits::destroy(v.bits);
   deallocate(v.name);

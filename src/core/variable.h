@@ -34,6 +34,9 @@ namespace koru {
 CSint *createVariable(int min, int max);
 // A variable that holds no value yet: bits cleared, count 0, for a caller that adds values next.
 CSint *createEmptyVariable(int min, int max);
+// A variable over the values that `bits` holds, which it takes over also on failure; null too when there are none.
+// Deliberate: its last-reported bounds are the ends of the bits' range, not of its domain.
+CSint *createFromBits(DomainBits *bits);
 void destroyDomain(CSint &v);
 
 // count == 1 is what "instantiated" means; min == max may also hold for a count that was written back too high.
@@ -50,5 +53,15 @@ inline bool contains(const CSint *v, int value) {
 // Steps through a domain: the next (previous) value above (below) one within [min, max].
 inline int valueAfter(const CSint *v, int value) { return nextPresent(v->bits, value); }
 inline int valueBefore(const CSint *v, int value) { return previousPresent(v->bits, value); }
+
+// Visits the values in increasing order while `visit` returns true; false when it has returned false. The walk is
+// live: a visit may narrow the domain.
+template <class Visit>
+bool forEachValue(const CSint *v, Visit visit) {
+  for (int value = v->min;; value = valueAfter(v, value)) {
+    if (contains(v, value) && !visit(value)) return false;
+    if (value >= v->max) return true;
+  }
+}
 
 }  // namespace koru
