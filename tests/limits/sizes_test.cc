@@ -4,34 +4,22 @@
 #include <cstdio>
 #include <string>
 
-#include "core/solver.h"
 #include "support/brute_refuser.h"
-#include "support/solver_test.h"
+#include "support/large_test.h"
 
 namespace {
 
 using namespace koru;
 using namespace koru::test;
 
-// Walking all variables after every change would make the large tests quadratic.
-class SizeLimitsTest : public SolverTest {
+class SizeLimitsTest : public LargeTest {
  protected:
-  void SetUp() override {
-    SolverTest::SetUp();
-    solver.checked.period = solver.checked.untilNext = 20000;
-  }
-  void TearDown() override {
-    SolverTest::TearDown();
-    solver.checked.period = solver.checked.untilNext = 1;
-  }
-
   // The variable of the current level, without a walk over the array.
   static CSint *selectNext(CSint **array, int size) {
     const int level = solver.contexts.count();
     return level < size ? array[level] : nullptr;
   }
 
-  static constexpr int kMany = 100000;
   static constexpr int kDeep = 10000;
 };
 

@@ -47,6 +47,28 @@ inline Constraint function(std::string name, std::function<int(std::span<const i
           value};
 }
 
+// What stands at the positions, followed by the result when the tuple of the variables has one.
+inline Tuple argumentsOf(const Tuple &tuple, const std::vector<int> &positions, bool withResult) {
+  Tuple args;
+  for (const int p : positions) args.push_back(tuple[static_cast<std::size_t>(p)]);
+  if (withResult) args.push_back(tuple.back());
+  return args;
+}
+
+// All solutions over the variables, the result being one of them, the last, when there is one.
+inline std::vector<Tuple> solutionsOf(const Constraint &c, const std::vector<Domain> &variables,
+                                      const std::vector<int> &positions) {
+  std::vector<std::vector<int>> domains;
+  for (const Domain &domain : variables) domains.push_back(domain.values);
+  std::vector<Tuple> solutions;
+  forEachTuple(domains, [&](const Tuple &tuple) {
+    Tuple solution = tuple;
+    if (c.value) solution.push_back(c.value(argumentsOf(tuple, positions, false)));
+    if (c.solution(argumentsOf(solution, positions, c.value != nullptr))) solutions.push_back(solution);
+  });
+  return solutions;
+}
+
 // One of the relations that narrow by a constant.
 struct Step {
   const char *name;
@@ -91,7 +113,7 @@ class Run {
   Run &operator=(const Run &) = delete;
 
   void check() {
-    enumerateSolutions();
+    solutions_ = solutionsOf(case_.constraint, case_.domains, case_.positions);
     const auto before = snapshot();
     cs_saveContext();
     CSint *result = nullptr;
@@ -112,26 +134,8 @@ class Run {
  private:
   using Snapshot = std::vector<std::vector<int>>;
 
-  // Over the variables, the result being one of them when there is one.
-  void enumerateSolutions() {
-    std::vector<std::vector<int>> domains;
-    for (const Domain &domain : case_.domains) domains.push_back(domain.values);
-    forEachTuple(domains, [&](const Tuple &tuple) {
-      Tuple solution = tuple;
-      Tuple args = arguments(tuple);
-      if (case_.constraint.value) {
-        solution.push_back(case_.constraint.value(args));
-        args.push_back(solution.back());
-      }
-      if (case_.constraint.solution(args)) solutions_.push_back(solution);
-    });
-  }
-
   Tuple arguments(const Tuple &tuple) const {
-    Tuple args;
-    for (const int p : case_.positions) args.push_back(tuple[static_cast<std::size_t>(p)]);
-    if (tuple.size() > case_.domains.size()) args.push_back(tuple.back());
-    return args;
+    return argumentsOf(tuple, case_.positions, tuple.size() > case_.domains.size());
   }
 
   void addResult(CSint *result) { variables_.push_back(result); }
