@@ -534,11 +534,85 @@ KORU_API int cs_AllNeq(CSint **vars, int count);
 
 /* ==================================================================================================================
  * 11. Element, index and membership
- * ================================================================================================================== */
+ *
+ * A value at a position, and, narrowed once and for all with nothing posted, a value in a set. The filters return 1,
+ * or 0 as soon as nothing is left.
+ * ================================================================================================================ */
+
+/**
+ * values[index], over the @p n ints of @p values, which are kept like an array of variables. Domain-consistent: index
+ * is narrowed to 0..n-1, and each value stays while a position holds it, each position while its value stays.
+ * @return the value variable, created over the values that index reaches: the memory of its bit array grows with their
+ * span. Null when n < 1, no position of index lies in the array, or memory is exhausted.
+ * Cost: n log n at posting, 12 bytes an int; per value or position that goes logarithmic in n, besides the positions
+ * of the same value that are gone already.
+ */
+KORU_API CSint *cs_Element(CSint *index, const int *values, int n);
+
+/**
+ * A position at which the @p n variables of @p vars hold @p val: a new variable over the indices of those that can
+ * take it. A position goes when its variable loses the value; bound, it binds its variable. Other variables may take
+ * the value too. The array is kept.
+ * @return null when n < 1, no variable can take the value, or memory is exhausted. Cost: linear in n at posting, then
+ * constant per event.
+ */
+KORU_API CSint *cs_Index(CSint **vars, int n, int val);
+
+/**
+ * Keep of v what stands in @p values, which is read during the call. n < 1 fails.
+ * Cost: a pass over the array for each value of v between its ends.
+ */
+KORU_API int cs_InArray(CSint *v, const int *values, int n);
+
+/** Remove from v what stands in @p values, in array order. 1 for n < 1. */
+KORU_API int cs_NotInArray(CSint *v, const int *values, int n);
+
+/** lo <= v <= hi. */
+KORU_API int cs_InInterval(CSint *v, int lo, int hi);
+
+/** Remove lo..hi from v, one by one in increasing order; 1 for lo > hi. Cost: linear in the overlap with v's bounds. */
+KORU_API int cs_NotInInterval(CSint *v, int lo, int hi);
 
 /* ==================================================================================================================
  * 12. Occurrence, minimum and maximum
- * ================================================================================================================== */
+ *
+ * Over the n variables of an array, which is kept; the variadic forms copy their arguments.
+ * ================================================================================================================ */
+
+/**
+ * The least of @p n variables: a new variable r over the smallest minimum to the smallest maximum. Bounds-consistent,
+ * but the maximum of r narrows nothing: a bound r fails when no variable can take its value. Of no variable (n < 1)
+ * the largest int. Null on failure. Cost: linear in n per event on r; constant for the array but for a scan, now and
+ * then, when the last variable known at the minimum of r has left it.
+ */
+KORU_API CSint *cs_Min(CSint **vars, int n);
+
+/** As cs_Min over the @p n variables that follow (each a `CSint *`). */
+KORU_API CSint *cs_VMin(int n, ...);
+
+/** The greatest of @p n variables, as cs_Min with the bounds exchanged; of no variable the smallest int. */
+KORU_API CSint *cs_Max(CSint **vars, int n);
+
+/** As cs_Max over the @p n variables that follow (each a `CSint *`). */
+KORU_API CSint *cs_VMax(int n, ...);
+
+/**
+ * count = how many of the variables are @p val; @p count may be one of them. The bounds of count follow the variables
+ * that are bound to val and those that can still take it; once count decides, the value is imposed on the others or
+ * taken from them. A count that is bound already when the constraint is posted does so at the next event. When all
+ * variables are decided nothing is posted, and count is bound at once. n < 1 counts 0.
+ * @return 0 always, also on success: use cs_OccurConstraints to learn of a failure.
+ */
+KORU_API int cs_Occur(CSint *count, int val, CSint **vars, int n);
+
+/** As cs_Occur with a new variable for the count, which is returned; null on failure. */
+KORU_API CSint *cs_OccurDomain(int val, CSint **vars, int n);
+
+/**
+ * As cs_Occur. @return true when posted and consistent. Cost: linear in n at posting and when count decides, else
+ * constant per event; two bits a variable.
+ */
+KORU_API bool cs_OccurConstraints(CSint *count, int val, CSint **vars, int n);
 
 /* ==================================================================================================================
  * 13. Automata

@@ -51,6 +51,7 @@ bool learn(Bench &b) {
   cs_searchValueSelectorRestartNG(b.array, selectors, 3, chooseZ, one, nullptr, 1, set, nullptr);
   return cs_getNbNoGoods(set) == 1;
 }
+constexpr int kApart[] = {0, 5, 9};
 
 // `run` answers whether the call succeeded; `afterFailure` whether all is as a failed call must leave it.
 struct Operation {
@@ -222,6 +223,19 @@ const Operation kOperations[] = {
     {"cs_searchValueSelectorRestartNG", learn},
     {"cs_Cumulative", [](Bench &b) { return cs_Cumulative(&b.array[0], &b.array[1], &b.array[2], 1, b.t); }},
     {"cs_Disjunctive", [](Bench &b) { return cs_Disjunctive(b.array, &b.array[1], 2); }},
+    {"cs_Element", [](Bench &b) { return cs_Element(b.y, b.coefficients, 3) != nullptr; }},
+    {"cs_Index", [](Bench &b) { return cs_Index(b.array, 3, 5) != nullptr; }},
+    {"cs_InArray", [](Bench &b) { return cs_InArray(b.x, kApart, 3) == 1; }},
+    {"cs_NotInArray", [](Bench &b) { return cs_NotInArray(b.x, kApart, 3) == 1; }},
+    {"cs_NotInInterval", [](Bench &b) { return cs_NotInInterval(b.x, 5, 6) == 1; }},
+    {"cs_Min", [](Bench &b) { return cs_Min(b.array, 3) != nullptr; }},
+    {"cs_VMin", [](Bench &b) { return cs_VMin(3, b.x, b.y, b.z) != nullptr; }},
+    {"cs_Max", [](Bench &b) { return cs_Max(b.array, 3) != nullptr; }},
+    {"cs_VMax", [](Bench &b) { return cs_VMax(3, b.x, b.y, b.z) != nullptr; }},
+    // It answers 0 always.
+    {"cs_Occur", [](Bench &b) { return cs_Occur(b.t, 4, b.array, 3) == 0 && cs_getErr() == CS_ERR_NONE; }},
+    {"cs_OccurDomain", [](Bench &b) { return cs_OccurDomain(4, b.array, 3) != nullptr; }},
+    {"cs_OccurConstraints", [](Bench &b) { return cs_OccurConstraints(b.z, 4, b.array, 3); }},
     {"cs_Vsearch", [](Bench &b) { return cs_Vsearch(3, b.x, b.y, b.z, cs_findFreeVar); }},
     {"cs_searchCriteria", searchCriteria},
     {"cs_searchCriteriaFail", searchCriteriaFail},
@@ -300,6 +314,12 @@ const char *const kOnlyBlocks[] = {
     "cs_searchValueSelectorFail",
     "cs_profilerWriteFile",
     "cs_minimize",
+    "CSINT",     "cs_createCSint", "cs_EQ",      "cs_LE",           "cs_LT",          "cs_GE",
+    "cs_GT",     "cs_backtrack",   "cs_init",    "cs_backtrackExt", "cs_saveContext", "cs_restoreAndSaveContext",
+    "cs_search", "cs_searchFail",  "cs_findAll", "cs_printf",       "cs_minimize",
+    "CSINT",         "cs_createCSint", "cs_EQ",         "cs_LE",           "cs_LT",          "cs_GE",
+    "cs_GT",         "cs_backtrack",   "cs_init",       "cs_backtrackExt", "cs_saveContext", "cs_restoreAndSaveContext",
+    "cs_InInterval", "cs_search",      "cs_searchFail", "cs_findAll",      "cs_printf",
 };
 
 const char *const kNeverAllocating[] = {

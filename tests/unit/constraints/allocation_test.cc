@@ -12,6 +12,8 @@ struct Operands {
   CSint *x[3];
 };
 
+constexpr int kTable[] = {4, 7, 4};
+
 struct Poster {
   const char *name;
   bool (*post)(Operands &);
@@ -58,7 +60,8 @@ bool postDisjunctive(Operands &o) { return cs_Disjunctive(&o.x[0], &o.x[1], 1); 
 
 // cs_Neq and the like allocate a site, a constraint and an entry per variable; the n-ary sums also an array and a
 // second constraint, cs_VSub a third; the variable elements a table and three constraints; a set of no-goods its watch
-// lists.
+// lists. cs_Element takes a list of what the index reaches, a bit array and its table in two arrays, cs_Index a bit
+// array, the occurrence constraints a block with both their sets.
 const Poster kPosters[] = {
     {"cs_Eq", [](Operands &o) { return cs_Eq(o.x[0], o.x[1]); }, 4},
     {"cs_Neq", [](Operands &o) { return cs_Neq(o.x[0], o.x[1]); }, 4},
@@ -76,6 +79,12 @@ const Poster kPosters[] = {
     {"cs_createNoGoodSet", makeNoGoodSet, 6},
     {"cs_Cumulative", postCumulative, 12},
     {"cs_Disjunctive", postDisjunctive, 16},
+    {"cs_Element", [](Operands &o) { return cs_Element(o.x[0], kTable, 3) != nullptr; }, 8},
+    {"cs_Index", [](Operands &o) { return cs_Index(o.x, 3, 5) != nullptr; }, 8},
+    {"cs_Min", [](Operands &o) { return cs_Min(o.x, 3) != nullptr; }, 7},
+    {"cs_VMax", [](Operands &o) { return cs_VMax(3, o.x[0], o.x[1], o.x[2]) != nullptr; }, 8},
+    {"cs_OccurDomain", [](Operands &o) { return cs_OccurDomain(5, o.x, 3) != nullptr; }, 8},
+    {"cs_OccurConstraints", [](Operands &o) { return cs_OccurConstraints(o.x[2], 5, o.x, 2); }, 7},
 };
 INSTANTIATE_TEST_SUITE_P(, AllocationTest, ::testing::ValuesIn(kPosters),
                          [](const auto &row) { return std::string(row.param.name); });
@@ -90,7 +99,16 @@ INSTANTIATE_TEST_SUITE_P(
     , HoleAllocationTest,
     ::testing::Values(Poster{"cs_Add", [](Operands &o) { return cs_Add(o.x[0], o.x[1]) != nullptr; }, 6},
                       Poster{"cs_Sub", [](Operands &o) { return cs_Sub(o.x[1], o.x[0]) != nullptr; }, 6},
-                      Poster{"cs_Neq", [](Operands &o) { return cs_Neq(o.x[0], o.x[1]); }, 4}),
+                      Poster{"cs_Neq", [](Operands &o) { return cs_Neq(o.x[0], o.x[1]); }, 4},
+                      // Of the three positions the middle one is undecided, the others are not: no bit array.
+                      Poster{"cs_OccurDomain", [](Operands &o) { return cs_OccurDomain(5, o.x, 3) != nullptr; }, 6},
+                      // The middle one is decided, which takes one for both sets.
+                      Poster{"cs_OccurConstraints",
+                             [](Operands &o) {
+                               CSint *array[] = {o.x[1], o.x[0], o.x[1]};
+                               return cs_OccurConstraints(cs_createCSint(0, 3), 5, array, 3);
+                             },
+                             9}),
     [](const auto &row) { return std::string(row.param.name); });
 
 // The first filtering removes an inner value, for which the variable needs a bit array.

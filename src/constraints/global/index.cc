@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+// cs_Index: position holds the indices at which an array of variables can still take a value; vars[position] = val.
+// Consistency: a position goes when its variable loses the value; the value is imposed once position is bound.
+// Cost: O(1) per event, O(n) at posting.  State: none.
+// Wakes: when position is bound, and at every change of a variable, on two constraints under one site.
+// Deliberate: the site name is "cs_Cumulative".
+// Deliberate: binding another variable to the value says nothing about position.
+// Deliberate: position's last-reported bounds are 0 and n - 1 at first, whatever its domain.
+// Deliberate: the removal of val is not heard when a bound of the variable moved past it before the event came, nor
+// does that bound's event tell, for val is no longer there; the position stays and fails when it is bound.
+#include "core/post.h"
+
+namespace koru::index {
+
+struct Record {
+  CSint **vars;
+  int n;
+  int val;
+  CSint *position;
+};
+
+struct OnPosition : Record {};
+struct OnVars : Record {};
+
+// ----- rules
+
+static bool dropPosition(const Record &c, int i) { return !contains(c.position, i) || removeValue(c.position, i); }
+
+// Whether a variable whose bounds lately enclosed `value` held it, as far as its holes tell.
+static bool held(const CSint *v, int value) { return v->bits == nullptr || v->bits->has(value); }
+
+// The variable at position i has lost the values from `low` to `high`.
+static bool lost(const OnVars &c, const Event &e, std::int64_t low, std::int64_t high) {
+  return c.val < low || c.val > high || !held(e.var, c.val) || dropPosition(c, e.index);
+}
+
+// ----- handlers
+
+static bool positionBound(OnPosition &c, const Event &e) {
+  CSint *v = c.vars[e.var->min];
+  return contains(v, c.val) && bindValue(v, c.val);
+}
+
+constexpr auto kPositionTable =
+    handlers<OnPosition>({.minBound = on<positionBound>, .maxBound = on<positionBound>, .bound = on<positionBound>});
+
+static bool newMin(OnVars &c, const Event &e) { return lost(c, e, e.oldValue, std::int64_t{e.newValue} - 1); }
+static bool newMax(OnVars &c, const Event &e) { return lost(c, e, std::int64_t{e.newValue} + 1, e.oldValue); }
+
+// The event holds both old bounds.
+static bool bound(OnVars &c, const Event &e) { return e.var->min == c.val || lost(c, e, e.oldValue, e.newValue); }
+
+static bool removed(OnVars &c, const Event &e) { return e.newValue != c.val || dropPosition(c, e.index); }
+
+constexpr auto kVarsTable = handlers<OnVars>({.newMin = on<newMin>,
+                                              .newMax = on<newMax>,
+                                              .minBound = on<newMin>,
+                                              .maxBound = on<newMax>,
+                                              .bound = on<bound>,
+                                              .removed = on<removed>});
+
+// ----- posting
+
+static CSint *createPosition(CSint *const *vars, int n, int val) {
+  DomainBits *bits = DomainBits::create(0, n - 1, DomainBits::Fill::kNone);
+  if (bits == nullptr) return nullptr;
+  for (int i = 0; i < n; ++i)
+    if (contains(vars[i], val)) bits->set(i);
+  return createFromBits(bits);
+}
+
+static CSint *post(CSint **vars, int n, int val) {
+  if (n < 1 || vars == nullptr || !allPresent(vars, n) || !solver.initialised) return nullptr;
+  const Record record{vars, n, val, createPosition(vars, n, val)};
+  if (record.position == nullptr) return nullptr;
+  Posting posting{"cs_Cumulative"};
+  auto onPosition = posting.add(kPositionTable, OnPosition{record});
+  onPosition.attach(record.position);
+  auto onVars = posting.add(kVarsTable, OnVars{record});
+  for (int i = 0; i < n; ++i) onVars.attach(vars[i], i);
+  return posting ? record.position : nullptr;
+}
+
+}  // namespace koru::index
+
+CSint *cs_Index(CSint **vars, int n, int val) { return koru::index::post(vars, n, val); }
