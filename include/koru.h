@@ -618,6 +618,24 @@ KORU_API bool cs_OccurConstraints(CSint *count, int val, CSint **vars, int n);
  * 13. Automata
  * ================================================================================================================== */
 
+/**
+ * The values of vars[0] .. vars[n-1], in this order, are a word that a deterministic finite automaton accepts.
+ *
+ * States are 0 .. states-1, symbols 0 .. symbols-1, and the variables are restricted to the symbols.
+ * table[q * symbols + a] is the state reached from q on a; an entry that is no state means that there is no such
+ * transition. The word is read from @p start and must end in one of the @p finalCount states of @p finals; entries that
+ * are no states are ignored. Domain-consistent when no variable stands in the array twice.
+ *
+ * `vars` is kept for as long as the constraint lives, that is until the context it was posted in is restored or the
+ * solver ends; `table` and `finals` are only read by the call.
+ * @return 1 when posted and consistent, or when n < 1 (nothing is posted); 0 when no final state is valid, the start is
+ * no state, a pointer is null, no word is accepted, or memory is exhausted.
+ * Cost: time linear in n * states * symbols, and 24 bytes for each transition of each position that lies on an accepted
+ * word, besides 24 for each state and symbol of each position. An event costs a look at the states of its layer.
+ */
+KORU_API int cs_Regular(CSint **vars, int n, const int *table, int states, int symbols, int start, const int *finals,
+                        int finalCount);
+
 /* ==================================================================================================================
  * 14. Variable element
  * ================================================================================================================== */

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+// The live states of each layer while the graph of cs_Regular is built: one bit each, a row of words per layer.
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <functional>
+
+#include "core/alloc.h"
+
+namespace koru::regular {
+
+class StateSets {
+ public:
+  // Empty sets of states below `states`. False as a bool when memory is exhausted (reported).
+  StateSets(std::uint64_t layers, int states)
+      : wordsPerLayer_((static_cast<std::size_t>(states) + 63) / 64), words_(layers * wordsPerLayer_) {
+    if (words_) std::fill_n(words_.get(), layers * wordsPerLayer_, std::uint64_t{0});
+  }
+  explicit operator bool() const { return static_cast<bool>(words_); }
+
+  bool has(int layer, int q) const { return (row(layer)[q / 64] >> (q % 64) & 1U) != 0; }
+  void add(int layer, int q) { row(layer)[q / 64] |= std::uint64_t{1} << (q % 64); }
+  void remove(int layer, int q) { row(layer)[q / 64] &= ~(std::uint64_t{1} << (q % 64)); }
+
+  bool isEmpty(int layer) const {
+    return std::all_of(row(layer), row(layer) + wordsPerLayer_, [](std::uint64_t word) { return word == 0; });
+  }
+
+  void intersect(int layer, const StateSets &other) {
+    std::transform(row(layer), row(layer) + wordsPerLayer_, other.row(0), row(layer), std::bit_and<>());
+  }
+
+  // In increasing order; `visit` may remove the state it is told.
+  template <class Visit>
+  void forEach(int layer, Visit visit) const {
+    for (std::size_t i = 0; i < wordsPerLayer_; ++i)
+      for (std::uint64_t left = row(layer)[i]; left != 0; left &= left - 1)
+        visit(static_cast<int>(i * 64) + std::countr_zero(left));
+  }
+
+ private:
+  std::uint64_t *row(int layer) const { return words_.get() + static_cast<std::size_t>(layer) * wordsPerLayer_; }
+
+  std::size_t wordsPerLayer_;
+  Buffer<std::uint64_t> words_;
+};
+
+}  // namespace koru::regular

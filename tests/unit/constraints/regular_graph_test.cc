@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// The layered graph of cs_Regular: which states and edges are left, and the order of every list.
+#include "constraints/global/regular_graph.h"
+
+#include "support/brute_probe.h"
+
+namespace {
+
+using namespace koru;
+using namespace koru::test;
+using namespace koru::regular;
+
+using Pairs = std::vector<std::pair<int, int>>;
+
+Pairs entries(const EdgeList &list) {
+  Pairs result;
+  for (int i = 0; i < list.size; ++i) result.emplace_back(list.edges[i].x, list.edges[i].y);
+  return result;
+}
+
+class RegularGraphTest : public SolverTest {
+ protected:
+  bool build(const std::vector<int> &table, int states, int symbols, const std::vector<int> &finals, int n) {
+    while (static_cast<int>(vars.size()) < n) vars.push_back(cs_createCSint(0, symbols - 1));
+    const Automaton automaton{table.data(), states, symbols, 0, finals.data(), static_cast<int>(finals.size())};
+    graph = Graph(automaton, vars.data(), n);
+    return graph.build(automaton);
+  }
+
+  std::vector<CSint *> vars;
+  Graph graph{Automaton{}, nullptr, 0};
+};
+
+// Words over {0, 1} with at most one 1 in a row: state 1 is "the last symbol was a 1", state 2 is never left.
+const std::vector<int> kNoTwoOnes{0, 1, 0, 2, 2, 2};
+
+TEST_F(RegularGraphTest, LayersHoldTheStatesOnAcceptedWords) {
+  ASSERT_TRUE(build(kNoTwoOnes, 3, 2, {0, 1}, 3));
+  EXPECT_EQ(values(graph.layer(0)), std::vector{0});
+  for (int k = 1; k <= 3; ++k) EXPECT_EQ(values(graph.layer(k)), range(0, 1));
+  EXPECT_EQ(graph.layer(1)->bits, nullptr) << "the dead state lies at an end";
+}
+
+TEST_F(RegularGraphTest, ALayerWithAHoleHasBits) {
+  ASSERT_TRUE(build({2, 0, -1, -1, 0, 2}, 3, 2, {0, 2}, 2));
+  EXPECT_EQ(values(graph.layer(1)), (std::vector{0, 2}));
+  EXPECT_EQ(cs_getNbElements(graph.layer(1)), 2);
+}
+
+TEST_F(RegularGraphTest, ListsHoldTheLiveEdgesInOrder) {
+  ASSERT_TRUE(build(kNoTwoOnes, 3, 2, {0, 1}, 2));
+  EXPECT_EQ(entries(graph.sources(0)[0]), (Pairs{{0, 0}, {1, 1}}));
+  EXPECT_EQ(entries(graph.sources(1)[0]), (Pairs{{0, 0}, {1, 1}}));
+  EXPECT_EQ(entries(graph.sources(1)[1]), (Pairs{{0, 0}}));
+  EXPECT_EQ(entries(graph.targets(0)[1]), (Pairs{{1, 0}}));
+  EXPECT_EQ(entries(graph.targets(1)[0]), (Pairs{{0, 0}, {0, 1}}));
+  EXPECT_EQ(entries(graph.labels(0)[0]), (Pairs{{0, 0}}));
+  EXPECT_EQ(entries(graph.labels(1)[0]), (Pairs{{0, 0}, {1, 0}}));
+  EXPECT_EQ(entries(graph.labels(1)[1]), (Pairs{{0, 1}}));
+}
+
+TEST_F(RegularGraphTest, ListsOfDeadStatesAndUnusedSymbolsAreEmpty) {
+  vars = {cs_createCSint(0, 1), fromValues({1})};
+  ASSERT_TRUE(build(kNoTwoOnes, 3, 2, {1}, 2));
+  EXPECT_EQ(entries(graph.labels(0)[1]), Pairs{});
+  EXPECT_EQ(entries(graph.labels(1)[0]), Pairs{});
+  EXPECT_EQ(entries(graph.sources(1)[1]), Pairs{});
+  EXPECT_EQ(entries(graph.targets(0)[2]), Pairs{});
+  EXPECT_EQ(values(graph.layer(1)), std::vector{0});
+}
+
+TEST_F(RegularGraphTest, SupportsBeginAtTheFirstEntry) {
+  ASSERT_TRUE(build(kNoTwoOnes, 3, 2, {0, 1}, 2));
+  const EdgeList &list = graph.targets(1)[0];
+  EXPECT_EQ(list.support, 0);
+  EXPECT_EQ(list.current.x, 0);
+  EXPECT_EQ(list.current.y, 0);
+}
+
+TEST_F(RegularGraphTest, SymbolsInAHoleOfAVariableMakeNoEdge) {
+  vars = {fromValues({0, 2})};
+  ASSERT_TRUE(build({0, 0, 0}, 1, 3, {0}, 1));
+  EXPECT_EQ(entries(graph.sources(0)[0]), (Pairs{{0, 0}, {2, 0}}));
+}
+
+TEST_F(RegularGraphTest, NoWordIsFalseWithoutAReport) {
+  EXPECT_FALSE(build({-1, 1, 1, 1}, 2, 2, {0}, 2)) << "no final state is reached";
+  vars = {CSINT(0)};
+  EXPECT_FALSE(build({-1, 1, 1, 1}, 2, 2, {1}, 1)) << "no state is reached";
+  EXPECT_EQ(memoryReports, 0);
+}
+
+TEST_F(RegularGraphTest, StatesBeyondOneWordAreKeptApart) {
+  constexpr int kStates = 200;
+  std::vector<int> table;
+  for (int q = 0; q < kStates; ++q)
+    for (const int step : {63, 64, 65}) table.push_back(q + step);
+  ASSERT_TRUE(build(table, kStates, 3, {190, 191, 192, 193, 194}, 3));
+  EXPECT_EQ(values(graph.layer(1)), range(63, 65));
+  EXPECT_EQ(values(graph.layer(2)), range(126, 130));
+  EXPECT_EQ(values(graph.layer(3)), range(190, 194));
+  EXPECT_EQ(entries(graph.targets(1)[128]), (Pairs{{2, 63}, {1, 64}, {0, 65}}));
+}
+
+}  // namespace
