@@ -1,29 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Linear sums and reified comparisons: the CPU time of one event.
-#include <benchmark/benchmark.h>
-
 #include <cstddef>
 #include <vector>
 
+#include "measure.h"
 #include "models_arith.h"
 
 namespace koru::bench {
 
 namespace {
-
-// Measures from its construction, right before the loop, to its end.
-class Stopwatch {
- public:
-  explicit Stopwatch(benchmark::State &state) : state_(state) {}
-
-  double nanosecondsPer(double operations) const {
-    return (cpuSeconds() - start_) * 1e9 / (operations * static_cast<double>(state_.iterations()));
-  }
-
- private:
-  benchmark::State &state_;
-  double start_ = cpuSeconds();
-};
 
 int sizeOf(const Array &x) { return static_cast<int>(x.size()); }
 

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The engine's single steps, each as the CPU time of one operation ("ns"). Narrowings are undone in batches by
 // contexts, so their times include a share of an undo.
-#include <benchmark/benchmark.h>
-#include <malloc.h>
-
 #include <utility>
 
 #include "core/post.h"
 #include "core/solver.h"
+#include "measure.h"
 #include "models.h"
 
 namespace koru::bench {
@@ -270,16 +268,6 @@ Outcome postOnly(const Array &x, std::size_t count) {
     outcome.units += cs_Neq(x[static_cast<std::size_t>(first)], x[static_cast<std::size_t>(second)]) ? 1 : 0;
   }
   return outcome;
-}
-
-// Bytes handed out by the C library, 0 where it does not tell.
-double heapBytes() {
-#if defined(__GLIBC__) && __GLIBC_PREREQ(2, 33)
-  const struct mallinfo2 info = mallinfo2();
-  return static_cast<double>(info.uordblks + info.hblkhd);
-#else
-  return 0;
-#endif
 }
 
 double trailBytes() { return static_cast<double>(solver.trail.blockCount()) * Trail::kCapacity * sizeof(TrailRecord); }
