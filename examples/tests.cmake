@@ -193,3 +193,65 @@ koru_example_test(knapsack.directory knapsack 2 ARGS "${CMAKE_CURRENT_BINARY_DIR
 koru_example_test(knapsack.bad_option knapsack 2 ARGS --fast EXPECT_ERROR "^knapsack: unknown option --fast\n")
 koru_example_test(knapsack.two_files knapsack 2 ARGS a b EXPECT_ERROR "^knapsack: more than one file\n")
 koru_example_test(knapsack.help knapsack 0 ARGS --help EXPECT "^usage: knapsack ")
+
+# --- nonogram: outcomes ---
+koru_example_test(nonogram.boat nonogram 0 ARGS "${puzzles}/boat.non"
+  EXPECT "\n          15  (###)+\n[^\n]*\n[^\n]*\n[^\n]*\n  2  2  2  1 [^\n]*\nBoat, 15x15: one picture [|] ")
+koru_example_test(nonogram.koru nonogram 0 ARGS --quiet "${puzzles}/koru.non" EXPECT "^Koru, 25x25: one picture [|] ")
+koru_example_test(nonogram.stats nonogram 0 ARGS --quiet --stats "${puzzles}/boat.non"
+  EXPECT "^Boat, [^\n]*\n\nNb Fails = 0\nNb Choice Points = 0\nHeap Size = [0-9]+\n$")
+koru_example_test(nonogram.stdin nonogram 0 ARGS --quiet INPUT "${puzzles}/boat.non" EXPECT "^Boat, 15x15: one picture [|] ")
+koru_example_test(nonogram.dash nonogram 0 ARGS --quiet - INPUT "${puzzles}/boat.non" EXPECT "^Boat, 15x15: one picture [|] ")
+koru_example_input(nonogram_file diagonal.non "width 2\nheight 2\nrows\n1\n1\ncolumns\n1\n1\n")
+koru_example_test(nonogram.several nonogram 1 ARGS "${nonogram_file}"
+  EXPECT "^       1  1\n  1   . ###\n  1  ### . \n2x2: several pictures [|] ")
+koru_example_test(nonogram.several_first nonogram 0 ARGS --first --quiet "${nonogram_file}" EXPECT "^2x2: solved [|] ")
+koru_example_input(nonogram_file contradiction.non "width 2\nheight 1\nrows\n2\ncolumns\n1\n0\n")
+koru_example_test(nonogram.none nonogram 1 ARGS "${nonogram_file}" EXPECT "^2x1: no picture [|] ")
+koru_example_test(nonogram.none_first nonogram 1 ARGS --first "${nonogram_file}" EXPECT "^2x1: no picture [|] ")
+koru_example_input(nonogram_file blank.non "height 1\nwidth 2\ncolumns\n0\n0\nrows\n0\n")
+koru_example_test(nonogram.blank nonogram 0 ARGS "${nonogram_file}" EXPECT "^   .  . \n2x1: one picture [|] ")
+# Columns first, blanks and commas, line ends of other systems, keywords that say nothing, no line end at the end.
+koru_example_input(nonogram_file loose.non
+  "# loose\r\ncatalogue \"x 1\"\r\ntitle  Loose\n\nwidth\t5\nheight 1\n\ncolumns\n 1\n1 \n0\n\n1\n1\ngoal \"11011\"\nrows\n\n  2 ,\t2")
+koru_example_test(nonogram.loose nonogram 0 ARGS "${nonogram_file}"
+  EXPECT "\n  2  2  ###### . ######\nLoose, 5x1: one picture [|] ")
+
+# --- nonogram: bad input and arguments ---
+# nonogram_fault(name text line message)
+function(nonogram_fault name text line message)
+  koru_example_input(file "nonogram_${name}.non" "${text}")
+  koru_example_test(nonogram.${name} nonogram 2 ARGS "${file}"
+    EXPECT "^$" EXPECT_ERROR "^nonogram: [^\n]*nonogram_${name}.non:${line}: ${message}\n$")
+endfunction()
+set(square "width 2\nheight 2\n")
+nonogram_fault(empty "" 1 "width: missing")
+nonogram_fault(no_height "width 2\n" 2 "height: missing")
+nonogram_fault(no_number "width two\n" 1 "width: two is no number from 1 to 200")
+nonogram_fault(zero "height 0\n" 1 "height: 0 is no number from 1 to 200")
+nonogram_fault(negative "height -3\n" 1 "height: -3 is no number from 1 to 200")
+nonogram_fault(large "\nwidth 201\n" 2 "width: 201 is no number from 1 to 200")
+nonogram_fault(nothing "width\n" 1 "width:  is no number from 1 to 200")
+nonogram_fault(twice "width 2\nwidth 2\n" 2 "width is given twice")
+nonogram_fault(early "width 2\nrows\n1\n" 2 "width and height must come before rows")
+nonogram_fault(stray "${square}\n1,1\n" 4 "1,1: no clue is expected here")
+nonogram_fault(stray_after "${square}rows\n1\n1\ngoal \"1\"\n1\n" 7 "1: no clue is expected here")
+nonogram_fault(rows_twice "${square}rows\n1\n1\nrows\n" 6 "rows are given twice")
+nonogram_fault(many "${square}rows\n1\n1\n1\n" 6 "there are more clues than the rows, 2")
+nonogram_fault(few_rows "${square}columns\n1\n1\nrows\n1\n" 8 "clue of row 2: missing")
+nonogram_fault(few_columns "${square}rows\n1\n1\ncolumns\n" 7 "clue of column 1: missing")
+nonogram_fault(letters "${square}rows\n1\n1x\n" 5 "1x is no number from 0 to 2")
+nonogram_fault(sign "${square}rows\n-1\n" 4 "-1 is no number from 0 to 2")
+nonogram_fault(long_block "${square}rows\n3\n" 4 "3 is no number from 0 to 2")
+nonogram_fault(crowded "${square}rows\n1\n1,1\n" 5 "the blocks do not fit into a row of 2 cells")
+nonogram_fault(crowded_column "width 1\nheight 3\ncolumns\n2,1\n" 4 "the blocks do not fit into a column of 3 cells")
+nonogram_fault(zero_first "${square}rows\n0,1\n" 4 "0 does not stand alone")
+nonogram_fault(zero_last "${square}rows\n1,0\n" 4 "0 does not stand alone")
+string(REPEAT "1," 5000 ones)
+nonogram_fault(long_line "${square}rows\n${ones}\n" 4 "the line is longer than 1999 characters")
+koru_example_test(nonogram.missing_file nonogram 2 ARGS "${CMAKE_CURRENT_BINARY_DIR}/inputs/missing.non"
+  EXPECT_ERROR "^nonogram: [^\n]*missing.non: ")
+koru_example_test(nonogram.directory nonogram 2 ARGS "${CMAKE_CURRENT_BINARY_DIR}"
+  EXPECT_ERROR "^nonogram: [^\n]*:1: cannot read on\n$")
+koru_example_test(nonogram.bad_option nonogram 2 ARGS --fast EXPECT_ERROR "^nonogram: unknown option --fast\n")
+koru_example_test(nonogram.help nonogram 0 ARGS --help EXPECT "^usage: nonogram ")
