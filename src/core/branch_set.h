@@ -6,8 +6,9 @@
 // One that is taken by a callback of a running undo never stands: its context stays open, but what is done is taken
 // back.
 //
-// A BranchSet holds the positions 0..n-1. One that is taken out is back when its stamp no longer stands. Stamps taken
+// A branch set holds the positions 0..n-1. One that is taken out is back when its stamp no longer stands. Stamps taken
 // one after the other fall in the opposite order, because contexts are a stack, so a stack of them is all it needs.
+// BranchSet owns its storage, BranchSetOn works on that of somebody else.
 #pragma once
 
 #include <bit>
@@ -25,42 +26,67 @@ struct BranchStamp {
   bool stands() const;
 };
 
-class BranchSet {
+class BranchSetOn {
  public:
-  // All positions in; false as a bool when memory is exhausted (reported).
-  explicit BranchSet(int size);
-  explicit operator bool() const { return words_ && taken_; }
+  struct Taken {
+    int position;
+    int level;  // level and serial: the stamp
+    std::uint64_t serial;
+  };
+  static constexpr int wordsFor(int size) { return (size + 63) / 64; }
+
+  BranchSetOn() = default;
+  // All positions in. `words` has room for wordsFor(size), `taken` for size elements.
+  BranchSetOn(int size, std::uint64_t *words, Taken *taken);
 
   // Puts back what was taken out on branches that have been left. To be called before the set is used.
   void refresh() {
-    while (takenCount_ > 0 && !taken_[takenCount_ - 1].stamp.stands()) put(taken_[--takenCount_].position);
+    while (takenCount_ > 0 && !newest().stands()) put(taken_[--takenCount_].position);
   }
 
-  void takeOut(int position);
+  // Both take a position out for this branch; `stamp` is that of now, for a caller who takes out many.
+  void takeOut(int position, const BranchStamp &stamp);
+  void takeOut(int position) { takeOut(position, BranchStamp::now()); }
 
   // Visits the positions in increasing order while `visit` returns true. False when it has returned false.
   template <class Visit>
   bool forEach(Visit visit) const {
-    for (int i = 0; i < wordCount_; ++i) {
-      for (std::uint64_t left = words_[i]; left != 0; left &= left - 1)
-        if (!visit(i * 64 + std::countr_zero(left))) return false;
-    }
+    for (int i = 0; i < wordCount_; ++i)
+      if (!visitWord(i * 64, words_[i], visit)) return false;
     return true;
   }
 
  private:
-  struct Taken {
-    int position;
-    BranchStamp stamp;
-  };
-
   static std::uint64_t maskOf(int position) { return std::uint64_t{1} << (position % 64); }
+  template <class Visit>
+  static bool visitWord(int first, std::uint64_t left, Visit &visit) {
+    if (left == ~std::uint64_t{0}) {
+      for (int i = 0; i < 64; ++i)
+        if (!visit(first + i)) return false;
+      return true;
+    }
+    for (; left != 0; left &= left - 1)
+      if (!visit(first + std::countr_zero(left))) return false;
+    return true;
+  }
   void put(int position) { words_[position / 64] |= maskOf(position); }
+  BranchStamp newest() const { return {taken_[takenCount_ - 1].level, taken_[takenCount_ - 1].serial}; }
 
+  std::uint64_t *words_ = nullptr;
+  Taken *taken_ = nullptr;
+  int wordCount_ = 0;
+  int takenCount_ = 0;
+};
+
+class BranchSet : public BranchSetOn {
+ public:
+  // False as a bool when memory is exhausted (reported).
+  explicit BranchSet(int size);
+  explicit operator bool() const { return words_ && taken_; }
+
+ private:
   Buffer<std::uint64_t> words_;
   Buffer<Taken> taken_;
-  int wordCount_;
-  int takenCount_ = 0;
 };
 
 }  // namespace koru

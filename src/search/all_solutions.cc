@@ -3,6 +3,7 @@
 //
 // The same n-ary branching as cs_search, without a fail limit; each solution is handed to `found` while it stands.
 #include "search/branching.h"
+#include "search/selection.h"
 
 namespace koru {
 
@@ -11,7 +12,7 @@ namespace {
 struct AllSolutions {
   CSint **array;
   int size;
-  CSfindFreeVar select;
+  Selection selection;
   CSfoundCallback found;
 
   void reportSolution() const {
@@ -19,8 +20,8 @@ struct AllSolutions {
     searchState.solutionFound = true;
   }
 
-  void label() const {
-    CSint *v = select(array, size);
+  void label() {
+    CSint *v = selection.next();
     if (v == nullptr) return reportSolution();
     Values values(v);
     if (!openContext()) return;
@@ -41,6 +42,6 @@ bool cs_findAll(CSint **array, int size, CSfindFreeVar f, CSfoundCallback found)
   koru::beginSearch();
   koru::searchState.solutionFound = false;
   if (f == nullptr) return false;
-  koru::AllSolutions{array, size, f, found}.label();
+  koru::AllSolutions{array, size, {array, size, f}, found}.label();
   return koru::searchState.solutionFound;
 }

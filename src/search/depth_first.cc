@@ -11,19 +11,18 @@
 
 #include "core/alloc.h"
 #include "search/branching.h"
+#include "search/selection.h"
 
 namespace koru {
 
 namespace {
 
 struct DepthFirst {
-  CSint **array;
-  int size;
-  CSfindFreeVar select;
+  Selection selection;
   int failLimit;
 
-  bool label() const {
-    CSint *v = select(array, size);
+  bool label() {
+    CSint *v = selection.next();
     if (v == nullptr) return true;
     Values values(v);
     if (!openContext()) return false;
@@ -47,7 +46,7 @@ bool searchDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLim
 }  // namespace
 
 bool labelDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit) {
-  return DepthFirst{array, size, select, failLimit}.label();
+  return DepthFirst{{array, size, select}, failLimit}.label();
 }
 
 }  // namespace koru

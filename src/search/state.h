@@ -1,14 +1,28 @@
 // SPDX-License-Identifier: MIT
-// What all searches share: their counters and the two flags. They keep the last search's totals after it has ended.
+// What all searches share: their counters, which keep the last search's totals after it has ended, the two flags, and
+// room for one selection.
 #pragma once
 
+#include "core/branch_set.h"
+
 namespace koru {
+
+// Storage for the one search at a time that skips settled variables; see search/selection.h. Memory that is not used
+// is never touched.
+struct SelectionRoom {
+  static constexpr int kSize = 65536;
+
+  bool taken;
+  std::uint64_t words[BranchSetOn::wordsFor(kSize)];
+  BranchSetOn::Taken settled[kSize];
+};
 
 struct SearchState {
   int fails = 0;
   int choicePoints = 0;
   bool cancelled = false;
   bool solutionFound = false;
+  SelectionRoom selectionRoom{};
 };
 
 extern constinit SearchState searchState;

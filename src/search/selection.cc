@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "search/selection.h"
+
+#include "search/select_variable.h"
+#include "search/state.h"
+
+namespace koru {
+
+// Works on copies, which nothing that it calls can change, so that they stay in registers.
+template <class Rule>
+CSint *Selection::scan(Selection &s) {
+  Rule rule;
+  CSint *const *array = s.array_;
+  BranchSetOn unsettled = s.unsettled_;
+  unsettled.refresh();
+  const BranchStamp now = BranchStamp::now();
+  unsettled.forEach([&](int i) {
+    CSint *v = array[i];
+    if (v == nullptr) return true;
+    if (Rule::isSettled(v)) {
+      unsettled.takeOut(i, now);
+      return true;
+    }
+    return rule.offer(v);
+  });
+  s.unsettled_ = unsettled;
+  return rule.best;
+}
+
+Selection::Step Selection::stepFor(CSfindFreeVar select) {
+  if (select == cs_findFreeVar) return scan<FirstFree>;
+  if (select == cs_findFreeVarNbElements) return scan<FewestElements>;
+  if (select == cs_findFreeVarNbElementsMin) return scan<FewestElementsThenLowest>;
+  if (select == cs_findFreeVarNbConstraints) return scan<MostConstraints>;
+  return askHost;
+}
+
+Selection::Selection(CSint **array, int size, CSfindFreeVar select)
+    : array_(array), size_(size), select_(select), step_(stepFor(select)) {
+  SelectionRoom &room = searchState.selectionRoom;
+  if (room.taken || array == nullptr || size < 1 || size > SelectionRoom::kSize) step_ = askHost;
+  if (step_ == askHost) return;
+  room.taken = true;
+  unsettled_ = BranchSetOn(size, room.words, room.settled);
+}
+
+Selection::~Selection() {
+  if (step_ != askHost) searchState.selectionRoom.taken = false;
+}
+
+}  // namespace koru

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// The variable selection of one search.
+//
+// A function of the host's is called as it is. A built-in one is recognised, and its rule runs over the positions whose
+// variable was not settled yet when an enclosing level looked: the same choice, without a walk over all that is bound.
+// What was settled is known for the branch (core/branch_set), so a restore takes the knowledge back, whoever makes it.
+// State: the SelectionRoom, which there is once; an array that is longer, and a search inside another one, do without.
+#pragma once
+
+#include "core/branch_set.h"
+#include "koru.h"
+
+namespace koru {
+
+class Selection {
+ public:
+  Selection(CSint **array, int size, CSfindFreeVar select);
+  Selection(const Selection &) = delete;
+  Selection &operator=(const Selection &) = delete;
+  ~Selection();
+
+  CSint *next() { return step_(*this); }
+
+ private:
+  using Step = CSint *(*)(Selection &);
+
+  static CSint *askHost(Selection &s) { return s.select_(s.array_, s.size_); }
+  template <class Rule>
+  static CSint *scan(Selection &s);
+  static Step stepFor(CSfindFreeVar select);
+
+  CSint **array_;
+  int size_;
+  CSfindFreeVar select_;
+  Step step_;
+  BranchSetOn unsettled_;
+};
+
+}  // namespace koru
