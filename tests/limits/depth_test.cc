@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+// Deep searches: 50,000 levels within a stack of 8 MiB, and the bytes that a level of each engine takes, as they are
+// stated in docs/search.md. Only in optimised builds without instrumentation, whose frames are larger.
+#include <pthread.h>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+
+#include "core/solver.h"
+#include "support/solver_test.h"
+
+namespace {
+
+using namespace koru;
+using namespace koru::test;
+
+constexpr std::size_t kStack = std::size_t{8} * 1024 * 1024;
+constexpr int kLevels = 50000;
+
+#if defined(__SANITIZE_ADDRESS__) || !defined(__OPTIMIZE__)
+constexpr bool kPlainFrames = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kPlainFrames = false;
+#else
+constexpr bool kPlainFrames = true;
+#endif
+#else
+constexpr bool kPlainFrames = true;
+#endif
+
+// Runs `body` on a stack of kStack bytes.
+void onStack(std::function<void()> body) {
+  pthread_attr_t attributes;
+  pthread_t thread;
+  ASSERT_EQ(pthread_attr_init(&attributes), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
+  const auto run = [](void *argument) -> void * {
+    (*static_cast<std::function<void()> *>(argument))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+class DepthTest : public SolverTest {
+ protected:
+  void SetUp() override {
+    if (!kPlainFrames) GTEST_SKIP() << "frames are larger in this build";
+    SolverTest::SetUp();
+    solver.checked.period = solver.checked.untilNext = 1000000;
+    for (int i = 0; i < kLevels; ++i) array.push_back(cs_createCSint(0, 1));
+    level = 0;
+  }
+  void TearDown() override {
+    if (!kPlainFrames) return;
+    solver.checked.period = solver.checked.untilNext = 1;
+    SolverTest::TearDown();
+  }
+
+  // Takes the variables in turn, and notes how far down the stack the first and the last level are.
+  static int nextIndex(CSint **, int size) {
+    const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    if (level == 0) top = here;
+    bottom = here;
+    return level < size ? level++ : -1;
+  }
+  static CSint *nextVariable(CSint **variables, int size) {
+    const int index = nextIndex(variables, size);
+    return index < 0 ? nullptr : variables[index];
+  }
+
+  static double bytesPerLevel() { return static_cast<double>(top - bottom) / kLevels; }
+
+  static inline int level = 0;
+  static inline std::uintptr_t top = 0;
+  static inline std::uintptr_t bottom = 0;
+  std::vector<CSint *> array;
+};
+
+TEST_F(DepthTest, DepthFirstTakesEightyBytesALevel) {
+  onStack([this] { EXPECT_TRUE(cs_search(array.data(), kLevels, nextVariable)); });
+  EXPECT_EQ(solver.contexts.count(), kLevels);
+  EXPECT_LE(bytesPerLevel(), 80);
+}
+
+TEST_F(DepthTest, AllSolutionsTakesEightyBytesALevel) {
+  int solutions = 0;
+  static int *counted;
+  counted = &solutions;
+  const auto found = [](CSint **, int) {
+    ++*counted;
+    cs_cancelSearch();
+  };
+  onStack([&] { EXPECT_TRUE(cs_findAll(array.data(), kLevels, nextVariable, found)); });
+  EXPECT_EQ(solutions, 1);
+  EXPECT_LE(bytesPerLevel(), 80);
+}
+
+TEST_F(DepthTest, TheSelectorEngineTakes160BytesALevel) {
+  std::vector<CSvalueSelector *> selectors(kLevels, cs_getValueSelector(CS_SELECT_MEDIAN));
+  onStack(
+      [&] { EXPECT_TRUE(cs_searchValueSelectorFail(array.data(), selectors.data(), kLevels, nextIndex, 0, nullptr)); });
+  EXPECT_EQ(solver.contexts.count(), kLevels);
+  EXPECT_LE(bytesPerLevel(), 160);
+}
+
+// Back and forth at the bottom with a built-in selection, which would be a walk over all variables at each level.
+TEST_F(DepthTest, ABuiltInSelectionLabelsAsDeep) {
+  onStack([this] { EXPECT_TRUE(cs_search(array.data(), kLevels, cs_findFreeVar)); });
+  EXPECT_EQ(cs_getNbChoicePoints(), kLevels);
+}
+
+}  // namespace
