@@ -255,3 +255,21 @@ koru_example_test(nonogram.directory nonogram 2 ARGS "${CMAKE_CURRENT_BINARY_DIR
   EXPECT_ERROR "^nonogram: [^\n]*:1: cannot read on\n$")
 koru_example_test(nonogram.bad_option nonogram 2 ARGS --fast EXPECT_ERROR "^nonogram: unknown option --fast\n")
 koru_example_test(nonogram.help nonogram 0 ARGS --help EXPECT "^usage: nonogram ")
+# --- golomb ---
+koru_example_test(golomb.drawn golomb 0 ARGS 5
+  EXPECT "^Marks  0 1 4 9 11\n       [|][|]__[|]____[|]_[|]\n5 marks: shortest length 11, proved after [0-9]+ rulers [|]")
+koru_example_test(golomb.two golomb 0 ARGS --quiet 2 EXPECT "^2 marks: shortest length 1, proved after 1 ruler [|]")
+koru_example_test(golomb.three golomb 0 ARGS --quiet 3 EXPECT "^3 marks: shortest length 3,")
+koru_example_test(golomb.eight golomb 0 ARGS --quiet 8 EXPECT "^8 marks: shortest length 34,")
+koru_example_test(golomb.stats golomb 0 ARGS --quiet --stats 6
+  EXPECT "^6 marks: shortest length 17, [^\n]*\n\nNb Fails = [0-9]+\n")
+koru_example_test(golomb.progress golomb 0 ARGS --progress --quiet 5 EXPECT "^5 marks: shortest length 11,"
+  EXPECT_ERROR "^length [0-9]+ [(]ruler 1[)] [|] 0 fails [|] 0[.][0-9] s\n(length [^\n]*\n)*length 11 [(]ruler [0-9]+[)] [^\n]*\n$")
+koru_example_test(golomb.no_number golomb 2 EXPECT "^$" EXPECT_ERROR "^golomb: how many marks[?]\n")
+koru_example_test(golomb.one golomb 2 ARGS 1 EXPECT "^$" EXPECT_ERROR "^golomb: 1 is no number from 2 to 20\n")
+koru_example_test(golomb.many golomb 2 ARGS 21 EXPECT_ERROR "^golomb: 21 is no number from 2 to 20\n")
+koru_example_test(golomb.letters golomb 2 ARGS 8x EXPECT_ERROR "^golomb: 8x is no number from 2 to 20\n")
+koru_example_test(golomb.negative golomb 2 ARGS -3 EXPECT_ERROR "^golomb: -3 is no number from 2 to 20\n")
+koru_example_test(golomb.two_numbers golomb 2 ARGS 5 6 EXPECT_ERROR "^golomb: more than one number\n")
+koru_example_test(golomb.bad_option golomb 2 ARGS --fast 5 EXPECT_ERROR "^golomb: unknown option --fast\n")
+koru_example_test(golomb.help golomb 0 ARGS --help EXPECT "^usage: golomb ")
