@@ -107,7 +107,23 @@ TEST_F(DepthTest, TheSelectorEngineTakes160BytesALevel) {
   EXPECT_LE(bytesPerLevel(), 160);
 }
 
-// Back and forth at the bottom with a built-in selection, which would be a walk over all variables at each level.
+TEST_F(DepthTest, CriteriaTakes144BytesALevel) {
+  const auto score = [](int, int value) { return value; };
+  onStack([&] { EXPECT_TRUE(cs_searchCriteria(array.data(), kLevels, nextIndex, score)); });
+  EXPECT_LE(bytesPerLevel(), 144);
+}
+
+TEST_F(DepthTest, MatrixTakes160BytesALevel) {
+  CSint **rows[] = {array.data()};
+  const auto onlyRow = [](CSint ***, int, int columns) { return level < columns ? 0 : -1; };
+  const auto nextColumn = [](int, CSint **row, int columns) { return nextIndex(row, columns); };
+  const auto score = [](int, int, int value) { return value; };
+  onStack([&] { EXPECT_TRUE(cs_searchMatrix(rows, 1, kLevels, onlyRow, nextColumn, score)); });
+  EXPECT_EQ(level, kLevels);
+  EXPECT_LE(bytesPerLevel(), 160);
+}
+
+// With a built-in selection, which takes no walk over all variables at each level.
 TEST_F(DepthTest, ABuiltInSelectionLabelsAsDeep) {
   onStack([this] { EXPECT_TRUE(cs_search(array.data(), kLevels, cs_findFreeVar)); });
   EXPECT_EQ(cs_getNbChoicePoints(), kLevels);

@@ -41,6 +41,26 @@ TEST_F(SelectorEngineTest, TheFirstSolutionIsFoundAndLeftInPlace) {
   EXPECT_EQ(values(xy[1]), std::vector{2});
 }
 
+// The worked example of docs/search.md.
+TEST_F(SelectorEngineTest, TheDocumentedTraceIsThatOfTheEngine) {
+  makeXy(3, 3);
+  ASSERT_TRUE(cs_Neq(xy[0], xy[1]) && cs_IfNeq(xy[0], xy[1], 0, 1) && cs_IfNeq(xy[0], xy[1], 0, 2));
+  CSvalueSelector **selectors =
+      trace.logging({cs_getValueSelector(CS_SELECT_ASCENDING), cs_getValueSelector(CS_SELECT_UPPER_HALF)});
+  EXPECT_TRUE(cs_searchValueSelectorFail(xy, selectors, 2, firstFree, 0, trace.hooks()));
+  expectTrace(
+      "start 0 2\n"
+      "enter 0 0\ninit 0\nnext 0 EQ 0\nnext 0 EQ 1\n"
+      "before 0 0 EQ 0\nafter no 0 0 EQ 0\n"
+      "next 0 EQ 2\n"
+      "before 0 0 EQ 1\nafter yes 0 0 EQ 1\n"
+      "enter 1 1\ninit 1\nnext 1 GE 1\nnext 1 LT 1\n"
+      "before 1 1 GE 1\nafter yes 1 1 GE 1\n"
+      "found 1\nendSelector 1\nendSelector 0\n"
+      "end yes 1 0 2");
+  expectCounters(3, 1);
+}
+
 TEST_F(SelectorEngineTest, AnExhaustedLevelAsksOnceMoreThanItTriesAndIsLeft) {
   makeXy(2, 2);
   refuseY(never);
