@@ -5,6 +5,7 @@
 
 #include "measure.h"
 #include "models_arith.h"
+#include "stopwatch.h"
 
 namespace koru::bench {
 
