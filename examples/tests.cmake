@@ -273,3 +273,75 @@ koru_example_test(golomb.negative golomb 2 ARGS -3 EXPECT_ERROR "^golomb: -3 is 
 koru_example_test(golomb.two_numbers golomb 2 ARGS 5 6 EXPECT_ERROR "^golomb: more than one number\n")
 koru_example_test(golomb.bad_option golomb 2 ARGS --fast 5 EXPECT_ERROR "^golomb: unknown option --fast\n")
 koru_example_test(golomb.help golomb 0 ARGS --help EXPECT "^usage: golomb ")
+# --- quasigroup: outcomes ---
+koru_example_input(quasigroup_3 quasigroup_3.txt "3 # the order\n1 2 3\n2 0 1\n3 1 2\n")
+koru_example_test(quasigroup.file quasigroup 0 ARGS "${quasigroup_3}"
+  EXPECT "^ 1 2 3\n 2 3 1\n 3 1 2\n\norder 3, 1 hole: filled [|] 1 run, 0 fails, 0 choice points, 0 no-goods [|] ")
+koru_example_test(quasigroup.stdin quasigroup 0 ARGS --quiet - INPUT "${quasigroup_3}" EXPECT "^order 3, 1 hole: filled [|] ")
+koru_example_input(quasigroup_none quasigroup_none.txt "3\n1 2 0\n0 0 3\n0 0 0\n")
+koru_example_test(quasigroup.none quasigroup 1 ARGS "${quasigroup_none}" EXPECT "^order 3, 6 holes: cannot be filled [|] 0 runs, ")
+# Propagation alone does not find that out.
+koru_example_input(quasigroup_refuted quasigroup_refuted.txt "5\n0 0 2 0 0\n0 5 0 0 4\n2 0 0 0 0\n0 3 0 2 0\n0 0 5 0 0\n")
+koru_example_test(quasigroup.refuted quasigroup 1 ARGS --quiet "${quasigroup_refuted}"
+  EXPECT "^order 5, 18 holes: cannot be filled [|] 1 run, [1-9][0-9]* fails, ")
+koru_example_test(quasigroup.made quasigroup 0 ARGS --order 5 --holes 9
+  EXPECT "^( [1-5] [1-5] [1-5] [1-5] [1-5]\n)+\norder 5, 9 holes: filled [|] ")
+koru_example_test(quasigroup.whole quasigroup 0 ARGS --order 1 --holes 0 EXPECT "^ 1\n\norder 1, 0 holes: filled [|] 1 run, 0 fails")
+koru_example_test(quasigroup.empty quasigroup 0 ARGS --order 12 --holes 144 --quiet EXPECT "^order 12, 144 holes: filled [|] ")
+koru_example_test(quasigroup.default quasigroup 0 EXPECT "\norder 20, 160 holes: filled [|] ")
+koru_example_test(quasigroup.stats quasigroup 0 ARGS --order 5 --quiet --stats
+  EXPECT "^order 5, 10 holes: [^\n]*\n\nNb Fails = [0-9]+\nNb Choice Points = [0-9]+\nHeap Size = [0-9]+\n$")
+koru_example_test(quasigroup.given_up quasigroup 1 ARGS --order 30 --total 150 --quiet
+  EXPECT "^order 30, 360 holes: given up [|] 2 runs, 150 fails, ")
+koru_example_test(quasigroup.forget quasigroup 1 ARGS --order 30 --total 150 --quiet --forget
+  EXPECT "given up [|] 2 runs, 150 fails, [0-9]+ choice points, 0 no-goods [|] ")
+koru_example_test(quasigroup.keep quasigroup 1 ARGS --order 30 --total 2000 --keep 3 --quiet
+  EXPECT "given up [|] [0-9]+ runs, 2000 fails, [0-9]+ choice points, 3 no-goods [|] ")
+
+# --- quasigroup: the sequences of limits, a line for each run when the output is no terminal ---
+koru_example_test(quasigroup.geometric quasigroup 1 ARGS --order 30 --total 400 --progress --quiet
+  EXPECT "^run 1: limit 100, 100 fails, [^\n]*\nrun 2: limit 120, 220 fails, [^\n]*\nrun 3: limit 144, 364 fails, [^\n]*\nrun 4: limit 36, 400 fails, ")
+koru_example_test(quasigroup.constant quasigroup 1 ARGS --order 30 --total 20 --limit 10 --geometric 100 --progress --quiet
+  EXPECT "^run 1: limit 10, 10 fails, [^\n]*\nrun 2: limit 10, 20 fails, ")
+set(runs "")
+set(number 0)
+foreach(limit 5 5 10 5 5 10 20 5)
+  math(EXPR number "${number} + 1")
+  string(APPEND runs "run ${number}: limit ${limit}, [^\n]*\n")
+endforeach()
+koru_example_test(quasigroup.luby quasigroup 1 ARGS --order 30 --total 65 --limit 5 --luby --progress --quiet EXPECT "^${runs}order 30")
+
+# --- quasigroup: bad input and arguments ---
+foreach(bad
+    "empty||1: order: missing"
+    "zero|0|1: order: 0 is no number from 1 to 60"
+    "large|61|1: order: 61 is no number from 1 to 60"
+    "word|x|1: order: x is no number from 1 to 60"
+    "value|2 1 3 2 1|1: row 1: cell 2: 3 is no number from 0 to 2"
+    "negative|2 1 -2 2 1|1: row 1: cell 2: -2 is no number from 0 to 2"
+    "short|2 1 2 0|1: row 2: cell 2: missing"
+    "long|2 1 2 2 1 1|1: 1: nothing more is expected")
+  string(REPLACE "|" ";" bad "${bad}")
+  list(GET bad 0 name)
+  list(GET bad 1 text)
+  list(GET bad 2 message)
+  koru_example_input(bad_file quasigroup_${name}.txt "${text}")
+  koru_example_test(quasigroup.bad_${name} quasigroup 2 ARGS "${bad_file}"
+    EXPECT_ERROR "^quasigroup: [^\n]*quasigroup_${name}.txt:${message}\n$")
+endforeach()
+koru_example_input(quasigroup_line quasigroup_line.txt "2\n# a comment\n\n1 2\n2 9\n")
+koru_example_test(quasigroup.bad_line quasigroup 2 ARGS "${quasigroup_line}"
+  EXPECT_ERROR "^quasigroup: [^\n]*quasigroup_line.txt:5: row 2: cell 2: 9 is no number from 0 to 2\n$")
+koru_example_test(quasigroup.no_file quasigroup 2 ARGS /nowhere/square.txt EXPECT_ERROR "^quasigroup: /nowhere/square.txt: No such file")
+koru_example_test(quasigroup.too_many_holes quasigroup 2 ARGS --order 3 --holes 10
+  EXPECT_ERROR "^quasigroup: 10 holes are more than the 9 cells\n")
+foreach(bad "--order:61:1 to 60" "--holes:-1:0 to 3600" "--limit:0:1 to 1000000" "--geometric:99:100 to 1000" "--keep:0:1 to 2147483647")
+  string(REPLACE ":" ";" bad "${bad}")
+  list(GET bad 0 option)
+  list(GET bad 1 value)
+  list(GET bad 2 range)
+  koru_example_test(quasigroup.bad${option} quasigroup 2 ARGS ${option} ${value}
+    EXPECT_ERROR "^quasigroup: ${value} is no number from ${range}\n")
+endforeach()
+koru_example_test(quasigroup.bad_option quasigroup 2 ARGS --lubby EXPECT_ERROR "^quasigroup: unknown option --lubby\n")
+koru_example_test(quasigroup.help quasigroup 0 ARGS --help EXPECT "^usage: quasigroup ")
