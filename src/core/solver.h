@@ -36,4 +36,7 @@ struct Solver {
 
 extern constinit Solver solver;
 
+// A change made now waits for the propagation that runs; otherwise it is propagated before the call returns.
+inline bool changesWait() { return solver.queue.depth > solver.queue.limit; }
+
 }  // namespace koru

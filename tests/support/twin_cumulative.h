@@ -2,8 +2,6 @@
 // The twin of cs_Cumulative: the same rules in the same order, without anything that makes them fast.
 #pragma once
 
-#include <cstdlib>
-
 #include "core/post.h"
 #include "core/shared_record.h"
 #include "support/twin_cumulative_sweep.h"
@@ -83,7 +81,8 @@ inline bool boundUses(const Resource &r) {
     const Task task = r.task(i);
     if (!task.hasCompulsoryPart() || task.use->count < 2 || task.use->max < 1) continue;
     const std::int64_t slack = r.capacity->max - profile(r, task.lst(), task.ect());
-    if (slack < 0) std::abort();
+    if (slack < 0) gaveUp = true;
+    if (gaveUp) return false;
     if (!narrowMax64(task.use, task.umin() + slack)) return false;
   }
   return true;
@@ -175,9 +174,8 @@ inline void attachAll(Posting &posting, const SharedRecord<Resource> &resource) 
   onCapacity.attach(r.capacity);
 }
 
-// As cs_Cumulative. For cs_Disjunctive all uses are one variable fixed to 1, which is the capacity as well.
-inline bool post(CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity, bool jumps = true) {
-  Posting posting{"cs_Cumulative"};
+inline bool post(Posting &posting, CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity,
+                 bool jumps) {
   Resource data{starts, durations, uses, capacity, n, {}, {}, jumps};
   if (!posting || !capAtPosting(data)) return false;
   Horizon horizon;
@@ -187,6 +185,22 @@ inline bool post(CSint **starts, CSint **durations, CSint **uses, int n, CSint *
   if (!resource || !raiseCapacity(*resource, profile(*resource, horizon.from, horizon.to))) return false;
   attachAll(posting, resource);
   return posting && recheckAndSweep(*resource);
+}
+
+inline bool post(CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity, bool jumps = true) {
+  Posting posting{"cs_Cumulative"};
+  return post(posting, starts, durations, uses, n, capacity, jumps);
+}
+
+struct Holder {};
+inline constexpr auto kHolderTable = handlers<Holder>({});
+
+// The disjunctive form: all uses are one variable fixed to 1, which is the capacity as well.
+inline bool postDisjunctive(CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity) {
+  Posting posting{"cs_Disjunctive"};
+  auto holder = posting.add(kHolderTable, Holder{});
+  holder.attach(starts[0]);
+  return post(posting, starts, durations, uses, n, capacity, true);
 }
 
 }  // namespace koru::test::twin_cumulative

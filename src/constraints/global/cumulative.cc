@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 
 #include "constraints/global/cumulative_sweep.h"
 #include "core/shared_record.h"
@@ -46,26 +47,56 @@ bool refuseTooLarge(const Resource &r, const Task &task) {
 
 bool raiseCapacity(const Resource &r, std::int64_t height) { return narrowMin64(r.capacity, height); }
 
-// Task j beside what else is in the profile where its compulsory part meets that of task i.
-bool boundUse(const Resource &r, int i, int j) {
-  const Task task = r.task(j);
-  const Time from = std::max(r.task(i).lst(), task.lst());
-  const Time to = std::min(r.task(i).ect(), task.ect());
-  if (from >= to) return true;
-  return narrowMax64(task.use, task.umin() + std::int64_t{r.capacity->max} - profile(r, from, to));
+// The profile where the compulsory part of a task meets that of task i, renewed when a narrowing may have changed it.
+class PartCheck {
+ public:
+  PartCheck(Resource &r, int i) : r_(r), task_(r.tasks[i]) { build(); }
+
+  bool run() {
+    const std::int64_t height = height_;
+    const int before = r_.capacity->min;
+    if (!raiseCapacity(r_, height) || r_.capacity->max < height) return false;
+    stale_ = r_.capacity->min != before && !r_.notesHold();
+    for (int j = 0; j < r_.tasks.n; ++j)
+      if (!boundUse(r_.tasks[j])) return false;
+    return true;
+  }
+
+ private:
+  void build() {
+    r_.profile.build(r_.tasks, task_.lst(), task_.ect());
+    height_ = r_.profile.height(task_.lst(), task_.ect());
+    stale_ = false;
+  }
+
+  // Task j has what the capacity leaves beside the others. Its own part of the profile is no higher than the whole.
+  bool boundUse(const Task &task) {
+    const Time from = std::max(task_.lst(), task.lst());
+    const Time to = std::min(task_.ect(), task.ect());
+    if (from >= to) return true;
+    if (stale_) build();
+    const std::int64_t capacity = r_.capacity->max;
+    const std::int64_t range = std::int64_t{task.use->max} - task.umin();
+    if (range <= capacity - height_) return true;
+    const std::int64_t slack = capacity - r_.profile.height(from, to);
+    if (range <= slack) return true;
+    if (!narrowMax64(task.use, task.umin() + slack)) return false;
+    stale_ = !r_.notesHold();
+    return true;
+  }
+
+  Resource &r_;
+  Task task_;
+  std::int64_t height_ = 0;
+  bool stale_ = false;
+};
+
+bool checkPart(Resource &r, int i) {
+  const Task task = r.tasks[i];
+  return !task.hasCompulsoryPart() || task.umin() < 1 || PartCheck(r, i).run();
 }
 
-bool checkPart(const Resource &r, int i) {
-  const Task task = r.task(i);
-  if (!task.hasCompulsoryPart() || task.umin() < 1) return true;
-  const std::int64_t height = profile(r, task.lst(), task.ect());
-  if (!raiseCapacity(r, height) || r.capacity->max < height) return false;
-  for (int j = 0; j < r.n; ++j)
-    if (!boundUse(r, i, j)) return false;
-  return true;
-}
-
-bool checkAndSweep(const Resource &r, int i) { return checkPart(r, i) && sweep(r, r.task(i).est(), r.task(i).lct()); }
+bool checkAndSweep(Resource &r, int i) { return checkPart(r, i) && sweep(r, r.tasks[i].est(), r.tasks[i].lct()); }
 
 struct Horizon {
   Time from = kIntMax;
@@ -78,8 +109,8 @@ struct Horizon {
 };
 
 bool capAll(const Resource &r, Horizon &horizon) {
-  for (int i = 0; i < r.n; ++i) {
-    const Task task = r.task(i);
+  for (int i = 0; i < r.tasks.n; ++i) {
+    const Task task = r.tasks[i];
     if (task.dmin() > 0 && !capUse(r, task)) return false;
     if (task.dmax() > 0 && !refuseTooLarge(r, task)) return false;
     horizon.include(task);
@@ -89,41 +120,45 @@ bool capAll(const Resource &r, Horizon &horizon) {
 
 // Deliberate: aborts when nothing is left for a task although the whole profile was found to fit. That takes a change
 // made by this very loop: a variable in several roles, or uses that may be negative.
-bool boundUses(const Resource &r) {
-  for (int i = 0; i < r.n; ++i) {
-    const Task task = r.task(i);
+bool boundUses(Resource &r) {
+  for (int i = 0; i < r.tasks.n; ++i) {
+    const Task task = r.tasks[i];
     if (!task.hasCompulsoryPart() || task.use->count < 2 || task.use->max < 1) continue;
-    const std::int64_t slack = r.capacity->max - profile(r, task.lst(), task.ect());
+    const std::int64_t slack = r.capacity->max - r.profile.height(task.lst(), task.ect());
     if (slack < 0) std::abort();
+    const int before = task.use->max;
     if (!narrowMax64(task.use, task.umin() + slack)) return false;
+    if (task.use->max != before && !r.notesHold()) r.profile.build(r.tasks);
   }
   return true;
 }
 
-bool recheckAndSweep(const Resource &r) {
+bool recheckAndSweep(Resource &r) {
   Horizon horizon;
-  if (!capAll(r, horizon) || profile(r, horizon.from, horizon.to) > r.capacity->max) return false;
-  return boundUses(r) && sweep(r, horizon.from, horizon.to);
+  if (!capAll(r, horizon)) return false;
+  r.profile.build(r.tasks);
+  return r.profile.height(horizon.from, horizon.to) <= r.capacity->max && boundUses(r) &&
+         sweep(r, horizon.from, horizon.to);
 }
 
 // ----- handlers
 
 bool startMoved(OnStarts &c, const Event &e) {
-  const Resource &r = *c.resource;
-  return !canRun(r.task(e.index)) || checkAndSweep(r, e.index);
+  Resource &r = *c.resource;
+  return !canRun(r.tasks[e.index]) || checkAndSweep(r, e.index);
 }
 
 bool durationRaised(OnDurations &c, const Event &e) {
-  const Resource &r = *c.resource;
-  const Task task = r.task(e.index);
+  Resource &r = *c.resource;
+  const Task task = r.tasks[e.index];
   if (!canRun(task)) return true;
   if (task.dmin() > 0 && (!capUse(r, task) || !raiseCapacity(r, task.umin()))) return false;
   return checkAndSweep(r, e.index);
 }
 
 bool useRaised(OnUses &c, const Event &e) {
-  const Resource &r = *c.resource;
-  const Task task = r.task(e.index);
+  Resource &r = *c.resource;
+  const Task task = r.tasks[e.index];
   const int use = task.umin();
   if (!canRun(task)) return true;
   if (use > 0 && task.dmin() > 0 && !raiseCapacity(r, use)) return false;
@@ -150,8 +185,8 @@ constexpr auto kCapacityTable = handlers<OnCapacity>(
 // Before anything is attached. Deliberate: no task is too early for its use to count, only too short.
 bool capAtPosting(const Resource &r) {
   int greatest = kIntMin;
-  for (int i = 0; i < r.n; ++i) {
-    const Task task = r.task(i);
+  for (int i = 0; i < r.tasks.n; ++i) {
+    const Task task = r.tasks[i];
     if (task.dmin() > 0) greatest = std::max(greatest, task.umin());
     if (task.dmin() > 0 && !capUse(r, task)) return false;
     if (!refuseTooLarge(r, task)) return false;
@@ -159,14 +194,35 @@ bool capAtPosting(const Resource &r) {
   return raiseCapacity(r, greatest);
 }
 
+// Whether narrowing a use or the capacity leaves everything else as it is.
+bool findDisjoint(Resource &r) {
+  const int n = r.tasks.n;
+  const Buffer<CSint *> narrowed(n);
+  if (!narrowed) return false;
+  CSint **end = std::copy(r.tasks.uses, r.tasks.uses + n, narrowed.get());
+  std::sort(narrowed.get(), end, std::less<>());
+  const auto stands = [&](CSint *v) { return std::binary_search(narrowed.get(), end, v, std::less<>()); };
+  r.rolesDisjoint = !stands(r.capacity);
+  for (int i = 0; i < n && r.rolesDisjoint; ++i) {
+    for (CSint *v : {r.tasks.starts[i], r.tasks.durations[i]})
+      if (v == r.capacity || stands(v)) r.rolesDisjoint = false;
+  }
+  return true;
+}
+
 bool allocateState(Resource &r) {
-  r.windows = PrivateVariables(r.n);
+  const int n = r.tasks.n;
+  r.windows = PrivateVariables(n);
   if (!r.windows) return false;
-  r.order = Buffer<int>(r.n);
+  r.order = Buffer<Rank>(n);
   if (!r.order) return false;
-  for (int i = 0; i < r.n; ++i) {
-    const Task task = r.task(i);
-    r.order[i] = i;
+  r.profile = Profile(n);
+  if (!r.profile) return false;
+  r.candidates = Buffer<Candidate>(n);
+  if (!r.candidates) return false;
+  for (int i = 0; i < n; ++i) {
+    const Task task = r.tasks[i];
+    r.order[i] = {0, 0, i};
     r.windows.init(i, task.start->min, clampToInt(std::max(task.est(), task.lct())));
   }
   return true;
@@ -177,25 +233,37 @@ void attachAll(Posting &posting, const SharedRecord<Resource> &resource, const P
   auto onStarts = posting.add(kStartTable, OnStarts{{resource, unit}});
   auto onDurations = posting.add(kDurationTable, OnDurations{{resource, unit}});
   auto onUses = posting.add(kUseTable, OnUses{resource});
-  for (int i = 0; i < r.n; ++i) {
-    onStarts.attach(r.starts[i], i);
-    onDurations.attach(r.durations[i], i);
-    onUses.attach(r.uses[i], i);
+  for (int i = 0; i < r.tasks.n; ++i) {
+    onStarts.attach(r.tasks.starts[i], i);
+    onDurations.attach(r.tasks.durations[i], i);
+    onUses.attach(r.tasks.uses[i], i);
   }
   auto onCapacity = posting.add(kCapacityTable, OnCapacity{{resource}});
   onCapacity.attach(r.capacity);
 }
 
+// The capacity holds the parts that stand already.
+bool raiseToProfile(Resource &r, const Horizon &horizon) {
+  r.profile.build(r.tasks);
+  return raiseCapacity(r, r.profile.height(horizon.from, horizon.to));
+}
+
 }  // namespace
 
-bool post(Posting &posting, CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity, Unit unit) {
-  Resource data{starts, durations, uses, capacity, n, std::move(unit.uses), {}, {}};
+bool post(Posting &posting, const Tasks &tasks, CSint *capacity, Unit unit) {
+  Resource data;
+  data.tasks = tasks;
+  data.capacity = capacity;
+  data.ownUses = std::move(unit.uses);
   if (!posting || !capAtPosting(data)) return false;
   Horizon horizon;
-  for (int i = 0; i < n; ++i) horizon.include(data.task(i));
+  for (int i = 0; i < tasks.n; ++i) horizon.include(tasks[i]);
   if (!allocateState(data)) return false;
+  // A unit is fixed, and nothing can change with it.
+  data.rolesDisjoint = static_cast<bool>(unit.variable);
+  if (!data.rolesDisjoint && !findDisjoint(data)) return false;
   const SharedRecord<Resource> resource(std::move(data));
-  if (!resource || !raiseCapacity(*resource, profile(*resource, horizon.from, horizon.to))) return false;
+  if (!resource || !raiseToProfile(*resource, horizon)) return false;
   attachAll(posting, resource, unit.variable);
   return posting && recheckAndSweep(*resource);
 }
@@ -210,5 +278,5 @@ bool cs_Cumulative(CSint **starts, CSint **durations, CSint **uses, int n, CSint
   if (n < 1) return true;
   for (CSint **array : {starts, durations, uses})
     if (array == nullptr || !allPresent(array, n)) return false;
-  return capacity != nullptr && cumulative::post(posting, starts, durations, uses, n, capacity, {});
+  return capacity != nullptr && cumulative::post(posting, {starts, durations, uses, n}, capacity, {});
 }

@@ -3,6 +3,7 @@
 
 #include "constraints/global/cumulative_energy.h"
 #include "core/post.h"
+#include "core/private_variable.h"
 
 namespace koru::cumulative {
 
@@ -13,6 +14,6 @@ struct Unit {
 };
 
 // Posts under the posting's site on n >= 1 tasks. The arrays are kept. `unit` is empty when the uses are the host's.
-bool post(Posting &posting, CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity, Unit unit);
+bool post(Posting &posting, const Tasks &tasks, CSint *capacity, Unit unit);
 
 }  // namespace koru::cumulative

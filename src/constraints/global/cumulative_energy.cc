@@ -5,80 +5,64 @@
 
 namespace koru::cumulative {
 
-// The parts of the window that the first counting task splits off are looked at alone; without a split all counting
-// tasks cover the whole window and their uses add up.
-std::int64_t profile(const Resource &r, Time a, Time b) {
-  std::int64_t height = 0;
-  for (int i = 0; i < r.n; ++i) {
-    const Task task = r.task(i);
-    const Time from = task.lst();
-    const Time to = task.ect();
-    if (from >= to || to <= a || from >= b || task.umin() == 0) continue;
-    if (from > a && to < b) return std::max({profile(r, from, to), profile(r, a, from), profile(r, to, b)});
-    if (from > a) return std::max(profile(r, a, from), profile(r, from, b));
-    if (to < b) return std::max(profile(r, a, to), profile(r, to, b));
-    height += task.umin();
+// The steps start as changes of the height, two for each part.
+void Profile::addPart(const Task &task) {
+  if (task.umin() == 0) return;
+  steps_[count_++] = {task.lst(), task.umin(), 0};
+  steps_[count_++] = {task.ect(), -std::int64_t{task.umin()}, 0};
+}
+
+void Profile::integrate() {
+  std::sort(steps_.get(), steps_.get() + count_, [](const Step &p, const Step &q) { return p.at < q.at; });
+  int last = -1;
+  for (int k = 0; k < count_; ++k) {
+    const Step change = steps_[k];
+    if (last < 0) {
+      steps_[++last] = change;
+    } else if (steps_[last].at == change.at) {
+      steps_[last].height += change.height;
+    } else {
+      const Step &before = steps_[last];
+      const Energy energy = wrapAdd64(before.energy, wrapMul64(change.at - before.at, before.height));
+      steps_[++last] = {change.at, before.height + change.height, energy};
+    }
   }
-  return height;
+  count_ = last + 1;
 }
 
-Energy compulsoryEnergy(const Resource &r, Time a, Time b) {
-  Energy energy = 0;
-  if (a >= b) return energy;
-  for (int i = 0; i < r.n; ++i) {
-    const Task task = r.task(i);
-    const Time from = std::max(a, task.lst());
-    const Time to = std::min(b, task.ect());
-    if (task.hasCompulsoryPart() && from < to) energy = wrapAdd64(energy, (to - from) * task.umin());
+void Profile::build(const Tasks &tasks) {
+  count_ = 0;
+  for (int i = 0; i < tasks.n; ++i)
+    if (tasks[i].hasCompulsoryPart()) addPart(tasks[i]);
+  integrate();
+}
+
+void Profile::build(const Tasks &tasks, Time a, Time b) {
+  count_ = 0;
+  for (int i = 0; i < tasks.n; ++i) {
+    const Task task = tasks[i];
+    if (task.hasCompulsoryPart() && task.lst() < b && task.ect() > a) addPart(task);
   }
-  return energy;
+  integrate();
 }
 
-Energy freeEnergy(const Resource &r, Time a, Time b) {
-  if (a >= b) return 0;
-  return wrapSub64(wrapMul64(b - a, r.capacity->max), compulsoryEnergy(r, a, b));
+const Profile::Step *Profile::stepAt(Time t) const {
+  const Step *first = steps_.get();
+  const Step *after = std::upper_bound(first, end(), t, [](Time time, const Step &step) { return time < step.at; });
+  return after == first ? nullptr : after - 1;
 }
 
-static Time freeTime(const Task &task) { return task.lst() >= task.ect() ? task.dmin() : task.lst() - task.est(); }
-
-static bool mayLeave(const Task &task, Time a, Time b) { return a > task.est() || task.leastEnd() > b; }
-
-Time leftOverlap(const Task &task, Time a, Time b) {
-  if (b <= task.est() || task.ect() <= a) return 0;
-  if (!mayLeave(task, a, b)) return freeTime(task);
-  return std::max(std::min({task.ect(), b, task.lst()}) - std::max(a, task.est()), Time{0});
+std::int64_t Profile::height(Time a, Time b) const {
+  const Step *step = stepAt(a);
+  std::int64_t highest = step != nullptr ? step->height : 0;
+  for (step = step != nullptr ? step + 1 : steps_.get(); step < end() && step->at < b; ++step)
+    highest = std::max(highest, step->height);
+  return highest;
 }
 
-Time rightOverlap(const Task &task, Time a, Time b) {
-  if (b <= task.lst() || task.leastEnd() <= a) return 0;
-  if (!mayLeave(task, a, b)) return freeTime(task);
-  return std::max(std::min(b, task.leastEnd()) - std::max({task.lst(), a, task.ect()}), Time{0});
-}
-
-Time minOverlap(const Task &task, Time a, Time b) {
-  return std::min(std::max(leftOverlap(task, a, b), Time{0}), std::max(rightOverlap(task, a, b), Time{0}));
-}
-
-Time nextPoint(const Resource &r, int i, Time a, Time t, Time b) {
-  Time best = b + 1;
-  for (int j = 0; j < r.n; ++j) {
-    const Task task = r.task(j);
-    if (j == i || !task.demands()) continue;
-    const Time latest = task.est() + task.dmax();
-    if (task.ect() != latest && latest >= t && task.ect() <= b) return t;
-    if (task.ect() >= std::max(t, a) && task.ect() <= b) best = std::min(best, task.ect());
-  }
-  return best <= b ? best : t;
-}
-
-Time prevPoint(const Resource &r, int i, Time a, Time t, Time b) {
-  Time best = a - 1;
-  for (int j = 0; j < r.n; ++j) {
-    const Task task = r.task(j);
-    if (j == i || !task.demands()) continue;
-    if (task.lst() >= a && task.lst() <= std::min(t, b)) best = std::max(best, task.lst());
-  }
-  return best >= a ? best : t;
+Energy Profile::energyTo(Time t) const {
+  const Step *step = stepAt(t);
+  return step == nullptr ? 0 : wrapAdd64(step->energy, wrapMul64(t - step->at, step->height));
 }
 
 }  // namespace koru::cumulative

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The tasks of a cumulative resource and what they are measured by: the profile of their compulsory parts, energies
-// (length times use) and overlaps with a time window.
+// Tasks, and the profile of their compulsory parts.
 //
 // A task's compulsory part [lst, ect) is the time it occupies wherever it starts; there is none unless lst < ect. Times
-// are sums of two ints and computed in 64 bits. Energies are 64-bit numbers that wrap, which takes a horizon times a
-// capacity of more than 2^62.
+// are sums of two ints and computed in 64 bits. Energies, time times use, are 64-bit numbers that wrap; it takes a
+// horizon times a capacity of more than 2^62.
 #pragma once
 
 #include "core/alloc.h"
-#include "core/int_math.h"
-#include "core/private_variable.h"
+#include "core/variable.h"
 
 namespace koru::cumulative {
 
@@ -35,38 +33,47 @@ struct Task {
   bool demands() const { return dmin() >= 1 && umin() >= 1; }
 };
 
-// What the four constraints of one posting share.
-struct Resource {
+struct Tasks {
   CSint **starts;
   CSint **durations;
   CSint **uses;
-  CSint *capacity;
   int n;
-  Buffer<CSint *> ownUses;   // when `uses` is not the host's
-  PrivateVariables windows;  // per task: earliest start, latest end
-  Buffer<int> order;         // the tasks as last sorted; not trailed, for it only steers the order of work
 
-  Task task(int i) const { return {starts[i], durations[i], uses[i]}; }
+  Task operator[](int i) const { return {starts[i], durations[i], uses[i]}; }
 };
 
-// The height of the profile of the compulsory parts over [a, b).
-std::int64_t profile(const Resource &r, Time a, Time b);
+// The profile as a step function with its integral, as it was when it was built.
+class Profile {
+ public:
+  Profile() = default;
+  // Room for the parts of n <= kIntMax / 2 tasks; false as a bool when memory is exhausted (reported).
+  explicit Profile(int n) : steps_(2 * n) {}
+  explicit operator bool() const { return static_cast<bool>(steps_); }
 
-// The energy of the compulsory parts within [a, b); 0 when a >= b.
-Energy compulsoryEnergy(const Resource &r, Time a, Time b);
+  void build(const Tasks &tasks);
+  // Of the parts that meet [a, b) alone: enough to ask for heights within it.
+  void build(const Tasks &tasks, Time a, Time b);
 
-// The energy that the capacity leaves in [a, b) beside the compulsory parts; 0 when a >= b.
-Energy freeEnergy(const Resource &r, Time a, Time b);
+  // The greatest height over [a, b), a < b.
+  std::int64_t height(Time a, Time b) const;
 
-// How much of the task's time outside its compulsory part lies in [a, b), placed as early or as late as it can be.
-Time leftOverlap(const Task &task, Time a, Time b);
-Time rightOverlap(const Task &task, Time a, Time b);
-Time minOverlap(const Task &task, Time a, Time b);
+  // The energy of the parts up to t; that within [a, b) is a difference of two.
+  Energy energyTo(Time t) const;
 
-// Where a task that can end no earlier than t next finds another one ending, within [a, b]; t when none does.
-Time nextPoint(const Resource &r, int i, Time a, Time t, Time b);
+ private:
+  struct Step {
+    Time at;
+    std::int64_t height;  // from here to the next step
+    Energy energy;        // up to here
+  };
 
-// Where a task that can start no later than t last finds another one's latest start, within [a, b]; t when none is.
-Time prevPoint(const Resource &r, int i, Time a, Time t, Time b);
+  void addPart(const Task &task);
+  void integrate();
+  const Step *stepAt(Time t) const;  // the last one at or before t, or null
+  const Step *end() const { return steps_.get() + count_; }
+
+  Buffer<Step> steps_;
+  int count_ = 0;
+};
 
 }  // namespace koru::cumulative

@@ -1,228 +1,104 @@
 // SPDX-License-Identifier: MIT
 // The sweep: sort the tasks, bring their windows up to date, tighten these by the energy left beside compulsory parts
 // and by that left in the window of each task, raise the capacity, and write the windows back.
-// Deliberate: quotients are truncated to 32 bits, and so are the terms of a window's energy and the keys of the sort.
+// Cost: O(n log n) and two passes over all tasks for each window, O(n^2).
+// Deliberate: the keys of the sort are 32-bit products.
 // Deliberate: one of three write-backs per task and sweep; what is left is done when the change comes round.
 #include "constraints/global/cumulative_sweep.h"
 
-#include <algorithm>
-
-#include "core/narrow.h"
+#include "constraints/global/cumulative_windows.h"
 
 namespace koru::cumulative {
 
 namespace {
 
-Time quotient(Energy energy, Time divisor) { return wrap(energy / divisor); }
+// ----- order
+
+// Of tasks with the same earliest start, the one with more energy outside its compulsory part comes first.
+Rank rankOf(const Resource &r, int i) {
+  const Task task = r.tasks[i];
+  const Time outside = std::min(task.dmin(), task.lst() - task.est());
+  return {task.start->min, wrap(outside * task.umin()), i};
+}
+
+bool belongsBefore(const Rank &p, const Rank &q) { return p.est != q.est ? p.est < q.est : p.outside > q.outside; }
+
+// By insertion: stable, and linear for an order that hardly changes from sweep to sweep.
+void sortOrder(Resource &r) {
+  for (int k = 0; k < r.tasks.n; ++k) {
+    const Rank rank = rankOf(r, r.order[k].task);
+    int place = k;
+    for (; place > 0 && belongsBefore(rank, r.order[place - 1]); --place) r.order[place] = r.order[place - 1];
+    r.order[place] = rank;
+  }
+}
 
 // ----- windows
 
-bool startNoEarlier(const Resource &r, int i, Time t) { return narrowMin64(r.windows[i], t); }
-bool endNoLater(const Resource &r, int i, Time t) { return narrowMax64(r.windows[i], t); }
-
-Time earliestStart(const Resource &r, int i) { return r.windows[i]->min; }
-
-// A window that was made for an end beyond all ints and has not been narrowed since ends where its task may.
-Time latestEnd(const Resource &r, int i) {
-  const Time max = r.windows[i]->max;
-  return max < kIntMax ? max : std::max(max, r.task(i).lct());
-}
-
-bool windowHolds(const Resource &r, int i) { return latestEnd(r, i) - earliestStart(r, i) >= r.task(i).dmin(); }
-
 bool refreshWindows(const Resource &r) {
-  for (int i = 0; i < r.n; ++i) {
-    const Task task = r.task(i);
-    if (!startNoEarlier(r, i, task.est()) || !endNoLater(r, i, task.lct())) return false;
+  for (int i = 0; i < r.tasks.n; ++i) {
+    const Task task = r.tasks[i];
+    if (!r.startNoEarlier(i, task.est()) || !r.endNoLater(i, task.lct())) return false;
   }
   return true;
 }
 
+bool windowHolds(const Resource &r, int i) { return r.latestEnd(i) - r.earliestStart(i) >= r.tasks[i].dmin(); }
+
 // Deliberate: only the first that applies.
 bool writeBack(const Resource &r, int i) {
-  const Task task = r.task(i);
-  if (task.est() < earliestStart(r, i)) return narrowMin64(task.start, earliestStart(r, i));
-  const Time end = latestEnd(r, i);
+  const Task task = r.tasks[i];
+  if (task.est() < r.earliestStart(i)) return narrowMin64(task.start, r.earliestStart(i));
+  const Time end = r.latestEnd(i);
   if (task.leastEnd() > end) return narrowMax64(task.start, end - task.dmin());
   return task.est() + task.dmax() <= end || narrowMax64(task.duration, end - task.est());
 }
 
-// ----- order
-
-// Of tasks with the same earliest start, the one with more energy outside its compulsory part comes first.
-int outsideEnergy(const Task &task) { return wrap(std::min(task.dmin(), task.lst() - task.est()) * task.umin()); }
-
-bool belongsAfter(const Task &first, const Task &second) {
-  if (first.est() != second.est()) return first.est() > second.est();
-  return outsideEnergy(first) < outsideEnergy(second);
-}
-
-bool exchange(const Resource &r, int k) {
-  if (!belongsAfter(r.task(r.order[k]), r.task(r.order[k + 1]))) return false;
-  std::swap(r.order[k], r.order[k + 1]);
-  return true;
-}
-
-bool passForward(const Resource &r) {
-  bool exchanged = false;
-  for (int k = 0; k + 1 < r.n; ++k) exchanged |= exchange(r, k);
-  return exchanged;
-}
-
-bool passBackward(const Resource &r) {
-  bool exchanged = false;
-  for (int k = r.n - 2; k >= 0; --k) exchanged |= exchange(r, k);
-  return exchanged;
-}
-
-void sortOrder(const Resource &r) {
-  while (passForward(r) && passBackward(r)) {
-  }
-}
-
 // ----- beside compulsory parts
 
-// The task outside its compulsory part must fit into what other parts leave: before it, after it, and when it takes
-// longest.
-bool boundBesideParts(const Resource &r, int i, const Task &task) {
-  const Time lst = task.lst();
-  const Time ect = task.ect();
+Energy freeEnergy(const Resource &r, Time a, Time b) {
+  return r.freeEnergy(a, b, r.profile.energyTo(a), r.profile.energyTo(b));
+}
+
+// A task that starts at its latest must have room before its compulsory part, or start later;
+bool boundBefore(const Resource &r, int i, const Task &task) {
+  if (task.est() >= task.lst()) return true;
   const Time use = task.umin();
-  const Energy outside = (lst - task.est()) * use;
-  const Energy before = freeEnergy(r, task.est(), lst);
-  if (before < outside && !startNoEarlier(r, i, lst - quotient(before, use))) return false;
-  const Energy after = freeEnergy(r, ect, task.leastEnd());
-  if (after < outside && !endNoLater(r, i, ect + quotient(after, use))) return false;
-  if (task.leastEnd() >= task.lct()) return true;
-  const Energy all = freeEnergy(r, ect, task.lct());
-  if (all < (task.lct() - ect) * use && !endNoLater(r, i, ect + quotient(all, use))) return false;
-  const Energy last = freeEnergy(r, task.leastEnd(), task.lct());
-  return last >= (task.lct() - task.leastEnd()) * use || endNoLater(r, i, task.leastEnd() + quotient(last, use));
+  const Energy free = freeEnergy(r, task.est(), task.lst());
+  return free >= (task.lst() - task.est()) * use || r.startNoEarlier(i, task.lst() - quotient(free, use));
 }
 
-bool boundAllBesideParts(const Resource &r) {
-  for (int i = 0; i < r.n; ++i) {
-    const Task task = r.task(i);
+// and in [from, to) after it, or end earlier.
+bool boundAfter(const Resource &r, int i, const Task &task, Time from, Time to) {
+  if (from >= to) return true;
+  const Time use = task.umin();
+  const Energy free = freeEnergy(r, from, to);
+  return free >= (to - from) * use || r.endNoLater(i, from + quotient(free, use));
+}
+
+bool boundBesideParts(const Resource &r) {
+  for (int i = 0; i < r.tasks.n; ++i) {
+    const Task task = r.tasks[i];
     if (task.isFixed() || !task.demands() || !task.hasCompulsoryPart()) continue;
-    if (!boundBesideParts(r, i, task) || !windowHolds(r, i)) return false;
-  }
-  return true;
-}
-
-// ----- energy of a time window
-
-struct Check {
-  Time a;
-  Time b;
-  Energy available = 0;  // beside compulsory parts
-  Energy enclosed = 0;   // that the tasks need of it, wherever they start
-};
-
-// What the task needs of the window; the values of one task are computed once.
-struct Share {
-  Time left;
-  Time right;
-  Time least;
-  Energy slack;
-  Time part;
-};
-
-bool addEnclosed(const Resource &r, Check &c) {
-  for (int k = 0; k < r.n && r.task(r.order[k]).est() < c.b; ++k) {
-    const Task task = r.task(r.order[k]);
-    if (task.leastEnd() <= c.a || task.isFixed() || !task.demands()) continue;
-    c.enclosed = wrapAdd64(c.enclosed, wrap(minOverlap(task, c.a, c.b) * task.umin()));
-    if (wrapSub64(c.available, c.enclosed) < 0) return false;
-  }
-  return true;
-}
-
-bool boundUse(const Check &c, const Task &task, const Share &share) {
-  if (c.a > task.est() || task.leastEnd() > c.b || share.least <= 0) return true;
-  const Time most = quotient(share.slack, share.least);
-  return task.use->max <= most || narrowMax64(task.use, most);
-}
-
-bool boundByShare(const Resource &r, const Check &c, int i, const Share &share, Energy early, Energy late) {
-  const Task task = r.task(i);
-  if (share.slack < early) {
-    const Time t = c.b - share.part - quotient(share.slack, task.umin());
-    if (earliestStart(r, i) < t && !startNoEarlier(r, i, std::max(nextPoint(r, i, c.a, t, c.b), t))) return false;
-  }
-  if (share.slack < late) {
-    const Time t = c.a + share.part + quotient(share.slack, task.umin());
-    // Deliberate: the point before the end as late as can be, not before t.
-    if (latestEnd(r, i) > t && !endNoLater(r, i, std::min(prevPoint(r, i, c.a, task.leastEnd(), c.b), t))) return false;
-  }
-  return true;
-}
-
-bool boundEnd(const Resource &r, const Check &c, int i, const Task &task) {
-  if (task.lst() >= c.b) return true;
-  const Time from = std::max(c.a, task.lst());
-  const Time part = std::max(std::min(c.b, task.ect()) - from, Time{0});
-  const Time t = quotient(freeEnergy(r, from, c.b), task.umin()) + part + from;
-  return t >= c.b || latestEnd(r, i) <= t || endNoLater(r, i, std::min(prevPoint(r, i, c.a, t, c.b), t));
-}
-
-bool boundStart(const Resource &r, const Check &c, int i, const Task &task) {
-  if (task.ect() <= c.a) return true;
-  const Time to = std::min(c.b, task.ect());
-  const Time part = std::max(to - std::max(c.a, task.lst()), Time{0});
-  const Time t = to - quotient(freeEnergy(r, c.a, to), task.umin()) - part;
-  return t <= c.a || earliestStart(r, i) >= t || startNoEarlier(r, i, std::max(nextPoint(r, i, c.a, t, c.b), t));
-}
-
-bool boundInWindow(const Resource &r, const Check &c, int i) {
-  const Task task = r.task(i);
-  const Time least = minOverlap(task, c.a, c.b);
-  const Share share{leftOverlap(task, c.a, c.b), rightOverlap(task, c.a, c.b), least,
-                    wrapAdd64(wrapSub64(c.available, c.enclosed), least * task.umin()),
-                    std::max(std::min(c.b, task.ect()) - std::max(c.a, task.lst()), Time{0})};
-  const Energy early = share.left * task.umin();
-  const Energy late = share.right * task.umin();
-  return boundUse(c, task, share) && boundByShare(r, c, i, share, early, late) && boundEnd(r, c, i, task) &&
-         boundStart(r, c, i, task) && windowHolds(r, i);
-}
-
-// `least` is the capacity that the energies seen so far demand.
-bool checkWindow(const Resource &r, Time a, Time b, Time &least) {
-  Check c{a, b};
-  c.available = freeEnergy(r, a, b);
-  if (!addEnclosed(r, c)) return false;
-  const Energy all = wrapAdd64(wrapAdd64(compulsoryEnergy(r, a, b), b - a - 1), c.enclosed);
-  least = std::max(least, quotient(all, b - a));
-  for (int k = 0; k < r.n && r.task(r.order[k]).est() < b; ++k) {
-    const Task task = r.task(r.order[k]);
-    if (task.lct() <= a || task.isFixed() || !task.demands()) continue;
-    if (!boundInWindow(r, c, r.order[k])) return false;
-  }
-  return true;
-}
-
-bool checkWindows(const Resource &r, Time a, Time b, Time &least) {
-  Time previousA = kIntMin;
-  Time previousB = kIntMin;
-  for (int k = 0; k < r.n; ++k) {
-    const Task task = r.task(r.order[k]);
-    const Time from = task.est();
-    const Time to = task.leastEnd();
-    if (to <= a || from >= b || !task.demands()) continue;
-    if ((from != previousA || to != previousB) && !checkWindow(r, from, to, least)) return false;
-    previousA = from;
-    previousB = to;
+    if (!boundBefore(r, i, task) || !boundAfter(r, i, task, task.ect(), task.leastEnd())) return false;
+    if (task.leastEnd() < task.lct() &&
+        (!boundAfter(r, i, task, task.ect(), task.lct()) || !boundAfter(r, i, task, task.leastEnd(), task.lct())))
+      return false;
+    if (!windowHolds(r, i)) return false;
   }
   return true;
 }
 
 }  // namespace
 
-bool sweep(const Resource &r, Time a, Time b) {
+bool sweep(Resource &r, Time a, Time b) {
   Time least = r.capacity->min;
   sortOrder(r);
-  if (!refreshWindows(r) || !boundAllBesideParts(r) || !checkWindows(r, a, b, least)) return false;
+  if (!refreshWindows(r)) return false;
+  r.profile.build(r.tasks);
+  if (!boundBesideParts(r) || !checkWindows(r, a, b, least)) return false;
   if (r.capacity->min < least && !narrowMin64(r.capacity, least)) return false;
-  for (int i = 0; i < r.n; ++i)
+  for (int i = 0; i < r.tasks.n; ++i)
     if (!writeBack(r, i)) return false;
   return true;
 }

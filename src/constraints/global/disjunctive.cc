@@ -25,7 +25,7 @@ static bool post(CSint **starts, CSint **durations, int n) {
   for (int i = 0; i < n; ++i) uses[i] = one;
   auto holder = posting.add(kHolderTable, Holder{unit.variable});
   holder.attach(starts[0]);
-  return cumulative::post(posting, starts, durations, uses, n, one, std::move(unit));
+  return cumulative::post(posting, {starts, durations, uses, n}, one, std::move(unit));
 }
 
 }  // namespace koru::disjunctive

@@ -51,11 +51,11 @@ TEST_P(AllocationTest, ATrailThatCannotGrowIsReportedOnceAndLeavesTheSolverUsabl
   }
 }
 
-// One task of three variables, which keeps them as arrays. Besides the rest there is the record that the constraints
-// share, with its windows and its order.
+// One task of three variables, which keeps them as arrays. Besides the rest there are the roles sorted, the windows,
+// the order, the profile, the candidates and the record that the four constraints share.
 bool postCumulative(Operands &o) { return cs_Cumulative(&o.x[0], &o.x[1], &o.x[2], 1, CSINT(9)); }
 
-// And the holder, the unit and the array of uses.
+// With the holder and its entry, the unit and the array of uses; its roles are known.
 bool postDisjunctive(Operands &o) { return cs_Disjunctive(&o.x[0], &o.x[1], 1); }
 
 // cs_Neq and the like allocate a site, a constraint and an entry per variable; the n-ary sums also an array and a
@@ -77,8 +77,8 @@ const Poster kPosters[] = {
     {"cs_VarElement", [](Operands &o) { return cs_VarElement(o.x[0], o.x, 3) != nullptr; }, 10},
     {"cs_VarElementRange", [](Operands &o) { return cs_VarElementRange(o.x[0], o.x, 3) != nullptr; }, 10},
     {"cs_createNoGoodSet", makeNoGoodSet, 6},
-    {"cs_Cumulative", postCumulative, 12},
-    {"cs_Disjunctive", postDisjunctive, 16},
+    {"cs_Cumulative", postCumulative, 15},
+    {"cs_Disjunctive", postDisjunctive, 18},
     {"cs_Element", [](Operands &o) { return cs_Element(o.x[0], kTable, 3) != nullptr; }, 8},
     {"cs_Index", [](Operands &o) { return cs_Index(o.x, 3, 5) != nullptr; }, 8},
     {"cs_Min", [](Operands &o) { return cs_Min(o.x, 3) != nullptr; }, 7},

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// What the four constraints of one posting of cs_Cumulative share: the tasks, their time windows, and room for what a
+// sweep notes of them.
+#pragma once
+
+#include <algorithm>
+
+#include "constraints/global/cumulative_energy.h"
+#include "core/narrow.h"
+#include "core/private_variable.h"
+#include "core/solver.h"
+
+namespace koru::cumulative {
+
+// A task's place in the order of a sweep, with the keys it was sorted by.
+struct Rank {
+  int est;
+  int outside;  // energy outside the compulsory part, wrapped
+  int task;
+};
+
+// A task that the windows may move, one that is not fixed and demands energy, as it was when it was noted.
+struct Candidate {
+  Time est;
+  Time lst;
+  Time ect;
+  Time leastEnd;
+  Time lct;
+  Time earlyEnd;   // placed early, the task lies in [est, earlyEnd) outside its compulsory part,
+  Time lateStart;  // placed late, in [lateStart, leastEnd)
+  Time windowMin;
+  Time windowMax;
+  Time reach;  // the greatest est of the tasks noted up to this one, in their order
+  Energy energyToLst;
+  Energy energyToEct;
+  int dmin;
+  int use;
+  int useMax;
+  int task;
+  int position;  // in the order
+};
+
+struct Resource {
+  Tasks tasks;
+  CSint *capacity;
+  bool rolesDisjoint;  // no use is another task's start or duration, or the capacity, nor the capacity a start or so
+  Buffer<CSint *> ownUses;   // when the uses are not the host's
+  PrivateVariables windows;  // per task: earliest start, latest end
+  Buffer<Rank> order;        // not trailed: it only steers the order of work
+  Profile profile;
+  Buffer<Candidate> candidates;
+  int candidateCount = 0;
+  int notedFrom = 0;  // the position from which on the candidates are noted
+
+  // After a use or the capacity was narrowed: what was noted of the tasks still holds. The change waits for the
+  // handler that made it, and touches nothing else.
+  bool notesHold() const { return rolesDisjoint && changesWait(); }
+
+  bool startNoEarlier(int i, Time t) const { return narrowMin64(windows[i], t); }
+  bool endNoLater(int i, Time t) const { return narrowMax64(windows[i], t); }
+  Time earliestStart(int i) const { return windows[i]->min; }
+  // A window that was made for an end beyond all ints and has not been narrowed since ends where its task may.
+  Time latestEnd(int i) const {
+    const Time max = windows[i]->max;
+    return max < kIntMax ? max : std::max(max, tasks[i].lct());
+  }
+
+  // The energy that the capacity leaves beside compulsory parts in [a, b); that of the parts up to a and to b is given.
+  Energy freeEnergy(Time a, Time b, Energy toA, Energy toB) const {
+    return wrapSub64(wrapMul64(b - a, capacity->max), wrapSub64(toB, toA));
+  }
+};
+
+}  // namespace koru::cumulative
