@@ -40,6 +40,18 @@ struct Candidate {
   int position;  // in the order
 };
 
+constexpr Time kFar = Time{1} << 40;  // beyond all times
+
+struct Range {
+  Time from = kFar;
+  Time to = -kFar;
+
+  void include(Time first, Time last) {
+    from = std::min(from, first);
+    to = std::max(to, last);
+  }
+};
+
 struct Resource {
   Tasks tasks;
   CSint *capacity;
@@ -47,6 +59,7 @@ struct Resource {
   Buffer<CSint *> ownUses;   // when the uses are not the host's
   PrivateVariables windows;  // per task: earliest start, latest end
   Buffer<Rank> order;        // not trailed: it only steers the order of work
+  Range range;               // that the profile and the notes cover
   Profile profile;
   Buffer<Candidate> candidates;
   int candidateCount = 0;

@@ -76,10 +76,12 @@ bool boundAfter(const Resource &r, int i, const Task &task, Time from, Time to) 
   return free >= (to - from) * use || r.endNoLater(i, from + quotient(free, use));
 }
 
+bool mayMoveAroundPart(const Task &task) { return task.hasCompulsoryPart() && !task.isFixed() && task.demands(); }
+
 bool boundBesideParts(const Resource &r) {
   for (int i = 0; i < r.tasks.n; ++i) {
     const Task task = r.tasks[i];
-    if (task.isFixed() || !task.demands() || !task.hasCompulsoryPart()) continue;
+    if (!mayMoveAroundPart(task)) continue;
     if (!boundBefore(r, i, task) || !boundAfter(r, i, task, task.ect(), task.leastEnd())) return false;
     if (task.leastEnd() < task.lct() &&
         (!boundAfter(r, i, task, task.ect(), task.lct()) || !boundAfter(r, i, task, task.leastEnd(), task.lct())))
@@ -89,13 +91,24 @@ bool boundBesideParts(const Resource &r) {
   return true;
 }
 
+// The time that anything will be asked about: far less than all of it when most tasks are fixed.
+Range rangeOfInterest(const Resource &r, Time a, Time b) {
+  Range range;
+  for (int i = 0; i < r.tasks.n; ++i) {
+    const Task task = r.tasks[i];
+    if (qualifies(task, a, b)) range.include(task.est(), task.leastEnd());
+    if (mayMoveAroundPart(task)) range.include(task.est(), task.lct());
+  }
+  return range;
+}
+
 }  // namespace
 
 bool sweep(Resource &r, Time a, Time b) {
   Time least = r.capacity->min;
   sortOrder(r);
   if (!refreshWindows(r)) return false;
-  r.profile.build(r.tasks);
+  buildProfile(r, rangeOfInterest(r, a, b));
   if (!boundBesideParts(r) || !checkWindows(r, a, b, least)) return false;
   if (r.capacity->min < least && !narrowMin64(r.capacity, least)) return false;
   for (int i = 0; i < r.tasks.n; ++i)

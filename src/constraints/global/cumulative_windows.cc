@@ -10,6 +10,11 @@
 
 namespace koru::cumulative {
 
+void buildProfile(Resource &r, const Range &range) {
+  r.range = range;
+  r.profile.build(r.tasks, range.from, range.to);
+}
+
 namespace {
 
 struct Check {
@@ -56,16 +61,17 @@ Candidate note(const Resource &r, int i) {
           0};
 }
 
-// Notes the candidates from a position on. The reach covers the other tasks too: a pass ends at the first of all.
+// Notes the candidates from a position on, those that lie outside the range left out. The reach covers the other tasks
+// too: a pass ends at the first of all.
 void noteFrom(Resource &r, int position) {
   r.candidateCount = 0;
   r.notedFrom = position;
   Time reach = kIntMin;
-  for (int k = position; k < r.tasks.n; ++k) {
+  for (int k = position; k < r.tasks.n && reach < r.range.to; ++k) {
     const int i = r.order[k].task;
     const Task task = r.tasks[i];
     reach = std::max(reach, task.est());
-    if (task.isFixed() || !task.demands()) continue;
+    if (task.isFixed() || !task.demands() || task.lct() <= r.range.from) continue;
     Candidate &candidate = r.candidates[r.candidateCount++];
     candidate = note(r, i);
     candidate.reach = reach;
@@ -193,7 +199,7 @@ bool lowerUse(Resource &r, Check &c, int k, const Share &share) {
   const int next = t.position + 1;
   if (!narrowMax64(r.tasks[i].use, quotient(share.slack, share.least))) return false;
   if (r.notesHold()) return boundWindow(r, c, r.candidates[k], share);
-  r.profile.build(r.tasks);
+  buildProfile(r, {-kFar, kFar});
   readProfile(r, c);
   Candidate now = note(r, i);
   noteFrom(r, next);
@@ -237,7 +243,7 @@ bool checkWindows(Resource &r, Time a, Time b, Time &least) {
     const Task task = r.tasks[r.order[k].task];
     const Time from = task.est();
     const Time to = task.leastEnd();
-    if (to <= a || from >= b || !task.demands()) continue;
+    if (!qualifies(task, a, b)) continue;
     if ((from != previousA || to != previousB) && !checkWindow(r, from, to, least)) return false;
     previousA = from;
     previousB = to;
