@@ -54,14 +54,4 @@ inline bool contains(const CSint *v, int value) {
 inline int valueAfter(const CSint *v, int value) { return nextPresent(v->bits, value); }
 inline int valueBefore(const CSint *v, int value) { return previousPresent(v->bits, value); }
 
-// Visits the values in increasing order while `visit` returns true; false when it has returned false. The walk is
-// live: a visit may narrow the domain.
-template <class Visit>
-bool forEachValue(const CSint *v, Visit visit) {
-  for (int value = v->min;; value = valueAfter(v, value)) {
-    if (contains(v, value) && !visit(value)) return false;
-    if (value >= v->max) return true;
-  }
-}
-
 }  // namespace koru

@@ -12,6 +12,7 @@
 #include <compare>
 
 #include "core/branch_set.h"
+#include "core/domain_walk.h"
 #include "core/post.h"
 
 namespace koru::element {

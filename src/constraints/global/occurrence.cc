@@ -9,6 +9,7 @@
 // Deliberate: the last undecided position stays in both sets, because neither can be emptied; only count is narrowed.
 // Deliberate: a count that is bound at posting imposes nothing before the first event; variables decided at posting are
 // not watched.
+#include "core/domain_walk.h"
 #include "core/post.h"
 #include "core/private_variable.h"
 

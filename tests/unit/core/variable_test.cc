@@ -56,20 +56,6 @@ TEST_F(VariableTest, NoVariableIsMadeFromEmptyBits) {
   EXPECT_FALSE(solver.pool.hasLoose());
 }
 
-TEST_F(VariableTest, AWalkOverTheValuesIsLiveAndStopsWhenItIsRefused) {
-  CSint *v = fromValues({-2, 0, 1, 5, 7, 9});
-  std::vector<int> seen;
-  EXPECT_TRUE(forEachValue(v, [&](int value) {
-    seen.push_back(value);
-    return value != 0 || (cs_NEQ(v, 5) && cs_LE(v, 8));
-  }));
-  EXPECT_EQ(seen, (std::vector{-2, 0, 1, 7}));
-  EXPECT_FALSE(forEachValue(v, [&](int value) { return value != 1 && value < 7; }));
-  int count = 0;
-  EXPECT_TRUE(forEachValue(cs_createCSint(kIntMax - 1, kIntMax), [&](int) { return ++count < 3; }));
-  EXPECT_EQ(count, 2);
-}
-
 TEST_F(VariableTest, ARecordFillsOneCacheLine) {
   EXPECT_EQ(sizeof(CSint), 64U);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(cs_createCSint(0, 1)) % 64, 0U);
