@@ -21,10 +21,10 @@ struct Record {
   CSint **vars;
   int n;
   PrivateVariables sets;
+  CSint *possible;
+  CSint *undecided;
 
-  CSint *possible() const { return sets[0]; }
-  CSint *undecided() const { return sets[1]; }
-  int sure() const { return possible()->count - undecided()->count; }
+  int sure() const { return possible->count - undecided->count; }
 };
 
 struct OnCount : Record {};
@@ -33,20 +33,20 @@ struct OnVars : Record {};
 // ----- rules
 
 static bool excludeRest(const Record &c) {
-  return forEachValue(c.undecided(), [&](int i) { return removeValue(c.vars[i], c.val); });
+  return forEachValue(c.undecided, [&](int i) { return removeValue(c.vars[i], c.val); });
 }
 
 static bool bindRest(const Record &c) {
-  return forEachValue(c.undecided(), [&](int i) { return bindValue(c.vars[i], c.val); });
+  return forEachValue(c.undecided, [&](int i) { return bindValue(c.vars[i], c.val); });
 }
 
 // Variable i can no longer take the value.
 static bool drop(const Record &c, int i) {
-  if (!contains(c.undecided(), i)) return true;
-  if (isInstantiated(c.undecided())) return narrowMax(c.count, c.possible()->count - 1);
-  if (!contains(c.possible(), i)) return true;
-  if (!removeValue(c.possible(), i) || !removeValue(c.undecided(), i)) return false;
-  const int possible = c.possible()->count;
+  if (!contains(c.undecided, i)) return true;
+  if (isInstantiated(c.undecided)) return narrowMax(c.count, c.possible->count - 1);
+  if (!contains(c.possible, i)) return true;
+  if (!removeValue(c.possible, i) || !removeValue(c.undecided, i)) return false;
+  const int possible = c.possible->count;
   if (possible < c.count->min) return false;
   if (possible == c.count->min && !bindRest(c)) return false;
   return narrowMax(c.count, possible);
@@ -54,9 +54,9 @@ static bool drop(const Record &c, int i) {
 
 // Variable i is bound to the value.
 static bool take(const Record &c, int i) {
-  if (!contains(c.undecided(), i)) return true;
-  if (isInstantiated(c.undecided())) return narrowMin(c.count, c.possible()->count);
-  if (!removeValue(c.undecided(), i)) return false;
+  if (!contains(c.undecided, i)) return true;
+  if (isInstantiated(c.undecided)) return narrowMin(c.count, c.possible->count);
+  if (!removeValue(c.undecided, i)) return false;
   const int sure = c.sure();
   if (sure > c.count->max) return false;
   if (sure == c.count->max && !excludeRest(c)) return false;
@@ -68,7 +68,7 @@ static bool take(const Record &c, int i) {
 static bool countBound(OnCount &c, const Event &e) {
   const int value = e.var->min;
   if (c.sure() == value && !excludeRest(c)) return false;
-  return c.possible()->count != value || bindRest(c);
+  return c.possible->count != value || bindRest(c);
 }
 
 constexpr auto kCountTable =
@@ -109,13 +109,14 @@ static Census takeCensus(int val, CSint *const *vars, int n) {
 static bool isUndecided(const Record &c, int i) { return contains(c.vars[i], c.val) && !isInstantiated(c.vars[i]); }
 
 // Neither set is emptied: some position is undecided.
-static bool fillSets(const Record &c) {
+static bool fillSets(Record &c) {
   if (!c.sets) return false;
-  c.sets.init(0, 0, c.n - 1);
-  c.sets.init(1, 0, c.n - 1);
+  c.possible = c.sets[0];
+  c.undecided = c.sets[1];
+  for (const int set : {0, 1}) c.sets.init(set, 0, c.n - 1);
   for (int i = 0; i < c.n; ++i) {
-    if (!contains(c.vars[i], c.val) && !removeValueNoTrail(c.possible(), i)) return false;
-    if (!isUndecided(c, i) && !removeValueNoTrail(c.undecided(), i)) return false;
+    if (!contains(c.vars[i], c.val) && !removeValueNoTrail(c.possible, i)) return false;
+    if (!isUndecided(c, i) && !removeValueNoTrail(c.undecided, i)) return false;
   }
   return true;
 }
@@ -132,7 +133,7 @@ static bool attachAll(Posting &posting, const Record &record) {
 static bool post(const char *name, CSint *count, int val, CSint **vars, int n) {
   Posting posting{name};
   if (!posting) return false;
-  const Record record{count, val, vars, n, PrivateVariables(2)};
+  Record record{count, val, vars, n, PrivateVariables(2), nullptr, nullptr};
   return fillSets(record) && attachAll(posting, record);
 }
 
