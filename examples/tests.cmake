@@ -345,3 +345,24 @@ foreach(bad "--order:61:1 to 60" "--holes:-1:0 to 3600" "--limit:0:1 to 1000000"
 endforeach()
 koru_example_test(quasigroup.bad_option quasigroup 2 ARGS --lubby EXPECT_ERROR "^quasigroup: unknown option --lubby\n")
 koru_example_test(quasigroup.help quasigroup 0 ARGS --help EXPECT "^usage: quasigroup ")
+# --- magic sequences ---
+koru_example_test(magic_sequence.drawn magic_sequence 0 ARGS 10
+  EXPECT "^6 2 1 0 0 0 1 0 0 0\n\n  x.0. = 6  ######\n  x.1. = 2  ##\n  x.2. = 1  #\n  x.6. = 1  #\n  all others are 0\n\nmagic sequence of 10: solved [|] ")
+koru_example_test(magic_sequence.long magic_sequence 0 ARGS 100 EXPECT "^  x. 0. = 96  ############################################################\n  x. 1. = 2   #\n")
+koru_example_test(magic_sequence.quiet magic_sequence 0 ARGS --quiet 7 EXPECT "^magic sequence of 7: solved [|] 0 fails, 3 choice points [|] ")
+koru_example_test(magic_sequence.stats magic_sequence 0 ARGS --quiet --stats 7
+  EXPECT "^magic sequence of 7: [^\n]*\n\nNb Fails = 0\nNb Choice Points = 3\nHeap Size = [0-9]+\n$")
+koru_example_test(magic_sequence.all magic_sequence 0 ARGS 4 --all EXPECT "^1 2 1 0\n2 0 2 0\nmagic sequence of 4: 2 solutions [|] ")
+koru_example_test(magic_sequence.one_of_all magic_sequence 0 ARGS 200 --all --quiet EXPECT "^magic sequence of 200: 1 solution [|] ")
+foreach(length 1 2 3 6)
+  koru_example_test(magic_sequence.none_${length} magic_sequence 1 ARGS ${length}
+    EXPECT "^magic sequence of ${length}: no solution [|] ")
+endforeach()
+foreach(bad 0 -1 501 7x 99999999999)
+  koru_example_test(magic_sequence.bad_${bad} magic_sequence 2 ARGS ${bad}
+    EXPECT_ERROR "^magic_sequence: ${bad} is no number from 1 to 500\n")
+endforeach()
+koru_example_test(magic_sequence.no_number magic_sequence 2 EXPECT_ERROR "^magic_sequence: how many numbers")
+koru_example_test(magic_sequence.two_numbers magic_sequence 2 ARGS 4 5 EXPECT_ERROR "^magic_sequence: more than one number\n")
+koru_example_test(magic_sequence.bad_option magic_sequence 2 ARGS 4 --draw EXPECT_ERROR "^magic_sequence: unknown option --draw\n")
+koru_example_test(magic_sequence.help magic_sequence 0 ARGS --help EXPECT "^usage: magic_sequence ")
