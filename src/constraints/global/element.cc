@@ -84,11 +84,12 @@ static bool dropPosition(const Element &c, int position) {
 
 // ----- rules
 
-// A position has left the index: its value goes when no other position supports it.
+// A position has left the index: its value, if it is there, goes when no other position supports it.
 static bool checkSupport(const Element &c, int position) {
   const int value = c.values[position];
-  if (!forEachSupport(c, c.firstPair[position], value, [=](int other) { return other == position; })) return true;
-  return !contains(c.value, value) || removeValue(c.value, value);
+  if (!contains(c.value, value)) return true;
+  const auto isSame = [=](int other) { return other == position; };
+  return !forEachSupport(c, c.firstPair[position], value, isSame) || removeValue(c.value, value);
 }
 
 // Whether a position below or above the index's bounds was in it before, as far as its holes tell.
