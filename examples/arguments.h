@@ -53,9 +53,8 @@ static inline int parseNumber(const CommandLine *line, const Option *option, con
   return (int)number;
 }
 
-// text: the operand itself, or the argument after an option, null when there is none.
+// text: the operand itself, or the argument after an option.
 static inline void take(const CommandLine *line, const Option *option, const char *text) {
-  if (text == NULL) complain(line->program, "%s needs an argument", option->name);
   if (option->number != NULL)
     *option->number = parseNumber(line, option, text);
   else
@@ -72,8 +71,10 @@ static inline void readOption(CommandLine *line, const char *name) {
     if (option->name == NULL || strcmp(name, option->name) != 0) continue;
     if (option->flag != NULL)
       *option->flag = true;
+    else if (*line->next == NULL)
+      complain(line->program, "%s needs an argument", name);
     else
-      take(line, option, *line->next == NULL ? NULL : *line->next++);
+      take(line, option, *line->next++);
     return;
   }
   complain(line->program, "unknown option %s", name);
