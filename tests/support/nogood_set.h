@@ -138,6 +138,10 @@ class NoGoodTest : public SolverTest {
     set = cs_createNoGoodSet(x, kSize, callFilter, 0, callRelease, this);
     ASSERT_NE(set, nullptr);
   }
+  void TearDown() override {
+    release = nullptr;  // it may look at what belonged to the test
+    SolverTest::TearDown();
+  }
 
   static bool callFilter(CSnoGoodSet *, CSnoGood *noGood, CSint **, int, void *self) {
     const auto &test = *static_cast<NoGoodTest *>(self);
