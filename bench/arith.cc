@@ -5,7 +5,6 @@
 
 #include "measure.h"
 #include "models_arith.h"
-#include "stopwatch.h"
 
 namespace koru::bench {
 

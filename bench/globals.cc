@@ -1,23 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Element over large tables, occurrence and minimum over large arrays: the CPU time of posting and of one event, and
 // the memory of a table.
-#include <benchmark/benchmark.h>
-#include <malloc.h>
-
 #include <cstddef>
 #include <vector>
 
 #include "instances.h"
-#include "run.h"
+#include "measure.h"
 
 namespace koru::bench {
 
 namespace {
-
-double heapBytes() {
-  const struct mallinfo2 info = mallinfo2();
-  return static_cast<double>(info.uordblks + info.hblkhd);
-}
 
 // Values 0..distinct-1 in random order.
 std::vector<int> randomTable(int size, int distinct) {

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "instances.h"
+#include "measure.h"
 #include "run.h"
-#include "stopwatch.h"
 
 namespace koru::bench {
 

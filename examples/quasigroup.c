@@ -5,6 +5,7 @@
 // fails, and when that is reached starts again with other guesses (Gomes, Selman, Kautz, "Boosting Combinatorial Search
 // Through Randomization", AAAI 1998). What a run has refuted is kept in no-goods: no run repeats it.
 #include "arguments.h"
+#include "progress.h"
 #include "quasigroup_input.h"
 
 static char program[] = "quasigroup";
@@ -56,7 +57,6 @@ typedef struct {
   double nextLimit;  // of the geometric sequence
   long nbFails;
   double start;
-  bool onTerminal;
 } Progress;
 
 static Random guesses;
@@ -126,26 +126,22 @@ static void runStarted(int limit, CSint **cells, int nbCells, void *argument) {
   ((Progress *)argument)->limit = limit;
 }
 
-static void printProgress(const Progress *progress, const char *before, const char *after) {
-  printf("%srun %d: limit %d, %ld fails, %d no-goods, %.1f s%s", before, progress->nbRuns, progress->limit,
-         progress->nbFails, cs_getNbNoGoods(progress->noGoods), secondsNow() - progress->start, after);
-  fflush(stdout);
+static void tellProgress(const Progress *progress, bool milestone) {
+  if (!progress->options->progress) return;
+  showProgress(milestone, "run %d: limit %d, %ld fails, %d no-goods, %.1f s", progress->nbRuns, progress->limit,
+               progress->nbFails, cs_getNbNoGoods(progress->noGoods), secondsNow() - progress->start);
 }
 
-// On a terminal, one line that is written again and again.
 static void decided(bool accepted, int depth, int index, const CSvalueSelection *decision, CSint **cells, int nbCells,
                     void *argument) {
   (void)depth, (void)index, (void)decision, (void)cells, (void)nbCells;
   Progress *progress = argument;
-  if (accepted || ++progress->nbFails % 500 != 0) return;
-  if (progress->options->progress && progress->onTerminal) printProgress(progress, "\r", "\033[K");
+  if (!accepted && ++progress->nbFails % 500 == 0) tellProgress(progress, false);
 }
 
 static void runEnded(bool found, int nbFails, int limit, CSint **cells, int nbCells, void *argument) {
   (void)found, (void)nbFails, (void)limit, (void)cells, (void)nbCells;
-  const Progress *progress = argument;
-  if (!progress->options->progress) return;
-  printProgress(progress, progress->onTerminal ? "\r" : "", progress->onTerminal ? "\033[K" : "\n");
+  tellProgress(argument, true);
 }
 
 static CSsearchNotify *createHooks(Progress *progress) {
@@ -163,7 +159,7 @@ static bool search(Model *model, Progress *progress) {
   bool filled = cs_searchValueSelectorRestartNG(model->cells, model->selectors, model->nbCells, chooseCell, limitOfRun,
                                                 progress, options->total, progress->noGoods, hooks);
   cs_freeSearchNotify(hooks);
-  if (options->progress && progress->onTerminal) putchar('\n');
+  if (options->progress) clearProgress();
   return filled;
 }
 
@@ -202,7 +198,6 @@ static void printSummary(const Square *square, const Progress *progress, bool fi
 static int run(const Square *square, const Options *options) {
   static Model model;
   Progress progress = {.options = options, .nextLimit = options->limit, .start = secondsNow()};
-  progress.onTerminal = isTerminal(stdout);
   guesses = seedRandom(options->seed);
   startSolver(program);
   bool filled = postModel(&model, square) && search(&model, &progress);
