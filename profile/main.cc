@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// koru-profile: shows a profiler report as a table, hottest place first, or as a page.
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+
+#include "profile/profile.h"
+
+using namespace koru::profile;
+
+namespace {
+
+constexpr char kUsage[] =
+    "usage: koru-profile [--top N] [--html FILE] [REPORT]\n"
+    "\n"
+    "Shows how often the constraints that each place of a program has posted ran, and how often they failed, from the\n"
+    "report that cs_profilerWriteFile writes (standard input without one, or for -).\n"
+    "\n"
+    "  --top N      print the N places with the most calls only\n"
+    "  --html FILE  write FILE, a page with the same table, which can be sorted, and the source lines, instead\n"
+    "  --help       print this text\n"
+    "\n"
+    "Exit status: 0 when the report was shown, 2 on bad input or bad arguments.\n";
+
+struct Options {
+  std::size_t top = 0;
+  const char *page = nullptr;
+  const char *report = nullptr;
+};
+
+[[noreturn]] void complain(const std::string &message) {
+  std::cerr << "koru-profile: " << message << '\n';
+  std::exit(2);
+}
+
+std::size_t parseTop(const char *text) {
+  char *end = nullptr;
+  const long number = std::strtol(text, &end, 10);
+  if (end == text || *end != '\0' || number < 1) complain(std::string(text) + " is no number above 0");
+  return static_cast<std::size_t>(number);
+}
+
+const char *argumentOf(char **argv, int &i) {
+  if (argv[i + 1] == nullptr) complain(std::string(argv[i]) + " needs an argument");
+  return argv[++i];
+}
+
+Options parseArguments(char **argv) {
+  Options options;
+  for (int i = 1; argv[i] != nullptr; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--help") {
+      std::cout << kUsage;
+      std::exit(0);
+    } else if (argument == "--top") {
+      options.top = parseTop(argumentOf(argv, i));
+    } else if (argument == "--html") {
+      options.page = argumentOf(argv, i);
+    } else if (argument.size() > 1 && argument[0] == '-') {
+      complain("unknown option " + argument);
+    } else if (options.report != nullptr) {
+      complain("more than one report");
+    } else {
+      options.report = argv[i];
+    }
+  }
+  return options;
+}
+
+Profile read(const Options &options) {
+  const bool isStandard = options.report == nullptr || std::strcmp(options.report, "-") == 0;
+  const std::string name = isStandard ? "stdin" : options.report;
+  std::ifstream file;
+  if (!isStandard) file.open(name);
+  if (!isStandard && !file) complain(name + ": cannot be opened");
+  Profile profile;
+  std::string error;
+  if (!readProfile(isStandard ? std::cin : file, profile, error)) complain(name + ':' + error);
+  return profile;
+}
+
+void show(const Profile &profile, const Options &options) {
+  if (options.page == nullptr) {
+    const char *noColour = std::getenv("NO_COLOR");
+    const bool colours = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || noColour[0] == '\0');
+    writeTable(std::cout, profile, options.top, colours);
+    if (!std::cout.flush()) complain("cannot write the output");
+    return;
+  }
+  std::ofstream page(options.page);
+  writePage(page, profile, options.report != nullptr ? options.report : "Profile");
+  if (!page.flush()) complain(std::string(options.page) + ": cannot be written");
+}
+
+}  // namespace
+
+int main(int, char **argv) {
+  const Options options = parseArguments(argv);
+  show(read(options), options);
+  return 0;
+}

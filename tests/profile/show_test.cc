@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// The table and the page that koru-profile makes of a profile.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "profile/profile.h"
+
+namespace {
+
+using namespace koru::profile;
+
+Profile sample() {
+  Profile profile;
+  profile.version = "3.8.0";
+  profile.entries = {{"cs_AllNeq", "m.c", 12, "main", 1, 1500, 300}, {"cs_Neq", "m.c", 13, "main", 20, 500, 0}};
+  profile.calls = 2000;
+  profile.fails = 300;
+  return profile;
+}
+
+std::string tableOf(const Profile &profile, std::size_t top, bool colours) {
+  std::ostringstream out;
+  writeTable(out, profile, top, colours);
+  return out.str();
+}
+
+std::string pageOf(const Profile &profile) {
+  std::ostringstream out;
+  writePage(out, profile, "a <title>");
+  return out.str();
+}
+
+bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+TEST(Table, ShowsSharesAndRatesInColumns) {
+  EXPECT_EQ(tableOf(sample(), 0, false),
+            "calls    share                fails  fail rate  posted  posted by  place\n"
+            "1 500   75.0 %  #########...    300     20.0 %       1  cs_AllNeq  m.c:12 main\n"
+            "  500   25.0 %  ###.........      0      0.0 %      20  cs_Neq     m.c:13 main\n"
+            "2 000 calls, 300 fails at 2 places\n");
+}
+
+TEST(Table, ShowsTheTopOnly) {
+  const std::string table = tableOf(sample(), 1, false);
+  EXPECT_TRUE(has(table, "cs_AllNeq"));
+  EXPECT_FALSE(has(table, "cs_Neq"));
+  EXPECT_TRUE(has(table, "and 1 more\n"));
+}
+
+TEST(Table, OfNothing) { EXPECT_TRUE(has(tableOf(Profile{}, 0, false), "0 calls, 0 fails at 0 places\n")); }
+
+TEST(Table, SendsNoControlCharactersToTheTerminal) {
+  Profile profile = sample();
+  profile.entries[0].file = "m\033[2J.c";
+  EXPECT_FALSE(has(tableOf(profile, 0, false), "\033"));
+  EXPECT_TRUE(has(tableOf(profile, 0, false), "m?[2J.c"));
+  EXPECT_TRUE(has(tableOf(sample(), 0, true), "\033[38;5;173m"));
+}
+
+TEST(Page, NeedsNoOtherFileAndEscapesItsTexts) {
+  Profile profile = sample();
+  profile.entries[0].caller = "operator<<\"&\"";
+  const std::string page = pageOf(profile);
+  EXPECT_TRUE(has(page, "<title>a &lt;title&gt;</title>"));
+  EXPECT_TRUE(has(page, "operator&lt;&lt;&quot;&amp;&quot;"));
+  EXPECT_FALSE(has(page, "http"));
+  EXPECT_FALSE(has(page, "src="));
+}
+
+TEST(Page, ShowsTheSourceAroundTheLineWhenItCanBeRead) {
+  const std::filesystem::path source = std::filesystem::temp_directory_path() / "koru_page_test.c";
+  std::ofstream(source) << "one\ntwo\nthree\nfour\nfive < 6\nsix\nseven\neight\nnine\n";
+  Profile profile = sample();
+  profile.entries[0].file = source.string();
+  profile.entries[0].line = 5;
+  const std::string page = pageOf(profile);
+  std::filesystem::remove(source);
+  EXPECT_TRUE(has(page, "<b>    5  five &lt; 6</b>\n"));
+  EXPECT_TRUE(has(page, "<pre>    2  two\n"));
+  EXPECT_TRUE(has(page, "    8  eight\n</pre>"));
+  EXPECT_FALSE(has(page, "nine"));
+}
+
+TEST(Page, SaysWhenTheProfileWasTaken) {
+  Profile profile = sample();
+  EXPECT_FALSE(has(pageOf(profile), "UTC"));
+  profile.startTime = 1000000000;
+  profile.endTime = 1000000061;
+  EXPECT_TRUE(has(pageOf(profile), "From 2001-09-09 01:46:40 UTC to 2001-09-09 01:47:41 UTC"));
+}
+
+}  // namespace
