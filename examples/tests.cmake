@@ -367,3 +367,14 @@ koru_example_test(magic_sequence.no_number magic_sequence 2 EXPECT_ERROR "^magic
 koru_example_test(magic_sequence.two_numbers magic_sequence 2 ARGS 4 5 EXPECT_ERROR "^magic_sequence: more than one number\n")
 koru_example_test(magic_sequence.bad_option magic_sequence 2 ARGS 4 --draw EXPECT_ERROR "^magic_sequence: unknown option --draw\n")
 koru_example_test(magic_sequence.help magic_sequence 0 ARGS --help EXPECT "^usage: magic_sequence ")
+
+# --- profile_demo ---
+koru_example_test(profile_demo.stdout profile_demo 0
+  EXPECT "^Koru Profiler: Constraint 1.0\n.*\n__DATA__\n(.*\n)*[(]unknown[)]\t0\t0\t[(]unknown[)]\tcs_AllNeq\t[0-9]+\t[0-9]+\n")
+koru_example_test(profile_demo.places profile_demo 0 ARGS --places
+  EXPECT "\nformat: part_of_model\n__DATA__\n(.*\n)*columns\tcs_Sigma\t[0-9]+\t[0-9]+\n")
+koru_example_test(profile_demo.file profile_demo 0 ARGS "${CMAKE_CURRENT_BINARY_DIR}/inputs/profile.txt"
+  EXPECT "^880 squares, profile in [^\n]*profile.txt\n$")
+koru_example_test(profile_demo.bad_option profile_demo 2 ARGS --fast EXPECT "^$" EXPECT_ERROR "^profile_demo: unknown option --fast\n")
+koru_example_test(profile_demo.two_files profile_demo 2 ARGS a b EXPECT_ERROR "^profile_demo: more than one file\n")
+koru_example_test(profile_demo.help profile_demo 0 ARGS --help EXPECT "^usage: profile_demo ")
