@@ -696,7 +696,8 @@ KORU_API bool cs_Disjunctive(CSint **starts, CSint **durations, int n);
  * 16. Search, variable selection and statistics
  *
  * The searches label an array of variables depth first: they let @p f pick a variable, open a context and try its
- * values in increasing order. They allocate nothing and use one native stack frame per level.
+ * values in increasing order. They allocate nothing and use one native stack frame per level. The array must not change
+ * while the search runs: a built-in selection is not offered variables again that were bound at a level above.
  *
  * A true result leaves the solution in place, with one open context per level: undo it with cs_restoreAll, or
  * cs_restoreContextUntil with a label saved before. A false result after the whole tree was searched leaves everything
