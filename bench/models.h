@@ -7,6 +7,7 @@
 
 #include "instances.h"
 #include "models_arith.h"
+#include "models_search.h"
 #include "run.h"
 
 namespace koru::bench {
@@ -203,6 +204,10 @@ inline constexpr Model kModels[] = {
     {"magic_square 5", "node", magicSquare<5, findFirst>},
     {"knapsack 25x3", "node", knapsack},
     {"send+more x 10^4", "node", sendMoreMoney<10000>},
+    {"golomb 9", "node", golomb<9>},
+    {"golomb 10", "node", golomb<10>},
+    {"all_interval 11", "node", allInterval<11>},
+    {"all_interval 12", "node", allInterval<12>},
     {"sum 10", "event", bindTerms<10, 5000, plainSum>},
     {"sum 100", "event", bindTerms<100, 500, plainSum>},
     {"sum 1000", "event", bindTerms<1000, 10, plainSum>},

@@ -22,5 +22,6 @@ struct PeerModel {
 
 std::span<const PeerModel> relationPeers();
 std::span<const PeerModel> arithmeticPeers();
+std::span<const PeerModel> searchPeers();
 
 }  // namespace koru::bench

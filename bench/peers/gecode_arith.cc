@@ -51,16 +51,6 @@ Outcome sendMoreMoney(const Recomputation &recomputation) {
   return outcome;
 }
 
-// Minimises its last variable by restarts: once a better solution is asked for, the whole tree is searched anew.
-class CostProblem : public Problem {
- public:
-  CostProblem(int size, int min, int max, int costMax) : Problem(size, min, max), cost(*this, 0, costMax) {}
-  CostProblem(CostProblem &other) : Problem(other) { cost.update(*this, other.cost); }
-  Gecode::Space *copy() override { return new CostProblem(*this); }
-
-  Gecode::IntVar cost;
-};
-
 CostProblem *makeKnapsack() {
   const Items &items = instances().items;
   const int n = static_cast<int>(items.profits.size());
@@ -75,23 +65,7 @@ CostProblem *makeKnapsack() {
   return problem;
 }
 
-// Restart form, as in Koru: every improvement is a new search from the root.
-Outcome knapsack(const Recomputation &recomputation) {
-  Outcome outcome;
-  int bound = -1;
-  for (bool improved = true; improved;) {
-    CostProblem *problem = makeKnapsack();
-    if (bound >= 0) Gecode::rel(*problem, problem->cost, Gecode::IRT_LE, bound);
-    Gecode::DFS<CostProblem> engine(problem, optionsFor(recomputation));
-    CostProblem *solution = engine.next();
-    improved = solution != nullptr;
-    if (improved) bound = solution->cost.val();
-    outcome.solutions += improved;
-    addStatistics(outcome, engine.statistics(), 1);
-    delete solution;
-  }
-  return outcome;
-}
+Outcome knapsack(const Recomputation &recomputation) { return minimizeByRestarts(makeKnapsack, recomputation); }
 
 // Nothing is undone here: every round is a new space, and posting is a small part of it.
 template <int terms, int times, bool weighted>

@@ -59,4 +59,32 @@ inline void search(Outcome &outcome, Problem *problem, const Recomputation &reco
   addStatistics(outcome, engine.statistics(), 1);
 }
 
+// Has a cost besides.
+class CostProblem : public Problem {
+ public:
+  CostProblem(int size, int min, int max, int costMax) : Problem(size, min, max), cost(*this, 0, costMax) {}
+  CostProblem(CostProblem &other) : Problem(other) { cost.update(*this, other.cost); }
+  Gecode::Space *copy() override { return new CostProblem(*this); }
+
+  Gecode::IntVar cost;
+};
+
+// Restart form, as in Koru: every improvement is a new search from the root.
+inline Outcome minimizeByRestarts(CostProblem *(*make)(), const Recomputation &recomputation) {
+  Outcome outcome;
+  int bound = -1;
+  for (bool improved = true; improved;) {
+    CostProblem *problem = make();
+    if (bound >= 0) Gecode::rel(*problem, problem->cost, Gecode::IRT_LE, bound);
+    Gecode::DFS<CostProblem> engine(problem, optionsFor(recomputation));
+    CostProblem *solution = engine.next();
+    improved = solution != nullptr;
+    if (improved) bound = solution->cost.val();
+    outcome.solutions += improved;
+    addStatistics(outcome, engine.statistics(), 1);
+    delete solution;
+  }
+  return outcome;
+}
+
 }  // namespace koru::bench
