@@ -47,9 +47,9 @@ inline bool isEntailed(const CSvalueSelection &decision, const CSint *v) {
 bool isUndecided(const CSvalueSelection &decision, const CSint *v);
 
 struct WatchNode {
-  CSnoGood *noGood;  // null: not a watch but the place that a walk has reached
-  WatchNode *next;
-  WatchNode **link;  // the pointer that leads here
+  CSnoGood *noGood = nullptr;  // null: not a watch but the place that a walk has reached
+  WatchNode *next = nullptr;
+  WatchNode **link = nullptr;  // the pointer that leads here
 
   void linkAt(WatchNode **place) {
     next = *place;

@@ -60,7 +60,7 @@ bool hasWork(const CSnoGoodSet &set, const CSnoGood &noGood, int position) {
 // this list come in front of it.
 class Place : public WatchNode {
  public:
-  explicit Place(WatchNode *after) : WatchNode{nullptr, nullptr, nullptr} { linkAt(&after->next); }
+  explicit Place(WatchNode *after) { linkAt(&after->next); }
   Place(const Place &) = delete;
   Place &operator=(const Place &) = delete;
   ~Place() { unlink(); }
