@@ -378,3 +378,66 @@ koru_example_test(profile_demo.file profile_demo 0 ARGS "${CMAKE_CURRENT_BINARY_
 koru_example_test(profile_demo.bad_option profile_demo 2 ARGS --fast EXPECT "^$" EXPECT_ERROR "^profile_demo: unknown option --fast\n")
 koru_example_test(profile_demo.two_files profile_demo 2 ARGS a b EXPECT_ERROR "^profile_demo: more than one file\n")
 koru_example_test(profile_demo.help profile_demo 0 ARGS --help EXPECT "^usage: profile_demo ")
+
+# --- car_sequencing: outcomes ---
+# Classes 1 and 3 have the first option, 2 and 3 the second.
+koru_example_test(car_sequencing.ten car_sequencing 0 ARGS "${data}/cars_10.txt"
+  EXPECT "^   3   2   1   0   1   2   3   0   1   0\nsunroof and trailer hitch: 10 cars, 4 classes, 2 options: sequenced [|] 1 try [|] ")
+koru_example_test(car_sequencing.sixty car_sequencing 0 ARGS --quiet "${data}/cars_60.txt"
+  EXPECT "^sixty: 60 cars, 14 classes, 4 options: sequenced [|] ")
+koru_example_test(car_sequencing.stdin car_sequencing 0 ARGS --quiet INPUT "${data}/cars_10.txt" EXPECT "^sunroof ")
+koru_example_test(car_sequencing.dash car_sequencing 0 ARGS --quiet - INPUT "${data}/cars_10.txt" EXPECT "^sunroof ")
+koru_example_test(car_sequencing.no_instance car_sequencing 0 EXPECT "^$")
+koru_example_input(cars_file crowded.txt "6 1 2\n1\n2\n0 2 0\n1 4 1\n")
+koru_example_test(car_sequencing.none car_sequencing 1 ARGS "${cars_file}"
+  EXPECT "^6 cars, 2 classes, 1 option: no sequence [|] 0 tries [|] ")
+# Neither option twice in a row.
+koru_example_input(cars_file limit.txt "4 2 2\n1 1\n2 2\n0 2 1 0\n1 2 0 1\n")
+koru_example_test(car_sequencing.alternating car_sequencing 0 ARGS "${cars_file}"
+  EXPECT "^(   0   1   0   1|   1   0   1   0)\n4 cars, 2 classes, 2 options: sequenced ")
+koru_example_input(cars_file alone.txt "prose\n1 1 1\n0\n1\n0 1 0")
+koru_example_test(car_sequencing.alone car_sequencing 0 ARGS "${cars_file}"
+  EXPECT "^   0\n1 car, 1 class, 1 option: sequenced [|] ")
+# Two instances, the first one of five options without its capacities.
+koru_example_input(cars_file two.txt
+  "# Problem a b \r\n 2 5 2\r\n0 1 1 0 0 0 0\r\n1 1 0 1 0 1 0\r\n\n# again\n# Problem: c\n#Problem d\n1 1 1\n1\n1\n0 1 1\n")
+koru_example_test(car_sequencing.two car_sequencing 0 ARGS --quiet "${cars_file}"
+  EXPECT "^a b: 2 cars, 2 classes, 5 options: sequenced [^\n]*\nc: 1 car, 1 class, 1 option: sequenced [^\n]*\n$")
+
+# --- car_sequencing: bad input and arguments ---
+# cars_fault(name text line message)
+function(cars_fault name text line message)
+  koru_example_input(file "cars_${name}.txt" "${text}")
+  koru_example_test(car_sequencing.${name} car_sequencing 2 ARGS "${file}"
+    EXPECT "^$" EXPECT_ERROR "^car_sequencing: [^\n]*cars_${name}.txt:${line}: ${message}\n$")
+endfunction()
+cars_fault(no_cars "# x\n0 1 1\n" 2 "number of cars: 0 is no number from 1 to 1000")
+cars_fault(many_cars "1001 1 1\n" 1 "number of cars: 1001 is no number from 1 to 1000")
+cars_fault(many_options "9 21 1\n" 1 "number of options: 21 is no number from 1 to 20")
+cars_fault(no_classes "9 2\n" 1 "number of classes: missing")
+cars_fault(many_classes "9 2 101\n" 1 "number of classes: 101 is no number from 1 to 100")
+cars_fault(more_sizes "9 2 3 4\n" 1 "nothing more is expected in this line")
+cars_fault(no_capacities "9 2 3\n" 1 "capacities: missing")
+cars_fault(few_capacities "9 2 3\n1\n" 2 "capacity of option 2: missing")
+cars_fault(more_capacities "9 2 3\n1 1 1\n" 2 "nothing more is expected in this line")
+cars_fault(capacity "9 2 3\n1 -1\n" 2 "capacity of option 2: -1 is no number from 0 to 10")
+cars_fault(no_blocks "9 2 3\n1 1\n" 2 "blocks: missing")
+cars_fault(block "9 2 3\n1 1\n0 2\n" 3 "block of option 1: 0 is no number from 1 to 10")
+cars_fault(long_block "9 2 3\n1 1\n2 11\n" 3 "block of option 2: 11 is no number from 1 to 10")
+cars_fault(no_class "9 1 2\n1\n2\n" 3 "class 0: missing")
+cars_fault(few_classes "9 1 2\n1\n2\n0 9 0\n" 4 "class 1: missing")
+cars_fault(wrong_class "9 1 2\n1\n2\n1 9 0\n" 4 "class: 1 is no number from 0 to 0")
+cars_fault(demand "9 1 2\n1\n2\n0 x 0\n" 4 "number of its cars: x is no number from 0 to 1000")
+cars_fault(option "9 1 2\n1\n2\n0 9 2\n" 4 "option 1: 2 is no number from 0 to 1")
+cars_fault(more_class "9 1 2\n1\n2\n0 9 1 1\n" 4 "nothing more is expected in this line")
+cars_fault(sum "9 1 2\n1\n2\n0 3 0\n1 4 1\n" 5 "the classes have 7 cars together, not 9")
+cars_fault(long_line "${ones}\n9 1 2\n${sevens}\n" 1 "number of cars: 1,1,[1,]* is no number from 1 to 1000")
+cars_fault(long_word "9 1 2\n${sevens}\n" 2 "capacity of option 1: 7+ is no number from 0 to 10")
+koru_example_test(car_sequencing.missing_file car_sequencing 2 ARGS "${CMAKE_CURRENT_BINARY_DIR}/inputs/missing.txt"
+  EXPECT_ERROR "^car_sequencing: [^\n]*missing.txt: ")
+koru_example_test(car_sequencing.directory car_sequencing 2 ARGS "${CMAKE_CURRENT_BINARY_DIR}"
+  EXPECT_ERROR "^car_sequencing: [^\n]*: cannot read on\n$")
+koru_example_test(car_sequencing.bad_fails car_sequencing 2 ARGS --fails 0
+  EXPECT_ERROR "^car_sequencing: 0 is no number from 1 to 2147483647\n")
+koru_example_test(car_sequencing.bad_option car_sequencing 2 ARGS --fast EXPECT_ERROR "^car_sequencing: unknown option --fast\n")
+koru_example_test(car_sequencing.help car_sequencing 0 ARGS --help EXPECT "^usage: car_sequencing ")
