@@ -123,12 +123,12 @@ class Instance {
 };
 
 // The number of nodes looked at.
-int checkNodes(unsigned first, unsigned last) {
+int checkNodes(unsigned first, unsigned last, int changes) {
   int nodes = 0;
   for (unsigned seed = first; seed <= last && !::testing::Test::HasFailure(); ++seed) {
     const Instance instance(seed, 1 + static_cast<int>(seed % 5));
     if (!instance.posted) continue;
-    Nodes(seed).visit(instance.variables, [&] {
+    Nodes(seed, changes).visit(instance.variables, [&] {
       instance.expectConsistent();
       ASSERT_FALSE(::testing::Test::HasFailure()) << "seed " << seed;
       ++nodes;
@@ -138,11 +138,16 @@ int checkNodes(unsigned first, unsigned last) {
 }
 
 TEST(RegularConsistency, ValuesAndStatesLeftAreThoseOfAcceptedWordsAtEveryNode) {
-  EXPECT_GT(checkNodes(1, 300), 5000);
+  EXPECT_GT(checkNodes(1, 300, 1), 5000);
+}
+
+// Of several changes of one variable, the events of the first are stale when they are heard.
+TEST(RegularConsistency, NothingIsMissedWhenSeveralChangesAreHeardTogether) {
+  EXPECT_GT(checkNodes(301, 600, 2) + checkNodes(601, 900, 4), 500);
 }
 
 TEST(RegularConsistency, HeavyValuesAndStatesLeftAreThoseOfAcceptedWordsAtEveryNode) {
-  EXPECT_GT(checkNodes(1001, 4000), 50000);
+  EXPECT_GT(checkNodes(1001, 4000, 1), 50000);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/batch.h"
 #include "support/brute_force.h"
 
 namespace koru::test::brute {
@@ -36,10 +37,11 @@ struct Split {
 };
 inline constexpr Split kSplits[] = {{cs_EQ, cs_NEQ}, {cs_LE, cs_GT}, {cs_NEQ, cs_EQ}, {cs_GE, cs_LT}};
 
-// Visits the nodes of a binary search tree over all solutions; variables, values and ways to split are drawn at random.
+// Visits the nodes of a binary search tree; variables, values and ways to split are drawn at random. With more than one
+// change per branch all are made before the first event is heard, so that some events are stale by then.
 class Nodes {
  public:
-  explicit Nodes(unsigned seed) : random_(seed) {}
+  explicit Nodes(unsigned seed, int changes = 1) : random_(seed), changes_(changes) {}
 
   template <class Check>
   void visit(const std::vector<CSint *> &variables, Check check) {
@@ -48,19 +50,41 @@ class Nodes {
     for (CSint *v : variables)
       if (cs_isFree(v)) open.push_back(v);
     if (open.empty() || ::testing::Test::HasFailure()) return;
-    CSint *v = open[random_() % open.size()];
-    const Split &split = kSplits[random_() % std::size(kSplits)];
-    const std::vector<int> domain = values(v);
-    const int value = domain[random_() % domain.size()];
-    for (const auto &branch : {split.left, split.right}) {
+    const Change change = draw(open);
+    for (const auto &branch : {change.split.left, change.split.right}) {
       cs_saveContext();
-      if (branch(v, value)) visit(variables, check);
+      if (narrow(open, change, branch)) visit(variables, check);
       cs_restoreContext();
     }
   }
 
  private:
+  struct Change {
+    CSint *variable;
+    int value;
+    Split split;
+  };
+
+  Change draw(const std::vector<CSint *> &open) {
+    CSint *v = open[random_() % open.size()];
+    const std::vector<int> domain = values(v);
+    return {v, domain[random_() % domain.size()], kSplits[random_() % std::size(kSplits)]};
+  }
+
+  bool narrow(const std::vector<CSint *> &open, const Change &first, bool (*branch)(CSint *, int)) {
+    if (changes_ == 1) return branch(first.variable, first.value);
+    return together([&] {
+      bool consistent = branch(first.variable, first.value);
+      for (int i = 1; consistent && i < changes_; ++i) {
+        const Change next = draw(open);
+        consistent = next.split.right(next.variable, next.value);
+      }
+      return consistent;
+    });
+  }
+
   std::mt19937 random_;
+  int changes_;
 };
 
 }  // namespace koru::test::brute

@@ -4,7 +4,8 @@
 // State: the positions that supply the bounds of the result, not trailed: they are looked at again before they count.
 // Wakes: on the index by every event, on the result and the variables when a bound moves or they are bound.
 // Deliberate: a bound index aligns bounds only; a hole in the result or the selected variable is met when one of them
-// is bound to it.
+// is bound to it. Nor are inner values heard that a variable loses after the result was bound to one: its position
+// stays until it is selected, which then fails.
 // Deliberate: a moved bound of a variable renews the supplier of that side alone.
 #include "constraints/global/var_element.h"
 

@@ -184,6 +184,16 @@ TEST_F(VarElementRangeTest, FailsWhenTheSelectedVariableHasAHoleAtTheBoundValue)
   EXPECT_FALSE(cs_EQ(value, 3));
 }
 
+// Deliberate: an inner value that a variable loses is not heard. Position 0 stays although x[0] has lost the value that
+// the result is bound to, until the index selects it.
+TEST_F(VarElementRangeTest, APositionWhoseVariableLosesTheBoundValueStaysUntilItIsSelected) {
+  make(cs_VarElementRange, range(0, 1), {range(0, 2), {1}});
+  ASSERT_TRUE(cs_EQ(value, 1));
+  ASSERT_TRUE(cs_NEQ(vars[0], 1));
+  EXPECT_EQ(state(), (State{{0, 1}, {1}, {{0, 2}, {1}}}));
+  EXPECT_FALSE(cs_EQ(index, 0));
+}
+
 TEST_F(VarElementRangeTest, OneBoundsEventOnTheResultTightensOneSideOfTheSelectedVariable) {
   make(cs_VarElementRange, range(0, 0), {range(0, 9)});
   checkOneSidePerCall();
