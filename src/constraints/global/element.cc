@@ -9,7 +9,6 @@
 // without support; binding value to it fails.
 // Deliberate: an index outside the array (restored past a posting that was accepted) has no value: bound to it fails.
 #include <algorithm>
-#include <compare>
 
 #include "core/branch_set.h"
 #include "core/domain_walk.h"
@@ -20,7 +19,10 @@ namespace koru::element {
 struct Pair {
   int value;
   int position;
-  auto operator<=>(const Pair &) const = default;
+
+  bool operator<(const Pair &other) const {
+    return value != other.value ? value < other.value : position < other.position;
+  }
 };
 
 // Pairs at one end of the table whose positions have all left the index.
@@ -200,7 +202,7 @@ static bool fillTable(Element &c) {
 }
 
 static CSint *post(CSint *index, const int *values, int n) {
-  if (n == 0 || index == nullptr || (values == nullptr && n > 0)) return nullptr;
+  if (n == 0 || index == nullptr || values == nullptr) return nullptr;
   if (!narrowMin(index, 0) || !narrowMax64(index, std::int64_t{n} - 1)) return nullptr;
   CSint *value = createReached(index, values, n);
   if (value == nullptr) return nullptr;
