@@ -209,6 +209,16 @@ struct Sum {
   }
 };
 
+// What each of n workers costs in each of n jobs.
+struct CostMatrix {
+  std::vector<std::vector<int>> rows;
+
+  explicit CostMatrix(int n) {
+    Random random(4);
+    for (int i = 0; i < n; ++i) rows.push_back(randomValues(random, n, 1, 99));
+  }
+};
+
 struct Instances {
   static constexpr int kPairVariables = 2000;
 

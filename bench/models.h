@@ -7,6 +7,7 @@
 
 #include "instances.h"
 #include "models_arith.h"
+#include "models_globals.h"
 #include "models_search.h"
 #include "run.h"
 
@@ -203,6 +204,8 @@ inline constexpr Model kModels[] = {
     {"magic_square 4", "node", magicSquare<4, findAll>},
     {"magic_square 5", "node", magicSquare<5, findFirst>},
     {"knapsack 25x3", "node", knapsack},
+    {"assign 14", "node", assignment<14>},
+    {"magic_seq 200", "node", magicSequence<200>},
     {"send+more x 10^4", "node", sendMoreMoney<10000>},
     {"golomb 9", "node", golomb<9>},
     {"golomb 10", "node", golomb<10>},

@@ -23,5 +23,6 @@ struct PeerModel {
 std::span<const PeerModel> relationPeers();
 std::span<const PeerModel> arithmeticPeers();
 std::span<const PeerModel> searchPeers();
+std::span<const PeerModel> globalPeers();
 
 }  // namespace koru::bench

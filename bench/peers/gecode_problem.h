@@ -59,7 +59,7 @@ inline void search(Outcome &outcome, Problem *problem, const Recomputation &reco
   addStatistics(outcome, engine.statistics(), 1);
 }
 
-// Has a cost besides.
+// A problem whose cost is to be as low as can be.
 class CostProblem : public Problem {
  public:
   CostProblem(int size, int min, int max, int costMax) : Problem(size, min, max), cost(*this, 0, costMax) {}
@@ -70,7 +70,8 @@ class CostProblem : public Problem {
 };
 
 // Restart form, as in Koru: every improvement is a new search from the root.
-inline Outcome minimizeByRestarts(CostProblem *(*make)(), const Recomputation &recomputation) {
+template <class Make>
+Outcome minimizeByRestarts(Make make, const Recomputation &recomputation) {
   Outcome outcome;
   int bound = -1;
   for (bool improved = true; improved;) {
