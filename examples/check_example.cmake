@@ -1,11 +1,14 @@
 # SPDX-License-Identifier: MIT
 # Runs an example and checks its exit status and output:
 #   cmake -DPROGRAM=... -DSTATUS=0 [-DARGUMENTS=a|b] [-DINPUT=file] [-DEXPECT=regex] [-DEXPECT_ERROR=regex]
-#         -P check_example.cmake
+#         [-DWRITES=file -DEXPECT_WRITTEN=regex] -P check_example.cmake
 # The standard error stream must match EXPECT_ERROR; without it, nothing may appear there.
 string(REPLACE "|" ";" arguments "${ARGUMENTS}")
 if(NOT INPUT)
   set(INPUT /dev/null)
+endif()
+if(WRITES)
+  file(REMOVE "${WRITES}")
 endif()
 execute_process(
   COMMAND "${PROGRAM}" ${arguments}
@@ -27,6 +30,12 @@ if(EXPECT_ERROR)
   endif()
 elseif(NOT error STREQUAL "")
   string(APPEND faults "standard error is not empty\n")
+endif()
+if(WRITES)
+  file(READ "${WRITES}" written)
+  if(NOT written MATCHES "${EXPECT_WRITTEN}")
+    string(APPEND faults "${WRITES} does not match ${EXPECT_WRITTEN}\n")
+  endif()
 endif()
 if(faults)
   message(FATAL_ERROR "${faults}--- output\n${output}--- error\n${error}---")

@@ -1,16 +1,18 @@
 # SPDX-License-Identifier: MIT
 # Tests of the examples: each run is checked for its exit status, its output and its messages.
 
-# koru_example_test(NAME TARGET STATUS [ARGS ...] [INPUT file] [EXPECT regex] [EXPECT_ERROR regex])
+# koru_example_test(NAME TARGET STATUS [ARGS ...] [INPUT file] [EXPECT regex] [EXPECT_ERROR regex]
+#                   [WRITES file EXPECT_WRITTEN regex])
 # Without EXPECT_ERROR nothing may be written to the standard error stream.
 function(koru_example_test name target status)
-  cmake_parse_arguments(PARSE_ARGV 3 T "" "INPUT;EXPECT;EXPECT_ERROR" "ARGS")
+  cmake_parse_arguments(PARSE_ARGV 3 T "" "INPUT;EXPECT;EXPECT_ERROR;WRITES;EXPECT_WRITTEN" "ARGS")
   string(REPLACE ";" "|" arguments "${T_ARGS}")
   add_test(
     NAME example.${name}
     COMMAND
       ${CMAKE_COMMAND} "-DPROGRAM=$<TARGET_FILE:${target}>" "-DSTATUS=${status}" "-DARGUMENTS=${arguments}"
-      "-DINPUT=${T_INPUT}" "-DEXPECT=${T_EXPECT}" "-DEXPECT_ERROR=${T_EXPECT_ERROR}" -P
+      "-DINPUT=${T_INPUT}" "-DEXPECT=${T_EXPECT}" "-DEXPECT_ERROR=${T_EXPECT_ERROR}"
+      "-DWRITES=${T_WRITES}" "-DEXPECT_WRITTEN=${T_EXPECT_WRITTEN}" -P
       "${CMAKE_CURRENT_SOURCE_DIR}/check_example.cmake")
   set_tests_properties(example.${name} PROPERTIES LABELS examples TIMEOUT 120)
 endfunction()
@@ -441,3 +443,83 @@ koru_example_test(car_sequencing.bad_fails car_sequencing 2 ARGS --fails 0
   EXPECT_ERROR "^car_sequencing: 0 is no number from 1 to 2147483647\n")
 koru_example_test(car_sequencing.bad_option car_sequencing 2 ARGS --fast EXPECT_ERROR "^car_sequencing: unknown option --fast\n")
 koru_example_test(car_sequencing.help car_sequencing 0 ARGS --help EXPECT "^usage: car_sequencing ")
+# --- jobshop ---
+set(data "${CMAKE_CURRENT_SOURCE_DIR}/data")
+koru_example_test(jobshop.ft06 jobshop 0 ARGS "${data}/jobshop_ft06.txt"
+  EXPECT "Makespan 55 after [0-9.]* s\n.*    m5 [|][ 0-5]*[|]\n +0 +10 .*6 jobs, 6 machines: makespan 55, proved shortest [|] ")
+koru_example_test(jobshop.la01 jobshop 0 ARGS --quiet "${data}/jobshop_la01.txt"
+  EXPECT "^10 jobs, 5 machines: makespan 666, proved shortest [|] ")
+koru_example_test(jobshop.dash jobshop 0 ARGS --quiet - INPUT "${data}/jobshop_ft06.txt"
+  EXPECT "^6 jobs, 6 machines: makespan 55, proved shortest [|] ")
+koru_example_test(jobshop.disjunctive jobshop 1 ARGS --quiet --disjunctive "${data}/jobshop_ft06.txt"
+  EXPECT "^6 jobs, 6 machines: makespan 55, not proved shortest [|] ")
+koru_example_test(jobshop.stopped jobshop 1 ARGS --quiet --seconds 1 "${data}/jobshop_ft10.txt"
+  EXPECT "^10 jobs, 10 machines: makespan [0-9]+, not proved shortest [|] ")
+koru_example_test(jobshop.stats jobshop 0 ARGS --quiet --stats "${data}/jobshop_ft06.txt" EXPECT "\nNb Fails = [0-9]+\n")
+set(jobshop_svg "${CMAKE_CURRENT_BINARY_DIR}/inputs/jobshop.svg")
+koru_example_test(jobshop.svg jobshop 0 ARGS --quiet --svg "${jobshop_svg}" "${data}/jobshop_ft06.txt"
+  EXPECT "makespan 55" WRITES "${jobshop_svg}" EXPECT_WRITTEN "^<svg .*Job shop: 6 jobs, 6 machines, makespan 55<.*>job 5<.*>machine 0<.*</svg>\n$")
+koru_example_test(jobshop.svg_nowhere jobshop 2 ARGS --quiet --svg "${CMAKE_CURRENT_BINARY_DIR}" "${data}/jobshop_ft06.txt"
+  EXPECT_ERROR "^jobshop: [^\n]*: ")
+koru_example_input(one_file jobshop_one.txt "1 1 # job, machine\n 0 0\n")
+koru_example_test(jobshop.nothing_to_do jobshop 0 ARGS --quiet "${one_file}" EXPECT "^1 job, 1 machine: makespan 0, proved shortest [|] ")
+foreach(bad
+    "no_jobs|0 5|1: number of jobs: 0 is no number from 1 to 50"
+    "word|2 x|1: number of machines: x is no number from 1 to 50"
+    "machine|1 2\n0 3 2 4|2: job 0: machine 2: 2 is no number from 0 to 1"
+    "twice|1 2\n0 3 0 4|2: job 0: machine 0 a second time"
+    "negative|1 1\n0 -3|2: job 0: duration 1: -3 is no number from 0 to 100000"
+    "short|2 1\n0 3\n|3: job 1: machine 1: missing"
+    "long|1 1\n0 3\n7|3: 7: nothing more is expected"
+    "empty||1: number of jobs: missing")
+  string(REGEX MATCH "^([^|]*)[|]([^|]*)[|](.*)$" _ "${bad}")
+  set(name "${CMAKE_MATCH_1}")
+  set(message "${CMAKE_MATCH_3}")
+  koru_example_input(bad_file jobshop_${name}.txt "${CMAKE_MATCH_2}")
+  koru_example_test(jobshop.bad_${name} jobshop 2 ARGS "${bad_file}" EXPECT_ERROR "^jobshop: [^\n]*jobshop_${name}.txt:${message}\n$")
+endforeach()
+koru_example_test(jobshop.missing_file jobshop 2 ARGS "${CMAKE_CURRENT_BINARY_DIR}/inputs/missing.txt"
+  EXPECT_ERROR "^jobshop: [^\n]*missing.txt: ")
+koru_example_test(jobshop.bad_seconds jobshop 2 ARGS --seconds 0 EXPECT_ERROR "^jobshop: 0 is no number from 1 to 1000000\n")
+koru_example_test(jobshop.bad_option jobshop 2 ARGS --fast EXPECT_ERROR "^jobshop: unknown option --fast\n")
+koru_example_test(jobshop.help jobshop 0 ARGS --help EXPECT "^usage: jobshop ")
+
+# --- rcpsp ---
+foreach(size_makespan "12:22" "18:39")
+  string(REPLACE ":" ";" pair "${size_makespan}")
+  list(GET pair 0 size)
+  list(GET pair 1 makespan)
+  koru_example_test(rcpsp.${size} rcpsp 0 ARGS --quiet "${data}/rcpsp_${size}.sm"
+    EXPECT "^[0-9]+ activities, [23] resources: makespan ${makespan}, nothing shorter found [|] ")
+  koru_example_test(rcpsp.${size}_exact rcpsp 0 ARGS --quiet --exact "${data}/rcpsp_${size}.sm"
+    EXPECT "^[0-9]+ activities, [23] resources: makespan ${makespan}, proved shortest [|] ")
+endforeach()
+koru_example_test(rcpsp.drawn rcpsp 0 INPUT "${data}/rcpsp_12.sm"
+  EXPECT "Makespan 22 after [0-9.]* s\n.*    13 [|][ =]*[|]\n.*    R2 [|][ 0-9#]*[|]\n")
+set(rcpsp_svg "${CMAKE_CURRENT_BINARY_DIR}/inputs/rcpsp.svg")
+koru_example_test(rcpsp.svg rcpsp 0 ARGS --quiet --svg "${rcpsp_svg}" "${data}/rcpsp_12.sm"
+  EXPECT "makespan 22" WRITES "${rcpsp_svg}" EXPECT_WRITTEN "^<svg .*Project: 12 activities, makespan 22<.*>resource 2<.*</svg>\n$")
+file(READ "${data}/rcpsp_12.sm" small_project)
+foreach(change
+    "jobs|jobs \\(incl|tasks (incl|[0-9]+: \"jobs\" is missing"
+    "activity|\n   3 |\n   4 |20: activity: 4 is no number from 3 to 3"
+    "mode|\n   2        1|\n   2        2|19: mode: 2 is no number from 1 to 1"
+    "successor|\n  13        1          1        14|\n  13        1          1        13|30: activity 13: successor 1: 13 is no number from 14 to 14"
+    "section|REQUESTS/DURATIONS|REQUESTS|[0-9]+: \"REQUESTS/DURATIONS\" is missing")
+  string(REGEX MATCH "^([^|]*)[|]([^|]*)[|]([^|]*)[|](.*)$" _ "${change}")
+  set(name "${CMAKE_MATCH_1}")
+  set(message "${CMAKE_MATCH_4}")
+  string(REGEX REPLACE "${CMAKE_MATCH_2}" "${CMAKE_MATCH_3}" text "${small_project}")
+  koru_example_input(bad_file rcpsp_${name}.sm "${text}")
+  koru_example_test(rcpsp.bad_${name} rcpsp 2 ARGS "${bad_file}" EXPECT_ERROR "^rcpsp: [^\n]*rcpsp_${name}.sm:${message}\n$")
+endforeach()
+string(REGEX REPLACE "R 2\n +[0-9]+ +[0-9]+\n" "R 2\n 1 1\n" text "${small_project}")
+koru_example_input(bad_file rcpsp_scarce.sm "${text}")
+koru_example_test(rcpsp.bad_scarce rcpsp 2 ARGS "${bad_file}"
+  EXPECT_ERROR "^rcpsp: [^\n]*rcpsp_scarce.sm:[0-9]+: activity [0-9]+ needs [0-9]+ of resource [12], and there are 1\n$")
+string(SUBSTRING "${small_project}" 0 1500 text)
+koru_example_input(bad_file rcpsp_cut.sm "${text}")
+koru_example_test(rcpsp.bad_cut rcpsp 2 ARGS "${bad_file}" EXPECT_ERROR "^rcpsp: [^\n]*rcpsp_cut.sm:[0-9]+: ")
+koru_example_test(rcpsp.empty rcpsp 2 EXPECT_ERROR "^rcpsp: stdin:1: \"jobs\" is missing\n$")
+koru_example_test(rcpsp.bad_option rcpsp 2 ARGS --fast EXPECT_ERROR "^rcpsp: unknown option --fast\n")
+koru_example_test(rcpsp.help rcpsp 0 ARGS --help EXPECT "^usage: rcpsp ")

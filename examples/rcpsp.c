@@ -1,0 +1,373 @@
+// SPDX-License-Identifier: MIT
+// Project scheduling: activities that follow one another take up renewable resources while they run. How soon can the
+// project be done?
+//
+// A start per activity, cs_Le for the precedences, and one cs_Cumulative per resource. The search starts the activity
+// that can be earliest, of several the one with the longest way to the end. cs_Cumulative may refuse a feasible
+// schedule now and then, so a shorter one may exist; --exact states the resources another way, without that doubt and
+// slower: when an activity starts, those that have started and not ended must leave it enough.
+#include "arguments.h"
+#include "chart.h"
+#include "rcpsp_input.h"
+
+static char program[] = "rcpsp";
+
+static const char usage[] =
+    "usage: rcpsp [--exact] [--seconds N] [--svg FILE] [--quiet] [--stats] [INSTANCE]\n"
+    "\n"
+    "Finds a schedule of least makespan for the project of the file INSTANCE (standard input without one, or for -), "
+    "in\n"
+    "PSPLIB's single-mode format (.sm), and draws it.\n"
+    "\n"
+    "  --exact      state resources without cs_Cumulative, which may miss the best schedule: slower, and a proof\n"
+    "  --seconds N  stop after N seconds with the best schedule found by then\n"
+    "  --svg FILE   draw the schedule into FILE as a picture\n"
+    "  --quiet      print only the summary\n"
+    "  --stats      print the solver's statistics, too\n"
+    "  --help       print this text\n"
+    "\n"
+    "Exit status: 0 when the search found no shorter schedule to the end, 1 when it was stopped, 2 on bad input or "
+    "bad\n"
+    "arguments.\n";
+
+typedef struct {
+  bool exact, quiet, stats;
+  int seconds;
+  const char *svg, *file;
+} Options;
+
+// The activities that take up a resource. Arrays that constraints keep stay here until cs_end.
+typedef struct {
+  int nbUsers;
+  CSint *starts[MAX_ACTIVITIES], *durations[MAX_ACTIVITIES], *requests[MAX_ACTIVITIES];
+} Users;
+
+// Of the activities that may run when one starts: whether they do, and what they take.
+typedef struct {
+  int nbOthers;
+  CSint *running[MAX_ACTIVITIES];
+  int requests[MAX_ACTIVITIES];
+} Others;
+
+typedef struct {
+  CSint *starts[MAX_ACTIVITIES], *ends[MAX_ACTIVITIES];
+  int tails[MAX_ACTIVITIES];  // the longest way from the start of an activity to the end of the project
+  Users users[MAX_RESOURCES];
+  CSint *running[MAX_ACTIVITIES][MAX_ACTIVITIES];  // of the first, when the second starts
+  Others others[MAX_RESOURCES][MAX_ACTIVITIES];
+  CSint *makespan;
+} Model;
+
+typedef struct {
+  int starts[MAX_ACTIVITIES];
+  int makespan;  // -1 before the first schedule
+  double begun, deadline;
+  bool isQuiet, outOfTime;
+} Result;
+
+// Global because the callbacks of a search are given nothing but the variables that are labelled.
+static Model model;
+static Result result;
+
+// --- Model ---
+
+static int totalDuration(const Instance *instance) {
+  int total = 0;
+  for (int i = 0; i < instance->nbActivities; i++) total += instance->durations[i];
+  return total;
+}
+
+static bool postPrecedences(const Instance *instance) {
+  for (int i = instance->nbActivities - 1; i >= 0; i--) {
+    model.tails[i] = instance->durations[i];
+    if (!cs_Le(model.ends[i], model.makespan)) return false;
+    for (int j = i + 1; j < instance->nbActivities; j++) {
+      if (!instance->precedes[i][j]) continue;
+      if (!cs_Le(model.ends[i], model.starts[j])) return false;
+      if (model.tails[j] + instance->durations[i] > model.tails[i])
+        model.tails[i] = model.tails[j] + instance->durations[i];
+    }
+  }
+  return true;
+}
+
+static bool uses(const Instance *instance, int activity, int resource) {
+  return instance->durations[activity] > 0 && instance->requests[activity][resource] > 0;
+}
+
+static bool postCumulative(const Instance *instance, int resource) {
+  Users *users = &model.users[resource];
+  for (int i = 0; i < instance->nbActivities; i++) {
+    if (!uses(instance, i, resource)) continue;
+    int k = users->nbUsers++;
+    users->starts[k] = model.starts[i];
+    users->durations[k] = CSINT(instance->durations[i]);
+    users->requests[k] = CSINT(instance->requests[i][resource]);
+  }
+  return cs_Cumulative(users->starts, users->durations, users->requests, users->nbUsers,
+                       CSINT(instance->capacities[resource]));
+}
+
+// What all activities take of a resource, time times request, must fit.
+static bool boundByEnergy(const Instance *instance, int resource) {
+  int capacity = instance->capacities[resource];
+  long long energy = 0;
+  for (int i = 0; i < instance->nbActivities; i++)
+    energy += (long long)instance->durations[i] * instance->requests[i][resource];
+  return capacity == 0 || cs_GE(model.makespan, (int)((energy + capacity - 1) / capacity));
+}
+
+// A 0/1 variable that is 1 at least when activity i runs at the start of j: it has ended, or starts later, or runs.
+static CSint *runningAt(int i, int j) {
+  if (model.running[i][j] != NULL) return model.running[i][j];
+  CSint *running = cs_createCSint(0, 1);
+  CSint *ended = cs_ReifLe(model.ends[i], model.starts[j]), *later = cs_ReifLt(model.starts[j], model.starts[i]);
+  if (!cs_GE(cs_VAdd(3, running, ended, later), 1)) return NULL;
+  return model.running[i][j] = running;
+}
+
+static bool postStart(const Instance *instance, int resource, int j) {
+  Others *others = &model.others[resource][j];
+  for (int i = 0; i < instance->nbActivities; i++) {
+    if (i == j || !uses(instance, i, resource)) continue;
+    CSint *running = runningAt(i, j);
+    if (running == NULL) return false;
+    others->running[others->nbOthers] = running;
+    others->requests[others->nbOthers++] = instance->requests[i][resource];
+  }
+  int left = instance->capacities[resource] - instance->requests[j][resource];
+  return cs_LE(cs_ScalProd(others->running, others->requests, others->nbOthers), left);
+}
+
+static bool postExactly(const Instance *instance, int resource) {
+  for (int j = 0; j < instance->nbActivities; j++)
+    if (uses(instance, j, resource) && !postStart(instance, resource, j)) return false;
+  return true;
+}
+
+static bool postModel(const Instance *instance, const Options *options) {
+  int horizon = totalDuration(instance);
+  model.makespan = cs_createCSint(0, horizon);
+  for (int i = 0; i < instance->nbActivities; i++) {
+    model.starts[i] = cs_createCSint(0, horizon);
+    model.ends[i] = cs_Add(model.starts[i], CSINT(instance->durations[i]));
+  }
+  if (!postPrecedences(instance)) return false;
+  for (int r = 0; r < instance->nbResources; r++) {
+    if (!boundByEnergy(instance, r)) return false;
+    if (!(options->exact ? postExactly(instance, r) : postCumulative(instance, r))) return false;
+  }
+  return true;
+}
+
+// --- Search ---
+
+static bool isBetter(int i, int j) {
+  int first = cs_getMin(model.starts[i]), second = cs_getMin(model.starts[j]);
+  return first != second ? first < second : model.tails[i] > model.tails[j];
+}
+
+static CSint *selectNext(CSint **starts, int nbStarts) {
+  if (result.deadline > 0 && secondsNow() > result.deadline) {
+    result.outOfTime = true;
+    cs_cancelSearch();
+  }
+  int selected = -1;
+  for (int i = 0; i < nbStarts; i++) {
+    if (cs_isFree(starts[i]) && (selected < 0 || isBetter(i, selected))) selected = i;
+  }
+  if (selected < 0) return cs_isFree(model.makespan) ? model.makespan : NULL;
+  return starts[selected];
+}
+
+// Each schedule is shorter than the one before.
+static void keepSchedule(CSint **starts, int nbStarts, CSint *makespan) {
+  for (int i = 0; i < nbStarts; i++) result.starts[i] = cs_getValue(starts[i]);
+  result.makespan = cs_getValue(makespan);
+  if (result.isQuiet) return;
+  printf("Makespan %d after %.2f s\n", result.makespan, secondsNow() - result.begun);
+  fflush(stdout);
+}
+
+// --- Output ---
+
+typedef struct {
+  int activity, start;
+} Place;
+
+static int comparePlaces(const void *left, const void *right) {
+  const Place *a = left, *b = right;
+  return a->start != b->start ? (a->start > b->start) - (a->start < b->start) : a->activity - b->activity;
+}
+
+// The activities that take time, in the order of their starts.
+static int arrange(const Instance *instance, Place *places) {
+  int n = 0;
+  for (int i = 0; i < instance->nbActivities; i++)
+    if (instance->durations[i] > 0) places[n++] = (Place){i, result.starts[i]};
+  qsort(places, (size_t)n, sizeof places[0], comparePlaces);
+  return n;
+}
+
+static bool runsAt(const Instance *instance, int activity, int time) {
+  return result.starts[activity] <= time && time < result.starts[activity] + instance->durations[activity];
+}
+
+static int loadAt(const Instance *instance, int resource, int time) {
+  int load = 0;
+  for (int i = 0; i < instance->nbActivities; i++)
+    if (runsAt(instance, i, time)) load += instance->requests[i][resource];
+  return load;
+}
+
+// How full a resource is at each time, in tenths: '0' to '9', and '#' when there is nothing left.
+static void printLoad(const Instance *instance, int resource, bool coloured) {
+  ChartRow row = {{0}, {0}};
+  int capacity = instance->capacities[resource];
+  for (int time = 0; time < result.makespan; time++) {
+    int load = loadAt(instance, resource, time), column = chartColumn(time, result.makespan);
+    if (load == 0) continue;
+    row.symbols[column] = load == capacity ? '#' : (char)('0' + 10 * load / capacity);
+    row.colours[column] = load == capacity ? 3 : 2;
+  }
+  char label[16];
+  snprintf(label, sizeof label, "R%d", resource + 1);
+  printRow(label, &row, result.makespan, coloured);
+}
+
+static void printChart(const Instance *instance) {
+  bool coloured = wantsColour(stdout);
+  Place places[MAX_ACTIVITIES];
+  int n = arrange(instance, places);
+  putchar('\n');
+  for (int k = 0; k < n; k++) {
+    int activity = places[k].activity;
+    ChartRow row = {{0}, {0}};
+    addBar(&row, places[k].start, instance->durations[activity], result.makespan, '=', activity);
+    char label[16];
+    snprintf(label, sizeof label, "%d", activity + 1);
+    printRow(label, &row, result.makespan, coloured);
+  }
+  printTimes(result.makespan);
+  for (int r = 0; r < instance->nbResources; r++) printLoad(instance, r, coloured);
+  puts("A row for each activity; below, how full the resources are: tenths, # when nothing is left.\n");
+}
+
+enum { ROW = 20, BAND = 100 };  // heights in the picture
+
+// The next time after `time` at which an activity starts or ends.
+static int nextChange(const Instance *instance, int time) {
+  int next = result.makespan;
+  for (int i = 0; i < instance->nbActivities; i++) {
+    int start = result.starts[i], end = start + instance->durations[i];
+    if (start > time && start < next) next = start;
+    if (end > time && end < next) next = end;
+  }
+  return next;
+}
+
+// What runs on a resource, piled up, from one start or end to the next.
+static void drawPile(const Instance *instance, const Picture *picture, int resource, const Place *places, int n) {
+  int capacity = instance->capacities[resource];
+  double bottom = picture->top + n * ROW + (resource + 1) * BAND;
+  double unit = (BAND - 24.0) / (capacity > 0 ? capacity : 1);
+  for (int time = 0, next = 0; time < result.makespan; time = next) {
+    double y = bottom;
+    next = nextChange(instance, time);
+    for (int k = 0; k < n; k++) {
+      int i = places[k].activity, request = instance->requests[i][resource];
+      if (request == 0 || !runsAt(instance, i, time)) continue;
+      y -= request * unit;
+      drawBox(picture, time, next - time, y, request * unit, i);
+    }
+  }
+  double limit = bottom - capacity * unit;
+  drawLine(picture, picture->left, bottom, picture->left + picture->width, bottom, "stroke=\"#888\"");
+  drawLine(picture, picture->left, limit, picture->left + picture->width, limit, "stroke=\"#c0392b\"");
+  drawText(picture, picture->left - 10, bottom - 30, "row", "resource %d", resource + 1);
+  drawText(picture, picture->left - 10, limit + 4, "limit", "%d", capacity);
+}
+
+static int drawChart(const Instance *instance, const char *path) {
+  Place places[MAX_ACTIVITIES];
+  int n = arrange(instance, places);
+  char label[64];
+  snprintf(label, sizeof label, "Project: %d activities, makespan %d", n, result.makespan);
+  Picture picture = openPicture(program, path, result.makespan, n * ROW + instance->nbResources * BAND, label);
+  drawText(&picture, picture.left, 52, "note",
+           "activities in the order of their starts, and what they take of each resource");
+  drawAxis(&picture);
+  for (int k = 0; k < n; k++) {
+    int activity = places[k].activity;
+    double y = picture.top + k * ROW;
+    snprintf(label, sizeof label, "%d", activity + 1);
+    drawText(&picture, picture.left - 10, y + 14, "row", "%s", label);
+    drawBar(&picture, places[k].start, instance->durations[activity], y + 2, ROW - 4, activity, label);
+  }
+  for (int r = 0; r < instance->nbResources; r++) drawPile(instance, &picture, r, places, n);
+  return closePicture(program, path, &picture);
+}
+
+static const char *verdict(const Options *options) {
+  if (result.outOfTime) return "not proved shortest";
+  return options->exact ? "proved shortest" : "nothing shorter found";
+}
+
+static void printSummary(const Instance *instance, const Options *options) {
+  printf("%d activities, %d resource%s: ", instance->nbActivities, instance->nbResources,
+         instance->nbResources == 1 ? "" : "s");
+  if (result.makespan < 0)
+    printf("no schedule found");
+  else
+    printf("makespan %d, %s", result.makespan, verdict(options));
+  printf(" | %d fails, %d choice points | %.2f s\n", cs_getNbFails(), cs_getNbChoicePoints(),
+         secondsNow() - result.begun);
+}
+
+// --- The run ---
+
+static int report(const Instance *instance, const Options *options) {
+  bool found = result.makespan >= 0;
+  if (found && !options->quiet) printChart(instance);
+  printSummary(instance, options);
+  if (options->stats) cs_printStats();
+  if (found && options->svg != NULL && drawChart(instance, options->svg) != EXIT_AS_HOPED) return EXIT_TROUBLE;
+  return found && !result.outOfTime ? EXIT_AS_HOPED : EXIT_OTHERWISE;
+}
+
+static int run(const Instance *instance, const Options *options) {
+  result.makespan = -1;
+  result.isQuiet = options->quiet;
+  result.begun = secondsNow();
+  if (options->seconds > 0) result.deadline = result.begun + options->seconds;
+  startSolver(program);
+  // Without a model there is no schedule: cs_Cumulative has refused all.
+  if (postModel(instance, options))
+    cs_minimize(model.starts, instance->nbActivities, selectNext, model.makespan, keepSchedule);
+  int status = report(instance, options);
+  cs_end();
+  return status;
+}
+
+static int readAndRun(Input *input, const Options *options) {
+  static Instance instance;
+  return readInstance(input, &instance) ? run(&instance, options) : reportInput(program, input);
+}
+
+int main(int argc, char **argv) {
+  (void)argc;
+  Options options = {0};
+  const Option known[] = {
+      {.name = "--exact", .flag = &options.exact},
+      {.name = "--seconds", .number = &options.seconds, .min = 1, .max = 1000000},
+      {.name = "--svg", .text = &options.svg},
+      {.name = "--quiet", .flag = &options.quiet},
+      {.name = "--stats", .flag = &options.stats},
+      {.text = &options.file},
+  };
+  readArguments(program, usage, known, sizeof known / sizeof known[0], argv);
+  Input input = openInput(program, options.file);
+  int status = readAndRun(&input, &options);
+  closeInput(&input);
+  return finish(program, status);
+}
