@@ -55,12 +55,14 @@ struct Element {
 // The first pair not below `key`, in steps of growing length from `from` on, all before which are below it.
 static int seek(const Element &c, int from, const Pair &key) {
   const Pair *pairs = c.pairs.get();
-  int step = 1;
-  while (step <= c.n - from && pairs[from + step - 1] < key) {
-    from += step;
+  std::int64_t low = from;
+  std::int64_t step = 1;
+  while (low + step <= c.n && pairs[low + step - 1] < key) {
+    low += step;
     step *= 2;
   }
-  return static_cast<int>(std::lower_bound(pairs + from, pairs + from + std::min(step, c.n - from), key) - pairs);
+  const std::int64_t high = std::min<std::int64_t>(low + step, c.n);
+  return static_cast<int>(std::lower_bound(pairs + low, pairs + high, key) - pairs);
 }
 
 static int firstPairOf(const Element &c, int value) {
