@@ -77,8 +77,9 @@ bool SelectorRun::label(const LevelNode *parent, int depth) {
   if (index < 0) return acceptSolution(depth - 1);
   if (notify->enter != nullptr) notify->enter(depth, index, array, size, notify->extra);
   CSvalueSelector *selector = selectors != nullptr ? selectors[index] : nullptr;
-  Level level{{parent, index, {}, {}, false, false}, array != nullptr ? array[index] : nullptr, selector, nullptr};
+  Level level{{parent, index, {}, {}, false, false}, nullptr, selector, nullptr};
   if (!cs_initValueSelector(selector, index, array, size, &level.word)) return false;
+  if (array != nullptr) level.variable = array[index];
   bool refusedAtLimit = false;
   for (bool more = next(level, level.decision); more;) {
     CSvalueSelection following{};
