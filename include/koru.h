@@ -982,7 +982,7 @@ typedef struct CSnoGood CSnoGood;
 
 /**
  * Asked whether a no-good is to be inserted or kept; @p extra is the set's argument. It may add and delete no-goods of
- * the set, post and search, like any callback.
+ * the set, post and search, like any callback. A search calls the set's filter in the state of the branch that failed.
  */
 typedef bool (*CSnoGoodFilter)(CSnoGoodSet *set, CSnoGood *ng, CSint **array, int size, void *extra);
 

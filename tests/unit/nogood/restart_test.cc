@@ -258,6 +258,34 @@ TEST_F(RestartSearchTest, CancellingInTheLimitOfALaterRunEndsThatRunAtItsFirstDe
   expectCounters(4, 2);
 }
 
+TEST_F(RestartSearchTest, CancellingInTheFilterStillRecordsAndEndsTheNextRunAtItsFirstDecision) {
+  makeHopeless();
+  onInsert = [](CSnoGood *) {
+    cs_cancelSearch();
+    return true;
+  };
+  EXPECT_FALSE(search({2}));
+  EXPECT_EQ(ends, (Ends{{false, 2, 2}, {false, 0, 3}}));
+  EXPECT_EQ(cs_getNbNoGoods(set), 2);
+  expectAsBefore();
+}
+
+// In the filter the failing branch still stands; what is posted there goes with it.
+TEST_F(RestartSearchTest, TheFilterMayCreateAndPostInTheFailingBranch) {
+  makeHopeless();
+  const int constraints = static_cast<int>(attachments(x[0]).size());
+  onInsert = [&](CSnoGood *) {
+    EXPECT_EQ(values(x[0]), std::vector{0});
+    EXPECT_TRUE(cs_Lt(x[0], cs_createCSint(0, 9)));
+    return false;
+  };
+  EXPECT_FALSE(search({2}, 3));
+  cs_restoreAll();
+  EXPECT_EQ(std::ssize(attachments(x[0])), constraints);
+  EXPECT_EQ(cs_getNbNoGoods(set), 0);
+  expectAsBefore();
+}
+
 // ----- callbacks that change the set, and searches inside searches
 
 TEST_F(RestartSearchTest, TheLimitCallbackMayAddAndDeleteNoGoods) {
