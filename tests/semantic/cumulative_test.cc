@@ -169,6 +169,22 @@ TEST_F(CumulativeSemantics, AJumpRefusesThisFeasibleSchedule) {
   EXPECT_EQ(seen.refused, 0);
 }
 
+// The smallest that is known: 0, 8, 5, 2, all durations fixed.
+TEST_F(CumulativeSemantics, AJumpRefusesAFeasibleScheduleOfFourTasks) {
+  const Problem problem{{{{0, 4}, exactly(2), exactly(1)},
+                         {{4, 8}, exactly(4), exactly(1)},
+                         {{5, 8}, exactly(3), exactly(1)},
+                         {{2, 4}, exactly(3), exactly(1)}},
+                        exactly(1)};
+  ASSERT_TRUE(feasible({0, 2, 1, 8, 4, 1, 5, 3, 1, 2, 3, 1, 1}));
+  Tally seen;
+  tally(problem, postDisjunctive, seen);
+  EXPECT_GT(seen.refused, 0);
+  tally(problem, postWithoutJumps, seen = {});
+  EXPECT_GT(seen.feasible, 0);
+  EXPECT_EQ(seen.refused, 0);
+}
+
 TEST_F(CumulativeSemantics, ASchedulePostedWithItsStartsBoundIsNotRefused) {
   const Posted posted(boundProblem(kRefusedSchedule), postDisjunctive);
   EXPECT_TRUE(posted.consistent);

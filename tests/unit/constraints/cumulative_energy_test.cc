@@ -69,6 +69,21 @@ TEST_F(StepsTest, PartsOutsideTheWindowMayBeLeftOut) {
   EXPECT_EQ(profile.height(5, 8), 0);
 }
 
+// The worked example of docs/cumulative.md.
+TEST_F(ProfileTest, TheWorkedExampleHasTheseFigures) {
+  add({0, 1}, 4, 2);
+  add({2, 6}, 3, 2);
+  add({5, 5}, 3, 1);
+  const Profile profile = built();
+  EXPECT_EQ(profile.height(1, 4), 2);
+  EXPECT_EQ(profile.height(4, 5), 0);
+  EXPECT_EQ(profile.height(5, 8), 1);
+  EXPECT_EQ(profile.energyTo(4), 6);
+  EXPECT_EQ(profile.energyTo(8), 9);
+  EXPECT_EQ(profile.energyTo(9) - profile.energyTo(2), 7);
+  EXPECT_EQ(profile.energyTo(5) - profile.energyTo(2), 4);
+}
+
 TEST_F(ProfileTest, NegativeUsesLowerIt) {
   add({0, 0}, 9, 2);
   add({3, 3}, 2, -5);

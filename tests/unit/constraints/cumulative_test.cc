@@ -168,6 +168,16 @@ TEST_F(CumulativeTest, AUseIsBoundByTheEnergyOfAWindow) {
   EXPECT_EQ(boundsOf(starts[0]), (Interval{0, 2}));
 }
 
+// The worked example of docs/cumulative.md.
+TEST_F(CumulativeTest, ATaskMovesBehindAPartThatItCannotShare) {
+  add({0, 1}, 4, 2);
+  add({2, 6}, 3, 2);
+  add({5, 5}, 3, 1);
+  ASSERT_TRUE(postCumulative({3, 3}));
+  EXPECT_EQ(boundsOf(starts[0]), (Interval{0, 1}));
+  EXPECT_EQ(boundsOf(starts[1]), (Interval{4, 6}));
+}
+
 // ----- handlers
 
 class TwoTasksTest : public CumulativeTest {
