@@ -151,7 +151,11 @@ void selectionAtTheBottom(benchmark::State &state) {
 
 void registerOne(const std::string &name, void (*select)(benchmark::State &), void (*atTheBottom)(benchmark::State &)) {
   benchmark::RegisterBenchmark(("select/" + name).c_str(), select)->Args({100, 2})->Args({10000, 2})->Args({10000, 5});
-  benchmark::RegisterBenchmark(("select at the bottom/" + name).c_str(), atTheBottom)->Arg(24)->Arg(56)->Arg(100)->Arg(10000);
+  benchmark::RegisterBenchmark(("select at the bottom/" + name).c_str(), atTheBottom)
+      ->Arg(24)
+      ->Arg(56)
+      ->Arg(100)
+      ->Arg(10000);
 }
 
 template <CSfindFreeVar select>

@@ -667,9 +667,10 @@ KORU_API CSint *cs_VarElementRange(CSint *index, CSint **vars, int n);
  *
  * A schedule that is not feasible is never accepted. Deliberate: while variables are still being bound, a rule that
  * moves a task to the next point at which another one may end or begin refuses a feasible schedule now and then: in
- * about one of 3,000 random problems of four to six tasks, of tight disjunctive ones in one of 600. So a search may miss
- * solutions, and a proof of optimality may be wrong. Where that matters, state the resource otherwise (for a machine:
- * cs_ReifLe for both orders of each two tasks, and cs_Neq of the two); docs/cumulative.md has figures and more.
+ * about one of 3,000 random problems of four to six tasks, of tight disjunctive ones in one of 600. So a search may
+ * miss solutions, and a proof of optimality may be wrong. Where that matters, state the resource otherwise (for a
+ * machine: cs_ReifLe for both orders of each two tasks, and cs_Neq of the two); docs/cumulative.md has figures and
+ * more.
  *
  * Quotients of energies (time times use) are ints: keep (latest end - earliest start) * capacity below 2^31, or scale
  * uses and capacity down; beyond it feasible tasks may be refused.

@@ -92,12 +92,12 @@ class TwinPair : public Generator {
   bool post(int capacity) {
     for (Copy *copy : {&twin_, &library_}) copy->capacity = copy->at(capacity);
     return posted_ = both("capacity " + std::to_string(capacity), [&](Copy &copy) {
-      const bool twin = &copy == &twin_;
-      const auto n = static_cast<int>(copy.starts.size());
-      CSint **starts = copy.starts.data();
-      return twin ? twin_cumulative::post(starts, copy.durations.data(), copy.uses.data(), n, copy.capacity)
-                  : cs_Cumulative(starts, copy.durations.data(), copy.uses.data(), n, copy.capacity);
-    });
+             const bool twin = &copy == &twin_;
+             const auto n = static_cast<int>(copy.starts.size());
+             CSint **starts = copy.starts.data();
+             return twin ? twin_cumulative::post(starts, copy.durations.data(), copy.uses.data(), n, copy.capacity)
+                         : cs_Cumulative(starts, copy.durations.data(), copy.uses.data(), n, copy.capacity);
+           });
   }
 
   // The attachments to the unit are known by their kind alone: it is no variable of the host.
@@ -105,14 +105,15 @@ class TwinPair : public Generator {
     CSint *unit = CSINT(1);
     twin_.uses.assign(twin_.starts.size(), unit);
     return posted_ = both("disjunctive", [&](Copy &copy) {
-      const auto n = static_cast<int>(copy.starts.size());
-      return &copy == &twin_ ? twin_cumulative::postDisjunctive(copy.starts.data(), copy.durations.data(),
-                                                                copy.uses.data(), n, unit)
-                             : cs_Disjunctive(copy.starts.data(), copy.durations.data(), n);
-    });
+             const auto n = static_cast<int>(copy.starts.size());
+             return &copy == &twin_ ? twin_cumulative::postDisjunctive(copy.starts.data(), copy.durations.data(),
+                                                                       copy.uses.data(), n, unit)
+                                    : cs_Disjunctive(copy.starts.data(), copy.durations.data(), n);
+           });
   }
 
-  // Narrowings of a posted problem at and within the bounds, contexts opened and restored in between. False when a step has failed.
+  // Narrowings of a posted problem at and within the bounds, contexts opened and restored in between. False when a step
+  // has failed.
   bool randomSteps(int steps) {
     for (int i = 0; i < steps; ++i) {
       if (number(0, 3) == 0) cs_saveContext();
