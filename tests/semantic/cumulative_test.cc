@@ -128,7 +128,7 @@ TEST_F(CumulativeSemantics, WithoutTheJumpsNoScheduleIsEverRefused) {
 TEST_F(CumulativeSemantics, WithoutTheJumpsNoScheduleIsEverRefusedHeavy) {
   for (int n = 3; n <= 6; ++n) {
     for (int kind = 0; kind <= 2; ++kind) {
-      const Tally seen = tallyRandom(n, kind, 4000, postWithoutJumps);
+      const Tally seen = tallyRandom(n, kind, 800, postWithoutJumps);
       EXPECT_EQ(seen.refused, 0) << seen.first;
     }
   }
@@ -139,12 +139,12 @@ TEST_F(CumulativeSemantics, NothingInfeasibleIsAcceptedAndHardlyAnythingElseRefu
   int withRefusals = 0;
   for (int n = 4; n <= 6; ++n) {
     for (int kind = 0; kind <= 2; ++kind) {
-      const Tally seen = tallyRandom(n, kind, 4000, cs_Cumulative);
+      const Tally seen = tallyRandom(n, kind, 1000, cs_Cumulative);
       problems += seen.problems;
       withRefusals += seen.problemsWithRefusals;
     }
   }
-  EXPECT_EQ(problems, 36000);
+  EXPECT_EQ(problems, 9000);
   EXPECT_LE(withRefusals, problems / 1000);
 }
 
