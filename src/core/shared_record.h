@@ -14,10 +14,7 @@ class SharedRecord {
  public:
   SharedRecord() = default;
   // False as a bool when memory is exhausted (reported).
-  explicit SharedRecord(T &&record) {
-    void *memory = allocate(sizeof(Block));
-    if (memory != nullptr) block_ = new (memory) Block{1, std::move(record)};
-  }
+  explicit SharedRecord(T &&record) : block_(create(std::move(record))) {}
   SharedRecord(const SharedRecord &other) : block_(other.block_) {
     if (block_ != nullptr) ++block_->owners;
   }
@@ -41,6 +38,11 @@ class SharedRecord {
     int owners;
     T record;
   };
+
+  static Block *create(T &&record) {
+    void *memory = allocate(sizeof(Block));
+    return memory == nullptr ? nullptr : new (memory) Block{1, std::move(record)};
+  }
 
   Block *block_ = nullptr;
 };

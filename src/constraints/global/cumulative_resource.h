@@ -53,9 +53,10 @@ struct Range {
 };
 
 struct Resource {
-  Tasks tasks;
-  CSint *capacity;
-  bool rolesDisjoint;  // no use is another task's start or duration, or the capacity, nor the capacity a start or so
+  Tasks tasks{};
+  CSint *capacity = nullptr;
+  // No use is a start, a duration or the capacity, nor the capacity a start or a duration.
+  bool rolesDisjoint = false;
   Buffer<CSint *> ownUses;   // when the uses are not the host's
   PrivateVariables windows;  // per task: earliest start, latest end
   Buffer<Rank> order;        // not trailed: it only steers the order of work
