@@ -12,7 +12,7 @@ void Ports::add(Observer *observer) {
 void Ports::remove(Observer *observer) {
   Observer **link = &observers_;
   while (*link != nullptr && *link != observer) link = &(*link)->next;
-  if (*link == observer) *link = observer->next;
+  if (*link != nullptr) *link = (*link)->next;
   refreshProfiling();
 }
 
