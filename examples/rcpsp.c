@@ -227,7 +227,8 @@ static void printLoad(const Instance *instance, int resource, bool coloured) {
   for (int time = 0; time < result.makespan; time++) {
     int load = loadAt(instance, resource, time), column = chartColumn(time, result.makespan);
     if (load == 0) continue;
-    row.symbols[column] = load == capacity ? '#' : (char)('0' + 10 * load / capacity);
+    char tenths = (char)('0' + 10 * load / capacity);
+    row.symbols[column] = load == capacity ? '#' : tenths;
     row.colours[column] = load == capacity ? 3 : 2;
   }
   char label[16];
