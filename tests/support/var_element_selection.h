@@ -31,7 +31,7 @@ inline void PrintTo(const State &state, std::ostream *out) {
 }
 
 inline CSint *interval(const Values &wanted) {
-  const bool full = wanted.back() - wanted.front() + 1 == static_cast<int>(wanted.size());
+  const bool full = distance(wanted.front(), wanted.back()) + 1 == wanted.size();
   return full ? cs_createCSint(wanted.front(), wanted.back()) : fromValues(wanted);
 }
 
