@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// cs_VAdd and cs_VSub: the result's domain, how they are posted, and the rules on the sum and on the addends.
+// cs_VAdd and cs_VSub: the result's domain, how they are posted, and the rules on the sum and on the addends, which
+// cs_Sigma shares.
 #include "support/brute_probe.h"
 
 namespace {
@@ -7,15 +8,17 @@ namespace {
 using namespace koru;
 using namespace koru::test;
 
+CSint *addArguments(CSint **x) { return cs_VAdd(3, x[0], x[1], x[2]); }
+
 class SumNTest : public SolverTest {
  protected:
   static std::pair<int, int> bounds(CSint *v) { return {cs_getMin(v), cs_getMax(v)}; }
   using Bounds = std::pair<int, int>;
 
   // s = a + b + c, each in 0..10.
-  void makeSum() {
+  void makeSum(CSint *(*sum)(CSint **)) {
     for (CSint *&v : x) v = cs_createCSint(0, 10);
-    s = cs_VAdd(3, x[0], x[1], x[2]);
+    s = sum(x);
     ASSERT_NE(s, nullptr);
     ASSERT_EQ(bounds(s), Bounds(0, 30));
   }
@@ -74,7 +77,7 @@ TEST_F(SumNTest, VSubOfTwoPostsTheDifferenceOnly) {
 
 TEST_F(SumNTest, VAddPostsOneConstraintOnTheSumAndOneOnTheAddendsUnderOneSite) {
   const int mark = solver.trail.count();
-  makeSum();
+  makeSum(addArguments);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{s, x[0], x[1], x[2]}));
   EXPECT_EQ(attachments(s), (std::vector<std::pair<std::string, int>>{{"cs_Vadd", -1}}));
   for (int i = 0; i < 3; ++i) EXPECT_EQ(attachments(x[i]), (std::vector<std::pair<std::string, int>>{{"cs_Vadd", i}}));
@@ -101,7 +104,7 @@ TEST_F(SumNTest, VSubPostsThreeConstraintsUnderOneSite) {
 }
 
 TEST_F(SumNTest, TheCopyOfTheArgumentsIsHandedToTheTrailBeforeTheAttachments) {
-  makeSum();
+  makeSum(addArguments);
   EXPECT_EQ(trailRecords(TrailKind::kBuffer), 1);
   bool attached = false;
   solver.trail.forEach([&](const TrailRecord &record) {
@@ -116,7 +119,7 @@ TEST_F(SumNTest, TheCopyOfTheArgumentsIsHandedToTheTrailBeforeTheAttachments) {
 
 TEST_F(SumNTest, TheCopyOutlivesAnAcceptedChoicePoint) {
   cs_saveContext();
-  makeSum();
+  makeSum(addArguments);
   cs_acceptContext();
   ASSERT_TRUE(cs_GE(x[0], 4));
   expect({4, 10}, {0, 10}, {0, 10}, {4, 30});
@@ -150,88 +153,8 @@ TEST_F(SumNTest, TheSumIsAnIntervalAndTheAddendsAreNotNarrowed) {
   EXPECT_EQ(values(a), (std::vector{0, 4}));
 }
 
-TEST_F(SumNTest, RaisingTheSumRaisesTheAddends) {
-  makeSum();
-  ASSERT_TRUE(cs_GE(s, 24));
-  expect({4, 10}, {4, 10}, {4, 10}, {24, 30});
-}
-
-TEST_F(SumNTest, LoweringTheSumLowersTheAddends) {
-  makeSum();
-  ASSERT_TRUE(cs_LE(s, 6));
-  expect({0, 6}, {0, 6}, {0, 6}, {0, 6});
-}
-
-TEST_F(SumNTest, BindingTheSumAtItsEndsBindsTheAddends) {
-  makeSum();
-  cs_saveContext();
-  ASSERT_TRUE(cs_GE(s, 30));
-  expect({10, 10}, {10, 10}, {10, 10}, {30, 30});
-  cs_restoreContext();
-  ASSERT_TRUE(cs_LE(s, 0));
-  expect({0, 0}, {0, 0}, {0, 0}, {0, 0});
-}
-
-TEST_F(SumNTest, BindingTheSumInsideRunsBothRules) {
-  makeSum();
-  ASSERT_TRUE(cs_LE(x[0], 3));
-  ASSERT_TRUE(cs_EQ(s, 15));
-  expect({0, 3}, {2, 10}, {2, 10}, {15, 15});
-  cs_restoreAll();
-}
-
-TEST_F(SumNTest, RaisingAnAddendRaisesTheSumAndLowersTheOthers) {
-  makeSum();
-  ASSERT_TRUE(cs_LE(s, 12));
-  expect({0, 10}, {0, 10}, {0, 10}, {0, 12});
-  ASSERT_TRUE(cs_GE(x[1], 5));
-  expect({0, 7}, {5, 10}, {0, 7}, {5, 12});
-}
-
-TEST_F(SumNTest, LoweringAnAddendLowersTheSumAndRaisesTheOthers) {
-  makeSum();
-  ASSERT_TRUE(cs_GE(s, 18));
-  ASSERT_TRUE(cs_LE(x[1], 5));
-  expect({3, 10}, {0, 5}, {3, 10}, {18, 25});
-}
-
-TEST_F(SumNTest, BindingAnAddendRunsBothRules) {
-  makeSum();
-  ASSERT_TRUE(cs_EQ(x[2], 4));
-  expect({0, 10}, {0, 10}, {4, 4}, {4, 24});
-  ASSERT_TRUE(cs_EQ(x[0], 0));
-  expect({0, 0}, {0, 10}, {4, 4}, {4, 14});
-  ASSERT_TRUE(cs_EQ(x[1], 10));
-  expect({0, 0}, {10, 10}, {4, 4}, {14, 14});
-}
-
-TEST_F(SumNTest, HolesPassNothing) {
-  makeSum();
-  ASSERT_TRUE(cs_EQ(x[0], 1) && cs_EQ(x[1], 1));
-  ASSERT_TRUE(cs_NEQ(x[2], 4));
-  EXPECT_EQ(values(s), range(2, 12));
-  ASSERT_TRUE(cs_NEQ(s, 9));
-  EXPECT_EQ(values(x[2]), without(range(0, 10), 4));
-}
-
-TEST_F(SumNTest, ASumOutOfReachFails) {
-  makeSum();
-  ASSERT_TRUE(cs_LE(x[0], 2) && cs_LE(x[1], 2));
-  EXPECT_FALSE(cs_GE(s, 15));
-  cs_restoreAll();
-}
-
-TEST_F(SumNTest, AnAddendThatOverfillsTheSumFails) {
-  makeSum();
-  ASSERT_TRUE(cs_GE(x[0], 4) && cs_GE(x[1], 4));
-  ASSERT_TRUE(cs_LE(s, 11));
-  EXPECT_FALSE(cs_GE(x[2], 4));
-}
-
-// Raising an addend: the addends' handler once for it; the sum's handler once for the raised sum, which narrows
-// nothing.
 TEST_F(SumNTest, OneChangeIsOneCallPerEvent) {
-  makeSum();
+  makeSum(addArguments);
   const CallLog log;
   ASSERT_TRUE(cs_GE(x[0], 2));
   EXPECT_EQ(log.calls, (std::vector<Call>{{true, x[0], 0, "cs_Vadd"}, {true, s, 0, "cs_Vadd"}}));
@@ -248,6 +171,126 @@ TEST_F(SumNTest, TheSumIsClampedToTheIntRange) {
   CSint *c = cs_createCSint(-2000000000, 0);
   CSint *d = cs_createCSint(-2000000000, 0);
   EXPECT_EQ(bounds(cs_VAdd(2, c, d)), Bounds(INT_MIN, 0));
+}
+
+// ----- the rules, which cs_VAdd and cs_Sigma share
+
+using MakeSum = CSint *(*)(CSint **x);
+
+CSint *addArray(CSint **x) { return cs_Sigma(x, 3); }
+
+class SumRulesTest : public SumNTest, public ::testing::WithParamInterface<MakeSum> {
+ protected:
+  void makeSum() { SumNTest::makeSum(GetParam()); }
+};
+
+INSTANTIATE_TEST_SUITE_P(, SumRulesTest, ::testing::Values(addArguments, addArray),
+                         [](const auto &row) { return std::string(row.param == addArray ? "cs_Sigma" : "cs_VAdd"); });
+
+TEST_P(SumRulesTest, RaisingTheSumRaisesTheAddends) {
+  makeSum();
+  ASSERT_TRUE(cs_GE(s, 24));
+  expect({4, 10}, {4, 10}, {4, 10}, {24, 30});
+}
+
+TEST_P(SumRulesTest, LoweringTheSumLowersTheAddends) {
+  makeSum();
+  ASSERT_TRUE(cs_LE(s, 6));
+  expect({0, 6}, {0, 6}, {0, 6}, {0, 6});
+}
+
+TEST_P(SumRulesTest, BindingTheSumAtItsEndsBindsTheAddends) {
+  makeSum();
+  cs_saveContext();
+  ASSERT_TRUE(cs_GE(s, 30));
+  expect({10, 10}, {10, 10}, {10, 10}, {30, 30});
+  cs_restoreContext();
+  ASSERT_TRUE(cs_LE(s, 0));
+  expect({0, 0}, {0, 0}, {0, 0}, {0, 0});
+}
+
+TEST_P(SumRulesTest, BindingTheSumInsideRunsBothRules) {
+  makeSum();
+  ASSERT_TRUE(cs_LE(x[0], 3));
+  ASSERT_TRUE(cs_EQ(s, 15));
+  expect({0, 3}, {2, 10}, {2, 10}, {15, 15});
+  cs_restoreAll();
+}
+
+TEST_P(SumRulesTest, RaisingAnAddendRaisesTheSumAndLowersTheOthers) {
+  makeSum();
+  ASSERT_TRUE(cs_LE(s, 12));
+  expect({0, 10}, {0, 10}, {0, 10}, {0, 12});
+  ASSERT_TRUE(cs_GE(x[1], 5));
+  expect({0, 7}, {5, 10}, {0, 7}, {5, 12});
+}
+
+TEST_P(SumRulesTest, LoweringAnAddendLowersTheSumAndRaisesTheOthers) {
+  makeSum();
+  ASSERT_TRUE(cs_GE(s, 18));
+  ASSERT_TRUE(cs_LE(x[1], 5));
+  expect({3, 10}, {0, 5}, {3, 10}, {18, 25});
+}
+
+TEST_P(SumRulesTest, BindingAnAddendRunsBothRules) {
+  makeSum();
+  ASSERT_TRUE(cs_EQ(x[2], 4));
+  expect({0, 10}, {0, 10}, {4, 4}, {4, 24});
+  ASSERT_TRUE(cs_EQ(x[0], 0));
+  expect({0, 0}, {0, 10}, {4, 4}, {4, 14});
+  ASSERT_TRUE(cs_EQ(x[1], 10));
+  expect({0, 0}, {10, 10}, {4, 4}, {14, 14});
+}
+
+TEST_P(SumRulesTest, HolesPassNothing) {
+  makeSum();
+  ASSERT_TRUE(cs_EQ(x[0], 1) && cs_EQ(x[1], 1));
+  ASSERT_TRUE(cs_NEQ(x[2], 4));
+  EXPECT_EQ(values(s), range(2, 12));
+  ASSERT_TRUE(cs_NEQ(s, 9));
+  EXPECT_EQ(values(x[2]), without(range(0, 10), 4));
+}
+
+TEST_P(SumRulesTest, ASumOutOfReachFails) {
+  makeSum();
+  ASSERT_TRUE(cs_LE(x[0], 2) && cs_LE(x[1], 2));
+  EXPECT_FALSE(cs_GE(s, 15));
+  cs_restoreAll();
+}
+
+TEST_P(SumRulesTest, AnAddendThatOverfillsTheSumFails) {
+  makeSum();
+  ASSERT_TRUE(cs_GE(x[0], 4) && cs_GE(x[1], 4));
+  ASSERT_TRUE(cs_LE(s, 11));
+  EXPECT_FALSE(cs_GE(x[2], 4));
+}
+
+// Raising an addend: the addends' handler once for it; the sum's handler once for the raised sum, which narrows
+// nothing.
+
+TEST_P(SumRulesTest, BindingAnAddendInsideRunsBothRules) {
+  makeSum();
+  ASSERT_TRUE(cs_LE(s, 12) && cs_GE(s, 8) && cs_LE(x[0], 2));
+  ASSERT_TRUE(cs_EQ(x[2], 7));
+  expect({0, 2}, {0, 5}, {7, 7}, {8, 12});
+}
+
+TEST_P(SumRulesTest, HolesOfTheSumPassNothing) {
+  makeSum();
+  ASSERT_TRUE(cs_EQ(x[0], 1) && cs_EQ(x[1], 1) && cs_NEQ(x[2], 4));
+  EXPECT_EQ(values(s), range(2, 12));
+  ASSERT_TRUE(cs_NEQ(s, 9));
+  EXPECT_EQ(values(x[2]), without(range(0, 10), 4));
+}
+
+TEST_P(SumRulesTest, ASumOutOfReachOfItsAddendsFails) {
+  makeSum();
+  ASSERT_TRUE(cs_LE(x[0], 2) && cs_LE(x[1], 2));
+  cs_saveContext();
+  EXPECT_FALSE(cs_GE(s, 15));
+  cs_restoreContext();
+  ASSERT_TRUE(cs_GE(s, 12));
+  EXPECT_FALSE(cs_LE(x[2], 7));
 }
 
 }  // namespace
