@@ -25,5 +25,8 @@ install(FILES "${PROJECT_SOURCE_DIR}/cmake/koru-config.cmake" "${PROJECT_BINARY_
 # The prefix in koru.pc is relative to the file's own place, so an installed tree can be moved.
 file(RELATIVE_PATH KORU_PC_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 string(REGEX REPLACE "/$" "" KORU_PC_PREFIX "${KORU_PC_PREFIX}")
+if(KORU_HAS_BACKTRACE)
+  set(KORU_PC_BACKTRACE "-lbacktrace ")
+endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/koru.pc.in" "${PROJECT_BINARY_DIR}/koru.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/koru.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -18,6 +18,7 @@ function(koru_library target)
     ${target}
     PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     PRIVATE ${PROJECT_SOURCE_DIR}/src)
+  koru_use_backtrace(${target})
   target_compile_options(${target} PRIVATE -fno-rtti -fno-semantic-interposition)
   set_target_properties(
     ${target}

@@ -372,7 +372,7 @@ koru_example_test(magic_sequence.help magic_sequence 0 ARGS --help EXPECT "^usag
 
 # --- profile_demo ---
 koru_example_test(profile_demo.stdout profile_demo 0
-  EXPECT "^Koru Profiler: Constraint 1.0\n.*\n__DATA__\n(.*\n)*[(]unknown[)]\t0\t0\t[(]unknown[)]\tcs_AllNeq\t[0-9]+\t[0-9]+\n")
+  EXPECT "^Koru Profiler: Constraint 1.0\n.*\n__DATA__\n(.*\n)*[^\t\n]+\t[0-9]+\t[^\t\n]+\t[^\t\n]+\tcs_AllNeq\t[0-9]+\t[0-9]+\n")
 koru_example_test(profile_demo.places profile_demo 0 ARGS --places
   EXPECT "\nformat: part_of_model\n__DATA__\n(.*\n)*columns\tcs_Sigma\t[0-9]+\t[0-9]+\n")
 koru_example_test(profile_demo.file profile_demo 0 ARGS "${CMAKE_CURRENT_BINARY_DIR}/inputs/profile.txt"

@@ -1151,6 +1151,12 @@ KORU_API void cs_eventConflict(CSint **array, int size, CSeventConflictCallback 
  * How much propagation each place of the host program has caused: while a profiler is enabled, it counts the runs of
  * all constraints, and the failures among them, by site. A site is the function that posted, with a text for the place
  * it was called from, which a locator supplies.
+ *
+ * The built-in locator gives file, line, address and function of the call, separated by tabs, from the program's debug
+ * information (compile with -g); without that the module stands for the file, the line is 0, and functions without a
+ * symbol are "(unknown)". Posting only keeps an address: the rest is looked up when a report is written, or when
+ * cs_EQ, cs_NEQ, cs_LE, cs_LT, cs_GE or cs_GT is called in a user-defined constraint while a profiler is enabled.
+ * Modules should stay loaded until then. A place that cannot be found is "(unknown)", 0, 0, "(unknown)".
  * ================================================================================================================== */
 
 /** Counts of constraint runs by site (opaque). Belongs to the solver. */
@@ -1194,7 +1200,7 @@ KORU_API void cs_profilerWriteFile(CSprofiler *profiler, const char *path);
 
 /**
  * Let @p locator name the places of postings from now on, until cs_end; @p format, of which a copy is kept, is what
- * reports call the format of its texts. With a null locator places are unknown again, as they are at the start.
+ * reports call the format of its texts. With a null locator the built-in one is back.
  * When memory for the copy is exhausted, CS_ERR_MEMORY is reported and nothing changes.
  */
 KORU_API void cs_setProfilerLocator(const char *format, CSprofilerLocator locator, void *arg);

@@ -12,7 +12,7 @@ namespace koru {
 inline void logChange(const char *what, CSint *v, int value) { cs_fprintf(stderr, "%s %d: %T\n", what, value, v); }
 
 inline void logCall(const EventRecord &event, const Entry &entry) {
-  cs_fprintf(stderr, "  wake %s for event %d (%d): %T\n", entry.constraint->site->name, static_cast<int>(event.code),
+  cs_fprintf(stderr, "  wake %s for event %d (%d): %T\n", entry.constraint->site->name(), static_cast<int>(event.code),
              event.value, event.variable);
 }
 

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Ports: what the core calls in rooms above it without knowing them.
 //
-// An observer is told of every handler run while profiling is on; the locator names the place in the host program that
-// is posting. Both are installed by the rooms that implement them.
+// An observer is told of every handler run while profiling is on; the host's locator names the place in the host
+// program that is posting. Both are installed by the rooms that implement them. Without a locator of the host's, the
+// address that a posting function returns to stands for the place.
 #pragma once
 
 #include "koru.h"
 
 namespace koru {
 
-struct Site;
+class Site;
 
 struct Observer {
   void (*notify)(void *argument, bool consistent, CSint *variable, int code, Site *site);
@@ -34,7 +35,7 @@ class Ports {
   void remove(Observer *observer);
   void refreshProfiling();  // to be called when an observer's `enabled` has changed
   void notify(bool consistent, CSint *variable, int code, Site *site) const;
-  const char *locatorText() const;  // null: the place is unknown, as nobody looks for it
+  const char *locatorText() const;  // null without a locator of the host's
 
   // For cs_end.
   void resetLocator();
@@ -43,5 +44,11 @@ class Ports {
  private:
   Observer *observers_ = nullptr;
 };
+
+// The built-in locator. The text is valid until cs_end.
+const char *placeOf(const void *returnAddress);
+// For functions that the library itself may have called: the address that the host program goes on at.
+const void *hostCaller(const void *returnAddress);
+void forgetPlaces();  // for cs_end
 
 }  // namespace koru

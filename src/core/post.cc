@@ -3,10 +3,10 @@
 
 namespace koru {
 
-Posting::Posting(const char *name) {
+Posting::Posting(const Poster &poster) {
   if constexpr (kChecked) ++solver.checked.posters;
   if (!solver.initialised) return;
-  site_ = Site::create(name, solver.ports.locatorText());
+  site_ = Site::create(poster, solver.ports.locatorText());
   if (site_ == nullptr) return;
   site_->references = 1;
   consistent_ = true;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The posting protocol, once for all constraints.
 //
-//   Posting posting{"cs_Le"};                   the site: posting function and place in the host program
+//   Posting posting{"cs_Le"};                   the site: this exported function and the place that called it
 //   auto c = posting.add(kTable, Le{x, y});     record and constraint
 //   c.attach(x);                                one per watched variable
 //   return posting && raiseY(*c) && ...;        first filtering, with the rules that the handlers use
@@ -103,7 +103,7 @@ class Held {
 
 class Posting {
  public:
-  explicit Posting(const char *name);
+  explicit Posting(const Poster &poster);
   Posting(const Posting &) = delete;
   Posting &operator=(const Posting &) = delete;
   ~Posting();

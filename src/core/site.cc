@@ -9,25 +9,35 @@
 
 namespace koru {
 
-constexpr std::size_t kTextOffset = offsetof(Site, located) + sizeof(Site::located);
+// Names are constants of the library: none is farther than an int can say from this one.
+static constexpr char kSomeName[] = "cs_";
 
-static std::size_t sizeOfSite(const char *text) {
-  const std::size_t size = text != nullptr ? kTextOffset + std::strlen(text) + 1 : 0;
-  return size < sizeof(Site) ? sizeof(Site) : size;
-}
+static std::uintptr_t addressOf(const void *p) { return reinterpret_cast<std::uintptr_t>(p); }
 
-Site *Site::create(const char *name, const char *text) {
+static std::size_t sizeOfSite(const char *text) { return sizeof(Site) + (text != nullptr ? std::strlen(text) + 1 : 0); }
+
+Site::Site(const Poster &poster, bool located)
+    : name_(static_cast<std::int32_t>(addressOf(poster.name) - addressOf(kSomeName))),
+      place_(located ? this + 1 : poster.caller) {}
+
+Site *Site::create(const Poster &poster, const char *text) {
   void *memory = solver.pool.take(sizeOfSite(text));
   if (memory == nullptr) return nullptr;
-  Site *site = new (memory) Site{name, 0, text != nullptr};
-  if (text != nullptr) std::memcpy(static_cast<char *>(memory) + kTextOffset, text, std::strlen(text) + 1);
+  Site *site = new (memory) Site(poster, text != nullptr);
+  if (text != nullptr) std::memcpy(site + 1, text, std::strlen(text) + 1);
   return site;
 }
 
 void Site::release(Site *site) {
   if (site == nullptr || --site->references > 0) return;
-  solver.pool.give(site, sizeOfSite(site->located ? site->text() : nullptr));
+  solver.pool.give(site, sizeOfSite(site->located() ? site->text() : nullptr));
 }
+
+const char *Site::name() const {
+  return reinterpret_cast<const char *>(addressOf(kSomeName) + static_cast<std::uintptr_t>(std::intptr_t{name_}));
+}
+
+const char *Site::text() const { return located() ? static_cast<const char *>(place_) : placeOf(place_); }
 
 static std::uint32_t hashText(const char *text) {
   std::uint32_t hash = 12345678;
@@ -59,16 +69,16 @@ void SiteTable::destroy() {
   buckets_ = nullptr;
 }
 
-Site *SiteTable::find(Site *parent, const char *name, const char *text) {
+Site *SiteTable::find(Site *parent, const Poster &poster, const char *text) {
   if (buckets_ == nullptr || parent == nullptr) return nullptr;
-  const char *key = text != nullptr ? text : kUnknownPlace;
-  Item *&bucket = buckets_[siteHash(parent, name, key) % kBuckets];
+  const char *key = text != nullptr ? text : placeOf(poster.caller);
+  Item *&bucket = buckets_[siteHash(parent, poster.name, key) % kBuckets];
   for (Item *item = bucket; item != nullptr; item = item->next) {
     const Site *site = item->site;
-    if (item->parent == parent && std::strcmp(site->name, name) == 0 && std::strcmp(site->text(), key) == 0)
+    if (item->parent == parent && std::strcmp(site->name(), poster.name) == 0 && std::strcmp(site->text(), key) == 0)
       return item->site;
   }
-  Site *site = Site::create(name, text);
+  Site *site = Site::create(poster, text);
   if (site == nullptr) return nullptr;
   auto *item = static_cast<Item *>(solver.pool.take(sizeof(Item)));
   site->references = 1;

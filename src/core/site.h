@@ -2,28 +2,46 @@
 // Sites: who posted a constraint. A site record is shared by the constraints of one posting call and counted.
 //
 // The site table gives constraints that are narrowed again and again from inside a user-defined constraint one site
-// per (running user constraint, function name, locator text).
+// per (running user constraint, function name, text of the place).
 #pragma once
 
 #include <cstdint>
 
 namespace koru {
 
-// The text of a place that nobody has looked for: file, line, address and function, separated by tabs.
+// The text of a place that nobody has looked for, or found: file, line, address and function, separated by tabs.
 inline constexpr char kUnknownPlace[] = "(unknown)\t0\t0\t(unknown)";
 
-// The locator's text follows the fields at once, in what would be padding: with a short text, or for an unknown place,
-// a site takes 16 bytes.
-struct Site {
-  const char *name;  // constant text, the posting function's name
-  int references;
-  bool located;
+// Who posts: the exported function that the host has called, and the address that it returns to. To be made from the
+// name in that very function, whose return address it takes; from there on it is handed down.
+struct Poster {
+  Poster(const char *constantName, const void *returnAddress = __builtin_return_address(0))
+      : name(constantName), caller(returnAddress) {}
 
-  const char *text() const { return located ? reinterpret_cast<const char *>(&located + 1) : kUnknownPlace; }
+  const char *name;
+  const void *caller;
+};
 
-  // With no reference; null text stands for an unknown place. Null on exhausted memory (reported).
-  static Site *create(const char *name, const char *text);
+// 16 bytes. A text that the host's locator has given follows the fields; otherwise the address is kept, and what it
+// stands for is looked up when somebody asks.
+class Site {
+ public:
+  // With no reference; null text leaves the place to the address. Null on exhausted memory (reported).
+  static Site *create(const Poster &poster, const char *text);
   static void release(Site *site);  // drops one reference, if any is held, and frees at zero
+
+  const char *name() const;
+  const char *text() const;
+
+  int references = 0;
+
+ private:
+  Site(const Poster &poster, bool located);
+  bool located() const { return place_ == this + 1; }
+
+  // As a distance from some place in the library, that an int holds.
+  std::int32_t name_;
+  const void *place_;  // the text behind this record, or the address
 };
 
 class SiteTable {
@@ -35,7 +53,7 @@ class SiteTable {
 
   // The site for the key, made on a miss; text as for a site. Null without a table, without a parent or on exhausted
   // memory (reported).
-  Site *find(Site *parent, const char *name, const char *text);
+  Site *find(Site *parent, const Poster &poster, const char *text);
 
  private:
   struct Item {

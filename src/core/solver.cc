@@ -51,6 +51,7 @@ void cs_end(void) {
   solver.sites.destroy();
   solver.ports.resetLocator();
   solver.ports.releaseObservers();
+  koru::forgetPlaces();
   solver.contexts.destroy();
   koru::destroyTrail();
   koru::emptyGraveyard();

@@ -117,9 +117,9 @@ static void attachToAll(Held<Record> &c, const Record &record) {
   for (int i = 0; i < record.size; ++i) c.attach(record.array[i], i);
 }
 
-static bool postAllKnown(AllKnown record) {
+static bool postAllKnown(const Poster &poster, AllKnown record) {
   if (refused(record)) return false;
-  Posting posting{"cs_eventAllKnown"};
+  Posting posting{poster};
   if (!posting) return false;
   record.site = posting.site();
   record.watched = firstFree(record.array, record.size);
@@ -129,10 +129,10 @@ static bool postAllKnown(AllKnown record) {
   return static_cast<bool>(posting);
 }
 
-static bool postKnown(Known record) {
+static bool postKnown(const Poster &poster, Known record) {
   if (refused(record)) return false;
   if (record.size < 1) return true;
-  Posting posting{"cs_eventKnown"};
+  Posting posting{poster};
   record.site = posting.site();
   auto c = posting.add(kKnownTable, record);
   attachToAll(c, record);
@@ -144,9 +144,9 @@ static bool postKnown(Known record) {
 }
 
 template <class Record>
-static void post(const char *name, const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {
+static void post(const Poster &poster, const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {
   if (refused(record) || record.size < 1) return;
-  Posting posting{name};
+  Posting posting{poster};
   record.site = posting.site();
   auto c = posting.add(table, record, flags);
   attachToAll(c, record);
@@ -157,11 +157,11 @@ static void post(const char *name, const TableOf<Record> &table, Record record, 
 using namespace koru::user_constraints;
 
 bool cs_eventAllKnown(CSint **array, int size, CSeventAllKnownCallback allKnown, void *extra) {
-  return postAllKnown({{array, size, allKnown, extra}, nullptr});
+  return postAllKnown("cs_eventAllKnown", {{array, size, allKnown, extra}, nullptr});
 }
 
 bool cs_eventKnown(CSint **array, int size, CSeventKnownCallback known, void *extra) {
-  return postKnown({{array, size, known, extra}});
+  return postKnown("cs_eventKnown", {{array, size, known, extra}});
 }
 
 void cs_eventNewMin(CSint **array, int size, CSeventBoundCallback newMin, void *extra) {

@@ -111,9 +111,10 @@ constexpr auto kTable = handlers<CSnoGoodSet>({.newMin = on<changed>,
                                                .bound = on<changed>,
                                                .removed = on<changed>});
 
-CSnoGoodSet *post(CSint **array, int size, CSnoGoodFilter filter, int most, CSnoGoodRelease release, void *extra) {
+CSnoGoodSet *post(const Poster &poster, CSint **array, int size, CSnoGoodFilter filter, int most,
+                  CSnoGoodRelease release, void *extra) {
   if (size < 1 || array == nullptr || !allPresent(array, size)) return nullptr;
-  Posting posting{"cs_createNoGoodSet"};
+  Posting posting{poster};
   if (!posting) return nullptr;
   CSnoGoodSet set(array, size, filter, extra, most);
   if (!set.watchLists) return nullptr;
@@ -159,7 +160,7 @@ using namespace koru;
 
 CSnoGoodSet *cs_createNoGoodSet(CSint **array, int size, CSnoGoodFilter filter, int maxNbNoGoods,
                                 CSnoGoodRelease release, void *extra) {
-  return post(array, size, filter, maxNbNoGoods, release, extra);
+  return post("cs_createNoGoodSet", array, size, filter, maxNbNoGoods, release, extra);
 }
 
 void cs_addNoGood(CSnoGoodSet *set, const int *indexes, const CSvalueSelection *decisions, int n) {

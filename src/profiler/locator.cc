@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_setProfilerLocator: the host's own locator, which answers with a text for the place that is posting.
 //
-// Without one every place is unknown.
+// Without one, the built-in locator finds the places out when they are asked for; see place.cc.
 #include "profiler/locator.h"
 
 #include <cstring>

@@ -2,14 +2,15 @@
 // cs_profilerWrite, cs_profilerWriteFile: a profile as text, a line for each site.
 //
 // The rows are gathered before the first is written, and without memory for that the report says "error" in their
-// place. Deliberate: the format is called "windows_pdb" unless the host's locator has a name for its own: these are the
-// four fields of an unknown place, too.
+// place. Deliberate: the format is called "windows_pdb" on every platform, unless the host's locator has a name for its
+// own: file, line, address and function, separated by tabs.
 #include <cstdio>
 #include <ctime>
 
 #include "core/alloc.h"
 #include "core/solver.h"
 #include "profiler/locator.h"
+#include "profiler/platform.h"
 #include "profiler/profiler.h"
 
 namespace koru {
@@ -25,7 +26,9 @@ void writeHead(std::FILE *f, const CSprofiler &profiler) {
   writeTime(f, "start_time", profiler.startTime);
   writeTime(f, "end_time", profiler.enabled ? std::time(nullptr) : profiler.endTime);
   const char *format = locatorFormat();
-  std::fprintf(f, "platform: generic\nformat: %s\n__DATA__\n", format != nullptr ? format : "windows_pdb");
+  const bool builtIn = solver.ports.locator.text == nullptr;
+  std::fprintf(f, "%sformat: %s\n__DATA__\n", builtIn ? platform::kReportHead : "platform: generic\n",
+               format != nullptr ? format : "windows_pdb");
 }
 
 void writeRows(std::FILE *f, const SiteCounts &counts) {
@@ -37,7 +40,7 @@ void writeRows(std::FILE *f, const SiteCounts &counts) {
   int n = 0;
   counts.forEach([&](const SiteCount &count) { rows[n++] = &count; });
   for (int i = 0; i < n; ++i)
-    std::fprintf(f, "%s\t%s\t%d\t%d\n", rows[i]->site->text(), rows[i]->site->name, rows[i]->calls, rows[i]->fails);
+    std::fprintf(f, "%s\t%s\t%d\t%d\n", rows[i]->site->text(), rows[i]->site->name(), rows[i]->calls, rows[i]->fails);
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ class CallLog {
  private:
   static void note(void *self, bool consistent, CSint *variable, int code, Site *site) {
     auto *log = static_cast<CallLog *>(self);
-    log->calls.push_back({consistent, variable, code, site->name});
+    log->calls.push_back({consistent, variable, code, site->name()});
     log->sites.push_back(site);
   }
 
@@ -125,7 +125,7 @@ int failEachAllocation(Prepare prepare, Attempt attempt) {
 inline std::vector<std::pair<std::string, int>> attachments(const CSint *v) {
   std::vector<std::pair<std::string, int>> result;
   for (const Entry *entry = v->constraints; entry != nullptr; entry = entry->next)
-    result.emplace_back(entry->constraint->site->name, entry->index);
+    result.emplace_back(entry->constraint->site->name(), entry->index);
   return result;
 }
 

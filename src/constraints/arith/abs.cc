@@ -146,11 +146,11 @@ static bool copyHoles(CSint *z, const CSint *x) {
   return true;
 }
 
-static CSint *post(CSint *x) {
+static CSint *post(const Poster &poster, CSint *x) {
   if (x == nullptr) return nullptr;
   CSint *z = createResult(x);
   if (z == nullptr || !narrowMin(x, -z->max) || !narrowMax(x, z->max) || !copyHoles(z, x)) return nullptr;
-  Posting posting{"cs_Abs"};
+  Posting posting{poster};
   auto onX = posting.add(kXTable, OnX{z});
   onX.attach(x);
   auto onZ = posting.add(kZTable, OnZ{x});
@@ -160,4 +160,4 @@ static CSint *post(CSint *x) {
 
 }  // namespace koru::abs
 
-CSint *cs_Abs(CSint *x) { return koru::abs::post(x); }
+CSint *cs_Abs(CSint *x) { return koru::abs::post("cs_Abs", x); }

@@ -54,10 +54,10 @@ constexpr auto kTable = handlers<Eq>({.newMin = on<newMin>,
                                       .bound = on<bound>,
                                       .removed = on<removed>});
 
-static bool post(CSint *x, CSint *y) {
+static bool post(const Poster &poster, CSint *x, CSint *y) {
   if (x == nullptr || y == nullptr) return false;
   if (x == y) return true;
-  Posting posting{"cs_Eq"};
+  Posting posting{poster};
   auto c = posting.add(kTable, Eq{x, y});
   c.attach(x);
   c.attach(y);
@@ -66,4 +66,4 @@ static bool post(CSint *x, CSint *y) {
 
 }  // namespace koru::eq
 
-bool cs_Eq(CSint *x, CSint *y) { return koru::eq::post(x, y); }
+bool cs_Eq(CSint *x, CSint *y) { return koru::eq::post("cs_Eq", x, y); }

@@ -23,9 +23,9 @@ static bool bound(Neq &c, const Event &e) { return exclude(e.var, e.var == c.x ?
 
 constexpr auto kTable = handlers<Neq>({.minBound = on<bound>, .maxBound = on<bound>, .bound = on<bound>});
 
-static bool post(CSint *x, CSint *y) {
+static bool post(const Poster &poster, CSint *x, CSint *y) {
   if (x == nullptr || y == nullptr || x == y) return false;
-  Posting posting{"cs_Neq"};
+  Posting posting{poster};
   auto c = posting.add(kTable, Neq{x, y});
   c.attach(x);
   c.attach(y);
@@ -34,4 +34,4 @@ static bool post(CSint *x, CSint *y) {
 
 }  // namespace koru::neq
 
-bool cs_Neq(CSint *x, CSint *y) { return koru::neq::post(x, y); }
+bool cs_Neq(CSint *x, CSint *y) { return koru::neq::post("cs_Neq", x, y); }

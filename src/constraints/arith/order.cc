@@ -47,10 +47,10 @@ constexpr auto kTable = handlers<Order<gap>>({.newMin = on<newMin<gap>>,
                                               .bound = on<bound<gap>>});
 
 template <int gap>
-static bool post(const char *name, CSint *x, CSint *y) {
+static bool post(const Poster &poster, CSint *x, CSint *y) {
   if (x == nullptr || y == nullptr) return false;
   if (x == y) return gap == 0;
-  Posting posting{name};
+  Posting posting{poster};
   auto c = posting.add(kTable<gap>, Order<gap>{x, y});
   c.attach(x, -1, events(kNewMin, kMinBound, kBound));
   c.attach(y, -1, events(kNewMax, kMaxBound, kBound));

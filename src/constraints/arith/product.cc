@@ -74,15 +74,15 @@ static CSint *divide(Posting &posting, CSint *x, CSint *y) {
   return z != nullptr ? attach(posting, {x, z, y}, z, x, y) : nullptr;
 }
 
-static CSint *post(const char *name, Operation operation, CSint *x, CSint *y) {
+static CSint *post(const Poster &poster, Operation operation, CSint *x, CSint *y) {
   if (x == nullptr || y == nullptr) return nullptr;
-  Posting posting{name};
+  Posting posting{poster};
   return posting ? operation(posting, x, y) : nullptr;
 }
 
 // Left to right under one site; x alone for n < 2.
-static CSint *postChain(const char *name, Operation operation, int n, CSint *x, std::va_list others) {
-  Posting posting{name};
+static CSint *postChain(const Poster &poster, Operation operation, int n, CSint *x, std::va_list others) {
+  Posting posting{poster};
   CSint *result = posting ? x : nullptr;
   for (int i = 1; i < n && result != nullptr; ++i) {
     CSint *y = va_arg(others, CSint *);

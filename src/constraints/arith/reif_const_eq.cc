@@ -47,11 +47,11 @@ constexpr auto kWatchTable = handlers<Watch>({.newMin = on<newMin>,
                                               .bound = on<bound>,
                                               .removed = on<removed>});
 
-static CSint *post(const char *name, CSint *x, int v, int equal) {
+static CSint *post(const Poster &poster, CSint *x, int v, int equal) {
   if (x == nullptr) return nullptr;
   if (!contains(x, v)) return reify::decided(equal == 0);
   if (isBound(x)) return reify::decided(equal == 1);
-  Posting posting{name};
+  Posting posting{poster};
   const Comparison c{x, v, equal};
   return reify::post(posting, x, nullptr, kControlTable, Control{c}, kWatchTable, Watch{c, nullptr});
 }

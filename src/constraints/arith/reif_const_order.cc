@@ -45,9 +45,9 @@ static bool bound(Watch &w, const Event &e) { return newMax(w, e) && newMin(w, e
 constexpr auto kWatchTable = handlers<Watch>(
     {.newMin = on<newMin>, .newMax = on<newMax>, .minBound = on<newMin>, .maxBound = on<newMax>, .bound = on<bound>});
 
-static CSint *post(const char *name, CSint *x, std::int64_t limit, int low) {
+static CSint *post(const Poster &poster, CSint *x, std::int64_t limit, int low) {
   if (x == nullptr) return nullptr;
-  Posting posting{name};
+  Posting posting{poster};
   if (!posting) return nullptr;
   if (x->max <= limit) return reify::decided(low == 1);
   if (x->min > limit) return reify::decided(low == 0);

@@ -76,12 +76,12 @@ constexpr auto kWatchTable = handlers<Watch>({.newMin = on<changed>,
 
 // ----- posting
 
-static CSint *post(const char *name, CSint *x, CSint *y, int equal) {
+static CSint *post(const Poster &poster, CSint *x, CSint *y, int equal) {
   if (x == nullptr || y == nullptr) return nullptr;
   if (x == y) return reify::decided(equal == 1);
   if (!shareValue(x, y)) return reify::decided(equal == 0);
   if (bothBoundToOne(x, y)) return reify::decided(equal == 1);
-  Posting posting{name};
+  Posting posting{poster};
   const Pair pair{x, y, equal};
   return reify::post(posting, x, y, kControlTable, Control{pair}, kWatchTable, Watch{pair, nullptr});
 }

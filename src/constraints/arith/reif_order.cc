@@ -65,9 +65,9 @@ constexpr auto kWatchTable = handlers<Watch>(
 
 // ----- posting
 
-static CSint *post(const char *name, CSint *left, CSint *right, int gap) {
+static CSint *post(const Poster &poster, CSint *left, CSint *right, int gap) {
   if (left == nullptr || right == nullptr) return nullptr;
-  Posting posting{name};
+  Posting posting{poster};
   if (!posting) return nullptr;
   const Order o{left, right, gap};
   if (left == right) return reify::decided(gap == 0);

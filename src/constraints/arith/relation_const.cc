@@ -30,19 +30,26 @@ static int codeOfNotEqual(const CSint *x, int v) {
   return x->max == v ? kNewMax : x->min == v ? kNewMin : kRemoved;
 }
 
+// The library may have called itself, as its searches do: the place is then that of the host's call.
+static Site *siteInCallback(const Poster &poster) {
+  const char *text = solver.ports.locatorText();
+  const void *caller = text == nullptr ? hostCaller(poster.caller) : nullptr;
+  return solver.sites.find(solver.userSite, {poster.name, caller}, text);
+}
+
 template <auto narrow, auto code>
-static bool narrowProfiled(const char *name, CSint *x, int v) {
-  Site *site = solver.sites.find(solver.userSite, name, solver.ports.locatorText());
+static bool narrowProfiled(const Poster &poster, CSint *x, int v) {
+  Site *site = siteInCallback(poster);
   const bool consistent = narrow(x, v);
   if (site != nullptr) solver.ports.notify(consistent, x, code(x, v), site);
   return consistent;
 }
 
 template <auto narrow, auto code>
-static bool post(const char *name, CSint *x, int v) {
+static bool post(const Poster &poster, CSint *x, int v) {
   if (x == nullptr) return false;
   if (solver.ports.profiling && solver.userSite != nullptr) [[unlikely]]
-    return narrowProfiled<narrow, code>(name, x, v);
+    return narrowProfiled<narrow, code>(poster, x, v);
   return narrow(x, v);
 }
 

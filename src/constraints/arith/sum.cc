@@ -132,12 +132,12 @@ static CSint *attachSum(Posting &posting, const Sum &sum, CSint *z, CSint *x, CS
   return posting ? z : nullptr;
 }
 
-static CSint *add(CSint *x, CSint *y) {
+static CSint *add(const Poster &poster, CSint *x, CSint *y) {
   if (x == nullptr || y == nullptr) return nullptr;
   CSint *z = createVariable(satAdd(x->min, y->min), satAdd(x->max, y->max));
   if (z == nullptr || isBound(z)) return z;
   if (!addHoles(z, x, y)) return nullptr;
-  Posting posting{"cs_Add"};
+  Posting posting{poster};
   return attachSum(posting, {z, x, y}, z, x, y);
 }
 
@@ -156,15 +156,15 @@ CSint *postDifference(Posting &posting, CSint *x, CSint *y) {
   return attachDifference(posting, createDifference(x, y), x, y);
 }
 
-static CSint *subtract(CSint *x, CSint *y) {
+static CSint *subtract(const Poster &poster, CSint *x, CSint *y) {
   if (x == nullptr || y == nullptr) return nullptr;
   CSint *z = createDifference(x, y);
   if (z == nullptr || isBound(z)) return z;
-  Posting posting{"cs_Sub"};
+  Posting posting{poster};
   return attachDifference(posting, z, x, y);
 }
 
 }  // namespace koru::sum
 
-CSint *cs_Add(CSint *x, CSint *y) { return koru::sum::add(x, y); }
-CSint *cs_Sub(CSint *x, CSint *y) { return koru::sum::subtract(x, y); }
+CSint *cs_Add(CSint *x, CSint *y) { return koru::sum::add("cs_Add", x, y); }
+CSint *cs_Sub(CSint *x, CSint *y) { return koru::sum::subtract("cs_Sub", x, y); }

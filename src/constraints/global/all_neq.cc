@@ -88,10 +88,10 @@ static bool filter(AllNeq &c) {
   return wideEnough(c, c.minWitness, c.maxWitness);
 }
 
-static int post(CSint **vars, int count) {
+static int post(const Poster &poster, CSint **vars, int count) {
   if (count <= 0) return 1;
   if (vars == nullptr || !allPresent(vars, count)) return 0;
-  Posting posting{"cs_AllNeq"};
+  Posting posting{poster};
   if (!posting) return 0;
   BranchSet open(count);
   if (!open) return 0;
@@ -102,4 +102,4 @@ static int post(CSint **vars, int count) {
 
 }  // namespace koru::all_neq
 
-int cs_AllNeq(CSint **vars, int count) { return koru::all_neq::post(vars, count); }
+int cs_AllNeq(CSint **vars, int count) { return koru::all_neq::post("cs_AllNeq", vars, count); }

@@ -12,8 +12,8 @@ struct Holder {
 };
 constexpr auto kHolderTable = handlers<Holder>({});
 
-static bool post(CSint **starts, CSint **durations, int n) {
-  Posting posting{"cs_Disjunctive"};
+static bool post(const Poster &poster, CSint **starts, CSint **durations, int n) {
+  Posting posting{poster};
   if (!posting) return false;
   cumulative::Unit unit{PrivateVariables(1), {}};
   if (!unit.variable) return false;
@@ -34,5 +34,5 @@ bool cs_Disjunctive(CSint **starts, CSint **durations, int n) {
   if (n < 1) return true;
   if (starts == nullptr || durations == nullptr) return false;
   if (!koru::allPresent(starts, n) || !koru::allPresent(durations, n)) return false;
-  return koru::disjunctive::post(starts, durations, n);
+  return koru::disjunctive::post("cs_Disjunctive", starts, durations, n);
 }

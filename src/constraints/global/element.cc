@@ -203,12 +203,12 @@ static bool fillTable(Element &c) {
   return true;
 }
 
-static CSint *post(CSint *index, const int *values, int n) {
+static CSint *post(const Poster &poster, CSint *index, const int *values, int n) {
   if (n == 0 || index == nullptr || values == nullptr) return nullptr;
   if (!narrowMin(index, 0) || !narrowMax64(index, std::int64_t{n} - 1)) return nullptr;
   CSint *value = createReached(index, values, n);
   if (value == nullptr) return nullptr;
-  Posting posting{"cs_Element"};
+  Posting posting{poster};
   if (!posting) return nullptr;
   Buffer<Pair> pairs(n);
   if (!pairs) return nullptr;
@@ -222,4 +222,6 @@ static CSint *post(CSint *index, const int *values, int n) {
 
 }  // namespace koru::element
 
-CSint *cs_Element(CSint *index, const int *values, int n) { return koru::element::post(index, values, n); }
+CSint *cs_Element(CSint *index, const int *values, int n) {
+  return koru::element::post("cs_Element", index, values, n);
+}

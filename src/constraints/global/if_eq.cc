@@ -50,9 +50,9 @@ constexpr auto kTable = handlers<Record>({.minBound = on<bound<Record, rule>>,
                                           .bound = on<bound<Record, rule>>});
 
 template <class Record, auto rule>
-static bool post(const char *name, const Values &values) {
+static bool post(const Poster &poster, const Values &values) {
   if (values.x == nullptr || values.y == nullptr) return false;
-  Posting posting{name};
+  Posting posting{poster};
   auto c = posting.add(kTable<Record, rule>, Record{values});
   c.attach(values.x);
   c.attach(values.y);

@@ -69,11 +69,11 @@ static CSint *createPosition(CSint *const *vars, int n, int val) {
   return createFromBits(bits);
 }
 
-static CSint *post(CSint **vars, int n, int val) {
+static CSint *post(const Poster &poster, CSint **vars, int n, int val) {
   if (n < 1 || vars == nullptr || !allPresent(vars, n) || !solver.initialised) return nullptr;
   const Record record{vars, n, val, createPosition(vars, n, val)};
   if (record.position == nullptr) return nullptr;
-  Posting posting{"cs_Cumulative"};
+  Posting posting{poster};
   auto onPosition = posting.add(kPositionTable, OnPosition{record});
   onPosition.attach(record.position);
   auto onVars = posting.add(kVarsTable, OnVars{record});
@@ -83,4 +83,4 @@ static CSint *post(CSint **vars, int n, int val) {
 
 }  // namespace koru::index
 
-CSint *cs_Index(CSint **vars, int n, int val) { return koru::index::post(vars, n, val); }
+CSint *cs_Index(CSint **vars, int n, int val) { return koru::index::post("cs_Cumulative", vars, n, val); }

@@ -164,15 +164,15 @@ static CSint *post(Posting &posting, CSint **vars, int n, const Shared<CSint *> 
 }
 
 template <class Side>
-static CSint *postArray(const char *name, CSint **vars, int n) {
+static CSint *postArray(const Poster &poster, CSint **vars, int n) {
   if (n > 0 && (vars == nullptr || !allPresent(vars, n))) return nullptr;
-  Posting posting{name};
+  Posting posting{poster};
   return post<Side>(posting, vars, n, {});
 }
 
 template <class Side>
-static CSint *postCopy(const char *name, std::va_list arguments, int n) {
-  Posting posting{name};
+static CSint *postCopy(const Poster &poster, std::va_list arguments, int n) {
+  Posting posting{poster};
   if (!posting) return nullptr;
   const Shared<CSint *> copy = copyArguments(arguments, n);
   posting.keepOnTrail(copy);

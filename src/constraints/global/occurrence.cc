@@ -130,8 +130,8 @@ static bool attachAll(Posting &posting, const Record &record) {
   return static_cast<bool>(posting);
 }
 
-static bool post(const char *name, CSint *count, int val, CSint **vars, int n) {
-  Posting posting{name};
+static bool post(const Poster &poster, CSint *count, int val, CSint **vars, int n) {
+  Posting posting{poster};
   if (!posting) return false;
   Record record{count, val, vars, n, PrivateVariables(2), nullptr, nullptr};
   return fillSets(record) && attachAll(posting, record);
@@ -139,19 +139,19 @@ static bool post(const char *name, CSint *count, int val, CSint **vars, int n) {
 
 static bool acceptable(CSint *const *vars, int n) { return n < 1 || (vars != nullptr && allPresent(vars, n)); }
 
-static bool constrain(const char *name, CSint *count, int val, CSint **vars, int n) {
+static bool constrain(const Poster &poster, CSint *count, int val, CSint **vars, int n) {
   if (count == nullptr || !acceptable(vars, n)) return false;
   const Census census = takeCensus(val, vars, n);
   if (census.sure == census.possible) return cs_EQ(count, census.sure);
-  return post(name, count, val, vars, n) && narrowMin(count, census.sure) && narrowMax(count, census.possible);
+  return post(poster, count, val, vars, n) && narrowMin(count, census.sure) && narrowMax(count, census.possible);
 }
 
-static CSint *countOf(const char *name, int val, CSint **vars, int n) {
+static CSint *countOf(const Poster &poster, int val, CSint **vars, int n) {
   if (!acceptable(vars, n)) return nullptr;
   const Census census = takeCensus(val, vars, n);
   CSint *count = createVariable(census.sure, census.possible);
   if (count == nullptr || census.sure == census.possible) return count;
-  return post(name, count, val, vars, n) ? count : nullptr;
+  return post(poster, count, val, vars, n) ? count : nullptr;
 }
 
 }  // namespace koru::occurrence

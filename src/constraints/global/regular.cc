@@ -176,9 +176,9 @@ static bool removeUnusedSymbols(const Graph &g) {
   return true;
 }
 
-static bool post(CSint **vars, int n, const Automaton &automaton) {
+static bool post(const Poster &poster, CSint **vars, int n, const Automaton &automaton) {
   if (!restrictToAlphabet(vars, n, automaton.symbols) || !automaton.isState(automaton.start)) return false;
-  Posting posting{"cs_Regular"};
+  Posting posting{poster};
   if (!posting) return false;
   Graph graph(automaton, vars, n);
   if (!graph.build(automaton)) return false;
@@ -197,5 +197,5 @@ int cs_Regular(CSint **vars, int n, const int *table, int states, int symbols, i
   if (n < 1) return 1;
   const koru::regular::Automaton automaton{table, states, symbols, start, finals, finalCount};
   if (vars == nullptr || table == nullptr || !koru::allPresent(vars, n) || !hasFinal(automaton)) return 0;
-  return koru::regular::post(vars, n, automaton) ? 1 : 0;
+  return koru::regular::post("cs_Regular", vars, n, automaton) ? 1 : 0;
 }

@@ -301,14 +301,16 @@ static bool build(VarElement &c, Extremes extremes) {
   });
 }
 
-static CSint *post(CSint *index, CSint **vars, int n) {
+static CSint *post(const Poster &poster, CSint *index, CSint **vars, int n) {
   VarElement c{{nullptr, index, vars, n}, 0, nullptr, nullptr, {}};
   if (!prepare(c)) return nullptr;
-  Posting posting{"cs_VarElement"};
+  Posting posting{poster};
   if (!posting || !build(c, extremesOf(c))) return nullptr;
   return attach(posting, c, kIndexTable, kValueTable, kVarsTable);
 }
 
 }  // namespace koru::var_element
 
-CSint *cs_VarElement(CSint *index, CSint **vars, int n) { return koru::var_element::post(index, vars, n); }
+CSint *cs_VarElement(CSint *index, CSint **vars, int n) {
+  return koru::var_element::post("cs_VarElement", index, vars, n);
+}

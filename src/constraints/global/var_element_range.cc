@@ -135,10 +135,10 @@ constexpr auto kRangeVarsTable = handlers<RangeOnVars>({.newMin = on<varMoved<na
 
 // ----- posting
 
-static CSint *postRange(CSint *index, CSint **vars, int n) {
+static CSint *postRange(const Poster &poster, CSint *index, CSint **vars, int n) {
   Range c{{nullptr, index, vars, n}, {}};
   if (!prepare(c)) return nullptr;
-  Posting posting{"cs_VarElementRange"};
+  Posting posting{poster};
   if (!posting) return nullptr;
   const Extremes extremes = extremesOf(c);
   c.value = createVariable(extremes.low, extremes.high);
@@ -151,4 +151,6 @@ static CSint *postRange(CSint *index, CSint **vars, int n) {
 
 }  // namespace koru::var_element
 
-CSint *cs_VarElementRange(CSint *index, CSint **vars, int n) { return koru::var_element::postRange(index, vars, n); }
+CSint *cs_VarElementRange(CSint *index, CSint **vars, int n) {
+  return koru::var_element::postRange("cs_VarElementRange", index, vars, n);
+}

@@ -12,6 +12,7 @@ class RelationConstProfilingTest : public SolverTest {
   void SetUp() override {
     SolverTest::SetUp();
     userSite_ = Site::create("the user's constraint", "");
+    solver.ports.locator.text = [](void *) { return "here"; };
     userSite_->references = 1;
     solver.userSite = userSite_;
   }

@@ -60,14 +60,14 @@ TEST_F(PostTest, APostingNamesItsSiteAndAsksTheLocator) {
     return "main.c:7";
   };
   ASSERT_TRUE(watch(journal, 1, {x, y}, {.name = "cs_Test"}));
-  EXPECT_STREQ(x->constraints->constraint->site->name, "cs_Test");
+  EXPECT_STREQ(x->constraints->constraint->site->name(), "cs_Test");
   EXPECT_STREQ(x->constraints->constraint->site->text(), "main.c:7");
   EXPECT_EQ(asked, 1);
 }
 
-TEST_F(PostTest, WithoutALocatorThePlaceIsUnknown) {
-  ASSERT_TRUE(watch(journal, 1, {x}));
-  EXPECT_STREQ(x->constraints->constraint->site->text(), kUnknownPlace);
+TEST_F(PostTest, WithoutALocatorThePlaceIsTheOneThatCalledThePoster) {
+  const Posting posting{"cs_Test"};
+  EXPECT_STREQ(posting.site()->text(), placeOf(__builtin_return_address(0)));
 }
 
 TEST_F(PostTest, ConstraintsOfOnePostingShareTheirSite) {

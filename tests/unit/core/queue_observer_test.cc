@@ -43,7 +43,7 @@ class QueueObserverTest : public SolverTest {
     solver.ports.refreshProfiling();
   }
   static void note(void *argument, bool consistent, CSint *variable, int code, Site *site) {
-    static_cast<std::vector<Seen> *>(argument)->push_back({consistent, variable, code, site->name});
+    static_cast<std::vector<Seen> *>(argument)->push_back({consistent, variable, code, site->name()});
   }
 };
 

@@ -43,7 +43,7 @@ TEST_F(SiteTest, ASiteKeepsTheNameAndCopiesTheText) {
   char text[] = "main.c:12";
   Site *site = Site::create(kName, text);
   text[0] = 'X';
-  EXPECT_EQ(site->name, kName);
+  EXPECT_EQ(site->name(), kName);
   EXPECT_STREQ(site->text(), "main.c:12");
   EXPECT_EQ(site->references, 0);
   Site::release(site);
@@ -58,24 +58,36 @@ TEST_F(SiteTest, TextsOfEveryLengthAreKeptWhole) {
   }
 }
 
-TEST_F(SiteTest, ASiteWithoutTextTakes16Bytes) {
+TEST_F(SiteTest, ASiteWithoutTextTakes16BytesAndLooksNothingUp) {
   const AllocationRule counted(allowAll());
-  Site::release(Site::create("cs_Add", ""));
+  Site::release(Site::create("cs_Add", nullptr));
   EXPECT_EQ(AllocationRule::sizes(), (std::vector<std::size_t>{16}));
 }
 
-TEST_F(SiteTest, AnUnknownPlaceHasFourFieldsAndTakesNoMore) {
-  const AllocationRule counted(allowAll());
-  Site *site = Site::create("cs_Add", nullptr);
+TEST_F(SiteTest, WithoutTextItIsThatOfTheAddress) {
+  Site *site = Site::create({"cs_Add", __builtin_return_address(0)}, nullptr);
+  EXPECT_STREQ(site->text(), placeOf(__builtin_return_address(0)));
+  Site::release(site);
+}
+
+TEST_F(SiteTest, AnUnknownPlaceHasFourFields) {
+  Site *site = Site::create({"cs_Add", nullptr}, nullptr);
   EXPECT_STREQ(site->text(), "(unknown)\t0\t0\t(unknown)");
   Site::release(site);
-  EXPECT_EQ(AllocationRule::sizes(), (std::vector<std::size_t>{16}));
 }
 
-TEST_F(SiteTest, UnknownPlacesAreOneKeyWithTheirText) {
-  Site *found = solver.sites.find(parent, "n", nullptr);
-  EXPECT_EQ(solver.sites.find(parent, "n", nullptr), found);
+TEST_F(SiteTest, APosterTakesTheAddressThatItsFunctionReturnsTo) {
+  const Poster poster("cs_Add");
+  EXPECT_EQ(poster.caller, __builtin_return_address(0));
+}
+
+TEST_F(SiteTest, PlacesAreComparedByTheirText) {
+  const void *nowhere = reinterpret_cast<const void *>(16);
+  Site *found = solver.sites.find(parent, {"n", nullptr}, nullptr);
+  EXPECT_EQ(solver.sites.find(parent, {"n", nullptr}, nullptr), found);
+  EXPECT_EQ(solver.sites.find(parent, {"n", nowhere}, nullptr), found);
   EXPECT_EQ(solver.sites.find(parent, "n", kUnknownPlace), found);
+  EXPECT_NE(solver.sites.find(parent, {"n", __builtin_return_address(0)}, nullptr), found);
   EXPECT_NE(solver.sites.find(parent, "n", ""), found);
 }
 
@@ -109,7 +121,7 @@ TEST_F(SiteTest, TheHashCombinesParentTextAndName) {
 TEST_F(SiteTest, AMissMakesASiteThatTheTableHoldsAndCountsTheParent) {
   Site *site = solver.sites.find(parent, "cs_EQ", "there");
   ASSERT_NE(site, nullptr);
-  EXPECT_STREQ(site->name, "cs_EQ");
+  EXPECT_STREQ(site->name(), "cs_EQ");
   EXPECT_STREQ(site->text(), "there");
   EXPECT_EQ(site->references, 1);
   EXPECT_EQ(parent->references, 2);

@@ -68,7 +68,7 @@ class UserConstraintsTest : public SolverTest {
     for (int i = 0; i < 3; ++i) {
       ASSERT_NE(x[i]->constraints, nullptr);
       EXPECT_EQ(x[i]->constraints->index, i);
-      EXPECT_STREQ(siteOf(x[i])->name, name);
+      EXPECT_STREQ(siteOf(x[i])->name(), name);
       EXPECT_EQ(constraintOf(x[i]), constraintOf(x[0]));
     }
   }

@@ -26,7 +26,15 @@ class ProfilerTest : public SolverTest {
     ASSERT_NE(profiler, nullptr);
   }
 
-  static ProfileRow row(const char *name, int calls, int fails) { return {kUnknownPlace, name, calls, fails}; }
+  static ProfileRow row(const char *name, int calls, int fails) { return {"", name, calls, fails}; }
+
+  // The rows, whatever place they are from.
+  static Rows countsOf(CSprofiler *profiler) {
+    Rows rows = rowsOf(profiler);
+    for (ProfileRow &row : rows) row.text.clear();
+    std::sort(rows.begin(), rows.end());
+    return rows;
+  }
 
   CSint *x = nullptr;
   CSint *y = nullptr;
@@ -42,7 +50,7 @@ TEST_F(ProfilerTest, OnlyKindZeroExists) {
 TEST_F(ProfilerTest, ANewOneIsNotEnabled) {
   EXPECT_FALSE(solver.ports.profiling);
   ASSERT_TRUE(cs_Lt(x, y) && cs_GE(x, 3));
-  EXPECT_EQ(rowsOf(profiler), Rows{});
+  EXPECT_EQ(countsOf(profiler), Rows{});
   EXPECT_EQ(profiler->startTime, 0);
   EXPECT_EQ(profiler->endTime, 0);
 }
@@ -50,11 +58,11 @@ TEST_F(ProfilerTest, ANewOneIsNotEnabled) {
 TEST_F(ProfilerTest, CountsRunsAndFailuresOfASite) {
   cs_enableProfiler(profiler);
   ASSERT_TRUE(cs_Lt(x, y));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_Lt", 2, 0)})) << "the first filtering woke it on both variables";
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Lt", 2, 0)})) << "the first filtering woke it on both variables";
   ASSERT_TRUE(cs_GE(x, 3));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_Lt", 4, 0)}));
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Lt", 4, 0)}));
   EXPECT_FALSE(cs_GE(x, 9));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_Lt", 4, 0)})) << "x ended at 8: nothing ran";
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Lt", 4, 0)})) << "x ended at 8: nothing ran";
 }
 
 bool refuse(int, int, CSint **, int, void *) { return false; }
@@ -65,14 +73,14 @@ TEST_F(ProfilerTest, TwoRunsOfWhichOneFailsAreTwoCallsAndOneFail) {
   cs_enableProfiler(profiler);
   ASSERT_TRUE(cs_GE(x, 3)) << "a slot that does nothing counts";
   EXPECT_FALSE(cs_EQ(x, 5));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_eventKnown", 2, 1)}));
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_eventKnown", 2, 1)}));
 }
 
 TEST_F(ProfilerTest, TwoPostingsAreTwoSites) {
   ASSERT_TRUE(cs_Lt(x, y) && cs_Lt(x, cs_createCSint(0, 10)));
   cs_enableProfiler(profiler);
   ASSERT_TRUE(cs_GE(x, 3));
-  const Rows rows = rowsOf(profiler);
+  const Rows rows = countsOf(profiler);
   ASSERT_EQ(rows.size(), 2U);
   EXPECT_EQ(rows[0].name, "cs_Lt");
   EXPECT_EQ(rows[1].name, "cs_Lt");
@@ -88,7 +96,8 @@ TEST_F(ProfilerTest, RelationsWithIntsInsideACallbackAreCountedUnderTheirOwnName
   cs_eventNewMin(array, 1, narrowOther, y);
   cs_enableProfiler(profiler);
   ASSERT_TRUE(cs_GE(x, 3) && cs_NEQ(y, 4));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_LE", 1, 0), row("cs_NEQ", 2, 0), row("cs_eventNewMin", 1, 0)}));
+  EXPECT_EQ(countsOf(profiler),
+            (Rows{row("cs_LE", 1, 0), row("cs_NEQ", 1, 0), row("cs_NEQ", 1, 0), row("cs_eventNewMin", 1, 0)}));
 }
 
 TEST_F(ProfilerTest, CountsOnlyWhileEnabled) {
@@ -99,7 +108,7 @@ TEST_F(ProfilerTest, CountsOnlyWhileEnabled) {
   ASSERT_TRUE(cs_GE(x, 2));
   cs_enableProfiler(profiler);
   ASSERT_TRUE(cs_GE(x, 3));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_Neq", 2, 0)}));
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Neq", 2, 0)}));
 }
 
 TEST_F(ProfilerTest, EachCountsForItself) {
@@ -112,8 +121,8 @@ TEST_F(ProfilerTest, EachCountsForItself) {
   cs_disableProfiler(profiler);
   EXPECT_TRUE(solver.ports.profiling);
   ASSERT_TRUE(cs_GE(x, 3));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_Neq", 2, 0)}));
-  EXPECT_EQ(rowsOf(other), (Rows{row("cs_Neq", 2, 0)}));
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Neq", 2, 0)}));
+  EXPECT_EQ(countsOf(other), (Rows{row("cs_Neq", 2, 0)}));
   cs_disableProfiler(other);
   EXPECT_FALSE(solver.ports.profiling);
 }
@@ -144,7 +153,7 @@ TEST_F(ProfilerTest, ASiteOutlivesItsConstraintWhileItIsCounted) {
   cs_saveContext();
   ASSERT_TRUE(cs_Neq(x, y) && cs_GE(x, 1));
   cs_restoreContext();
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_Neq", 1, 0)}));
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Neq", 1, 0)}));
 }
 
 TEST_F(ProfilerTest, ADeletedOneCountsNoMoreAndCanStillBeRead) {
@@ -154,10 +163,10 @@ TEST_F(ProfilerTest, ADeletedOneCountsNoMoreAndCanStillBeRead) {
   cs_deleteProfiler(profiler);
   EXPECT_FALSE(solver.ports.profiling);
   ASSERT_TRUE(cs_GE(x, 2));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_Neq", 1, 0)}));
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Neq", 1, 0)}));
   cs_deleteProfiler(profiler);
   cs_end();
-  EXPECT_EQ(rowsOf(profiler), Rows{}) << "the sites are gone, the record is not";
+  EXPECT_EQ(countsOf(profiler), Rows{}) << "the sites are gone, the record is not";
 }
 
 TEST_F(ProfilerTest, DeletingLeavesProfilingOnWhileAnotherIsEnabled) {
@@ -211,7 +220,7 @@ TEST_F(ProfilerTest, WithoutMemoryForCountsItCountsNothing) {
   EXPECT_EQ(cs_getErr(), CS_ERR_MEMORY);
   cs_enableProfiler(incomplete);
   ASSERT_TRUE(cs_Neq(x, y) && cs_GE(x, 1));
-  EXPECT_EQ(rowsOf(incomplete), Rows{});
+  EXPECT_EQ(countsOf(incomplete), Rows{});
 }
 
 TEST_F(ProfilerTest, ARunThatThereIsNoMemoryForIsNotCountedAndDoesNotFail) {
@@ -222,9 +231,9 @@ TEST_F(ProfilerTest, ARunThatThereIsNoMemoryForIsNotCountedAndDoesNotFail) {
     EXPECT_TRUE(cs_GE(x, 1));
   }
   EXPECT_EQ(memoryReports, 1);
-  EXPECT_EQ(rowsOf(profiler), Rows{});
+  EXPECT_EQ(countsOf(profiler), Rows{});
   ASSERT_TRUE(cs_GE(x, 2));
-  EXPECT_EQ(rowsOf(profiler), (Rows{row("cs_Neq", 1, 0)}));
+  EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Neq", 1, 0)}));
 }
 
 }  // namespace

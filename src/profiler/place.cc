@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// The built-in locator: from the address that a posting function returns to, to the text of the place.
+//
+// Nothing is looked up while constraints are posted. A report asks for the texts, and so does the site table, whose key
+// they are part of; what was found is kept by address until cs_end.
+#include <cstdio>
+
+#include "core/alloc.h"
+#include "core/ports.h"
+#include "core/site.h"
+#include "profiler/platform.h"
+
+namespace koru {
+
+namespace {
+
+struct KnownPlace {
+  const void *returnAddress;
+  std::uint64_t unloads;  // of modules, when it was looked up
+  KnownPlace *next;
+
+  char *text() { return reinterpret_cast<char *>(this + 1); }
+};
+
+constexpr unsigned kBuckets = 256;
+constinit KnownPlace *knownPlaces[kBuckets] = {};
+
+unsigned bucketOf(const void *address) {
+  const auto bits = reinterpret_cast<std::uintptr_t>(address);
+  return static_cast<unsigned>((bits ^ bits >> 8) % kBuckets);
+}
+
+int print(char *text, std::size_t size, const platform::Place &place) {
+  const char *function = place.function != nullptr ? place.function : "(unknown)";
+  return std::snprintf(text, size, "%s\t%d\t%p\t%s", place.file, place.line, place.address, function);
+}
+
+KnownPlace *lookUp(const void *returnAddress) {
+  platform::Place place;
+  if (!platform::find(returnAddress, place)) return nullptr;
+  const auto size = static_cast<std::size_t>(print(nullptr, 0, place)) + 1;
+  auto *known = static_cast<KnownPlace *>(allocate(sizeof(KnownPlace) + size));
+  if (known != nullptr) print(known->text(), size, place);
+  return known;
+}
+
+}  // namespace
+
+const char *placeOf(const void *returnAddress) {
+  if (returnAddress == nullptr) return kUnknownPlace;
+  KnownPlace *&bucket = knownPlaces[bucketOf(returnAddress)];
+  const std::uint64_t unloads = platform::unloads();
+  for (KnownPlace *known = bucket; known != nullptr; known = known->next)
+    if (known->returnAddress == returnAddress && known->unloads == unloads) return known->text();
+  KnownPlace *known = lookUp(returnAddress);
+  if (known == nullptr) return kUnknownPlace;
+  *known = {returnAddress, unloads, bucket};
+  bucket = known;
+  return known->text();
+}
+
+const void *hostCaller(const void *returnAddress) { return platform::firstOutside(returnAddress); }
+
+void forgetPlaces() {
+  for (KnownPlace *&bucket : knownPlaces) {
+    while (bucket != nullptr) {
+      KnownPlace *next = bucket->next;
+      deallocate(bucket);
+      bucket = next;
+    }
+  }
+}
+
+}  // namespace koru

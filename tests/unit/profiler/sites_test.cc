@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+// The sites of every function that posts: their names, places, and what a profiler counts for them.
+#include <algorithm>
+#include <cstring>
+#include <set>
+#include <string>
+
+#include "core/solver.h"
+#include "support/batch.h"
+#include "support/brute_probe.h"
+#include "support/postings.h"
+#include "support/profile_reader.h"
+#include "support/solver_test.h"
+
+namespace {
+
+using namespace koru;
+using namespace koru::test;
+
+class SitesTest : public SolverTest, public ::testing::WithParamInterface<PostingFunction> {
+ protected:
+  void SetUp() override {
+    SolverTest::SetUp();
+    operands = new Operands;
+  }
+  void TearDown() override {
+    delete operands;
+    SolverTest::TearDown();
+  }
+
+  bool post() { return GetParam().post(*operands); }
+
+  // Gives all variables their values before the constraint hears of the first: it has to find out by itself.
+  bool violate() {
+    const Operands &o = *operands;
+    CSint *const variables[] = {o.x, o.y, o.z, o.result != nullptr ? o.result : o.b};
+    return together([&] {
+      for (int i = 0; i < 4; ++i) {
+        const int value = GetParam().values[i];
+        if (!(value < 0 ? cs_NEQ(variables[i], -value) : cs_EQ(variables[i], value))) return false;
+      }
+      return true;
+    });
+  }
+
+  Operands *operands = nullptr;
+};
+
+// The sites of all constraints on the operands.
+std::set<const Site *> sitesOf(const Operands &o) {
+  std::set<const Site *> sites;
+  for (const CSint *v : {o.x, o.y, o.z, o.b})
+    for (const Entry *entry = v->constraints; entry != nullptr; entry = entry->next)
+      sites.insert(entry->constraint->site);
+  return sites;
+}
+
+TEST_P(SitesTest, ASiteHasTheFunctionsNameAndThePlaceOfItsCall) {
+  ASSERT_TRUE(post());
+  const std::set<const Site *> sites = sitesOf(*operands);
+  ASSERT_EQ(sites.size(), 1U);
+  EXPECT_STREQ((*sites.begin())->name(), GetParam().siteName);
+  const std::string place = (*sites.begin())->text();
+  EXPECT_EQ(place.find(std::string(kPostingFile) + "\t" + std::to_string(GetParam().line) + "\t0x"), 0U) << place;
+}
+
+TEST_P(SitesTest, UnderAHostsLocatorAProfilerCountsCallsAndFailsOfTheSite) {
+  cs_setProfilerLocator(
+      "mine", [](void *) { return "here"; }, nullptr);
+  ASSERT_TRUE(post());
+  cs_setProfilerLocator(
+      "mine", [](void *) { return "elsewhere"; }, nullptr);
+  CSprofiler *profiler = cs_createProfiler(0);
+  cs_enableProfiler(profiler);
+  const CallLog log;
+  EXPECT_FALSE(violate());
+
+  ProfileRow expected{"here", GetParam().siteName, 0, 0};
+  for (std::size_t i = 0; i < log.calls.size(); ++i) {
+    if (std::strcmp(log.sites[i]->text(), "here") != 0) continue;
+    ++expected.calls;
+    expected.fails += log.calls[i].consistent ? 0 : 1;
+  }
+  std::vector<ProfileRow> rows = rowsOf(profiler);
+  rows.erase(std::remove_if(rows.begin(), rows.end(), [](const ProfileRow &row) { return row.text != "here"; }),
+             rows.end());
+  EXPECT_EQ(rows, std::vector<ProfileRow>{expected});
+  EXPECT_EQ(expected.fails, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(, SitesTest, ::testing::ValuesIn(kPostingFunctions),
+                         [](const auto &row) { return std::string(row.param.name); });
+
+}  // namespace
