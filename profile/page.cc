@@ -92,6 +92,13 @@ std::string percent(double share) {
   return text;
 }
 
+// A length in a style, where no space may stand before the sign.
+std::string width(double share) {
+  char text[32];
+  std::snprintf(text, sizeof text, "width:%.2f%%", share * 100);
+  return text;
+}
+
 std::string timeOf(std::int64_t seconds) {
   const auto time = static_cast<std::time_t>(seconds);
   char text[64] = "";
@@ -135,8 +142,8 @@ void writeRow(std::ostream &out, const Profile &profile, const Entry &e) {
   out << "<tr>";
   writeNumber(out, e.calls);
   out << "<td class=share data-key=" << share << '>' << percent(share)
-      << "<div class=bar style=\"width:" << percent(widest > 0 ? share / widest : 0)
-      << "\"><i style=\"width:" << percent(e.failRate()) << "\"></i></div></td>";
+      << "<div class=bar style=\"" << width(widest > 0 ? share / widest : 0) << "\"><i style=\"" << width(e.failRate())
+      << "\"></i></div></td>";
   writeNumber(out, e.fails);
   out << "<td class=n data-key=" << e.failRate() << '>' << percent(e.failRate()) << "</td>";
   writeNumber(out, e.postings);

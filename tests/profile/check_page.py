@@ -1,0 +1,154 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Check koru-profile's page in a headless browser.
+
+    check_page.py --browser CHROMIUM --demo PROFILE_DEMO --command KORU_PROFILE --folder SCRATCH [--lines]
+
+Profiles the demo, makes the page, and loads a copy of it that ends with a script of ours: it looks at the page as the
+browser has laid it out, clicks on all column heads, opens the source, and leaves what it saw in the document as JSON.
+With --lines the source of each place must be shown. Prints the faults; exit status 1 if there are any.
+"""
+import argparse
+import html
+import json
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+PROBE = """<pre id="seen"></pre><script>
+"use strict";
+const rowsNow = () => [...document.querySelectorAll("tbody tr")].map(row => [...row.cells].map(cell =>
+  cell.dataset.key === undefined ? cell.textContent.trim() : Number(cell.dataset.key)));
+const sorts = () => [...document.querySelectorAll("th")].map(head => head.getAttribute("aria-sort"));
+const seen = { errors: window.probeErrors, title: document.title, heads: [], rows: rowsNow(), sortsAtFirst: sorts() };
+const width = element => element.getBoundingClientRect().width;
+seen.bars = [...document.querySelectorAll(".bar")].map(bar => [width(bar), width(bar.querySelector("i"))]);
+seen.loaded = performance.getEntriesByType("resource").length;
+for (const button of document.querySelectorAll("th button")) {
+  const clicks = [];
+  for (let i = 0; i < 2; ++i) {
+    button.click();
+    clicks.push({ rows: rowsNow(), sorts: sorts() });
+  }
+  seen.heads.push({ name: button.textContent, clicks });
+}
+seen.sources = [...document.querySelectorAll("tbody details")].map(details => {
+  const source = details.querySelector("pre");
+  const closed = source.checkVisibility();
+  details.querySelector("summary").click();
+  const line = source.querySelector("b");
+  return { closed, open: source.checkVisibility(), line: line.textContent,
+           colour: getComputedStyle(line).backgroundColor };
+});
+document.querySelector("#seen").textContent = JSON.stringify(seen);
+</script>"""
+CATCH = '<script>window.probeErrors = []; addEventListener("error", e => probeErrors.push(e.message));</script>'
+COLUMNS = ["calls", "share", "fails", "fail rate", "posted", "posted by", "place"]
+
+
+def look(browser, page, folder):
+    """What the probe saw of the page."""
+    copy = folder / "probed.html"
+    text = page.read_text()
+    copy.write_text(text.replace("<style>", CATCH + "<style>", 1) + PROBE)
+    profile = folder / "browser"
+    shutil.rmtree(profile, ignore_errors=True)
+    run = subprocess.run(
+        [browser, "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+         "--disable-background-networking", "--disable-component-update", "--disable-sync", "--window-size=1200,900",
+         f"--user-data-dir={profile}", "--dump-dom", copy.as_uri()],
+        capture_output=True, text=True, timeout=100, check=True)
+    shutil.rmtree(profile, ignore_errors=True)
+    found = re.search(r'<pre id="seen">(.*?)</pre>', run.stdout, re.DOTALL)
+    if found is None or not found.group(1):
+        sys.exit("the page's scripts did not run:\n" + run.stderr[-2000:])
+    return json.loads(html.unescape(found.group(1)))
+
+
+def same_rows(a, b):
+    return sorted(map(json.dumps, a)) == sorted(map(json.dumps, b))
+
+
+def key(cell):
+    return cell.lower() if isinstance(cell, str) else cell
+
+
+def faults_of_sorting(seen):
+    for column, head in enumerate(seen["heads"]):
+        before = seen["sortsAtFirst"] if column == 0 else None
+        # The first click sorts descending, unless the column is so already.
+        order = ["ascending", "descending"] if before and before[0] == "descending" else ["descending", "ascending"]
+        for click, direction in zip(head["clicks"], order):
+            values = [key(row[column]) for row in click["rows"]]
+            if values != sorted(values, reverse=direction == "descending"):
+                yield f"{head['name']}: not sorted {direction}: {values}"
+            if click["sorts"] != [direction if i == column else "none" for i in range(len(COLUMNS))]:
+                yield f"{head['name']}: heads say {click['sorts']}"
+            if not same_rows(click["rows"], seen["rows"]):
+                yield f"{head['name']}: sorting has changed the rows"
+
+
+def faults_of_bars(seen):
+    shares = [row[1] for row in seen["rows"]]
+    rates = [row[3] for row in seen["rows"]]
+    widest = seen["bars"][0][0]
+    if widest < 50:
+        yield f"the widest bar has {widest} pixels"
+    for (bar, inner), share, rate in zip(seen["bars"], shares, rates):
+        if abs(bar - max(1, widest * share / shares[0])) > 1 or abs(inner - bar * rate) > 1:
+            yield f"a bar of {bar} and {inner} pixels for a share of {share} and a rate of {rate}"
+
+
+def faults_of_sources(seen):
+    if len(seen["sources"]) != len(seen["rows"]):
+        yield f"{len(seen['sources'])} sources for {len(seen['rows'])} rows"
+    for source in seen["sources"]:
+        if source["closed"] or not source["open"]:
+            yield f"a source is seen when closed: {source['closed']}, when open: {source['open']}"
+        if not re.search(r"\bcs_[A-Z]\w+\(", source["line"]):
+            yield f"the marked line posts nothing: {source['line']}"
+        if source["colour"] in ("rgba(0, 0, 0, 0)", "transparent"):
+            yield "the marked line is not marked"
+
+
+def faults_of(seen, report, lines):
+    if seen["errors"]:
+        yield f"errors: {seen['errors']}"
+    if seen["loaded"]:
+        yield "the page loads something"
+    if [head["name"] for head in seen["heads"]] != COLUMNS:
+        yield f"columns: {[head['name'] for head in seen['heads']]}"
+    sites = [line.split("\t") for line in report.read_text().split("__DATA__\n")[1].splitlines()]
+    for column, field in ((0, -2), (2, -1)):
+        if sum(row[column] for row in seen["rows"]) != sum(int(site[field]) for site in sites):
+            yield f"{COLUMNS[column]} do not add up to those of the report"
+    if sum(row[4] for row in seen["rows"]) != len(sites):
+        yield "the postings are not those of the report"
+    if [row[0] for row in seen["rows"]] != sorted((row[0] for row in seen["rows"]), reverse=True):
+        yield "the hottest place is not first"
+    yield from faults_of_sorting(seen)
+    yield from faults_of_bars(seen)
+    if lines:
+        yield from faults_of_sources(seen)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    for name in ("browser", "demo", "command", "folder"):
+        parser.add_argument("--" + name, required=True)
+    parser.add_argument("--lines", action="store_true")
+    options = parser.parse_args()
+    folder = Path(options.folder).resolve()
+    folder.mkdir(parents=True, exist_ok=True)
+    report, page = folder / "report.txt", folder / "page.html"
+    subprocess.run([options.demo, report], check=True, stdout=subprocess.DEVNULL)
+    subprocess.run([options.command, "--html", page, report], check=True, stdout=subprocess.DEVNULL)
+    faults = list(faults_of(look(options.browser, page, folder), report, options.lines))
+    print("\n".join(faults) if faults else "the page is as it should be")
+    sys.exit(1 if faults else 0)
+
+
+if __name__ == "__main__":
+    main()
