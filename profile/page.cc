@@ -157,7 +157,7 @@ void writeSummary(std::ostream &out, const Profile &profile) {
       << profile.entries.size() << " places. Koru " << escaped(profile.version) << '.';
   if (profile.startTime != 0) out << " From " << timeOf(profile.startTime);
   if (profile.endTime != 0) out << " to " << timeOf(profile.endTime);
-  out << " The red part of a bar is the share of calls that failed.</p>\n";
+  out << (profile.startTime != 0 ? ". " : " ") << "The red part of a bar is the share of calls that failed.</p>\n";
 }
 
 }  // namespace
