@@ -63,10 +63,10 @@ static inline bool readWord(Input *input, char *word, size_t size) {
   return length > 0;
 }
 
-// Only digits, so no sign, and few enough of them for strtol, which stops at LONG_MAX when there are too many.
+// Only digits, so no sign, and few enough of them for strtoll, which stops at LLONG_MAX when there are too many.
 static inline bool isNumberWithin(const char *word, int min, int max, int *number) {
   if (word[strspn(word, "0123456789")] != '\0') return false;
-  long value = strtol(word, NULL, 10);
+  long long value = strtoll(word, NULL, 10);
   *number = value <= INT_MAX ? (int)value : INT_MAX;
   return value >= min && value <= max;
 }

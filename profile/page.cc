@@ -102,8 +102,8 @@ std::string width(double share) {
 std::string timeOf(std::int64_t seconds) {
   const auto time = static_cast<std::time_t>(seconds);
   char text[64] = "";
-  std::tm parts{};
-  if (gmtime_r(&time, &parts) != nullptr) std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &parts);
+  const std::tm *parts = std::gmtime(&time);
+  if (parts != nullptr) std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", parts);
   return text;
 }
 

@@ -209,7 +209,7 @@ void printStandard(std::FILE *stream, const char *format, const Conversion &conv
     case Argument::kPointer:
       return print(va_arg(arguments.list, void *));
     case Argument::kWide:
-      return print(va_arg(arguments.list, std::wint_t));
+      return print(va_arg(arguments.list, decltype(+std::wint_t{})));  // as promoted: it may be narrower than int
     case Argument::kNone:
       return;
   }

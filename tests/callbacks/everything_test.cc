@@ -11,6 +11,7 @@
 
 #include "core/solver.h"
 #include "support/model_hooks.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 namespace {
@@ -368,7 +369,7 @@ const Kind kKinds[] = {
 CSint *own(int max) { return cs_createCSint(0, max); }
 
 void print() {
-  std::FILE *file = std::tmpfile();
+  std::FILE *file = temporaryFile();
   cs_fprintf(file, "%A %T %d\n", x, 3, x[0], 7);
   cs_fprintStats(file);
   std::fclose(file);

@@ -4,6 +4,7 @@
 #include "core/solver.h"
 #include "support/search_trace.h"
 #include "support/solver_test.h"
+#include "support/written_text.h"
 
 namespace {
 
@@ -125,7 +126,7 @@ void saveAndRestore() {
 }
 
 void queryAndPrint() {
-  std::FILE *file = std::tmpfile();
+  std::FILE *file = temporaryFile();
   cs_fprintf(file, "%A\n", puzzle->x, kSize);
   cs_fprintStats(file);
   std::fclose(file);

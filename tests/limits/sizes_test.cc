@@ -6,6 +6,7 @@
 
 #include "support/brute_refuser.h"
 #include "support/large_test.h"
+#include "support/written_text.h"
 
 namespace {
 
@@ -72,7 +73,7 @@ TEST_F(SizeLimitsTest, AVeryLongNameIsKeptAndPrinted) {
   const std::string name(1000000, 'n');
   CSint *x = cs_createNamedCSint(7, 7, name.c_str());
   EXPECT_EQ(cs_getName(x), name);
-  std::FILE *file = std::tmpfile();
+  std::FILE *file = temporaryFile();
   cs_fprintf(file, "%T", x);
   EXPECT_EQ(std::ftell(file), static_cast<long>(name.size() + 3));
   std::fclose(file);

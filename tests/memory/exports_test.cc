@@ -10,6 +10,7 @@
 #include "core/solver.h"
 #include "profiler/profiler.h"
 #include "support/model_failure.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 namespace {
@@ -82,7 +83,7 @@ bool fromDomain(Bench &) {
 }
 
 bool print(Bench &b) {
-  std::FILE *file = std::tmpfile();
+  std::FILE *file = temporaryFile();
   cs_fprintf(file, "%D %-5d|%s %T\n", b.y, 7, "text", b.x);
   const bool complete = std::ftell(file) > 25;
   std::fclose(file);
@@ -156,7 +157,7 @@ bool setLocator(Bench &b) {
 }
 
 bool writeReport(Bench &b) {
-  std::FILE *file = std::tmpfile();
+  std::FILE *file = temporaryFile();
   cs_profilerWrite(b.profiler, file);
   const bool complete = std::ftell(file) == 97;  // the head; with "error" it would be more
   std::fclose(file);

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "support/model_failure.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 namespace {
@@ -31,7 +32,7 @@ int sendMoreMoney() {
   if (sum == nullptr || money == nullptr || !cs_Eq(sum, money)) return -1;
   if (!cs_search(letters.data(), 8, cs_findFreeVarNbElements)) return -1;
   const int answer = cs_getValue(money);
-  std::FILE *file = std::tmpfile();
+  std::FILE *file = temporaryFile();
   cs_fprintf(file, "%A, %T\n", letters.data(), 8, money);
   cs_fprintStats(file);
   std::fclose(file);

@@ -6,10 +6,12 @@
 
 #include "koru.h"
 #include "profile/profile.h"
+#include "support/written_text.h"
 
 namespace {
 
 using namespace koru::profile;
+using koru::test::textOf;
 
 constexpr char kHead[] =
     "Koru Profiler: Constraint 1.0\nKoru Version: 3.8.0\nstart_time: 1000\nend_time: 1007\nplatform: generic\n"
@@ -82,10 +84,7 @@ TEST(ReadProfile, TheLibrarysOwnReport) {
   cs_enableProfiler(profiler);
   CSint *x = cs_createCSint(0, 9);
   ASSERT_TRUE(cs_Neq(x, cs_createCSint(0, 9)) && cs_GE(x, 3));
-  char text[1000] = {};
-  std::FILE *f = fmemopen(text, sizeof text, "w");
-  cs_profilerWrite(profiler, f);
-  std::fclose(f);
+  const std::string text = textOf([profiler](std::FILE *f) { cs_profilerWrite(profiler, f); });
   cs_end();
   const Result result = readText(text);
   ASSERT_TRUE(result.good) << result.error;

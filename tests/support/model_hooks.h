@@ -4,10 +4,10 @@
 
 #include <cstdio>
 #include <functional>
-#include <string>
 
 #include "core/post.h"
 #include "support/solver_test.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 
@@ -51,11 +51,7 @@ inline void doEverything() {
   EXPECT_EQ(cs_getValue(own[0]), 3);
   EXPECT_EQ(cs_getValue(own[1]), 2);
   EXPECT_EQ(cs_getValue(own[2]), 0);
-  char text[64] = {};
-  std::FILE *file = fmemopen(text, sizeof text, "w");
-  cs_fprintf(file, "%T|%D", own[0], own[2]);
-  std::fclose(file);
-  EXPECT_EQ(std::string(text), "own: 3|0");
+  EXPECT_EQ(textOf([&own](std::FILE *file) { cs_fprintf(file, "%T|%D", own[0], own[2]); }), "own: 3|0");
   cs_restoreContextUntil(label);
   EXPECT_EQ(cs_getNbElements(own[0]), 4);
   EXPECT_EQ(cs_getNbElements(sum), 7);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "koru.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 
@@ -31,14 +31,7 @@ inline void PrintTo(const ProfileRow &row, std::ostream *out) {
 }
 
 inline std::string reportOf(CSprofiler *profiler) {
-  char *text = nullptr;
-  std::size_t size = 0;
-  std::FILE *f = open_memstream(&text, &size);
-  cs_profilerWrite(profiler, f);
-  std::fclose(f);
-  const std::string report(text, size);
-  std::free(text);
-  return report;
+  return textOf([profiler](std::FILE *f) { cs_profilerWrite(profiler, f); });
 }
 
 inline std::vector<std::string> linesOf(const std::string &text) {

@@ -2,9 +2,8 @@
 // The invariant checker stops the process when something is not as it must be. Each test damages one thing.
 #include "core/check.h"
 
-#include <csignal>
-
 #include "core/solver.h"
+#include "support/death.h"
 #include "support/solver_test.h"
 #include "unit/core/recorder.h"
 
@@ -50,59 +49,58 @@ TEST_F(CheckTest, ItRunsOnlyEverySoManyTimesWhenToldSo) {
 
 TEST_F(CheckDeathTest, AnIntervalsCountThatIsWrongIsCaught) {
   x->count = 7;
-  EXPECT_EXIT(narrowMin(y, 1), testing::KilledBySignal(SIGABRT), "an interval's element count");
+  EXPECT_EXIT(narrowMin(y, 1), kAborted, "an interval's element count");
 }
 
 TEST_F(CheckDeathTest, ACountThatDiffersFromTheBitsIsCaught) {
   y->count = 3;
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "the element count is the number of bits set");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "the element count is the number of bits set");
 }
 
 TEST_F(CheckDeathTest, ABoundThatIsAbsentFromTheBitsIsCaught) {
   y->bits->clear(9);
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "the bounds are present in the bits");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "the bounds are present in the bits");
 }
 
 TEST_F(CheckDeathTest, BoundsOutOfOrderAreCaught) {
   y->min = 10;
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "bounds are in order");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "bounds are in order");
 }
 
 TEST_F(CheckDeathTest, TooManyReferencesAreCaught) {
   ++x->constraints->constraint->references;
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "nothing but entries refers to a constraint");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "nothing but entries refers to a constraint");
   --x->constraints->constraint->references;
 }
 
 TEST_F(CheckDeathTest, TooFewReferencesAreCaught) {
   --x->constraints->constraint->references;
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT),
-              "a constraint has a reference for each of its entries");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "a constraint has a reference for each of its entries");
   ++x->constraints->constraint->references;
 }
 
 TEST_F(CheckDeathTest, ASiteWithoutReferencesIsCaught) {
   x->constraints->constraint->site->references = 0;
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "a constraint's site is referred to");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "a constraint's site is referred to");
   x->constraints->constraint->site->references = 1;
 }
 
 TEST_F(CheckDeathTest, AListThatSumsUpItsOlderEntriesWronglyIsCaught) {
   y->constraints->heardByOlder ^= 1;
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "what a list hears");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "what a list hears");
 }
 
 TEST_F(CheckDeathTest, AMarkBeyondTheTrailIsCaught) {
   cs_saveContext();
   solver.contexts.forEach([](ContextMark &mark) { mark.trailMark += 100; });
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "trail marks lie on the trail");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "trail marks lie on the trail");
 }
 
 TEST_F(CheckDeathTest, ItLooksAfterRestoreAndAcceptToo) {
   cs_saveContext();
   y->count = 3;
-  EXPECT_EXIT(cs_restoreContext(), testing::KilledBySignal(SIGABRT), "element count");
-  EXPECT_EXIT(cs_acceptContext(), testing::KilledBySignal(SIGABRT), "element count");
+  EXPECT_EXIT(cs_restoreContext(), kAborted, "element count");
+  EXPECT_EXIT(cs_acceptContext(), kAborted, "element count");
 }
 
 TEST_F(CheckDeathTest, EndingTheSolverInsideACallbackIsCaught) {
@@ -110,7 +108,7 @@ TEST_F(CheckDeathTest, EndingTheSolverInsideACallbackIsCaught) {
     cs_end();
     return true;
   };
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "cs_end are not called from a callback");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "cs_end are not called from a callback");
 }
 
 TEST_F(CheckDeathTest, StartingTheSolverInsideACallbackIsCaught) {
@@ -118,7 +116,7 @@ TEST_F(CheckDeathTest, StartingTheSolverInsideACallbackIsCaught) {
     cs_init();
     return true;
   };
-  EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "cs_end are not called from a callback");
+  EXPECT_EXIT(narrowMin(x, 1), kAborted, "cs_end are not called from a callback");
 }
 
 TEST_F(CheckDeathTest, ClosingAContextThatTheCallbackDidNotOpenIsCaught) {
@@ -128,7 +126,7 @@ TEST_F(CheckDeathTest, ClosingAContextThatTheCallbackDidNotOpenIsCaught) {
       close();
       return true;
     };
-    EXPECT_EXIT(narrowMin(x, 1), testing::KilledBySignal(SIGABRT), "a callback closes only contexts that it opened");
+    EXPECT_EXIT(narrowMin(x, 1), kAborted, "a callback closes only contexts that it opened");
   }
 }
 

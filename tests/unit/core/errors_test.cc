@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "core/errors.h"
 
-#include <csignal>
 #include <cstdint>
 #include <string>
 
 #include "core/solver.h"
+#include "support/death.h"
 #include "support/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
@@ -88,7 +88,7 @@ TEST_F(ErrorsTest, ANullHandlerInstallsTheDefaultAndReturnsIt) {
 TEST_F(ErrorsTest, ANullMemoryHandlerAborts) {
   cs_setErrHandler(CS_ERR_MEMORY, nullptr, &object);
   const AllocationRule none(refuseAll());
-  EXPECT_EXIT(fromValues({1, 2}), testing::KilledBySignal(SIGABRT), "^$") << "and prints nothing";
+  EXPECT_EXIT(fromValues({1, 2}), kAborted, "^$") << "and prints nothing";
 }
 
 TEST_F(ErrorsTest, TheDefaultOverflowHandlerDoesNothingButTheCodeIsSet) {

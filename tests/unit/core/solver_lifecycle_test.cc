@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Start and end of the solver.
-#include <csignal>
 #include <string>
 
 #include "core/alloc.h"
 #include "core/solver.h"
+#include "support/death.h"
 #include "support/solver_test.h"
 #include "unit/core/allocation_rule.h"
 #include "unit/core/recorder.h"
@@ -257,7 +257,7 @@ TEST_F(SolverLifecycleTest, HandlersOutliveTheEndAndNotTheNextInit) {
 
 TEST_F(SolverLifecycleTest, ASuccessfulInitInstallsAbortForExhaustedMemory) {
   cs_init();
-  EXPECT_EXIT(reportMemoryExhausted(), testing::KilledBySignal(SIGABRT), "");
+  EXPECT_EXIT(reportMemoryExhausted(), kAborted, "");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "support/model_failure.h"
 #include "support/profile_reader.h"
 #include "support/solver_test.h"
+#include "support/written_text.h"
 
 namespace {
 
@@ -88,7 +89,7 @@ TEST_F(ReportTest, SecondsBeyond32BitsAreWrittenInFull) {
 TEST_F(ReportTest, TheFileIsMadeOrEmptiedFirst) {
   countSomething();
   std::ofstream(path) << std::string(10000, 'x');
-  cs_profilerWriteFile(profiler, path.c_str());
+  cs_profilerWriteFile(profiler, path.string().c_str());
   std::ifstream in(path);
   const std::string written((std::istreambuf_iterator<char>(in)), {});
   EXPECT_EQ(written, reportOf(profiler));
@@ -97,7 +98,7 @@ TEST_F(ReportTest, TheFileIsMadeOrEmptiedFirst) {
 TEST_F(ReportTest, AFileThatCannotBeOpenedIsNothing) {
   cs_profilerWriteFile(profiler, "/nowhere/at/all");
   cs_profilerWriteFile(profiler, nullptr);
-  cs_profilerWriteFile(nullptr, path.c_str());
+  cs_profilerWriteFile(nullptr, path.string().c_str());
   cs_profilerWrite(profiler, nullptr);
   EXPECT_FALSE(std::filesystem::exists(path));
   EXPECT_EQ(reportOf(nullptr), "");
@@ -106,15 +107,13 @@ TEST_F(ReportTest, AFileThatCannotBeOpenedIsNothing) {
 
 TEST_F(ReportTest, WithoutMemoryForTheRowsItSaysError) {
   countSomething();
-  char text[1000] = {};
-  std::FILE *f = fmemopen(text, sizeof text, "w");
-  {
+  const std::string report = textOf([this](std::FILE *f) {
     const FailingAllocator failing(0, Failing::kOnce);
     cs_profilerWrite(profiler, f);
-  }
-  std::fclose(f);
-  EXPECT_EQ(linesOf(text).back(), "error");
-  EXPECT_EQ(linesOf(text)[linesOf(text).size() - 2], "__DATA__");
+  });
+  const std::vector<std::string> lines = linesOf(report);
+  EXPECT_EQ(lines.back(), "error");
+  EXPECT_EQ(lines[lines.size() - 2], "__DATA__");
   EXPECT_EQ(memoryReports, 1);
   EXPECT_EQ(cs_getErr(), CS_ERR_MEMORY);
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "support/brute_search.h"
+#include "support/written_text.h"
 
 namespace {
 
@@ -12,15 +13,7 @@ using namespace koru::test;
 
 class StatisticsTest : public SearchTest {
  protected:
-  static std::string text() {
-    std::FILE *file = std::tmpfile();
-    cs_fprintStats(file);
-    std::rewind(file);
-    std::string result;
-    for (int c = std::fgetc(file); c != EOF; c = std::fgetc(file)) result += static_cast<char>(c);
-    std::fclose(file);
-    return result;
-  }
+  static std::string text() { return textOf(cs_fprintStats); }
 };
 
 TEST_F(StatisticsTest, ThreeLinesAfterAnEmptyOne) {
