@@ -1,9 +1,11 @@
 # SPDX-License-Identifier: MIT
 # Runs an example and checks its exit status and output:
 #   cmake -DPROGRAM=... -DSTATUS=0 [-DARGUMENTS=a|b] [-DINPUT=file] [-DEXPECT=regex] [-DEXPECT_ERROR=regex]
-#         [-DWRITES=file -DEXPECT_WRITTEN=regex] -P check_example.cmake
-# The standard error stream must match EXPECT_ERROR; without it, nothing may appear there.
+#         [-DWRITES=file -DEXPECT_WRITTEN=regex] [-DEMULATOR=command|argument] [-DRECORD=file] -P check_example.cmake
+# The standard error stream must match EXPECT_ERROR; without it, nothing may appear there. What the run gave is kept in
+# RECORD, for comparisons between platforms. Line ends of Windows are taken for plain ones.
 string(REPLACE "|" ";" arguments "${ARGUMENTS}")
+string(REPLACE "|" ";" emulator "${EMULATOR}")
 if(NOT INPUT)
   set(INPUT /dev/null)
 endif()
@@ -11,11 +13,13 @@ if(WRITES)
   file(REMOVE "${WRITES}")
 endif()
 execute_process(
-  COMMAND "${PROGRAM}" ${arguments}
+  COMMAND ${emulator} "${PROGRAM}" ${arguments}
   INPUT_FILE "${INPUT}"
   RESULT_VARIABLE status
   OUTPUT_VARIABLE output
   ERROR_VARIABLE error)
+string(REPLACE "\r\n" "\n" output "${output}")
+string(REPLACE "\r\n" "\n" error "${error}")
 
 set(faults "")
 if(NOT status STREQUAL STATUS)
@@ -33,9 +37,13 @@ elseif(NOT error STREQUAL "")
 endif()
 if(WRITES)
   file(READ "${WRITES}" written)
+  string(REPLACE "\r\n" "\n" written "${written}")
   if(NOT written MATCHES "${EXPECT_WRITTEN}")
     string(APPEND faults "${WRITES} does not match ${EXPECT_WRITTEN}\n")
   endif()
+endif()
+if(RECORD)
+  file(WRITE "${RECORD}" "status ${status}\n--- output\n${output}--- error\n${error}--- written\n${written}")
 endif()
 if(faults)
   message(FATAL_ERROR "${faults}--- output\n${output}--- error\n${error}---")

@@ -1,17 +1,19 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Compare what koru.h declares and what libkoru.so exports and needs with what they should.
+"""Compare what koru.h declares and what libkoru.so or koru.dll exports and needs with what they should.
 
     check_exports.py header  --list exports.txt koru.h       names declared with KORU_API
     check_exports.py library --list exports.txt libkoru.so   dynamic symbols defined
     check_exports.py needed  libkoru.so                      libraries it is linked with
+
+A DLL is read by the objdump of its toolchain: --objdump.
 """
 import argparse
 import re
 import subprocess
 import sys
 
-ALLOWED_LIBRARIES = re.compile(r"(libstdc\+\+|libgcc_s|libc|libm|ld-linux[\w-]*)\.so\.\d+")
+ALLOWED_LIBRARIES = re.compile(r"(libstdc\+\+|libgcc_s|libc|libm|ld-linux[\w-]*)\.so\.\d+|(KERNEL32|msvcrt)\.dll")
 
 
 def run(*command):
@@ -35,12 +37,17 @@ def declared_names(path):
     return re.findall(r"\bKORU_API\b[^;(]*?\b(\w+)\s*\(", text)
 
 
-def exported_names(path):
+def exported_names(path, objdump):
+    if path.endswith(".dll"):
+        table = run(objdump, "-p", path).partition("[Ordinal/Name Pointer] Table\n")[2].partition("\n\n")[0]
+        return [line.split()[-1] for line in table.splitlines()]
     lines = run("nm", "-D", "--defined-only", path).splitlines()
     return [line.split()[-1] for line in lines]
 
 
-def needed_libraries(path):
+def needed_libraries(path, objdump):
+    if path.endswith(".dll"):
+        return re.findall(r"DLL Name: (.*)", run(objdump, "-p", path))
     return re.findall(r"\(NEEDED\).*\[(.*)\]", run("readelf", "-d", path))
 
 
@@ -57,16 +64,17 @@ def main():
     parser.add_argument("check", choices=["header", "library", "needed"])
     parser.add_argument("file")
     parser.add_argument("--list", help="the list of names, one a line")
+    parser.add_argument("--objdump", help="the program that shows what is in a DLL")
     args = parser.parse_args()
     if args.check == "needed":
-        found = needed_libraries(args.file)
+        found = needed_libraries(args.file, args.objdump)
         faults = [f"needs {name}" for name in found if not ALLOWED_LIBRARIES.fullmatch(name)]
         faults += [] if found else ["needs no library at all: is it one?"]
     elif args.check == "header":
         found = declared_names(args.file)
         faults = compare("declared", found, listed_names(args.list))
     else:
-        found = exported_names(args.file)
+        found = exported_names(args.file, args.objdump)
         faults = compare("exported", found, listed_names(args.list))
     for fault in faults:
         print(f"{args.file}: {fault}")

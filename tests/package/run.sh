@@ -4,6 +4,7 @@
 # C++ project and from a C-only one, and with pkg-config; each with the shared and the static library.
 #
 #   run.sh BUILD_DIR SCRATCH_DIR      environment: CMAKE CMAKE_GENERATOR PKG_CONFIG CC CXX
+#                                     and in a build for Windows: TOOLCHAIN EMULATOR OBJDUMP
 set -euo pipefail
 
 build=$1
@@ -26,13 +27,35 @@ install_and_move() {
   libdir=$(dirname "$pkgconfig")
 }
 
+# The DLLs that a program built for Windows needs are looked for beside koru.dll and where the compiler has its own.
+run() {
+  if [[ -z ${EMULATOR:-} ]]; then
+    LD_LIBRARY_PATH=$libdir "$1"
+  else
+    local emulator dlls=$prefix/bin library
+    read -ra emulator <<<"$EMULATOR"
+    for library in libstdc++-6.dll libwinpthread-1.dll; do
+      dlls+=";$(dirname "$("$CXX" -print-file-name="$library")")"
+    done
+    WINEPATH=$dlls "${emulator[@]}" "$1.exe" | tr -d '\r'
+  fi
+}
+
+uses_shared() {
+  if [[ -z ${EMULATOR:-} ]]; then
+    readelf -d "$1" | grep -q 'NEEDED.*libkoru\.so\.3\]'
+  else
+    [[ $("$OBJDUMP" -p "$1.exe") == *"DLL Name: koru.dll"* ]]
+  fi
+}
+
 # check PROGRAM shared|static: the expected output, and from the expected library.
 check() {
   local program=$1 kind=$2 output
-  output=$(LD_LIBRARY_PATH=$libdir "$program") || fail "$program: exit status $?"
+  output=$(run "$program") || fail "$program: exit status $?"
   [[ $output == "$(cat "$consumer/expected.txt")" ]] || fail "$program printed: $output"
   local needed=static
-  if readelf -d "$program" | grep -q 'NEEDED.*libkoru\.so\.3\]'; then needed=shared; fi
+  if uses_shared "$program"; then needed=shared; fi
   [[ $needed == "$kind" ]] || fail "$program uses the $needed library instead of the $kind one"
   programs=$((programs + 1))
   echo "ok: ${program#"$scratch"/} ($kind)"
@@ -41,7 +64,8 @@ check() {
 # find_package_project FOLDER LANGUAGES
 find_package_project() {
   local folder=$scratch/$1 language library
-  "$CMAKE" -S "$consumer" -B "$folder" -DCMAKE_PREFIX_PATH="$prefix" -DCONSUMER_LANGUAGES="$2"
+  "$CMAKE" -S "$consumer" -B "$folder" -DCMAKE_PREFIX_PATH="$prefix" \
+    ${TOOLCHAIN:+-DCMAKE_TOOLCHAIN_FILE="$TOOLCHAIN"} -DCONSUMER_LANGUAGES="$2"
   "$CMAKE" --build "$folder"
   for language in ${2//;/ }; do
     for library in shared static; do
