@@ -69,10 +69,10 @@ step() {
 # The end of a log, without lines that only tell of progress.
 show_end() { { grep -Ev '^(\[[0-9]+/[0-9]+\] |[0-9]+ warnings? generated\.)' "$1" || true; } | tail -n 80; }
 
-# show COMMAND...: print the command line, then run it for the user to see.
+# show COMMAND...: print the command line, then run it, by RUNNER if there is one, for the user to see.
 show() {
   printf '\n%s$ %s%s\n' "$BOLD" "$*" "$PLAIN"
-  "$@"
+  ${RUNNER:-} "$@"
 }
 
 # unless_unchanged NAME COMMAND...: leave it out when it last succeeded on exactly these sources.
