@@ -10,14 +10,21 @@ namespace koru {
 
 #if defined(KORU_CHECKED) && KORU_CHECKED
 bool (*allocationHook)(std::size_t size) = nullptr;
+long blocksAlive = 0;
 static bool allowed(std::size_t size) { return allocationHook == nullptr || allocationHook(size); }
+static void countBlocks(long change) { blocksAlive += change; }
 #else
 static constexpr bool allowed(std::size_t) { return true; }
+static void countBlocks(long) {}
 #endif
 
 void *allocate(std::size_t size) {
   void *block = allowed(size) ? std::malloc(size == 0 ? 1 : size) : nullptr;
-  if (block == nullptr) reportMemoryExhausted();
+  if (block == nullptr) {
+    reportMemoryExhausted();
+  } else {
+    countBlocks(1);
+  }
   return block;
 }
 
@@ -29,6 +36,9 @@ void *allocateArray(std::size_t header, std::uint64_t count, std::size_t element
   return allocate(header + static_cast<std::size_t>(count) * elementSize);
 }
 
-void deallocate(void *block) { std::free(block); }
+void deallocate(void *block) {
+  if (block != nullptr) countBlocks(-1);
+  std::free(block);
+}
 
 }  // namespace koru

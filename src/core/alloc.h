@@ -18,9 +18,11 @@ void *allocate(std::size_t size);
 void *allocateArray(std::size_t header, std::uint64_t count, std::size_t elementSize);
 void deallocate(void *block);
 
-// Test builds ask this hook, when set, before every allocation; false makes the allocation fail.
+// Test builds ask this hook, when set, before every allocation; false makes the allocation fail. They count the blocks
+// that are allocated and not yet freed.
 #if defined(KORU_CHECKED) && KORU_CHECKED
 extern bool (*allocationHook)(std::size_t size);
+extern long blocksAlive;
 #endif
 
 // An array of trivial elements with one owner.

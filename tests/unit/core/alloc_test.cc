@@ -31,6 +31,18 @@ TEST_F(AllocTest, FreeingNothingIsIgnored) {
   EXPECT_EQ(memoryReports, 0);
 }
 
+TEST_F(AllocTest, BlocksAreCountedFromTheirAllocationUntilTheyAreFreed) {
+  const long before = blocksAlive;
+  void *block = allocate(10);
+  EXPECT_EQ(blocksAlive, before + 1);
+  deallocate(block);
+  deallocate(nullptr);
+  EXPECT_EQ(blocksAlive, before);
+  const AllocationRule none(refuseAll());
+  allocate(10);
+  EXPECT_EQ(blocksAlive, before) << "a refused one is none";
+}
+
 TEST_F(AllocTest, ARefusedAllocationIsReportedOnceAndShowsAsNull) {
   const AllocationRule none(refuseAll());
   EXPECT_EQ(allocate(10), nullptr);
