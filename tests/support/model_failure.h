@@ -16,6 +16,7 @@ class FailingAllocator {
   FailingAllocator(int k, Failing how) {
     countdown = k;
     mode = how;
+    requests = 0;
     failed = 0;
     allocationHook = decide;
   }
@@ -23,10 +24,13 @@ class FailingAllocator {
   FailingAllocator &operator=(const FailingAllocator &) = delete;
   ~FailingAllocator() { allocationHook = nullptr; }
 
+  // Of the last one made: how many allocations were asked for, and how many of them it refused.
+  static int asked() { return requests; }
   static int failures() { return failed; }
 
  private:
   static bool decide(std::size_t) {
+    ++requests;
     if (countdown-- > 0) return true;
     if (mode == Failing::kOnce && failed > 0) return true;
     ++failed;
@@ -34,6 +38,7 @@ class FailingAllocator {
   }
 
   static inline int countdown = 0;
+  static inline int requests = 0;
   static inline int failed = 0;
   static inline Failing mode = Failing::kOnce;
 };

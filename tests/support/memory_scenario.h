@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+// The scenarios of the memory campaign: a call, or a piece of a host program, and what it works on.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "koru.h"
+#include "support/solver_test.h"
+
+namespace koru::test {
+
+// What scenarios find, a letter each. Arrays are kept until the solver has ended, as posters ask.
+class Stage {
+ public:
+  CSint *x = cs_createCSint(0, 9);
+  CSint *y = cs_createCSint(0, 9);
+  CSint *z = cs_createCSint(0, 9);
+  CSint *b = cs_createCSint(0, 1);
+  CSint *h = fromValues({0, 5, 9});
+  CSint *n = cs_createCSint(-6, 6);
+  CSint *t = CSINT(3);
+  // Watched: c < d and c != e.
+  CSint *c = cs_createCSint(0, 9);
+  CSint *d = cs_createCSint(0, 9);
+  CSint *e = cs_createCSint(0, 9);
+
+  Stage() {
+    cs_NEQ(n, 0);
+    cs_NEQ(n, 2);
+    cs_setName(h, "short");
+    cs_Lt(c, d);
+    cs_Neq(c, e);
+  }
+  Stage(const Stage &) = delete;
+  Stage &operator=(const Stage &) = delete;
+
+  CSint *at(char letter) const {
+    static constexpr char kLetters[] = "xyzbhntcde";
+    CSint *const all[] = {x, y, z, b, h, n, t, c, d, e};
+    return all[std::string(kLetters).find(letter)];
+  }
+  CSint **array(const char *letters) {
+    std::vector<CSint *> made;
+    for (; *letters != '\0'; ++letters) made.push_back(at(*letters));
+    arrays_.push_back(std::move(made));
+    return arrays_.back().data();
+  }
+
+  // What a scenario has seen beyond domains and constraints: texts, counters, solutions.
+  std::string seen;
+
+ private:
+  std::deque<std::vector<CSint *>> arrays_;
+};
+
+struct Scenario {
+  // A function that is exported, and what it is given: "cs_Eq/xh". Other scenarios have names of their own.
+  std::string name;
+  // Whether it succeeded.
+  std::function<bool(Stage &)> run;
+  // Each failed allocation makes a call fail at once; a longer scenario may get on without.
+  bool failsAtOnce = true;
+
+  std::string function() const { return name.substr(0, name.find('/')); }
+};
+
+class Scenarios {
+ public:
+  void add(std::string name, std::function<bool(Stage &)> run) { all_.push_back({std::move(name), std::move(run)}); }
+  // One that may go on after a failed allocation.
+  void addLenient(std::string name, std::function<bool(Stage &)> run) {
+    all_.push_back({std::move(name), std::move(run), false});
+  }
+  const std::vector<Scenario> &all() const { return all_; }
+
+ private:
+  std::vector<Scenario> all_;
+};
+
+// Each family in a file of its own.
+void addRelations(Scenarios &scenarios);
+void addArithmetic(Scenarios &scenarios);
+void addReified(Scenarios &scenarios);
+void addGlobals(Scenarios &scenarios);
+void addVariables(Scenarios &scenarios);
+void addCallbacks(Scenarios &scenarios);
+void addSearches(Scenarios &scenarios);
+void addProgrammes(Scenarios &scenarios);
+
+inline const std::vector<Scenario> &allScenarios() {
+  static const Scenarios scenarios = [] {
+    Scenarios made;
+    for (const auto add :
+         {addRelations, addArithmetic, addReified, addGlobals, addVariables, addCallbacks, addSearches, addProgrammes})
+      add(made);
+    return made;
+  }();
+  return scenarios.all();
+}
+
+}  // namespace koru::test
