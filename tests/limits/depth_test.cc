@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "core/solver.h"
+#include "support/instrumented.h"
 #include "support/solver_test.h"
 
 namespace {
@@ -16,17 +17,7 @@ namespace {
 using namespace koru;
 using namespace koru::test;
 
-#if defined(__has_feature)
-#define KORU_HAS_FEATURE(feature) __has_feature(feature)
-#else
-#define KORU_HAS_FEATURE(feature) 0
-#endif
-
-#if defined(__SANITIZE_ADDRESS__) || KORU_HAS_FEATURE(address_sanitizer) || !defined(__OPTIMIZE__)
-constexpr bool kPlainFrames = false;
-#else
-constexpr bool kPlainFrames = true;
-#endif
+constexpr bool kPlainFrames = kOptimised && !kSanitized;
 
 // Each frame of 64-bit Windows has room for the register arguments of the functions it calls.
 #ifdef _WIN64

@@ -14,6 +14,7 @@
 
 #include <unistd.h>
 
+#include "support/instrumented.h"
 #include "support/memory_point.h"
 
 namespace koru::test {
@@ -26,7 +27,7 @@ struct Depth {
   int allocations;
 };
 
-constexpr Depth kQuick{5, 0, 40};
+constexpr Depth kQuick = kSanitized ? Depth{2, 0, 20} : Depth{5, 0, 40};
 constexpr Depth kLong{40, 3, 1000000};
 
 const char *replayed() { return std::getenv("KORU_MEMORY_POINT"); }

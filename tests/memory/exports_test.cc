@@ -79,7 +79,7 @@ struct Kit : Stage {
   CSvalueSelector *selector = cs_createValueSelector(nullptr, cs_getValueSelector(CS_SELECT_MEDIAN)->next, nullptr);
   CSnoGoodSet *const set = cs_createNoGoodSet(array, 3, nullptr, 0, nullptr, nullptr);
   int *domain = cs_getDomain(h);
-  std::FILE *const file = std::tmpfile();
+  std::FILE *const file = temporaryFile();
   CSvalueSelection decision{};
   int index = 0;
   void *word = nullptr;
