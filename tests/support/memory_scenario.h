@@ -12,22 +12,36 @@
 
 namespace koru::test {
 
+// Of which domains a stage is made.
+struct StageDomains {
+  int min = 0;
+  int max = 9;
+  int constant = 3;
+};
+
 // What scenarios find, a letter each. Arrays are kept until the solver has ended, as posters ask.
 class Stage {
  public:
-  CSint *x = cs_createCSint(0, 9);
-  CSint *y = cs_createCSint(0, 9);
-  CSint *z = cs_createCSint(0, 9);
-  CSint *b = cs_createCSint(0, 1);
-  CSint *h = fromValues({0, 5, 9});
-  CSint *n = cs_createCSint(-6, 6);
-  CSint *t = CSINT(3);
+  CSint *const x;
+  CSint *const y;
+  CSint *const z;
+  CSint *const b = cs_createCSint(0, 1);
+  CSint *const h = fromValues({0, 5, 9});
+  CSint *const n = cs_createCSint(-6, 6);
+  CSint *const t;
   // Watched: c < d and c != e.
-  CSint *c = cs_createCSint(0, 9);
-  CSint *d = cs_createCSint(0, 9);
-  CSint *e = cs_createCSint(0, 9);
+  CSint *const c;
+  CSint *const d;
+  CSint *const e;
 
-  Stage() {
+  explicit Stage(const StageDomains &domains = {})
+      : x(cs_createCSint(domains.min, domains.max)),
+        y(cs_createCSint(domains.min, domains.max)),
+        z(cs_createCSint(domains.min, domains.max)),
+        t(CSINT(domains.constant)),
+        c(cs_createCSint(domains.min, domains.max)),
+        d(cs_createCSint(domains.min, domains.max)),
+        e(cs_createCSint(domains.min, domains.max)) {
     cs_NEQ(n, 0);
     cs_NEQ(n, 2);
     cs_setName(h, "short");
