@@ -29,12 +29,12 @@ constexpr double kHomeSpace = 0;
 #endif
 constexpr int kLevels = kPlainFrames ? 50000 : 2000;
 
-// Runs `body` on a stack of kStack bytes.
-void onStack(std::function<void()> body) {
+// Runs `body` on a stack of so many bytes.
+void onStack(std::function<void()> body, std::size_t bytes = kStack) {
   pthread_attr_t attributes;
   pthread_t thread;
   ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, bytes), 0);
   const auto run = [](void *argument) -> void * {
     (*static_cast<std::function<void()> *>(argument))();
     return nullptr;
@@ -49,7 +49,10 @@ class DepthTest : public SolverTest {
   void SetUp() override {
     SolverTest::SetUp();
     solver.checked.period = solver.checked.untilNext = 1000000;
-    for (int i = 0; i < kLevels; ++i) array.push_back(cs_createCSint(0, 1));
+    deepen(kLevels);
+  }
+  void deepen(int levels) {
+    for (int i = static_cast<int>(array.size()); i < levels; ++i) array.push_back(cs_createCSint(0, 1));
     level = 0;
   }
   void TearDown() override {
@@ -121,6 +124,64 @@ TEST_F(DepthTest, MatrixTakes160BytesALevel) {
   onStack([&] { EXPECT_TRUE(cs_searchMatrix(rows, 1, kLevels, onlyRow, nextColumn, score)); });
   EXPECT_EQ(level, kLevels);
   expectBytesPerLevel(160);
+}
+
+// On a stack that has the room there is no other limit to the depth.
+class HeavyDepthTest : public DepthTest {
+ protected:
+  static constexpr int kDeep = 100000;
+  static constexpr std::size_t kBytes = std::size_t{kPlainFrames ? 64 : 1024} * 1024 * 1024;
+
+  void SetUp() override {
+    DepthTest::SetUp();
+    deepen(kDeep);
+  }
+
+  // All levels are open afterwards, the next search can use them again, and everything is taken back.
+  void expectDeep(const std::function<bool()> &search) {
+    for (int run = 0; run < 2; ++run) {
+      level = 0;
+      onStack([&] { EXPECT_TRUE(search()); }, kBytes);
+      EXPECT_EQ(solver.contexts.count(), kDeep);
+      EXPECT_TRUE(cs_isInstantiated(array.back()));
+      cs_restoreAll();
+      EXPECT_TRUE(cs_isFree(array.front()));
+    }
+  }
+};
+
+TEST_F(HeavyDepthTest, DepthFirstGoesAHundredThousandLevelsDeep) {
+  expectDeep([this] { return cs_search(array.data(), kDeep, nextVariable); });
+}
+
+TEST_F(HeavyDepthTest, CriteriaGoesAHundredThousandLevelsDeep) {
+  expectDeep(
+      [this] { return cs_searchCriteria(array.data(), kDeep, nextIndex, [](int, int value) { return -value; }); });
+}
+
+TEST_F(HeavyDepthTest, TheSelectorEngineGoesAHundredThousandLevelsDeep) {
+  std::vector<CSvalueSelector *> selectors(kDeep, cs_getValueSelector(CS_SELECT_LOWER_HALF));
+  expectDeep([&] { return cs_searchValueSelectorFail(array.data(), selectors.data(), kDeep, nextIndex, 0, nullptr); });
+}
+
+TEST_F(HeavyDepthTest, AllSolutionsGoesAHundredThousandLevelsDeepAndBack) {
+  const auto found = [](CSint **, int) { cs_cancelSearch(); };
+  onStack([&] { EXPECT_TRUE(cs_findAll(array.data(), kDeep, nextVariable, found)); }, kBytes);
+  cs_restoreAll();
+  EXPECT_TRUE(cs_isFree(array.front()));
+}
+
+TEST_F(HeavyDepthTest, MinimizeGoesAHundredThousandLevelsDeepAndBack) {
+  CSint *const cost = cs_createCSint(3, 4);
+  array.push_back(cost);
+  static int passes;
+  passes = 0;
+  const auto found = [](CSint **, int, CSint *) {
+    ++passes;
+    level = 0;
+  };
+  onStack([&] { EXPECT_TRUE(cs_minimize(array.data(), kDeep + 1, nextVariable, cost, found)); }, kBytes);
+  EXPECT_EQ(passes, 1) << "the first solution has the least cost";
 }
 
 // With a built-in selection, which takes no walk over all variables at each level.
