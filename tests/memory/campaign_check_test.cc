@@ -87,6 +87,12 @@ TEST(CampaignCheck, AChangeThatIsNotTrailedIsNoticed) {
               HasSubstr("a restore does not bring the domains back"));
 }
 
+TEST(CampaignCheck, WhatAFailureMustNotLeaveIsNoticed) {
+  Scenario leaving = failingWith([](Stage &s) { cs_setName(s.h, ""); });
+  leaving.afterFailure = [](Stage &s) { return std::string(cs_getName(s.h)) == "short"; };
+  EXPECT_THAT(complaint(leaving), HasSubstr("the failure has left something behind"));
+}
+
 TEST(CampaignCheck, AContextOfTheCallerThatIsClosedIsNoticed) {
   EXPECT_THAT(complaint(failingWith([](Stage &) { cs_forgetSaveContext(); })),
               HasSubstr("contexts of the caller were closed"));

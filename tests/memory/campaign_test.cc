@@ -2,8 +2,9 @@
 // The memory campaign: each scenario with each of its allocations failing, once and for ever, and with the block stacks
 // filled so that each of its pushes in turn is the one that needs a block.
 //
-// A point that fails says how to run it alone: KORU_MEMORY_POINT='<scenario> <filling> <allocation> <once|for-ever>'.
-// With KORU_MEMORY_AT_LEAST=<number> the program fails when fewer points have been tried; "./dev memory" sets it.
+// A point that fails says how to run it alone: with KORU_MEMORY_POINT='<scenario> <filling> <allocation>
+// <once|for-ever>' set, nothing else is tried. With KORU_MEMORY_AT_LEAST=<number> the program fails when fewer points
+// have been tried; "./dev memory" sets it.
 #include <algorithm>
 #include <cctype>
 #include <chrono>
@@ -50,6 +51,9 @@ class Total : public ::testing::Environment {
     if (scenarios > 0) {
       const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - started_;
       std::printf("memory: %ld points in %d scenarios, %.1f s\n", points, scenarios, seconds.count());
+    }
+    if (replayed() != nullptr) {
+      EXPECT_GT(points, 0) << "there is no such point";
     }
     const char *least = std::getenv("KORU_MEMORY_AT_LEAST");
     if (least != nullptr) {

@@ -24,7 +24,7 @@ struct Point {
 };
 
 inline std::string replayOf(const Scenario &scenario, const Point &point) {
-  return "KORU_MEMORY_POINT='" + scenario.name + " " + point.text() + "'";
+  return "KORU_MEMORY_POINT='" + scenario.name + " " + point.text() + "' test_memory --gtest_filter='*Campaign.*'";
 }
 
 // What undoing brings back of a variable: its domain and the constraints on it. Intervals may be the whole int range.
@@ -97,6 +97,7 @@ class Trial {
 
   int reports() const { return reports_; }
   bool contextsOpen() const { return solver.contexts.count() >= contexts_; }
+  bool asAFailureLeavesIt() { return !scenario_.afterFailure || scenario_.afterFailure(*stage_); }
   bool asStaged() const { return describeVariables(0, stageSize_) == stageState_; }
   bool grew(Stack stack) const { return blocksOf(stack) > blocks_[stack]; }
 
@@ -153,6 +154,7 @@ inline void complainOfFailedRun(const Scenario &scenario, const Point &point, Tr
     complaints.unless(!outcome.result, "the call succeeded without the memory");
   }
   complaints.unless(solver.queue.head == nullptr && solver.queue.depth == 0, "propagation has not ended");
+  complaints.unless(trial.asAFailureLeavesIt(), "the failure has left something behind");
   complaints.unless(trial.contextsOpen(), "contexts of the caller were closed");
   Trial::checkInvariants();
 }

@@ -77,13 +77,17 @@ struct Scenario {
   std::function<bool(Stage &)> run;
   // Each failed allocation makes a call fail at once; a longer scenario may get on without.
   bool failsAtOnce = true;
+  // Whether all is as a failed call has to leave it; what a restore brings back is looked at in any case.
+  std::function<bool(Stage &)> afterFailure = {};
 
   std::string function() const { return name.substr(0, name.find('/')); }
 };
 
 class Scenarios {
  public:
-  void add(std::string name, std::function<bool(Stage &)> run) { all_.push_back({std::move(name), std::move(run)}); }
+  void add(std::string name, std::function<bool(Stage &)> run, std::function<bool(Stage &)> afterFailure = {}) {
+    all_.push_back({std::move(name), std::move(run), true, std::move(afterFailure)});
+  }
   // One that may go on after a failed allocation.
   void addLenient(std::string name, std::function<bool(Stage &)> run) {
     all_.push_back({std::move(name), std::move(run), false});

@@ -35,8 +35,12 @@ void addNames(Scenarios &scenarios) {
     cs_setName(v, name);
     return named(v, name);
   };
-  scenarios.add("cs_setName/first", [setName](Stage &s) { return setName(s.x, "a name"); });
-  scenarios.add("cs_setName/longer", [setName](Stage &s) { return setName(s.h, "longer than short"); });
+  scenarios.add(
+      "cs_setName/first", [setName](Stage &s) { return setName(s.x, "a name"); },
+      [](Stage &s) { return cs_getName(s.x) == nullptr; });
+  scenarios.add(
+      "cs_setName/longer", [setName](Stage &s) { return setName(s.h, "longer than short"); },
+      [](Stage &s) { return cs_getName(s.h) == nullptr; });
   scenarios.add("cs_setName/same", [setName](Stage &s) { return setName(s.h, "short"); });
   scenarios.add("cs_setName/none", [](Stage &s) {
     cs_setName(s.x, nullptr);
