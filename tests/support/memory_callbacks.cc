@@ -78,6 +78,31 @@ void addPostingCallbacks(Scenarios &scenarios) {
   });
 }
 
+// A search inside a propagation, its choices taken back: x known asks whether y < z can be labelled.
+bool searchBelow(int, int index, CSint **array, int size, void *) {
+  if (index > 0) return true;
+  const int open = solver.contexts.count();
+  if (cs_saveContext() == open) return false;
+  const bool found = cs_search(array + 1, size - 1, cs_findFreeVarNbConstraints);
+  cs_restoreContextUntil(open + 1);
+  return found;
+}
+
+bool enumerateBelow(int value, int index, CSint **array, int size, void *) {
+  return index > 0 || (cs_LE(array[1], value) && cs_findAll(array + 1, size - 1, cs_findFreeVar, nullptr));
+}
+
+void addSearchingCallbacks(Scenarios &scenarios) {
+  using Named = std::pair<const char *, CSeventKnownCallback>;
+  for (const auto &[name, callback] :
+       {Named{"callback/searches", searchBelow}, Named{"callback/enumerates", enumerateBelow}}) {
+    scenarios.addLenient(name, [callback = callback](Stage &s) {
+      return cs_LE(s.z, 3) && cs_Lt(s.y, s.z) && cs_NEQ(s.y, 1) &&
+             cs_eventKnown(s.array("xyz"), 3, callback, nullptr) && cs_EQ(s.x, 3);
+    });
+  }
+}
+
 const char *somewhere(void *) { return "main\thost.c\t7"; }
 
 std::string rowsOf(CSprofiler *profiler) {
@@ -187,6 +212,7 @@ void addRecords(Scenarios &scenarios) {
 void addCallbacks(Scenarios &scenarios) {
   addRegistrations(scenarios);
   addPostingCallbacks(scenarios);
+  addSearchingCallbacks(scenarios);
   addProfilers(scenarios);
   addNoGoods(scenarios);
   addRecords(scenarios);
