@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "support/memory_point.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 namespace {
