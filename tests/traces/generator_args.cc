@@ -20,7 +20,7 @@ int Generator::value() {
   if (wrong()) return extreme();
   const std::int64_t low = std::max<std::int64_t>(std::int64_t{last_.low} - 1, INT_MIN);
   const std::int64_t high = std::min<std::int64_t>(std::int64_t{last_.high} + 1, INT_MAX);
-  return random_.between(static_cast<int>(low), static_cast<int>(high));
+  return random_.between(static_cast<int>(std::min(low, high)), static_cast<int>(std::max(low, high)));
 }
 
 int Generator::someVariable() {

@@ -64,10 +64,10 @@ void Machine::execute(const Line &line) {
 void Machine::call(const Line &line) {
   const int depth = solver.contexts.count();
   const int refusedBefore = refusedRequests();
+  twin_.follow();
   const std::vector<Twin::Mark> marks =
       line.row->group == Group::kContext ? twin_.marks() : std::vector<Twin::Mark>{};
   if (scriptDepth_ == 0) refused_ = false;
-  twin_.follow();
   if (scriptDepth_ == 0) solutions_.follow(depth);
   if (scriptDepth_ > 0) observeInScript(line, depth);
   answer_ = 0;

@@ -159,8 +159,7 @@ class Machine {
   std::vector<CSvalueSelector *> spareSelectors_;  // whose number was given to others
   std::vector<CSsearchNotify *> spareHooks_;
   std::FILE *scratch_ = nullptr;
-  char *scratchText_ = nullptr;
-  std::size_t scratchSize_ = 0;
+  std::array<char, 4096> scratchText_{};
   const Row *current_ = nullptr;
 
   Twin twin_;

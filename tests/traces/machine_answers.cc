@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 // What calls answer: kept under the line's number, and told in the transcript.
-#include <cstdlib>
-
 #include "traces/blocks.h"
 #include "traces/machine.h"
 #include "traces/show.h"
@@ -86,15 +84,15 @@ CSvalueSelector **Machine::selectorArray(const std::vector<int> &references) {
 // ----- the transcript
 
 std::FILE *Machine::scratch() {
-  if (scratch_ == nullptr) scratch_ = open_memstream(&scratchText_, &scratchSize_);
+  if (scratch_ == nullptr) scratch_ = fmemopen(scratchText_.data(), scratchText_.size(), "w");
   return scratch_;
 }
 
 void Machine::sayScratch() {
   if (scratch_ == nullptr) return;
   std::fclose(std::exchange(scratch_, nullptr));
-  if (current_ != nullptr && current_->group == Group::kOutput) say("  " + std::string(scratchText_, scratchSize_));
-  std::free(std::exchange(scratchText_, nullptr));
+  scratchText_.back() = '\0';
+  if (current_ != nullptr && current_->group == Group::kOutput) say("  " + std::string(scratchText_.data()));
 }
 
 void Machine::say(const std::string &text) {

@@ -13,6 +13,7 @@ struct Solutions::Search {
   std::map<CSint *, std::size_t> position;
   std::vector<std::vector<const Posted *>> complete;  // relations whose last variable stands at the position
   std::vector<const Posted *> defining;               // the one whose result the variable is
+  std::vector<const Posted *> constant;               // over no variable at all
   Tuple values;
   std::vector<Tuple> found;
   int budget = 20000;
@@ -24,14 +25,13 @@ struct Solutions::Search {
   }
 
   void enter(const Posted &p) {
-    std::size_t last = 0;
-    for (CSint *v : p.x) last = std::max(last, position[v]);
-    const bool defines = p.z != nullptr && p.row->meaning.value != nullptr && model.domains_.count(p.z) == 0;
-    if (p.z != nullptr && position[p.z] > last) {
-      last = position[p.z];
-      if (defines && defining[last] == nullptr) defining[last] = &p;
+    std::size_t last = 0;  // one past the position
+    for (CSint *v : p.x) last = std::max(last, position[v] + 1);
+    if (p.z != nullptr && position[p.z] >= last) {
+      last = position[p.z] + 1;
+      if (model.domains_.count(p.z) == 0 && defining[last - 1] == nullptr) defining[last - 1] = &p;
     }
-    if (!variables.empty()) complete[last].push_back(&p);
+    (last > 0 ? complete[last - 1] : constant).push_back(&p);
   }
 
   std::vector<int> arguments(const Posted &p) const {
@@ -143,7 +143,7 @@ std::optional<std::vector<Tuple>> Solutions::all(std::vector<CSint *> &variables
     if (p.z != nullptr && !place(p.z, variables)) return std::nullopt;
   }
   Search search(variables, *this);
-  search.assign(0);
+  if (std::ranges::all_of(search.constant, [&](const Posted *p) { return search.holds(*p); })) search.assign(0);
   if (search.budget < 0) return std::nullopt;
   std::ranges::sort(search.found);
   return search.found;
