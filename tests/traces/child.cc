@@ -59,7 +59,7 @@ std::string Child::complaint() const {
   char text[4096] = {};
   const ssize_t length = pread(output_, text, sizeof text - 1, 0);
   const std::string all(text, length > 0 ? static_cast<std::size_t>(length) : 0);
-  for (const char *mark : {"koru: ", "runtime error: ", "ERROR: AddressSanitizer: "}) {
+  for (const char *mark : {"koru: ", "runtime error: ", "ERROR: AddressSanitizer: ", "what():  "}) {
     const std::size_t at = all.find(mark);
     if (at == std::string::npos) continue;
     const std::string line = all.substr(at, all.find('\n', at) - at);

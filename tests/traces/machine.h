@@ -14,6 +14,7 @@
 #include <string>
 
 #include "core/solver.h"
+#include "traces/blocks.h"
 #include "traces/solutions.h"
 #include "traces/table.h"
 #include "traces/twin.h"
@@ -115,11 +116,12 @@ class Machine {
   void call(const Line &line);
   void observeInScript(const Line &line, int depth);
   void observeContext(const Line &line, int depth, const std::vector<Twin::Mark> &marks);
-  void observeRelation(const Line &line, int depth);
+  void observeRelation(const Line &line, Posted relation, int depth);
   void observeSearch(const Line &line, int depth);
   void observeCreation(const Line &line);
   Posted posted(const Line &line) const;
   static std::vector<std::size_t> lengths(const Line &line);
+  bool lacksVariable(const Line &line) const;
   static bool usual(const Posted &relation);
   void runScript(const Script &script);
   bool seedFault(const Line &line);
@@ -154,6 +156,8 @@ class Machine {
   std::map<int, std::string> shown_;
   std::set<const CSint *> tied_;  // wide variables that a constraint holds already
   int wideTies_ = 0;
+  std::set<const CSprofiler *> deletedProfilers_;
+  const long before_ = liveBlocks();
   Kept kept_;
   std::array<Script, kScripts> scripts_;
   std::vector<CSvalueSelector *> spareSelectors_;  // whose number was given to others

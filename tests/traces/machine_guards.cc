@@ -47,6 +47,10 @@ bool Machine::affordable(const Line &line) {
     const CSint *v = variable(line.args[0].number);
     return v == nullptr || std::min<std::int64_t>(number(2), v->max) - std::max<std::int64_t>(number(1), v->min) < 20000;
   }
+  if (name == "cs_InArray") {
+    const CSint *v = variable(line.args[0].number);
+    return v == nullptr || std::int64_t{v->max} - v->min < 20000;
+  }
   if (name == "cs_setErrHandler") return number(0) != CS_ERR_MEMORY || line.args[1].number != kNull;  // it aborts
   if (name == "cs_backtrack" || name == "cs_backtrackExt") return line.args[2].number != kNull;
   if (name == "cs_Cumulative") return !usesItsCapacity(line);

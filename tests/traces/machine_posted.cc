@@ -83,7 +83,10 @@ bool Machine::usual(const Posted &relation) {
   }
   if (name.ends_with("Mul") || name.ends_with("Div")) return !relation.x.empty() && greatestProduct(relation.x) < INT_MAX;
   if (relation.row->group != Group::kFunction) return true;
-  return std::ranges::all_of(relation.x, [](const CSint *v) { return magnitude(v) < 100000000; });
+  std::int64_t factor = 1;
+  for (const std::vector<int> &list : relation.lists)
+    for (const int each : list) factor = std::max(factor, std::abs(std::int64_t{each}));
+  return std::ranges::all_of(relation.x, [=](const CSint *v) { return magnitude(v) < 100000000 / factor; });
 }
 
 }  // namespace koru::traces

@@ -101,7 +101,11 @@ void Solutions::follow(int contexts) {
 
 void Solutions::restored(int label) {
   const auto at = static_cast<std::size_t>(label - 1);
-  if (at < marks_.size()) posted_.resize(std::min(posted_.size(), marks_[at]));
+  while (at < marks_.size() && posted_.size() > marks_[at]) {
+    const Posted &last = posted_.back();
+    if (last.row->meaning.value == nullptr && last.z != nullptr) domains_.erase(last.z);
+    posted_.pop_back();
+  }
   marks_.resize(std::min(marks_.size(), at));
   if (unknown_ >= label) unknown_ = kNever;
   if (failed_ >= label) failed_ = kNever;
@@ -126,7 +130,9 @@ bool Solutions::mayRefuse() const {
 bool Solutions::place(CSint *v, std::vector<CSint *> &result) const {
   if (std::ranges::find(result, v) != result.end()) return true;
   if (domains_.count(v) != 0) return result.push_back(v), true;
-  const auto defining = std::ranges::find_if(posted_, [&](const Posted &p) { return p.z == v; });
+  const auto defining = std::ranges::find_if(posted_, [&](const Posted &p) {
+    return p.z == v && std::ranges::find(p.x, v) == p.x.end();
+  });
   if (defining == posted_.end() || defining->row->meaning.value == nullptr) return false;
   for (CSint *x : defining->x)
     if (!place(x, result)) return false;
