@@ -3,6 +3,7 @@
 #include "core/variable.h"
 
 #include <cstring>
+#include <utility>
 
 #include "core/post.h"
 #include "core/solver.h"
@@ -112,15 +113,17 @@ CSint *cs_createCSintFromDomain(const int *array, int size) {
   return array == nullptr ? nullptr : createFromValues(array, size);
 }
 
-// A name that is not longer than the old one is copied over it, whatever part of the old one it may be.
+// A name that is not longer than the old one is copied over it, whatever part of the old one it may be. A memory
+// handler finds no name, and one that it gives is taken away again.
 void cs_setName(CSint *vint, const char *name) {
   if (vint == nullptr) return;
   if (name != nullptr && vint->name != nullptr && std::strlen(vint->name) >= std::strlen(name)) {
     std::memmove(vint->name, name, std::strlen(name) + 1);
     return;
   }
-  deallocate(vint->name);
-  vint->name = name != nullptr ? copyText(name) : nullptr;
+  deallocate(std::exchange(vint->name, nullptr));
+  char *copy = name != nullptr ? copyText(name) : nullptr;
+  deallocate(std::exchange(vint->name, copy));
 }
 
 char *cs_getName(CSint *vint) { return vint != nullptr ? vint->name : nullptr; }

@@ -248,6 +248,24 @@ TEST_F(VariableTest, ANameThatMemoryRefusesIsReportedAndLeavesNone) {
   EXPECT_EQ(cs_getName(unnamed), nullptr);
 }
 
+// The old name is gone by then, and one that the handler gives is gone afterwards.
+TEST_F(VariableTest, AMemoryHandlerMayAskForTheNameAndGiveOne) {
+  static CSint *v;
+  static bool namedInHandler;
+  v = cs_createNamedCSint(0, 9, "x");
+  namedInHandler = true;
+  const auto rename = [](CSint *, void *) {
+    namedInHandler = cs_getName(v) != nullptr;
+    allocationHook = nullptr;
+    cs_setName(v, "by the handler");
+  };
+  cs_setErrHandler(CS_ERR_MEMORY, rename, nullptr);
+  const AllocationRule none(refuseAll());
+  cs_setName(v, "longer");
+  EXPECT_FALSE(namedInHandler);
+  EXPECT_EQ(cs_getName(v), nullptr);
+}
+
 TEST_F(VariableTest, NamingNothingIsIgnored) {
   cs_setName(nullptr, "x");
   EXPECT_EQ(cs_getName(nullptr), nullptr);
