@@ -42,7 +42,7 @@ void released(CSnoGoodSet *set, void *) { Machine::current->released(set); }
 
 Said runScript(int script) {
   const bool accepted = Machine::current->callback(script);
-  return {script, accepted, Machine::current->scriptNumber(script)};
+  return {accepted, Machine::current->scriptNumber(script), Machine::current->scriptCalls(script)};
 }
 
 CSint *reply(const Said &, CSint **array, int size, CSint *) {
@@ -65,8 +65,7 @@ int reply(const Said &said, int, int, int value, int) { return score(said, value
 
 // Limits grow, so that restarts come to an end.
 int reply(const Said &said, void *, int) {
-  static int limit = 0;
-  limit = (limit + 1) % 8;
+  const int limit = said.calls % 8;
   return said.number < 0 || limit == 0 ? 0 : said.number + limit;
 }
 

@@ -11,11 +11,11 @@
 
 namespace koru::traces {
 
-// What the script answers: whether it accepts the call, and its number.
+// What the script answers: whether it accepts the call, and its number; and how often it has been called.
 struct Said {
-  int script;
   bool accepted;
   int number;
+  int calls;
 };
 
 Said runScript(int script);

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -63,7 +64,7 @@ std::string Child::complaint() const {
     const std::size_t at = all.find(mark);
     if (at == std::string::npos) continue;
     const std::string line = all.substr(at, all.find('\n', at) - at);
-    return ": " + line.substr(0, line.find(" on address"));
+    return ": " + line.substr(0, std::min(line.find(" on address"), line.find(" on unknown")));
   }
   return "";
 }

@@ -76,12 +76,13 @@ void Machine::call(const Line &line) {
     deletedProfilers_.insert(profiler(line.args[0].number));
   if (scriptDepth_ > 0) observeInScript(line, depth);
   answer_ = 0;
+  std::FILE *const outer = std::exchange(scratch_, nullptr);
   const bool related = line.row->group == Group::kRelation || line.row->group == Group::kFunction;
   const bool lacking = related && lacksVariable(line);
   Posted relation = related && scriptDepth_ == 0 ? posted(line) : Posted{};
   if (!seedFault(line)) line.row->run(*this, line);
-  current_ = line.row;
-  sayScratch();
+  sayScratch(line);
+  scratch_ = outer;
   if (refusedRequests() != refusedBefore) {
     effect(std::min(depth, solver.contexts.count()));
   } else if (solver.initialised && std::string_view(line.row->name).starts_with("cs_backtrack")) {
@@ -325,7 +326,7 @@ bool Machine::callback(int number) {
   ++script.calls;
   const bool accepted = script.refusesFrom <= 0 || script.calls < script.refusesFrom;
   if (!accepted) refused_ = true;
-  if (scriptDepth_ < 2) runScript(script);
+  if (scriptDepth_ < kDepth) runScript(script);
   return accepted;
 }
 

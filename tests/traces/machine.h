@@ -96,6 +96,7 @@ class Machine {
   // Runs the script of a callback. False when it refuses this call.
   bool callback(int script);
   int scriptNumber(int script) const { return scripts_[static_cast<std::size_t>(script)].answer; }
+  int scriptCalls(int script) const { return scripts_[static_cast<std::size_t>(script)].calls; }
   void undone(CSint *v, int index);
   static Machine *current;
 
@@ -135,7 +136,7 @@ class Machine {
   void effect(int depth);
   void closeDownTo(int depth);
   void say(const std::string &text);
-  void sayScratch();
+  void sayScratch(const Line &line);
   void sayChanges();
   void releaseOwned();
   void collect(CSint **array, int size);
@@ -162,9 +163,9 @@ class Machine {
   std::array<Script, kScripts> scripts_;
   std::vector<CSvalueSelector *> spareSelectors_;  // whose number was given to others
   std::vector<CSsearchNotify *> spareHooks_;
+  static constexpr int kDepth = 2;  // scripts that run inside each other
   std::FILE *scratch_ = nullptr;
-  std::array<char, 4096> scratchText_{};
-  const Row *current_ = nullptr;
+  std::array<std::array<char, 4096>, kDepth + 1> scratchText_{};
 
   Twin twin_;
   Solutions solutions_;

@@ -84,15 +84,17 @@ CSvalueSelector **Machine::selectorArray(const std::vector<int> &references) {
 // ----- the transcript
 
 std::FILE *Machine::scratch() {
-  if (scratch_ == nullptr) scratch_ = fmemopen(scratchText_.data(), scratchText_.size(), "w");
+  std::array<char, 4096> &text = scratchText_[static_cast<std::size_t>(scriptDepth_)];
+  if (scratch_ == nullptr) scratch_ = fmemopen(text.data(), text.size(), "w");
   return scratch_;
 }
 
-void Machine::sayScratch() {
+void Machine::sayScratch(const Line &line) {
   if (scratch_ == nullptr) return;
   std::fclose(std::exchange(scratch_, nullptr));
-  scratchText_.back() = '\0';
-  if (current_ != nullptr && current_->group == Group::kOutput) say("  " + std::string(scratchText_.data()));
+  std::array<char, 4096> &text = scratchText_[static_cast<std::size_t>(scriptDepth_)];
+  text.back() = '\0';
+  if (line.row->group == Group::kOutput) say("  " + std::string(text.data()));
 }
 
 void Machine::say(const std::string &text) {

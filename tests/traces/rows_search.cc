@@ -103,7 +103,7 @@ void ask(Machine &m, const Line &line) {
   CSvalueSelector *selector = in.next<CSvalueSelector *>();
   CSint **array = in.next<CSint **>();
   const int size = in.next<int>();
-  const int index = std::min(line.args[3].number, size - 1);
+  const int index = size < 1 ? kNull : std::min(line.args[3].number, size - 1);
   void *state = nullptr;
   m.answer(line, F(selector, index, array, size, &state));
 }

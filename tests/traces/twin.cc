@@ -95,6 +95,7 @@ void Twin::accepted(int label, const std::vector<Mark> &before) {
   pending_.resize(std::min(pending_.size(), before[at].pending));
   follow();
   accepted_ = !marks_.empty();
+  if (solver.trail.undoing()) mixed_ = true;
   for (Mark &mark : marks_) mark.copy.reset();
 }
 
