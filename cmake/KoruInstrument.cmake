@@ -12,3 +12,7 @@ elseif(KORU_INSTRUMENT STREQUAL "coverage")
 elseif(KORU_INSTRUMENT)
   message(FATAL_ERROR "KORU_INSTRUMENT is '${KORU_INSTRUMENT}'; it can be empty, sanitizers or coverage.")
 endif()
+
+if(KORU_BUILD_FUZZER)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

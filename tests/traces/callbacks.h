@@ -38,7 +38,9 @@ struct Scripted;
 // The last argument of reply tells the type of the result, for overloading.
 template <class R, class... A>
 struct Scripted<R (*)(A...)> {
-  static auto slot(int script) -> R (*)(A...) { return script == kNull ? nullptr : kSlots[static_cast<std::size_t>(script)]; }
+  static auto slot(int script) -> R (*)(A...) {
+    return script == kNull ? nullptr : kSlots[static_cast<std::size_t>(script)];
+  }
 
  private:
   template <int S>

@@ -82,9 +82,10 @@ class Runner {
     if (result_.failures > kShrunk) return;
     Trace trace = generate(shared.seed, campaign_.mix);
     Shared *scratch = slots_.emplace_back(makeShared());
-    trace = shrink(std::move(trace), [&](const Trace &candidate) {
-      return runInChild(candidate, campaign_.settings, *scratch) == failure;
-    }, failure.starts_with("time") ? 60 : 3000);
+    trace = shrink(
+        std::move(trace),
+        [&](const Trace &candidate) { return sameKind(runInChild(candidate, campaign_.settings, *scratch), failure); },
+        failure.starts_with("time") ? 60 : 3000);
     slots_.pop_back();
     const std::string path = campaign_.folder + "/" + std::to_string(shared.seed) + ".trace";
     std::ofstream(path) << "# " << failure << "\n" << print(trace);

@@ -35,6 +35,8 @@ void limitMemory() {
 
 }  // namespace
 
+bool sameKind(const Failure &a, const Failure &b) { return a.substr(0, a.find(" (")) == b.substr(0, b.find(" (")); }
+
 Shared *makeShared() {
   void *memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) std::abort();

@@ -9,8 +9,9 @@
 
 namespace koru::traces {
 
-// How a trace ended: the kind is the same for all traces that fail in the same way. Empty when nothing is wrong.
+// How a trace ended; empty when nothing is wrong. What stands in parentheses is different for each trace.
 using Failure = std::string;
+bool sameKind(const Failure &a, const Failure &b);
 
 // What a child and its parent share.
 struct Shared {

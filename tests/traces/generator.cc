@@ -24,15 +24,15 @@ struct Generator::Flavour {
 
 //  life create query context relation function event search selector nogood profiler output
 const Generator::Flavour Generator::kFlavours[] = {
-    {{0, 2, 1, 2, 25, 25, 0, 2, 0, 0, 0, 0}, 4, 12, 0, 0, 0, false, false, 25},       // relations, enumerated
-    {{0, 1, 1, 8, 18, 22, 0, 2, 0, 0, 0, 0}, 3, 14, 0, 0, 0, false, false, 25},       // the same among choice points
-    {{1, 3, 2, 25, 20, 15, 0, 4, 1, 1, 0, 0}, 4, 40, 2, 2, 0, false, false, 4},       // choice points
-    {{1, 3, 2, 15, 12, 8, 10, 8, 2, 3, 1, 1}, 4, 35, 2, 0, 4, true, false, 2},        // callbacks that act
-    {{0, 2, 1, 10, 15, 10, 12, 10, 2, 1, 0, 1}, 3, 20, 1, 0, 3, false, false, 12},    // callbacks that look on
-    {{1, 2, 1, 8, 10, 8, 2, 20, 14, 10, 1, 1}, 4, 35, 2, 0, 5, true, false, 2},       // searches and no-goods
-    {{6, 6, 12, 8, 12, 12, 4, 6, 8, 6, 8, 12}, 4, 40, 12, 10, 3, true, false, 1},     // wrong use, all families
-    {{1, 8, 8, 8, 20, 14, 2, 0, 0, 1, 0, 2}, 3, 30, 4, 45, 1, false, false, 1},       // the ends of the int range
-    {{2, 6, 3, 12, 15, 15, 8, 8, 5, 6, 5, 3}, 4, 35, 3, 2, 3, true, true, 1},         // memory runs out
+    {{0, 2, 1, 2, 25, 25, 0, 2, 0, 0, 0, 0}, 4, 12, 0, 0, 0, false, false, 25},     // relations, enumerated
+    {{0, 1, 1, 8, 18, 22, 0, 2, 0, 0, 0, 0}, 3, 14, 0, 0, 0, false, false, 25},     // the same among choice points
+    {{1, 3, 2, 25, 20, 15, 0, 4, 1, 1, 0, 0}, 4, 40, 2, 2, 0, false, false, 4},     // choice points
+    {{1, 3, 2, 15, 12, 8, 10, 8, 2, 3, 1, 1}, 4, 35, 2, 0, 4, true, false, 2},      // callbacks that act
+    {{0, 2, 1, 10, 15, 10, 12, 10, 2, 1, 0, 1}, 3, 20, 1, 0, 3, false, false, 12},  // callbacks that look on
+    {{1, 2, 1, 8, 10, 8, 2, 20, 14, 10, 1, 1}, 4, 35, 2, 0, 5, true, false, 2},     // searches and no-goods
+    {{6, 6, 12, 8, 12, 12, 4, 6, 8, 6, 8, 12}, 4, 40, 12, 10, 3, true, false, 1},   // wrong use, all families
+    {{1, 8, 8, 8, 20, 14, 2, 0, 0, 1, 0, 2}, 3, 30, 4, 45, 1, false, false, 1},     // the ends of the int range
+    {{2, 6, 3, 12, 15, 15, 8, 8, 5, 6, 5, 3}, 4, 35, 3, 2, 3, true, true, 1},       // memory runs out
 };
 const Generator::Flavour Generator::kRestoring[] = {
     {{0, 3, 0, 30, 18, 18, 0, 4, 1, 2, 0, 0}, 5, 45, 1, 3, 0, false, false, 0},
@@ -107,7 +107,8 @@ void Generator::scriptLines(int script) {
       const Group group = kAny[random_.below(static_cast<int>(std::size(kAny)))];
       Line line = make(group);
       const std::string_view name = line.row->name;
-      if (acting_ || (group != Group::kContext && group != Group::kSearch && name != "cs_setName")) put(std::move(line));
+      if (acting_ || (group != Group::kContext && group != Group::kSearch && name != "cs_setName"))
+        put(std::move(line));
     } else {
       put(make(kLooking[random_.below(2)]));
     }
@@ -174,7 +175,8 @@ void Generator::know(const Trace &trace) {
   for (const Line &line : trace) {
     if (line.target == kNull) continue;
     const char letter = targetLetter(*line.row);
-    if (letter == 'v') variables_.resize(std::max(variables_.size(), static_cast<std::size_t>(line.target) + 1), {0, 4});
+    if (letter == 'v')
+      variables_.resize(std::max(variables_.size(), static_cast<std::size_t>(line.target) + 1), {0, 4});
     if (letter == 's') scriptCount_ = std::max(scriptCount_, line.target + 1);
     if (const char *at = std::strchr("qhgp", letter))
       known_[at - "qhgp"] = std::max(known_[at - "qhgp"], line.target + 1);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Random traces: a flavour says which groups of calls are common, the table which calls of a group; arguments are chosen
-// so that most calls make sense, over domains so small that the model can enumerate. The same seed gives the same trace.
+// Random traces: a flavour says which groups of calls are common, the table which calls of a group; arguments are
+// chosen so that most calls make sense, over domains so small that the model can enumerate. The same seed gives the
+// same trace.
 #pragma once
 
 #include <vector>

@@ -106,8 +106,7 @@ void Generator::fillInts(Line &line) {
   if (name == "cs_selectValue") line.args[1].number = random_.between(wrong() ? -1 : 0, 5);
   if (name == "cs_printf" || name == "cs_fprintf") line.args[0].number = random_.below(8);
   // Tasks and counts of a kind that has solutions.
-  if ((name == "cs_InInterval" || name == "cs_NotInInterval") && !wrong() &&
-      line.args[1].number > line.args[2].number)
+  if ((name == "cs_InInterval" || name == "cs_NotInInterval") && !wrong() && line.args[1].number > line.args[2].number)
     std::swap(line.args[1].number, line.args[2].number);
 }
 

@@ -49,7 +49,8 @@ void Machine::finish() {
   releaseOwned();
   if (settings_.fault == Fault::kLeak && trace_.size() > 5) loseBlock();
   // Deliberately, deleting a profiler does not give its memory back.
-  if (liveBlocks() != before_ + std::ssize(deletedProfilers_) && failure_.empty()) fail("leak: blocks are left after the end");
+  if (liveBlocks() != before_ + std::ssize(deletedProfilers_) && failure_.empty())
+    fail("leak: blocks are left after the end");
 }
 
 void Machine::execute(const Line &line) {
@@ -68,8 +69,7 @@ void Machine::call(const Line &line) {
   const int depth = solver.contexts.count();
   const int refusedBefore = refusedRequests();
   twin_.follow();
-  const std::vector<Twin::Mark> marks =
-      line.row->group == Group::kContext ? twin_.marks() : std::vector<Twin::Mark>{};
+  const std::vector<Twin::Mark> marks = line.row->group == Group::kContext ? twin_.marks() : std::vector<Twin::Mark>{};
   if (scriptDepth_ == 0) refused_ = false;
   if (scriptDepth_ == 0) solutions_.follow(depth);
   if (line.row == kDeleteProfiler && profiler(line.args[0].number) != nullptr)
@@ -85,8 +85,10 @@ void Machine::call(const Line &line) {
   scratch_ = outer;
   if (refusedRequests() != refusedBefore) {
     effect(std::min(depth, solver.contexts.count()));
-  } else if (solver.initialised && std::string_view(line.row->name).starts_with("cs_backtrack")) {
-    twin_.registered(variable(line.args[0].number), line.args[1].number + (settings_.fault == Fault::kCallback ? 1 : 0));
+  } else if (solver.initialised && std::string_view(line.row->name).starts_with("cs_backtrack") &&
+             line.args[2].number != kNull) {
+    twin_.registered(variable(line.args[0].number),
+                     line.args[1].number + (settings_.fault == Fault::kCallback ? 1 : 0));
   }
   if (line.row->group == Group::kContext) observeContext(line, depth, marks);
   if (line.row->group == Group::kCreate) observeCreation(line);
@@ -107,8 +109,7 @@ bool Machine::seedFault(const Line &line) {
   }
   if (scriptDepth_ > 0 || tally_.calls[indexOf(findRow("cs_NEQ"))] == 0) return false;
   if (settings_.fault == Fault::kCrash) std::abort();
-  while (settings_.fault == Fault::kHang) {
-  }
+  for (volatile bool hang = settings_.fault == Fault::kHang; hang;) continue;
   return false;
 }
 
@@ -241,8 +242,7 @@ void Machine::solve() {
   std::vector<CSint *> variables;
   std::optional<std::vector<Tuple>> expected = solutions_.all(variables);
   std::int64_t leaves = 1;
-  for (CSint *v : variables)
-    leaves = v->count < 1 ? INT_MAX : std::min<std::int64_t>(leaves * v->count, INT_MAX);
+  for (CSint *v : variables) leaves = v->count < 1 ? INT_MAX : std::min<std::int64_t>(leaves * v->count, INT_MAX);
   if (!expected || variables.empty() || leaves > 4000 || solver.checked.countsMayLag) return say("  not compared");
   const int label = cs_saveContext();
   collected_.clear();

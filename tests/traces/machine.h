@@ -34,9 +34,9 @@ struct Tally {
   static constexpr std::size_t kRows = 256;
   std::uint64_t calls[kRows];
   std::uint64_t skipped[kRows];
-  std::uint64_t solved;      // comparisons of all solutions
-  std::uint64_t refuted;     // failures that were found to be right
-  std::uint64_t restored;    // restores that were compared
+  std::uint64_t solved;    // comparisons of all solutions
+  std::uint64_t refuted;   // failures that were found to be right
+  std::uint64_t restored;  // restores that were compared
   std::uint64_t traces;
 };
 
@@ -171,11 +171,11 @@ class Machine {
   Solutions solutions_;
 
   int scriptDepth_ = 0;
-  int scriptBase_ = 0;      // contexts open when the script began
-  int scriptBudget_ = 3000;  // lines that scripts may run
+  int scriptBase_ = 0;        // contexts open when the script began
+  int scriptBudget_ = 3000;   // lines that scripts may run
   int searchBudget_ = 20000;  // leaves that searches may have
-  bool refused_ = false;     // a callback has refused during the present line, or acted on the outside
-  int answer_ = 0;           // what the present line answered; of pointers whether there is one
+  bool refused_ = false;      // a callback has refused during the present line, or acted on the outside
+  int answer_ = 0;            // what the present line answered; of pointers whether there is one
   bool ending_ = false;
   std::vector<Tuple> collected_;
 };

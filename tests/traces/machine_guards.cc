@@ -33,9 +33,11 @@ bool Machine::allowedInScript(const Line &line) const {
   if (line.row->group == Group::kHarness || oneOf(name, {"cs_init", "cs_end", "cs_acceptAll", "cs_restoreAll",
                                                          "cs_freeValueSelector", "cs_freeSearchNotify"}))
     return false;
-  if (line.row->group != Group::kContext || oneOf(name, {"cs_saveContext", "cs_backtrack", "cs_backtrackExt"})) return true;
+  if (line.row->group != Group::kContext || oneOf(name, {"cs_saveContext", "cs_backtrack", "cs_backtrackExt"}))
+    return true;
   if (name.ends_with("Until"))
-    return line.args[0].number > scriptBase_ || line.args[0].number > solver.contexts.count() || line.args[0].number < 1;
+    return line.args[0].number > scriptBase_ || line.args[0].number > solver.contexts.count() ||
+           line.args[0].number < 1;
   return solver.contexts.count() > scriptBase_;
 }
 
@@ -45,14 +47,14 @@ bool Machine::affordable(const Line &line) {
   if (name == "cs_createCSintArray") return number(0) <= 16;
   if (name == "cs_NotInInterval") {
     const CSint *v = variable(line.args[0].number);
-    return v == nullptr || std::min<std::int64_t>(number(2), v->max) - std::max<std::int64_t>(number(1), v->min) < 20000;
+    return v == nullptr ||
+           std::min<std::int64_t>(number(2), v->max) - std::max<std::int64_t>(number(1), v->min) < 20000;
   }
   if (name == "cs_InArray") {
     const CSint *v = variable(line.args[0].number);
     return v == nullptr || std::int64_t{v->max} - v->min < 20000;
   }
   if (name == "cs_setErrHandler") return number(0) != CS_ERR_MEMORY || line.args[1].number != kNull;  // it aborts
-  if (name == "cs_backtrack" || name == "cs_backtrackExt") return line.args[2].number != kNull;
   if (name == "cs_Cumulative") return !usesItsCapacity(line);
   return solver.variables.count() < 200;
 }

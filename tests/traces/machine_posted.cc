@@ -81,7 +81,8 @@ bool Machine::usual(const Posted &relation) {
     std::ranges::sort(x);
     return std::ranges::adjacent_find(x) == x.end();
   }
-  if (name.ends_with("Mul") || name.ends_with("Div")) return !relation.x.empty() && greatestProduct(relation.x) < INT_MAX;
+  if (name.ends_with("Mul") || name.ends_with("Div"))
+    return !relation.x.empty() && greatestProduct(relation.x) < INT_MAX;
   if (relation.row->group != Group::kFunction) return true;
   std::int64_t factor = 1;
   for (const std::vector<int> &list : relation.lists)

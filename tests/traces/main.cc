@@ -18,6 +18,7 @@ const char kUsage[] =
     "usage: koru_trace run FILE [--quiet]      run a trace in this process and print what it answers\n"
     "       koru_trace generate SEED           print the trace of a seed\n"
     "       koru_trace shrink FILE             make a failing trace small and print it\n"
+    "       koru_trace tidy FILE               print the lines of a file that are lines of a trace\n"
     "       koru_trace campaign COUNT          run the traces of COUNT seeds\n"
     "options: --from SEED  --jobs N  --restoring  --figures  --out FOLDER\n"
     "         --fault relation|restore|leak|crash|hang|callback   be wrong on purpose\n";
@@ -53,9 +54,15 @@ int shrinkFile(const char *path, const Settings &settings) {
   Shared &shared = *makeShared();
   const Failure failure = runInChild(trace, settings, shared);
   if (failure.empty()) return std::fprintf(stderr, "%s does not fail\n", path), 1;
-  const auto same = [&](const Trace &candidate) { return runInChild(candidate, settings, shared) == failure; };
+  const auto same = [&](const Trace &candidate) { return sameKind(runInChild(candidate, settings, shared), failure); };
   std::printf("# %s\n%s", failure.c_str(), print(shrink(trace, same)).c_str());
   return 0;
+}
+
+int tidyFile(const char *path) {
+  Trace trace;
+  readTrace(path, trace);
+  return std::printf("%s", print(trace).c_str()) < 0;
 }
 
 using Count = unsigned long long;
@@ -76,10 +83,11 @@ int runCampaign(const Campaign &campaign) {
     if (isExport(*rows()[i]) && tally.calls[i] == 0) std::printf("never called: %s\n", rows()[i]->name);
   }
   if (campaign.figures) printFigures(tally);
-  std::printf("%llu traces, %llu calls (%llu left out), %llu solution sets compared, %llu failures confirmed, "
-              "%llu restores compared, %d exports never called, %d failures\n",
-              Count{tally.traces}, calls, skipped, Count{tally.solved}, Count{tally.refuted}, Count{tally.restored},
-              result.neverCalled, result.failures);
+  std::printf(
+      "%llu traces, %llu calls (%llu left out), %llu solution sets compared, %llu failures confirmed, "
+      "%llu restores compared, %d exports never called, %d failures\n",
+      Count{tally.traces}, calls, skipped, Count{tally.solved}, Count{tally.refuted}, Count{tally.restored},
+      result.neverCalled, result.failures);
   const bool mustReachAll = campaign.mix == Mix::kAll && campaign.count >= 2000;
   return result.failures > 0 || (mustReachAll && result.neverCalled > 0) ? 1 : 0;
 }
@@ -115,6 +123,7 @@ int main(int argc, char **argv) {
     if (!parseOption(argc, argv, i, campaign, quiet)) return misuse("wrong option");
   const std::string_view command = argv[1];
   if (command == "run") return runFile(argv[2], campaign.settings, quiet);
+  if (command == "tidy") return tidyFile(argv[2]);
   if (command == "shrink") return shrinkFile(argv[2], campaign.settings);
   campaign.count = std::strtoull(argv[2], nullptr, 10);
   if (command == "generate") return std::printf("%s", print(generate(campaign.count, campaign.mix)).c_str()) < 0;

@@ -10,13 +10,9 @@ namespace koru::traces::meaning {
 
 Value sum(const Terms &t) { return std::accumulate(t.x.begin(), t.x.end(), std::int64_t{0}); }
 
-Value firstLessOthers(const Terms &t) {
-  return t.x.empty() ? 0 : 2 * std::int64_t{t.x[0]} - *sum(t);
-}
+Value firstLessOthers(const Terms &t) { return t.x.empty() ? 0 : 2 * std::int64_t{t.x[0]} - *sum(t); }
 
-Value product(const Terms &t) {
-  return std::accumulate(t.x.begin(), t.x.end(), std::int64_t{1}, std::multiplies<>());
-}
+Value product(const Terms &t) { return std::accumulate(t.x.begin(), t.x.end(), std::int64_t{1}, std::multiplies<>()); }
 
 Value scalarProduct(const Terms &t) {
   const std::size_t n = t.x.size();
@@ -62,7 +58,7 @@ bool fits(std::span<const int> starts, std::span<const int> durations, std::span
     if (durations[i] < 1) continue;
     std::int64_t height = 0;
     for (std::size_t j = 0; j < starts.size(); ++j)
-      if (starts[j] <= starts[i] && starts[i] < starts[j] + durations[j]) height += uses[j];
+      if (starts[j] <= starts[i] && starts[i] < std::int64_t{starts[j]} + durations[j]) height += uses[j];
     if (height > capacity && uses[i] > 0) return false;
   }
   return true;

@@ -115,7 +115,8 @@ bool nextOnce(CSvalueSelector *selector, int index, CSint **array, int size, voi
 }
 
 void decide(Machine &m, const Line &line) {
-  const CSvalueSelection decision{static_cast<int>(static_cast<unsigned>(line.args[1].number) % 6), line.args[2].number};
+  const CSvalueSelection decision{static_cast<int>(static_cast<unsigned>(line.args[1].number) % 6),
+                                  line.args[2].number};
   m.answer(line, cs_selectValue(m.variable(line.args[0].number), line.args[1].number < 0 ? nullptr : &decision));
 }
 

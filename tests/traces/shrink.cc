@@ -37,7 +37,8 @@ class Shrinker {
 
   void lines() {
     for (std::size_t length = std::max<std::size_t>(best_.size() / 2, 1); length > 0; length /= 2)
-      for (std::size_t end = best_.size(); end > 0; end -= std::min(end, length)) takeOut(end - std::min(end, length), end);
+      for (std::size_t end = best_.size(); end > 0; end -= std::min(end, length))
+        takeOut(end - std::min(end, length), end);
   }
 
   // From the end on, since what was done last is needed least by the rest.

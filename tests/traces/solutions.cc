@@ -81,8 +81,9 @@ void Solutions::post(Posted posted) {
 
 std::string Solutions::refused(Posted posted, int depth) {
   checked_ = false;
-  const bool asked = sure() && posted.row->meaning.known() && !(posted.z == nullptr && posted.row->group == Group::kFunction &&
-                                                               posted.row->meaning.value == nullptr);
+  const bool asked =
+      sure() && posted.row->meaning.known() &&
+      !(posted.z == nullptr && posted.row->group == Group::kFunction && posted.row->meaning.value == nullptr);
   std::vector<CSint *> variables;
   std::optional<std::vector<Tuple>> solutions;
   posted_.push_back(std::move(posted));
@@ -130,9 +131,8 @@ bool Solutions::mayRefuse() const {
 bool Solutions::place(CSint *v, std::vector<CSint *> &result) const {
   if (std::ranges::find(result, v) != result.end()) return true;
   if (domains_.count(v) != 0) return result.push_back(v), true;
-  const auto defining = std::ranges::find_if(posted_, [&](const Posted &p) {
-    return p.z == v && std::ranges::find(p.x, v) == p.x.end();
-  });
+  const auto defining = std::ranges::find_if(
+      posted_, [&](const Posted &p) { return p.z == v && std::ranges::find(p.x, v) == p.x.end(); });
   if (defining == posted_.end() || defining->row->meaning.value == nullptr) return false;
   for (CSint *x : defining->x)
     if (!place(x, result)) return false;

@@ -33,25 +33,25 @@ enum class Group {
 
 // The arguments of a relation that is given as a row, with values in place of variables.
 struct Terms {
-  std::span<const int> x;                      // of the variables, in order, those of arrays included
-  std::span<const int> k;                      // ints that are no sizes
-  std::span<const std::vector<int>> lists;     // arrays of ints
-  int z = 0;                                   // of the result
+  std::span<const int> x;                   // of the variables, in order, those of arrays included
+  std::span<const int> k;                   // ints that are no sizes
+  std::span<const std::vector<int>> lists;  // arrays of ints
+  int z = 0;                                // of the result
   int at(std::size_t i) const { return x[i]; }
 };
 
 // What must hold, written without a look at the library. One of the two; neither when only the library could tell.
 struct Meaning {
-  bool (*holds)(const Terms &) = nullptr;                        // with the result, if there is one
+  bool (*holds)(const Terms &) = nullptr;                         // with the result, if there is one
   std::optional<std::int64_t> (*value)(const Terms &) = nullptr;  // of the result; none when there is no solution
-  bool mayRefuse = false;                                        // a solution may be refused by design
+  bool mayRefuse = false;                                         // a solution may be refused by design
   bool known() const { return holds != nullptr || value != nullptr; }
 };
 
 // Kinds of arguments, a letter each:
-//   i int   n size of the arrays before it (cut down to theirs)   v variable   a array of variables   A one without nulls
-//   k array of ints   s callback   q value selector   Q array of them   h search hooks   g no-good set   p profiler
-//   t text   x supplied by the interpreter, not in the text
+//   i int   n size of the arrays before it (cut down to theirs)   v variable   a array of variables   A one without
+//   nulls k array of ints   s callback   q value selector   Q array of them   h search hooks   g no-good set   p
+//   profiler t text   x supplied by the interpreter, not in the text
 // Kinds of results: those of references, and b number, a array of variables, d domain, t text, - nothing.
 struct Row {
   const char *name;

@@ -49,7 +49,8 @@ class Words {
       while (at_ < text_.size() && text_[at_] != '"') ++at_;
       if (at_ < text_.size()) ++at_;
     } else if (!single(text_[start])) {
-      while (at_ < text_.size() && std::isspace(static_cast<unsigned char>(text_[at_])) == 0 && !single(text_[at_])) ++at_;
+      while (at_ < text_.size() && std::isspace(static_cast<unsigned char>(text_[at_])) == 0 && !single(text_[at_]))
+        ++at_;
     }
     return text_.substr(start, at_ - start);
   }

@@ -8,8 +8,9 @@
 //   cs_eventKnown [v0 null] 2 s1         arrays in brackets, of ints in braces; # starts a comment
 //   g0 = cs_createNoGoodSet [v0] 1 null 0 null
 //
-// The letter before a number tells what it stands for: v variable, s script, q value selector, h search hooks, g no-good
-// set, p profiler. A number that stands for nothing (its line was taken out, or the call failed) is a null pointer.
+// The letter before a number tells what it stands for: v variable, s script, q value selector, h search hooks, g
+// no-good set, p profiler. A number that stands for nothing (its line was taken out, or the call failed) is a null
+// pointer.
 #pragma once
 
 #include <string>

@@ -48,8 +48,8 @@ std::string describe(const Digest &d) {
 std::string difference(const Copy &before, const Copy &now) {
   for (std::size_t i = 0; i < before.variables.size(); ++i)
     if (before.variables[i] != now.variables[i])
-      return "restore: variable " + std::to_string(i) + " was " + describe(before.variables[i]) + " and is " +
-             describe(now.variables[i]);
+      return "restore: a variable is not as it was (" + std::to_string(i) + ": " + describe(before.variables[i]) +
+             "; now " + describe(now.variables[i]) + ")";
   return before.trail == now.trail ? "" : "restore: undo records are left";
 }
 
