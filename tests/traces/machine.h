@@ -89,6 +89,7 @@ class Machine {
   void solve();
   void forgetSelector(int number);
   void forgetHooks(int number);
+  void deleteProfiler(int number);
   void released(const CSnoGoodSet *set);
 
   // ----- callbacks
@@ -101,6 +102,15 @@ class Machine {
   static Machine *current;
 
  private:
+  // What was so before a call.
+  struct Before {
+    int depth;  // contexts open
+    int refused;
+    bool lacking;  // a relation without one of its variables
+    std::vector<Twin::Mark> marks;
+    Posted relation;
+  };
+
   struct Script {
     int refusesFrom = 0;  // 0: never
     int answer = 0;
@@ -115,6 +125,9 @@ class Machine {
 
   void execute(const Line &line);
   void call(const Line &line);
+  Before look(const Line &line);
+  void tellTwin(const Line &line, const Before &before);
+  void tellSolutions(const Line &line, Before &before);
   void observeInScript(const Line &line, int depth);
   void observeContext(const Line &line, int depth, const std::vector<Twin::Mark> &marks);
   void observeRelation(const Line &line, Posted relation, int depth);
@@ -150,7 +163,6 @@ class Machine {
 
   std::array<CSint *, kReferences> variables_{};
   std::array<CSvalueSelector *, kReferences> selectors_{};
-  std::array<bool, kReferences> ownSelector_{};
   std::array<CSsearchNotify *, kReferences> hooks_{};
   std::array<CSnoGoodSet *, kReferences> sets_{};
   std::array<CSprofiler *, kReferences> profilers_{};

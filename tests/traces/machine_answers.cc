@@ -67,6 +67,12 @@ void Machine::answer(const Line &line, CSsearchNotify *record) {
 void Machine::answer(const Line &line, CSnoGoodSet *set) { keep(sets_, line, set); }
 void Machine::answer(const Line &line, CSprofiler *profiler) { keep(profilers_, line, profiler); }
 
+// Deliberately, deleting a profiler does not give its memory back.
+void Machine::deleteProfiler(int number) {
+  cs_deleteProfiler(profiler(number));
+  if (profiler(number) != nullptr) deletedProfilers_.insert(profiler(number));
+}
+
 CSint **Machine::array(const std::vector<int> &references) {
   std::vector<CSint *> &result = kept_.variables.emplace_back();
   for (const int number : references) result.push_back(variable(number));

@@ -83,12 +83,8 @@ void script(Machine &m, const Line &line) { m.defineScript(line); }
 void failing(Machine &m, const Line &line) { m.failAllocations(line.args[0].number, line.args[1].number != 0); }
 void solve(Machine &m, const Line &) { m.solve(); }
 
-CSnoGoodSet *noSet = nullptr;
-
-bool freeDomain() {
-  cs_freeDomain(nullptr);
-  return noSet == nullptr;
-}
+void freeNoDomain(Machine &, const Line &) { cs_freeDomain(nullptr); }
+void deleteProfiler(Machine &m, const Line &line) { m.deleteProfiler(line.args[0].number); }
 
 using enum Group;
 
@@ -119,7 +115,7 @@ const Row kRows[] = {
     {"cs_getPreviousValue", 'b', "vi", kQuery, 2, call<cs_getPreviousValue>},
     {"cs_isIn", 'b', "vi", kQuery, 2, call<cs_isIn>},
     {"cs_getDomain", 'd', "v", kQuery, 3, call<cs_getDomain>},
-    {"cs_freeDomain", 'b', "", kQuery, 1, call<freeDomain>},
+    {"cs_freeDomain", '-', "", kQuery, 1, freeNoDomain},
 
     {"cs_saveContext", 'b', "", kContext, 12, call<cs_saveContext>},
     {"cs_forgetSaveContext", '-', "", kContext, 2, call<cs_forgetSaveContext>},
@@ -158,7 +154,7 @@ const Row kRows[] = {
     {"cs_createProfiler", 'p', "i", kProfiler, 3, call<cs_createProfiler>},
     {"cs_enableProfiler", '-', "p", kProfiler, 3, call<cs_enableProfiler>},
     {"cs_disableProfiler", '-', "p", kProfiler, 2, call<cs_disableProfiler>},
-    {"cs_deleteProfiler", '-', "p", kProfiler, 1, call<cs_deleteProfiler>},
+    {"cs_deleteProfiler", '-', "p", kProfiler, 1, deleteProfiler},
     {"cs_profilerWrite", '-', "px", kProfiler, 2, call<cs_profilerWrite>},
     {"cs_profilerWriteFile", '-', "pi", kProfiler, 1, writeFile},
     {"cs_setProfilerLocator", '-', "tsx", kProfiler, 1, call<cs_setProfilerLocator>},

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+// What the models are told of each call, and what they say to it.
+#include <algorithm>
+#include <cstring>
+
+#include "traces/machine.h"
+#include "traces/show.h"
+
+namespace koru::traces {
+namespace {
+
+bool isRelated(const Row &row) { return row.group == Group::kRelation || row.group == Group::kFunction; }
+
+}  // namespace
+
+// A callback that the call makes may give numbers away again, and open contexts of its own: what they stand for, and
+// what was known of the contexts, is noted before.
+Machine::Before Machine::look(const Line &line) {
+  twin_.follow();
+  Before before{solver.contexts.count(), refusedRequests(), false, {}, {}};
+  if (line.row->group == Group::kContext) before.marks = twin_.marks();
+  if (isRelated(*line.row)) {
+    before.lacking = lacksVariable(line);
+    before.relation = posted(line);
+  }
+  if (scriptDepth_ == 0) {
+    refused_ = false;
+    solutions_.follow(before.depth);
+  } else {
+    observeInScript(line, before.depth);
+  }
+  return before;
+}
+
+void Machine::tellTwin(const Line &line, const Before &before) {
+  if (refusedRequests() != before.refused) {
+    effect(std::min(before.depth, solver.contexts.count()));
+  } else if (std::string_view(line.row->name).starts_with("cs_backtrack") && solver.initialised &&
+             line.args[2].number != kNull) {
+    const int index = line.args[1].number;
+    twin_.registered(variable(line.args[0].number), settings_.fault == Fault::kCallback ? ~index : index);
+  }
+  if (line.row->group == Group::kContext) observeContext(line, before.depth, before.marks);
+  if (line.row->group == Group::kCreate) observeCreation(line);
+}
+
+void Machine::tellSolutions(const Line &line, Before &before) {
+  const Row &row = *line.row;
+  if (before.lacking && answer_ != 0) fail(std::string("accepted without a variable: ") + row.name);
+  if (isRelated(row) && !before.lacking && solver.initialised)
+    observeRelation(line, std::move(before.relation), before.depth);
+  if (row.group == Group::kSearch || row.group == Group::kNoGood) observeSearch(line, before.depth);
+  if (row.group == Group::kEvent && row.result == 'b' && answer_ == 0) effect(before.depth);
+  if (row.name == std::string_view("cs_selectValue")) effect(before.depth);
+  solutions_.follow(solver.contexts.count());
+}
+
+void Machine::effect(int depth) {
+  refused_ = true;
+  solutions_.unknownFrom(depth);
+}
+
+// Something that stays after the script, or that interferes with what runs around it.
+void Machine::observeInScript(const Line &line, int depth) {
+  const Group group = line.row->group;
+  const std::string_view name = line.row->name;
+  const bool changes = group == Group::kRelation || group == Group::kFunction || group == Group::kEvent ||
+                       group == Group::kNoGood || name == "cs_selectValue" || name == "cs_minimize";
+  const bool keeps = group == Group::kContext && (name.starts_with("cs_forget") || name.starts_with("cs_accept"));
+  if (changes && depth <= scriptBase_) effect(scriptBase_);
+  if (keeps) effect(scriptBase_);
+  // Opening a context in a handler propagates what waits, and a failure of that is not reported.
+  if (solver.queue.head != nullptr && (group == Group::kContext || group == Group::kSearch)) effect(scriptBase_);
+  if (group == Group::kSearch) refused_ = true;
+}
+
+void Machine::observeContext(const Line &line, int depth, const std::vector<Twin::Mark> &marks) {
+  const std::string_view name = line.row->name;
+  const int now = solver.contexts.count();
+  const bool outside = scriptDepth_ == 0;
+  if (name.starts_with("cs_backtrack")) return;
+  if (name == "cs_saveContext" || (name == "cs_restoreAndSaveContext" && depth == 0)) return twin_.saved(depth);
+  const bool reopened = name == "cs_restoreAndSaveContext";
+  if (now >= depth && !reopened) return;
+  const int label = reopened ? depth : now + 1;
+  if (name.starts_with("cs_restore")) {
+    const std::string fault = twin_.restored(label, marks);
+    if (!fault.empty()) fail(fault);
+    tally_.restored += twin_.compared() ? 1 : 0;
+    if (outside) solutions_.restored(label);
+  } else {
+    if (name.starts_with("cs_accept")) twin_.accepted(label, marks);
+    twin_.follow();
+    if (outside) solutions_.kept(now);
+  }
+  if (twin_.uncertain() && outside) effect(0);
+}
+
+void Machine::observeCreation(const Line &line) {
+  const auto number = [&](std::size_t i) { return std::int64_t{line.args[i].number}; };
+  CSint *v = variable(line.target);
+  if (v == nullptr || answer_ == 0) return;
+  std::vector<int> values;
+  const std::string_view name = line.row->name;
+  if (name == "cs_createCSintFromDomain") {
+    const auto size = std::min<std::size_t>(line.args[0].list.size(), static_cast<std::size_t>(line.args[1].number));
+    values.assign(line.args[0].list.begin(), line.args[0].list.begin() + static_cast<std::ptrdiff_t>(size));
+    std::ranges::sort(values);
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    return solutions_.created(v, values);
+  }
+  const bool array = name == "cs_createCSintArray";
+  const std::int64_t low = number(array ? 1 : 0);
+  const std::int64_t high = name == "CSINT" ? low : number(array ? 2 : 1);
+  if (high - low > 40) return;
+  for (std::int64_t value = low; value <= high; ++value) values.push_back(static_cast<int>(value));
+  solutions_.created(v, values);
+  for (int i = 1; array && i < line.args[0].number; ++i)
+    if (CSint *other = variable(line.target + i)) solutions_.created(other, values);
+}
+
+// Without tasks a resource needs no capacity.
+bool Machine::lacksVariable(const Line &line) const {
+  if (line.row->name == std::string_view("cs_Cumulative")) return false;
+  for (std::size_t i = 0; i < line.args.size(); ++i)
+    if (line.row->kinds[i] == 'v' && variable(line.args[i].number) == nullptr) return true;
+  return false;
+}
+
+void Machine::observeRelation(const Line &line, Posted relation, int depth) {
+  if (line.row->group == Group::kFunction && answer_ != 0) relation.z = variable(line.target);
+  if (relation.z == nullptr && line.row->group == Group::kFunction && answer_ != 0) return effect(depth);
+  if (!usual(relation)) return effect(depth);
+  const bool accepted = answer_ != 0 || std::strcmp(line.row->name, "cs_Occur") == 0;
+  if (!accepted && refused_) return solutions_.refusedUnknown(depth);
+  if (!accepted) {
+    const std::string fault = solutions_.refused(std::move(relation), depth);
+    if (!fault.empty()) fail(fault);
+    tally_.refuted += solutions_.checked() ? 1 : 0;
+    return;
+  }
+  if (relation.z != nullptr && line.row->meaning.value == nullptr && std::ranges::count(relation.x, relation.z) == 0 &&
+      relation.z->count <= 40 && relation.z->count > 0)
+    solutions_.created(relation.z, valuesOf(relation.z));
+  solutions_.post(std::move(relation));
+  if (line.row->name == std::string_view("cs_Occur") && solutions_.none()) effect(depth);
+}
+
+// A search that has looked everywhere and found nothing is right only when there is nothing.
+void Machine::observeSearch(const Line &line, int depth) {
+  const std::string_view name = line.row->name;
+  if (line.row->group == Group::kNoGood) {
+    if (name == "cs_addNoGood" && line.args[0].number != kNull) effect(0);
+    return;
+  }
+  if (name == "cs_cancelSearch") return;
+  const bool complete = name == "cs_search" || name == "cs_findAll" || name == "cs_minimize" || name == "cs_Vsearch";
+  const bool proper = line.args[0].number != kNull && line.args[1].number > 0 && line.args[2].number >= 0 &&
+                      line.args[2].number < 4 && (name != "cs_minimize" || variable(line.args[4].number) != nullptr);
+  if (complete && proper && answer_ == 0 && !refused_) {
+    std::vector<CSint *> variables;
+    const auto solutions = solutions_.all(variables);
+    if (solutions && !solutions->empty() && !solutions_.mayRefuse())
+      fail("search: nothing found though there is a solution: " + std::string(name));
+    tally_.refuted += solutions ? 1 : 0;
+  }
+  if (name == "cs_minimize" && answer_ != 0) effect(depth);
+  if (name == "cs_searchValueSelectorRestartNG" && set(line.args[7].number) != nullptr) effect(0);
+  if (solver.contexts.count() > depth) solutions_.unknownFrom(depth + 1);
+}
+
+}  // namespace koru::traces
