@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-// malloc and free of everything that is linked statically go through the linker's --wrap; the harness itself allocates
-// by operator new, which does not.
 #include "traces/blocks.h"
 
 #include <climits>
@@ -14,7 +12,6 @@ namespace {
 
 constexpr std::size_t kLargest = 128 * 1024;
 
-long live = 0;
 int refusals = 0;
 int untilRefusal = INT_MAX;
 bool refuseAll = false;
@@ -29,7 +26,7 @@ bool decide(std::size_t size) {
 
 }  // namespace
 
-long liveBlocks() { return live; }
+long liveBlocks() { return blocksAlive; }
 int refusedRequests() { return refusals; }
 void watchRequests() { allocationHook = decide; }
 
@@ -39,24 +36,6 @@ void refuseRequest(int first, bool all) {
 }
 
 void refuseNothing() { untilRefusal = INT_MAX; }
-void loseBlock() { ++live; }
+void loseBlock() { ++blocksAlive; }
 
 }  // namespace koru::traces
-
-extern "C" {
-void *__real_malloc(std::size_t size);
-void __real_free(void *block);
-void *__wrap_malloc(std::size_t size);
-void __wrap_free(void *block);
-
-void *__wrap_malloc(std::size_t size) {
-  void *block = __real_malloc(size);
-  if (block != nullptr) ++koru::traces::live;
-  return block;
-}
-
-void __wrap_free(void *block) {
-  if (block != nullptr) --koru::traces::live;
-  __real_free(block);
-}
-}

@@ -5,7 +5,7 @@
 
 namespace koru::traces {
 
-long liveBlocks();      // of malloc and free as called by the library
+long liveBlocks();      // of the library
 int refusedRequests();  // so far
 void watchRequests();
 // Refuse the request after the next `first`, and with `all` every one that follows.
