@@ -33,7 +33,7 @@ inline void describe(CSint &v, std::string &text) {
   if (hasHoles(&v) && v.bits != nullptr)
     for (const int value : values(&v)) text += " " + std::to_string(value);
   for (const Entry *entry = v.constraints; entry != nullptr; entry = entry->next)
-    text += std::string(" ") + entry->constraint->site->name + "@" + std::to_string(entry->index);
+    text += std::string(" ") + entry->constraint->site->name() + "@" + std::to_string(entry->index);
   text += '\n';
 }
 
