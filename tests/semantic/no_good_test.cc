@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Sets of no-goods against the enumeration of what they forbid, and step by step against the twin, with backtracking.
-#include "support/brute_force.h"
+// Sets of no-goods step by step against the twin, with backtracking.
 #include "support/nogood_twin.h"
 #include "support/twin_pair.h"
 
@@ -31,53 +30,6 @@ class Generator {
  private:
   std::mt19937 random_;
 };
-
-// Some values of the domain satisfy it and some do not.
-bool isOpen(const Literal &l, const brute::Domain &domain) {
-  const auto satisfying = std::ranges::count_if(domain.values, [&](int value) { return holds(l, value); });
-  return satisfying > 0 && satisfying < std::ssize(domain.values);
-}
-
-brute::Constraint constraintOf(const std::vector<Literals> &noGoods, int size) {
-  const auto isSolution = [noGoods](std::span<const int> t) {
-    const std::vector<int> assignment(t.begin(), t.end());
-    return std::ranges::none_of(noGoods, [&](const Literals &n) { return forbids(n, assignment); });
-  };
-  return brute::relation("no-goods", isSolution, [noGoods, size](CSint **x) {
-    CSnoGoodSet *set = cs_createNoGoodSet(x, size, nullptr, 0, nullptr, nullptr);
-    for (const Literals &n : noGoods) addFreely(set, n);
-    return set != nullptr;
-  });
-}
-
-// Added while all elements are open, at the root, no-goods forbid exactly what they say.
-TEST(NoGoodSemanticTest, RandomSetsAcceptExactlyWhatNoneOfTheirNoGoodsForbids) {
-  Generator generator(11);
-  int cases = 0;
-  for (unsigned seed = 1; seed <= 400; ++seed) {
-    const int variables = 2 + generator.below(2);
-    std::vector<brute::Domain> domains;
-    for (int i = 0; i < variables; ++i) domains.push_back(generator.domain());
-    std::vector<Literals> noGoods = generator.noGoods(variables, 5, 4);
-    std::erase_if(noGoods, [&](const Literals &n) {
-      return !std::ranges::all_of(
-          n, [&](const Literal &l) { return isOpen(l, domains[static_cast<std::size_t>(l.index)]); });
-    });
-    if (noGoods.empty()) continue;
-    ++cases;
-    const brute::Constraint constraint = constraintOf(noGoods, variables);
-    const bool open = std::ranges::all_of(noGoods, [](const Literals &n) { return n.size() > 1; });
-    brute::Case test{constraint, domains, brute::distinctPositions(variables), open ? 1 : 0, 6, seed};
-    if (!brute::holds(test)) return;
-  }
-  EXPECT_GT(cases, 100);
-}
-
-TEST(NoGoodSemanticTest, AVariableAtTwoPositionsIsOneVariable) {
-  const brute::Constraint constraint = constraintOf({{eq(0, 1), eq(1, 1), eq(2, 0)}, {ge(0, 1), le(1, 2)}}, 3);
-  EXPECT_TRUE(brute::holds({constraint, {{{0, 1, 2}}, {{0, 1, 2}}}, {0, 0, 1}, 2, 6, 1}));
-  EXPECT_TRUE(brute::holds({constraint, {{{0, 1, 2, 4}}, {{-1, 0, 3}}}, {0, 0, 1}, 2, 6, 2}));
-}
 
 // A problem in the library and in the twin, and the states to come back to.
 class Twins {

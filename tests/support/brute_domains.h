@@ -20,6 +20,10 @@ enum class Making {
   kCarved,  // a wider interval from which everything else was removed before
 };
 
+inline const char *nameOf(Making making) {
+  return making == Making::kExact ? "exactly" : making == Making::kValues ? "from values" : "by carving";
+}
+
 struct Domain {
   std::vector<int> values;
   Making making = Making::kExact;
@@ -42,15 +46,18 @@ inline CSint *create(const Domain &domain) {
   return fromValues(wanted);
 }
 
-// Every non-empty subset of [low, low + width), the way of making them taking turns.
+// A subset of [low, low + 31), bit by bit, the way of making it taking turns.
+inline Domain domainOf(int low, int mask) {
+  Domain domain{{}, static_cast<Making>(mask % 3)};
+  for (int i = 0; i < 31; ++i)
+    if ((mask >> i & 1) != 0) domain.values.push_back(low + i);
+  return domain;
+}
+
+// Every non-empty subset of [low, low + width).
 inline std::vector<Domain> allDomains(int low, int width) {
   std::vector<Domain> domains;
-  for (int mask = 1; mask < 1 << width; ++mask) {
-    Domain domain{{}, static_cast<Making>(mask % 3)};
-    for (int i = 0; i < width; ++i)
-      if ((mask >> i & 1) != 0) domain.values.push_back(low + i);
-    domains.push_back(domain);
-  }
+  for (int mask = 1; mask < 1 << width; ++mask) domains.push_back(domainOf(low, mask));
   return domains;
 }
 

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// All constraints of the library as cases of the brute-force harness, family by family.
+#pragma once
+
+#include "support/brute_case.h"
+
+namespace koru::test::brute {
+
+using Cases = std::vector<Case>;
+
+Cases relationCases();
+Cases arithmeticCases();
+Cases linearCases();
+Cases reifiedCases();
+Cases globalCases();
+Cases elementCases();
+Cases automatonCases();
+Cases schedulingCases();
+Cases hostCases();
+
+const Cases &allCases();
+
+// Constants that a constraint keeps by reference and its relation reads.
+template <class T>
+std::shared_ptr<std::vector<T>> kept(std::vector<T> values) {
+  return std::make_shared<std::vector<T>>(std::move(values));
+}
+
+}  // namespace koru::test::brute

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+// Every function that posts a constraint against enumeration; support/brute_run.h says what is compared. A state is a
+// posting, or a narrowing of one by a public relation, with all that is compared then.
+#include <chrono>
+#include <fstream>
+#include <regex>
+#include <set>
+
+#include "semantic/cases.h"
+#include "semantic/least_states.h"
+
+namespace koru::test::brute {
+namespace {
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KORU_SLOW_BUILD 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define KORU_SLOW_BUILD 1
+#endif
+
+// Sanitized code is some twenty times slower and looks at a share of the postings.
+#ifdef KORU_SLOW_BUILD
+constexpr long kShare = 10;
+#else
+constexpr long kShare = 1;
+#endif
+
+constexpr long kWanted = 5000000;
+
+// Adds up what the tests of this process have seen, and has the last word.
+class Total : public ::testing::Environment {
+ public:
+  void add(const std::string &name, const Sweep &sweep) {
+    std::printf("  %-24s %8ld postings %10ld states\n", name.c_str(), sweep.postings, sweep.states);
+    names_.insert(name);
+    states_ += sweep.states;
+  }
+
+  void SetUp() override { start_ = Clock::now(); }
+  void TearDown() override {
+    if (names_.size() < 2) return;
+    const std::chrono::duration<double> seconds = Clock::now() - start_;
+    std::printf("%ld states of %zu cases in %.1f s\n", states_, names_.size(), seconds.count());
+    if (names_.size() < allCases().size()) return;
+    EXPECT_GE(states_, kWanted / kShare);
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point start_;
+  std::set<std::string> names_;
+  long states_ = 0;
+};
+
+Total &total = *static_cast<Total *>(::testing::AddGlobalTestEnvironment(new Total));
+
+class Semantics : public ::testing::TestWithParam<Case> {
+ protected:
+  // So many times the least number of states must be seen, unless a single posting is run again.
+  static void run(const Scale &scale, long times) {
+    Sweep sweep(GetParam(), scale);
+    sweep.run();
+    EXPECT_TRUE(sweep.finding.empty()) << sweep.finding;
+    total.add(GetParam().name, sweep);
+    if (sweep.single()) return;
+    EXPECT_GE(sweep.states, times * leastStates(GetParam().name) / kShare);
+  }
+};
+
+TEST_P(Semantics, AgreesWithEnumeration) { run({1, kShare, 0, 0}, 1); }
+
+// More postings, wider domains, and pairs of narrowings in full for some.
+TEST_P(Semantics, HeavyAgreesWithEnumeration) { run({6, kShare, 1, 40}, 3); }
+
+INSTANTIATE_TEST_SUITE_P(, Semantics, ::testing::ValuesIn(allCases()), [](const auto &row) { return row.param.name; });
+
+// ----- the table
+
+TEST(SemanticCases, HaveNamesOfTheirOwnEachWithALeastNumberOfStates) {
+  std::set<std::string> names;
+  for (const Case &c : allCases()) {
+    EXPECT_TRUE(names.insert(c.name).second) << c.name;
+    EXPECT_GT(leastStates(c.name), 0) << c.name;
+  }
+  EXPECT_EQ(names.size(), std::size(kLeastStates));
+}
+
+TEST(SemanticCases, ReachFiveMillionStatesTogether) {
+  long states = 0;
+  for (const Case &c : allCases()) states += leastStates(c.name);
+  EXPECT_GE(states, kWanted);
+}
+
+// The sections of the header whose functions state nothing about variables, and functions of these that do.
+const std::set<std::string> kStateNothing = {"Types and callbacks",
+                                             "Lifecycle, version and errors",
+                                             "Variables: creation, names, queries",
+                                             "Choice points",
+                                             "Search, variable selection and statistics",
+                                             "Optimisation and criteria search",
+                                             "Value selectors",
+                                             "Search notification",
+                                             "No-goods and restarts",
+                                             "Profiler",
+                                             "Formatted output"};
+const std::set<std::string> kStateAllTheSame = {"cs_createNoGoodSet", "cs_addNoGood"};
+
+std::set<std::string> functionsOfTheHeader() {
+  static const std::regex title(R"(^ \* \d+\. (.*)$)");
+  static const std::regex function(R"(^KORU_API .*\b(cs_\w+|CSINT)\()");
+  std::set<std::string> functions;
+  std::ifstream header("include/koru.h");
+  std::string section;
+  std::smatch match;
+  for (std::string line; std::getline(header, line);) {
+    if (std::regex_search(line, match, title)) section = match[1];
+    if (!std::regex_search(line, match, function)) continue;
+    if (!kStateNothing.contains(section) || kStateAllTheSame.contains(match[1])) functions.insert(match[1]);
+  }
+  return functions;
+}
+
+TEST(SemanticCases, CoverEveryFunctionThatStatesSomething) {
+  std::set<std::string> stated;
+  for (const Case &c : allCases()) stated.insert(c.functions.begin(), c.functions.end());
+  EXPECT_EQ(stated, functionsOfTheHeader());
+  EXPECT_EQ(stated.size(), 65U);
+}
+
+}  // namespace
+}  // namespace koru::test::brute
