@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_Abs: z = |x|.
-// Consistency: domain for a bit array, bounds else.  Cost: O(1) per event, O(d) when a value is dropped on both sides.
+// Consistency: bounds; holes pass when x has a bit array at posting and whenever an inner value is removed, but a value
+// that a moved bound of x has left behind stays in z.  Cost: O(1) per event, O(d) when z drops values on both sides.
 // State: none.  Wakes: on every event, one constraint on x and one on z, under one site.
 // Deliberate: the smallest int, whose absolute value is none, leaves x at posting.
 // Deliberate: a raised minimum of z is spelled out as removals from x only while x spans 0 and both sides reach it.
