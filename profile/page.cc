@@ -141,9 +141,8 @@ void writeRow(std::ostream &out, const Profile &profile, const Entry &e) {
   const double widest = profile.entries.empty() ? 1 : profile.shareOf(profile.entries.front());
   out << "<tr>";
   writeNumber(out, e.calls);
-  out << "<td class=share data-key=" << share << '>' << percent(share)
-      << "<div class=bar style=\"" << width(widest > 0 ? share / widest : 0) << "\"><i style=\"" << width(e.failRate())
-      << "\"></i></div></td>";
+  out << "<td class=share data-key=" << share << '>' << percent(share) << "<div class=bar style=\""
+      << width(widest > 0 ? share / widest : 0) << "\"><i style=\"" << width(e.failRate()) << "\"></i></div></td>";
   writeNumber(out, e.fails);
   out << "<td class=n data-key=" << e.failRate() << '>' << percent(e.failRate()) << "</td>";
   writeNumber(out, e.postings);
