@@ -20,6 +20,10 @@ function(koru_library target)
     PRIVATE ${PROJECT_SOURCE_DIR}/src)
   koru_use_backtrace(${target})
   target_compile_options(${target} PRIVATE -fno-rtti -fno-semantic-interposition)
+  # Only by frame pointers can 32-bit Windows follow the library's calls back to the host's.
+  if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_options(${target} PRIVATE -fno-omit-frame-pointer)
+  endif()
   set_target_properties(
     ${target}
     PROPERTIES POSITION_INDEPENDENT_CODE ON

@@ -21,13 +21,6 @@ const char kReportHead[] = "platform: generic\n";
 
 namespace {
 
-// The static library is part of the host's own module.
-#ifdef KORU_BUILDING
-constexpr bool kOwnModule = true;
-#else
-constexpr bool kOwnModule = false;
-#endif
-
 struct Modules {
   std::uint64_t loads = 0;
   std::uint64_t unloads = 0;

@@ -9,6 +9,13 @@
 
 namespace koru::platform {
 
+// The static library is part of the host's own module.
+#ifdef KORU_BUILDING
+inline constexpr bool kOwnModule = true;
+#else
+inline constexpr bool kOwnModule = false;
+#endif
+
 struct FreeText {
   void operator()(char *text) const { std::free(text); }
 };

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The built-in locator from outside: a program that uses the shared library, built at a fixed address, position-
 // independent, and stripped, and modules that it loads and unloads.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
+#include "support/loaded_module.h"
+#include "support/place_text.h"
 #include "support/profile_reader.h"
 
 namespace {
@@ -59,11 +60,11 @@ class HostTest : public ::testing::Test {
 
   // `symbol` is how the linker knows the function; debug information may know it as one of its own that was inlined.
   static void expectHere(const Fields &place, int line, const char *function, const char *symbol) {
-    EXPECT_EQ(place.address.substr(0, 2), "0x");
+    EXPECT_EQ(place.address.substr(0, 2), koru::test::kAddressStart);
     if (kFinds == Finds::kLines) {
-      EXPECT_EQ(place.file, __FILE__);
+      EXPECT_EQ(place.file, koru::test::fileInPlace(__FILE__));
       EXPECT_EQ(place.line, std::to_string(line));
-      EXPECT_EQ(place.function, function);
+      EXPECT_EQ(place.function.substr(place.function.rfind(':') + 1), function);
       return;
     }
     EXPECT_NE(place.file.find("test_locator_"), std::string::npos) << "the module: " << place.file;
@@ -86,11 +87,10 @@ TEST_F(HostTest, AReportNamesFileLineAddressAndFunction) {
   expectHere(placeOf("cs_Neq"), line, "TestBody", "AReportNamesFileLineAddressAndFunction_Test::TestBody()");
 }
 
-TEST_F(HostTest, TheHeadSaysGeneric) {
-  const std::vector<std::string> lines = koru::test::linesOf(koru::test::reportOf(profiler));
-  ASSERT_GE(lines.size(), 7U);
-  EXPECT_EQ(lines[4], "platform: generic");
-  EXPECT_EQ(lines[5], "format: windows_pdb");
+TEST_F(HostTest, TheHeadNamesThePlatform) {
+  const std::string lines = '\n' + std::string(koru::test::kPlatformLines) + "format: windows_pdb\n__DATA__\n";
+  const std::string report = koru::test::reportOf(profiler);
+  EXPECT_NE(report.find(lines), std::string::npos) << report;
 }
 
 TEST_F(HostTest, TwoCallsFromOneFunctionAreTwoPlaces) {
@@ -102,6 +102,8 @@ TEST_F(HostTest, TwoCallsFromOneFunctionAreTwoPlaces) {
   EXPECT_NE(rows[0].text, rows[1].text);
 }
 
+// What dbghelp says of code that was inlined is the function around it, and a line of that.
+#ifndef _WIN32
 inline bool postInline(CSint *a, CSint *b) { return cs_Lt(a, b); }
 constexpr int kInlineLine = __LINE__ - 1;
 
@@ -111,6 +113,7 @@ TEST_F(HostTest, OfFunctionsThatAreInlinedTheInnermostIsNamed) {
   expectHere(placeInReport("cs_Lt"), kInlineLine, "postInline",
              "OfFunctionsThatAreInlinedTheInnermostIsNamed_Test::TestBody()");
 }
+#endif
 
 // ----- postings by the library itself
 
@@ -118,8 +121,8 @@ int callLine = 0;
 
 bool narrowByArray(int, int, CSint **, int, void *extra) {
   const int values[] = {2, 3, 5};
-  callLine = __LINE__ + 1;
   const bool consistent = cs_InArray(static_cast<CSint *>(extra), values, 3) != 0;
+  callLine = __LINE__ - 1;
   return consistent && callLine > 0;
 }
 
@@ -133,8 +136,8 @@ TEST_F(HostTest, WhatTheLibraryPostsForTheHostIsOnTheLineOfTheHostsCall) {
 bool searchOther(int, int, CSint **, int, void *extra) {
   auto *other = static_cast<CSint *>(extra);
   cs_saveContext();
-  callLine = __LINE__ + 1;
   const bool found = cs_search(&other, 1, cs_findFreeVar);
+  callLine = __LINE__ - 1;
   cs_restoreContext();
   return found && callLine > 0;
 }
@@ -172,9 +175,7 @@ TEST_F(HostTest, TooFarBelowTheHostsCallAPlaceIsUnknown) {
 
 class Plugin {
  public:
-  explicit Plugin(const char *path) : handle_(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
-    EXPECT_NE(handle_, nullptr) << dlerror();
-  }
+  explicit Plugin(const char *path) : handle_(koru::test::openModule(path)) { EXPECT_NE(handle_, nullptr) << path; }
   ~Plugin() { unload(); }
   Plugin(const Plugin &) = delete;
   Plugin &operator=(const Plugin &) = delete;
@@ -184,17 +185,17 @@ class Plugin {
   }
   int line() const { return reinterpret_cast<int (*)()>(at("lineOfPlugin"))(); }
   void unload() {
-    if (handle_ != nullptr) dlclose(handle_);
+    if (handle_ != nullptr) koru::test::closeModule(handle_);
     handle_ = nullptr;
   }
 
  private:
-  void *at(const char *name) const { return dlsym(handle_, name); }
+  void *at(const char *name) const { return koru::test::symbolOf(handle_, name); }
   void *handle_;
 };
 
 void expectPlugin(const Fields &place, int line) {
-  EXPECT_NE(place.file.find("tests/locator/plugin.c"), std::string::npos) << place.file;
+  EXPECT_NE(place.file.find("plugin.c"), std::string::npos) << place.file;
   EXPECT_EQ(place.line, std::to_string(line));
   EXPECT_EQ(place.function, "postFromPlugin");
 }

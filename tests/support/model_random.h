@@ -28,7 +28,7 @@ class Random {
 
   template <class T>
   const T &pick(const std::vector<T> &from) {
-    return from[next() % from.size()];
+    return from[static_cast<std::size_t>(next() % from.size())];
   }
 
  private:

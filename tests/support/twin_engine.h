@@ -13,7 +13,11 @@
 
 namespace koru::test::twin {
 
+#ifdef __SIZEOF_INT128__
 __extension__ using Wide = __int128;
+#else
+using Wide = long long;  // all that 32-bit compilers have
+#endif
 
 class Engine {
  public:

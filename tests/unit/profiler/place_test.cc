@@ -7,6 +7,7 @@
 #include "core/ports.h"
 #include "core/site.h"
 #include "support/model_failure.h"
+#include "support/place_text.h"
 #include "support/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
@@ -23,7 +24,8 @@ TEST_F(PlaceTest, HasFileLineAddressAndFunctionOfTheCallItself) {
   const int line = __LINE__ + 1;
   const void *here = callerOfThis();
   char head[400];
-  std::snprintf(head, sizeof head, "%s\t%d\t%p\t", __FILE__, line, static_cast<const char *>(here) - 1);
+  std::snprintf(head, sizeof head, "%s\t%d\t%p\t", fileInPlace(__FILE__).c_str(), line,
+                static_cast<const char *>(here) - 1);
   EXPECT_EQ(placeOf(here), head + std::string("TestBody"));
 }
 

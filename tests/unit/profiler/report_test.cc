@@ -7,6 +7,7 @@
 
 #include "profiler/profiler.h"
 #include "support/model_failure.h"
+#include "support/place_text.h"
 #include "support/profile_reader.h"
 #include "support/solver_test.h"
 #include "support/written_text.h"
@@ -49,10 +50,10 @@ class ReportTest : public SolverTest {
 TEST_F(ReportTest, OneThatWasNeverEnabledHasNoTimesAndNoRows) {
   EXPECT_EQ(reportOf(profiler),
             "Koru Profiler: Constraint 1.0\n"
-            "Koru Version: 3.8.0\n"
-            "platform: generic\n"
-            "format: windows_pdb\n"
-            "__DATA__\n");
+            "Koru Version: 3.8.0\n" +
+                std::string(kPlatformLines) +
+                "format: windows_pdb\n"
+                "__DATA__\n");
 }
 
 TEST_F(ReportTest, TimesComeBeforeThePlatformAndRowsAfterTheData) {
@@ -61,11 +62,11 @@ TEST_F(ReportTest, TimesComeBeforeThePlatformAndRowsAfterTheData) {
             "Koru Profiler: Constraint 1.0\n"
             "Koru Version: 3.8.0\n"
             "start_time: 1000\n"
-            "end_time: 1007\n"
-            "platform: generic\n"
-            "format: windows_pdb\n"
-            "__DATA__\n"
-            "the place\tcs_Neq\t2\t0\n");
+            "end_time: 1007\n" +
+                std::string(kPlatformLines) +
+                "format: windows_pdb\n"
+                "__DATA__\n"
+                "the place\tcs_Neq\t2\t0\n");
 }
 
 TEST_F(ReportTest, AnEnabledOneEndsNow) {

@@ -8,6 +8,7 @@
 #include "core/solver.h"
 #include "support/batch.h"
 #include "support/brute_probe.h"
+#include "support/place_text.h"
 #include "support/postings.h"
 #include "support/profile_reader.h"
 #include "support/solver_test.h"
@@ -61,7 +62,8 @@ TEST_P(SitesTest, ASiteHasTheFunctionsNameAndThePlaceOfItsCall) {
   ASSERT_EQ(sites.size(), 1U);
   EXPECT_STREQ((*sites.begin())->name(), GetParam().siteName);
   const std::string place = (*sites.begin())->text();
-  EXPECT_EQ(place.find(std::string(kPostingFile) + "\t" + std::to_string(GetParam().line) + "\t0x"), 0U) << place;
+  EXPECT_EQ(place.find(fileInPlace(kPostingFile) + "\t" + std::to_string(GetParam().line) + "\t" + kAddressStart), 0U)
+      << place;
 }
 
 TEST_P(SitesTest, UnderAHostsLocatorAProfilerCountsCallsAndFailsOfTheSite) {
