@@ -15,6 +15,7 @@ inline constexpr char kUnknownPlace[] = "(unknown)\t0\t0\t(unknown)";
 // Who posts: the exported function that the host has called, and the address that it returns to. To be made from the
 // name in that very function, whose return address it takes; from there on it is handed down.
 struct Poster {
+  // NOLINTNEXTLINE(google-explicit-constructor): the name stands for the poster in every posting function.
   Poster(const char *constantName, const void *returnAddress = __builtin_return_address(0))
       : name(constantName), caller(returnAddress) {}
 

@@ -38,7 +38,8 @@ int print(char *text, std::size_t size, const platform::Place &place) {
 KnownPlace *lookUp(const void *returnAddress) {
   platform::Place place;
   if (!platform::find(returnAddress, place)) return nullptr;
-  const auto size = static_cast<std::size_t>(print(nullptr, 0, place)) + 1;
+  char length[1];
+  const auto size = static_cast<std::size_t>(print(length, sizeof length, place)) + 1;
   auto *known = static_cast<KnownPlace *>(allocate(sizeof(KnownPlace) + size));
   if (known != nullptr) print(known->text(), size, place);
   return known;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Deep searches: 50,000 levels within a stack of 8 MiB (64-bit Windows: 16), and the bytes that a level of each engine takes, as they are
-// stated in docs/search.md. Frames of instrumented builds and of those that are not optimised are many times larger:
-// there the same searches go 2,000 levels deep, and a level is held to its share of the stack.
+// Deep searches: 50,000 levels within a stack of 8 MiB (64-bit Windows: 16), and the bytes that a level of each engine
+// takes, as they are stated in docs/search.md. Frames of instrumented builds and of those that are not optimised are
+// many times larger: there the same searches go 2,000 levels deep, and a level is held to its share of the stack.
 #include <pthread.h>
 
 #include <array>

@@ -38,7 +38,7 @@ std::vector<std::vector<int>> pairwise(const char *kinds) {
 
 std::string callNow;
 void sayCall(int signal) {
-  if (write(STDERR_FILENO, callNow.c_str(), callNow.size()) < 0) return;
+  if (write(STDERR_FILENO, callNow.c_str(), static_cast<unsigned>(callNow.size())) < 0) return;
   std::signal(signal, SIG_DFL);
   std::raise(signal);
 }

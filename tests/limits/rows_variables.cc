@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "support/limits_table.h"
-#include "support/memory_text.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 

@@ -36,7 +36,7 @@ const char *replayed() { return std::getenv("KORU_MEMORY_POINT"); }
 // A crash says at which point.
 char pointNow[256] = "";
 void sayPoint(int signal) {
-  if (write(STDERR_FILENO, pointNow, std::strlen(pointNow)) < 0) return;
+  if (write(STDERR_FILENO, pointNow, static_cast<unsigned>(std::strlen(pointNow))) < 0) return;
   std::signal(signal, SIG_DFL);
   std::raise(signal);
 }

@@ -2,6 +2,7 @@
 // Every function that posts a constraint against enumeration; support/brute_run.h says what is compared. A state is a
 // posting, or a narrowing of one by a public relation, with all that is compared then.
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <set>
 
@@ -22,18 +23,18 @@ namespace {
 
 // Sanitized code is some six times slower and looks at a share of the postings.
 #ifdef KORU_SLOW_BUILD
-constexpr long kShare = 4;
+constexpr long long kShare = 4;
 #else
-constexpr long kShare = 1;
+constexpr long long kShare = 1;
 #endif
 
-constexpr long kWanted = 5000000;
+constexpr long long kWanted = 5000000;
 
 // Adds up what the tests of this process have seen, and has the last word.
 class Total : public ::testing::Environment {
  public:
   void add(const std::string &name, const Sweep &sweep) {
-    std::printf("  %-24s %8ld postings %10ld states\n", name.c_str(), sweep.postings, sweep.states);
+    std::printf("  %-24s %8lld postings %10lld states\n", name.c_str(), sweep.postings, sweep.states);
     names_.insert(name);
     states_ += sweep.states;
   }
@@ -42,7 +43,7 @@ class Total : public ::testing::Environment {
   void TearDown() override {
     if (names_.size() < 2) return;
     const std::chrono::duration<double> seconds = Clock::now() - start_;
-    std::printf("%ld states of %zu cases in %.1f s\n", states_, names_.size(), seconds.count());
+    std::printf("%lld states of %zu cases in %.1f s\n", states_, names_.size(), seconds.count());
     if (names_.size() < allCases().size()) return;
     EXPECT_GE(states_, kWanted / kShare);
   }
@@ -51,16 +52,22 @@ class Total : public ::testing::Environment {
   using Clock = std::chrono::steady_clock;
   Clock::time_point start_;
   std::set<std::string> names_;
-  long states_ = 0;
+  long long states_ = 0;
 };
 
 Total &total = *static_cast<Total *>(::testing::AddGlobalTestEnvironment(new Total));
+
+// The posting of a case that alone is to be run again.
+long long replayed() {
+  const char *number = std::getenv("KORU_POSTING");
+  return number != nullptr ? std::atoll(number) : 0;
+}
 
 class Semantics : public ::testing::TestWithParam<Case> {
  protected:
   // So many times the least number of states must be seen, unless a single posting is run again.
   static void run(const Scale &scale, long times) {
-    Sweep sweep(GetParam(), scale);
+    Sweep sweep(GetParam(), scale, replayed());
     sweep.run();
     EXPECT_TRUE(sweep.finding.empty()) << sweep.finding;
     total.add(GetParam().name, sweep);

@@ -6,7 +6,6 @@
 // Each posting of a sweep has a number, by which it is drawn and can be run again alone: KORU_POSTING=17.
 #pragma once
 
-#include <cstdlib>
 
 #include "support/brute_visits.h"
 
@@ -56,21 +55,19 @@ inline std::vector<std::vector<int>> allPatterns(int arity) {
 
 // What a sweep does more than the quick one when it has time.
 struct Scale {
-  int postings = 1;  // times as many
-  long share = 1;    // of which one in so many is made
-  int wider = 0;     // rooms of more than one value
-  int deeper = 0;    // one in so many is narrowed twice in full; 0: none
+  int postings = 1;     // times as many
+  long long share = 1;  // of which one in so many is made
+  int wider = 0;        // rooms of more than one value
+  int deeper = 0;       // one in so many is narrowed twice in full; 0: none
 };
 
 class Sweep {
  public:
-  explicit Sweep(const Case &test, Scale scale = {}) : case_(test), scale_(scale) {
-    const char *only = std::getenv("KORU_POSTING");
-    if (only != nullptr) only_ = std::atol(only);
-  }
+  // A number of a posting: nothing but that one.
+  explicit Sweep(const Case &test, Scale scale = {}, long long only = 0) : case_(test), scale_(scale), only_(only) {}
 
-  long states = 0;
-  long postings = 0;
+  long long states = 0;
+  long long postings = 0;
   bool single() const { return only_ != 0; }
   std::string finding;  // empty when nothing was
 
@@ -103,14 +100,14 @@ class Sweep {
 
   void runPattern(Posting posting, const std::vector<Room> &rooms, int most) {
     std::mt19937 random(static_cast<unsigned>(number_ + 1));
-    long combinations = 1;
-    for (const Room &room : rooms) combinations = std::min(combinations * ((1L << room.width) - 1), 1L << 40);
+    long long combinations = 1;
+    for (const Room &room : rooms) combinations = std::min(combinations * ((1LL << room.width) - 1), 1LL << 40);
     const bool sampled = combinations > most;
-    for (long i = 0; i < (sampled ? most : combinations) && finding.empty(); ++i) {
+    for (long long i = 0; i < (sampled ? most : combinations) && finding.empty(); ++i) {
       posting.domains.clear();
-      long code = i;
+      long long code = i;
       for (const Room &room : rooms) {
-        const long subsets = (1L << room.width) - 1;
+        const long long subsets = (1LL << room.width) - 1;
         posting.domains.push_back(sampled ? randomDomain(random, room.low, room.width)
                                           : domainOf(room.low, static_cast<int>(code % subsets) + 1));
         code /= subsets;
@@ -141,8 +138,8 @@ class Sweep {
 
   const Case &case_;
   Scale scale_;
-  long number_ = 0;
-  long only_ = 0;
+  long long number_ = 0;
+  long long only_;
 };
 
 }  // namespace koru::test::brute

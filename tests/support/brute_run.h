@@ -39,7 +39,7 @@ class Run {
   Run(const Run &) = delete;
   Run &operator=(const Run &) = delete;
 
-  long states = 0;
+  long long states = 0;
 
   // The first thing that was wrong, with all that is needed to see it again; empty when nothing was.
   const std::string &finding() const { return finding_; }

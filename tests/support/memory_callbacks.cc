@@ -7,7 +7,7 @@
 #include "core/solver.h"
 #include "profiler/profiler.h"
 #include "support/memory_scenario.h"
-#include "support/memory_text.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 

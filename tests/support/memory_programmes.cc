@@ -5,7 +5,7 @@
 #include <string>
 
 #include "support/memory_scenario.h"
-#include "support/memory_text.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 

@@ -4,7 +4,7 @@
 
 #include "core/solver.h"
 #include "support/memory_scenario.h"
-#include "support/memory_text.h"
+#include "support/written_text.h"
 
 namespace koru::test {
 

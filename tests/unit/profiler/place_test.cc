@@ -25,7 +25,7 @@ TEST_F(PlaceTest, HasFileLineAddressAndFunctionOfTheCallItself) {
   const void *here = callerOfThis();
   char head[400];
   std::snprintf(head, sizeof head, "%s\t%d\t%p\t", fileInPlace(__FILE__).c_str(), line,
-                static_cast<const char *>(here) - 1);
+                static_cast<const void *>(static_cast<const char *>(here) - 1));
   EXPECT_EQ(placeOf(here), head + std::string("TestBody"));
 }
 
