@@ -4,6 +4,7 @@
 // Nothing is looked up while constraints are posted. A report asks for the texts, and so does the site table, whose key
 // they are part of; what was found is kept by address until cs_end.
 #include <cstdio>
+#include <cstring>
 
 #include "core/alloc.h"
 #include "core/ports.h"
@@ -30,18 +31,17 @@ unsigned bucketOf(const void *address) {
   return static_cast<unsigned>((bits ^ bits >> 8) % kBuckets);
 }
 
-int print(char *text, std::size_t size, const platform::Place &place) {
-  const char *function = place.function != nullptr ? place.function : "(unknown)";
-  return std::snprintf(text, size, "%s\t%d\t%p\t%s", place.file, place.line, place.address, function);
-}
+// Characters that a line and an address take at most, with the tabs and the end.
+constexpr std::size_t kNumbers = 40;
 
 KnownPlace *lookUp(const void *returnAddress) {
   platform::Place place;
   if (!platform::find(returnAddress, place)) return nullptr;
-  char length[1];
-  const auto size = static_cast<std::size_t>(print(length, sizeof length, place)) + 1;
+  const char *function = place.function != nullptr ? place.function : "(unknown)";
+  const std::size_t size = std::strlen(place.file) + std::strlen(function) + kNumbers;
   auto *known = static_cast<KnownPlace *>(allocate(sizeof(KnownPlace) + size));
-  if (known != nullptr) print(known->text(), size, place);
+  if (known != nullptr)
+    std::snprintf(known->text(), size, "%s\t%d\t%p\t%s", place.file, place.line, place.address, function);
   return known;
 }
 

@@ -6,7 +6,6 @@
 // Each posting of a sweep has a number, by which it is drawn and can be run again alone: KORU_POSTING=17.
 #pragma once
 
-
 #include "support/brute_visits.h"
 
 namespace koru::test::brute {
