@@ -114,7 +114,7 @@ _Unwind_Reason_Code visitFrame(_Unwind_Context *context, void *argument) {
 }  // namespace
 
 bool find(const void *returnAddress, Place &place) {
-  place.address = static_cast<const char *>(returnAddress) - 1;
+  place.address = callBefore(returnAddress);
   Dl_info module;
   if (dladdr(place.address, &module) == 0) return false;
   findLine(reinterpret_cast<std::uintptr_t>(place.address), place);

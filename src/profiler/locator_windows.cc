@@ -156,7 +156,7 @@ constinit DebugHelp debugHelp;
 
 bool find(const void *returnAddress, Place &place) {
   static IMAGEHLP_MODULE64 module;
-  place.address = static_cast<const char *>(returnAddress) - 1;
+  place.address = callBefore(returnAddress);
   const auto address = static_cast<DWORD64>(reinterpret_cast<std::uintptr_t>(place.address));
   if (moduleOf(place.address) == nullptr || !debugHelp.isReady() || !debugHelp.findModule(address, module))
     return false;

@@ -35,6 +35,11 @@ extern const char kReportHead[];
 // Where the call is that returns to the address; false when not even its module can be found.
 bool find(const void *returnAddress, Place &place);
 
+// An address that belongs to the call itself, also when the call ends a function.
+inline const void *callBefore(const void *returnAddress) {
+  return reinterpret_cast<const void *>(reinterpret_cast<std::uintptr_t>(returnAddress) - 1);
+}
+
 // How often modules have been unloaded: an address may mean something else afterwards.
 std::uint64_t unloads();
 

@@ -58,13 +58,20 @@ class HostTest : public ::testing::Test {
     return fieldsOf(texts.empty() ? "" : texts[0]);
   }
 
+  // Without its namespace and its parameters, which some compilers tell of each function.
+  static std::string unqualified(const std::string &function) {
+    const bool hasParameters = !function.empty() && function.back() == ')';
+    const std::string name = function.substr(0, hasParameters ? function.rfind('(') : std::string::npos);
+    return name.substr(name.rfind(':') + 1);
+  }
+
   // `symbol` is how the linker knows the function; debug information may know it as one of its own that was inlined.
   static void expectHere(const Fields &place, int line, const char *function, const char *symbol) {
     EXPECT_EQ(place.address.substr(0, 2), koru::test::kAddressStart);
     if (kFinds == Finds::kLines) {
       EXPECT_EQ(place.file, koru::test::fileInPlace(__FILE__));
       EXPECT_EQ(place.line, std::to_string(line));
-      EXPECT_EQ(place.function.substr(place.function.rfind(':') + 1), function);
+      EXPECT_EQ(unqualified(place.function), function);
       return;
     }
     EXPECT_NE(place.file.find("test_locator_"), std::string::npos) << "the module: " << place.file;

@@ -30,7 +30,7 @@ namespace koru::test {
 namespace {
 
 std::filesystem::path exampleFolder() {
-  return std::filesystem::path(__FILE__).parent_path().parent_path().parent_path() / "examples";
+  return std::filesystem::path(__FILE__).parent_path().parent_path().parent_path().parent_path() / "examples";
 }
 
 struct Example {
