@@ -17,8 +17,21 @@ namespace koru {
 
 namespace {
 
-// As wide as a pointer, so that it may stand one step past either end of the int range.
+// As wide as a pointer. With more bits than an int it may stand one step past either end of the int range; otherwise
+// a value near the other end means this, to a variable that does not reach so far. One that does begins again.
 using Cursor = std::intptr_t;
+constexpr bool kHasRoom = sizeof(Cursor) > sizeof(int);
+constexpr int kPastMax = kIntMin + 2;
+constexpr int kPastMin = kIntMax - 2;
+
+Cursor above(int value) { return kHasRoom || value < kIntMax ? Cursor{value} + 1 : kPastMax; }
+Cursor below(int value) { return kHasRoom || value > kIntMin ? Cursor{value} - 1 : kPastMin; }
+bool isAbove(Cursor cursor, const CSint &v) {
+  return cursor > v.max || (!kHasRoom && cursor == kPastMax && v.min > kPastMax);
+}
+bool isBelow(Cursor cursor, const CSint &v) {
+  return cursor < v.min || (!kHasRoom && cursor == kPastMin && v.max < kPastMin);
+}
 
 template <auto start>
 bool init(int index, CSint **array, int, void *state) {
@@ -43,18 +56,18 @@ bool produceValue(CSvalueSelection &r, const CSint &v, int value) {
 }
 
 bool ascending(CSvalueSelection &r, const CSint &v, Cursor &cursor) {
-  if (cursor > v.max) return false;
+  if (isAbove(cursor, v)) return false;
   int value = cursor < v.min ? v.min : static_cast<int>(cursor);
   if (!contains(&v, value)) value = valueAfter(&v, value);
-  cursor = Cursor{value} + 1;
+  cursor = above(value);
   return produceValue(r, v, value);
 }
 
 bool descending(CSvalueSelection &r, const CSint &v, Cursor &cursor) {
-  if (cursor < v.min) return false;
+  if (isBelow(cursor, v)) return false;
   int value = cursor > v.max ? v.max : static_cast<int>(cursor);
   if (!contains(&v, value)) value = valueBefore(&v, value);
-  cursor = Cursor{value} - 1;
+  cursor = below(value);
   return produceValue(r, v, value);
 }
 

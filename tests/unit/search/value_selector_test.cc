@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Value selectors without a search: the decisions of the built-in ones, the record, and the posting of a decision.
 #include <climits>
+#include <functional>
 #include <string>
 
 #include "support/brute_probe.h"
@@ -15,10 +16,12 @@ using namespace koru::test;
 class ValueSelectorTest : public SolverTest {
  protected:
   // All decisions, separated by commas.
-  static std::string decisions(int kind, CSint *v) {
+  static std::string decisions(
+      int kind, CSint *v, const std::function<void()> &afterStart = [] {}) {
     CSvalueSelector *selector = cs_getValueSelector(kind);
     void *state = nullptr;
     EXPECT_TRUE(cs_initValueSelector(selector, 0, &v, 1, &state));
+    afterStart();
     std::string text;
     CSvalueSelection r{};
     for (int i = 0; i < 100 && cs_selectNextValue(&r, selector, 0, &v, 1, &state); ++i)
@@ -70,6 +73,15 @@ TEST_F(ValueSelectorTest, DomainsAtTheEndsOfTheIntRangeEnd) {
   EXPECT_EQ(decisions(CS_SELECT_ASCENDING, INT_MIN, INT_MIN + 1), "EQ -2147483648, EQ -2147483647");
   EXPECT_EQ(decisions(CS_SELECT_DESCENDING, INT_MAX - 1, INT_MAX), "EQ 2147483647, EQ 2147483646");
   EXPECT_EQ(decisions(CS_SELECT_DESCENDING, INT_MIN, INT_MIN + 1), "EQ -2147483647, EQ -2147483648");
+}
+
+TEST_F(ValueSelectorTest, ABoundThatMovesAwayFromTheEndAfterTheStartIsNotPassed) {
+  for (const int step : {0, 1}) {
+    CSint *up = cs_createCSint(INT_MIN + step, 0);
+    EXPECT_EQ(decisions(CS_SELECT_ASCENDING, up, [=] { cs_GE(up, -1); }), "EQ -1, EQ 0");
+    CSint *down = cs_createCSint(0, INT_MAX - step);
+    EXPECT_EQ(decisions(CS_SELECT_DESCENDING, down, [=] { cs_LE(down, 1); }), "EQ 1, EQ 0");
+  }
 }
 
 // max - min does not fit an int; the count, 0, is below 2.
