@@ -23,7 +23,7 @@ struct Poster {
   const void *caller;
 };
 
-// 16 bytes. A text that the host's locator has given follows the fields; otherwise the address is kept, and what it
+// 16 bytes, 12 where addresses have 32 bits. A text that the host's locator has given follows the fields; otherwise the address is kept, and what it
 // stands for is looked up when somebody asks.
 class Site {
  public:

@@ -2,6 +2,7 @@
 // Relations, arithmetic, sums and reified comparisons.
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 #include "support/limits_table.h"
 
@@ -104,7 +105,12 @@ bool variadicDifference(Operands &o, const Arguments &a) {
   return isSum(cs_VSub(a[0], a.pointer(0, o.x), o.y, o.b), a, expected);
 }
 
+#ifdef __SIZEOF_INT128__
 __extension__ using Wide = __int128;
+#else
+using Wide = long double;  // exact for totals of three products
+static_assert(std::numeric_limits<Wide>::digits >= 64);
+#endif
 
 // The bounds of a sum of the first n terms, if all totals on the way fit.
 struct Total {

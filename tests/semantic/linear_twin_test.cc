@@ -10,7 +10,6 @@ namespace {
 using namespace koru;
 using namespace koru::test;
 using koru::test::twin::Pair;
-using koru::test::twin::Wide;
 
 // Numbers at which 32-bit arithmetic would go wrong, and any others.
 int extreme(Pair &pair) {
@@ -47,9 +46,9 @@ std::vector<int> extremePositions(Pair &pair, int n) {
 
 // False when the totals leave 64 bits, or come so near that a difference with s does.
 bool fits(Pair &pair, const std::vector<int> &x, const std::vector<int> &c) {
-  const twin::ScalProd p{pair.engine, -1, x, c};
-  const Wide limit = Wide{INT64_MAX} - (Wide{1} << 33);
-  return p.lows() > -limit && p.highs() < limit;
+  constexpr std::int64_t kLimit = INT64_MAX - (std::int64_t{1} << 33);
+  const auto totals = twin::ScalProd{pair.engine, -1, x, c}.totals();
+  return totals.has_value() && totals->first > -kLimit && totals->second < kLimit;
 }
 
 void runScalProd(Pair &pair, std::vector<int> x, std::vector<int> c, int steps) {

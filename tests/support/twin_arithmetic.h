@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "support/twin_engine.h"
 
@@ -33,6 +34,14 @@ struct ScalProd {
     Wide total = 0;
     for (std::size_t i = 0; i < x.size(); ++i) total += high(i);
     return total;
+  }
+  // Lows and highs as they are added up; nothing when a partial total leaves 64 bits.
+  std::optional<std::pair<std::int64_t, std::int64_t>> totals() const {
+    std::int64_t min = 0;
+    std::int64_t max = 0;
+    for (std::size_t i = 0; i < x.size(); ++i)
+      if (__builtin_add_overflow(min, low(i), &min) || __builtin_add_overflow(max, high(i), &max)) return std::nullopt;
+    return std::pair{min, max};
   }
   bool raise(int v, Wide bound) const { return bound <= e.min(v) || (bound <= e.max(v) && e.narrowMin(v, bound)); }
   bool lower(int v, Wide bound) const { return bound >= e.max(v) || (bound >= e.min(v) && e.narrowMax(v, bound)); }
@@ -74,15 +83,9 @@ struct ScalProd {
 // The new sum; nothing when a partial total leaves 64 bits.
 inline std::optional<int> postScalProd(Engine &e, const std::vector<int> &x, const std::vector<int> &c) {
   ScalProd p{e, -1, x, c};
-  const auto outside = [](Wide total) { return total < Wide{INT64_MIN} || total > Wide{INT64_MAX}; };
-  Wide low = 0;
-  Wide high = 0;
-  for (std::size_t i = 0; i < x.size(); ++i) {
-    low += p.low(i);
-    high += p.high(i);
-    if (outside(low) || outside(high)) return std::nullopt;
-  }
-  p.s = e.add(clamped(low), clamped(high));
+  const auto totals = p.totals();
+  if (!totals.has_value()) return std::nullopt;
+  p.s = e.add(clamped(totals->first), clamped(totals->second));
   e.attach(e.addConstraint([p](const Engine::Event &event) {
     if (event.code == 5) return true;
     if (event.code == 4) return p.sumRaised() && p.sumLowered();
