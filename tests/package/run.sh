@@ -3,8 +3,8 @@
 # Install a build into a scratch prefix, move it, and build and run programs against it: with find_package from a C and
 # C++ project and from a C-only one, and with pkg-config; each with the shared and the static library.
 #
-#   run.sh BUILD_DIR SCRATCH_DIR      environment: CMAKE CMAKE_GENERATOR PKG_CONFIG CC CXX
-#                                     and in a build for Windows: TOOLCHAIN EMULATOR OBJDUMP
+#   run.sh BUILD_DIR SCRATCH_DIR      environment: CMAKE CMAKE_GENERATOR PKG_CONFIG CC CXX,
+#                                     in a build for another system TOOLCHAIN TARGET_FLAGS, for Windows EMULATOR OBJDUMP
 set -euo pipefail
 
 build=$1
@@ -78,8 +78,8 @@ find_package_project() {
 pkg_config_program() {
   local compiler=$1 source=$2 program=$scratch/pkg_config_$3
   shift 3
-  # shellcheck disable=SC2046 # the flags are words
-  "$compiler" "$@" "$consumer/$source" -o "$program" \
+  # shellcheck disable=SC2046,SC2086 # the flags are words
+  "$compiler" ${TARGET_FLAGS:-} "$@" "$consumer/$source" -o "$program" \
     $(PKG_CONFIG_PATH=$pkgconfig "$PKG_CONFIG" --cflags --libs ${static:+--static} koru)
 }
 
