@@ -111,7 +111,7 @@ TEST_F(HostTest, TwoCallsFromOneFunctionAreTwoPlaces) {
 
 // What dbghelp says of code that was inlined is the function around it, and a line of that.
 #ifndef _WIN32
-inline bool postInline(CSint *a, CSint *b) { return cs_Lt(a, b); }
+[[gnu::always_inline]] inline bool postInline(CSint *a, CSint *b) { return cs_Lt(a, b); }
 constexpr int kInlineLine = __LINE__ - 1;
 
 TEST_F(HostTest, OfFunctionsThatAreInlinedTheInnermostIsNamed) {
