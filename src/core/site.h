@@ -23,8 +23,8 @@ struct Poster {
   const void *caller;
 };
 
-// 16 bytes, 12 where addresses have 32 bits. A text that the host's locator has given follows the fields; otherwise the address is kept, and what it
-// stands for is looked up when somebody asks.
+// 16 bytes (in 32-bit code 12). A text that the host's locator has given follows the fields; otherwise the address is
+// kept, and what it stands for is looked up when somebody asks.
 class Site {
  public:
   // With no reference; null text leaves the place to the address. Null on exhausted memory (reported).
