@@ -52,7 +52,7 @@ void Trail::dropBuffer(const TrailRecord &record) {
 }
 
 void Trail::undo(const TrailRecord &record) {
-  switch (record.kind) {
+  switch (record.kind) {  // GCOVR_EXCL_BR_LINE: there is no other kind
     case TrailKind::kMin:
     case TrailKind::kMinReserved:
       return undoMin(record);

@@ -225,8 +225,8 @@ TEST_F(FormatTest, WritingThroughAPointerIsRefused) {
 TEST_F(FormatTest, UnknownConversionsArePrintedAsTheyStandAndTakeNoArgument) {
   EXPECT_EQ(text("%y|%d", 5), "%y|5");
   EXPECT_EQ(text("%5q|%d", 5), "%5q|5");
-  EXPECT_EQ(text("%Ld|%d", 5), "%Ld|5");
-  EXPECT_EQ(text("%hs|%d", 5), "%hs|5");
+  for (const std::string what : {"%Ld", "%hs", "%jjd", "%zzd", "%hf", "%hc", "%Lc", "%lp"})
+    EXPECT_EQ(text((what + "|%d").c_str(), 5), what + "|5");
 }
 
 TEST_F(FormatTest, AnUnfinishedConversionIsPrintedAsItStands) {

@@ -138,6 +138,26 @@ TEST_F(QueueObserverTest, SwitchedOffInMidWalkItCountsNoMore) {
   EXPECT_EQ(journal.watchers(), (std::vector<int>{3, 2, 1}));
 }
 
+TEST_F(QueueObserverTest, SwitchedOffInMidWalkSlotsThatDoNothingAreSkippedAgain) {
+  ASSERT_TRUE(watch(journal, 1, {x}, {.table = &kHearsNothing, .name = "silent"}));
+  ASSERT_TRUE(watch(journal, 2, {x}, {.name = "switch"}));
+  journal.reactions[2] = [&](const Call &) {
+    enable(false);
+    return true;
+  };
+  EXPECT_TRUE(narrowMin(x, 1));
+  EXPECT_TRUE(seen.empty());
+}
+
+TEST_F(QueueObserverTest, OfSeveralListenersTheNewestHearsFirst) {
+  ASSERT_TRUE(watch(journal, 1, {x}, {.name = "culprit"}));
+  ASSERT_TRUE(watch(journal, 7, {x}, {.flags = kConflictListener}));
+  ASSERT_TRUE(watch(journal, 8, {x}, {.flags = kConflictListener}));
+  journal.reactions[1] = [](const Call &) { return false; };
+  EXPECT_FALSE(narrowMin(x, 1));
+  EXPECT_EQ(journal.watchers(), (std::vector<int>{1, 8, 7}));
+}
+
 TEST_F(QueueObserverTest, SkippedEventsAreNotCounted) {
   ASSERT_TRUE(watch(journal, 1, {x}, {.name = "x"}) && watch(journal, 2, {y}, {.name = "y"}));
   journal.reactions[1] = [&](const Call &) { return narrowMin(y, 1) && narrowMin(y, 2); };

@@ -107,6 +107,16 @@ TEST_F(ValueSelectorTest, TheFiguresAreThoseOfTheDomainAtEachCall) {
   ASSERT_TRUE(cs_LE(v, 5));
   EXPECT_FALSE(cs_selectNextValue(&r, ascending, 0, &v, 1, &state));
 
+  CSint *u = cs_createCSint(0, 9);
+  CSvalueSelector *descending = cs_getValueSelector(CS_SELECT_DESCENDING);
+  cs_initValueSelector(descending, 0, &u, 1, &state);
+  ASSERT_TRUE(cs_LE(u, 6) && cs_NEQ(u, 5));
+  ASSERT_TRUE(cs_selectNextValue(&r, descending, 0, &u, 1, &state));
+  EXPECT_EQ(decisionText(r), "EQ 6");
+  ASSERT_TRUE(cs_LE(u, 3));
+  ASSERT_TRUE(cs_selectNextValue(&r, descending, 0, &u, 1, &state));
+  EXPECT_EQ(decisionText(r), "EQ 3");
+
   CSint *w = cs_createCSint(0, 9);
   CSvalueSelector *lower = cs_getValueSelector(CS_SELECT_LOWER_HALF);
   cs_initValueSelector(lower, 0, &w, 1, &state);
@@ -124,6 +134,15 @@ TEST_F(ValueSelectorTest, ACountThatIsTooHighLeadsToNoValueAboveTheMaximum) {
   EXPECT_EQ(decisions(CS_SELECT_ASCENDING, v), "EQ 0");
   EXPECT_EQ(decisions(CS_SELECT_DESCENDING, v), "EQ 0");
   EXPECT_EQ(decisions(CS_SELECT_UPPER_HALF, v), "GE 1, LT 1");
+}
+
+TEST_F(ValueSelectorTest, ACursorThatTheCallerHasSpoiledEndsTheDecisions) {
+  CSint *v = cs_createCSint(0, 9);
+  CSvalueSelection r{};
+  for (const std::intptr_t cursor : {-1, 2}) {
+    std::intptr_t state = cursor;
+    EXPECT_FALSE(cs_selectNextValue(&r, cs_getValueSelector(CS_SELECT_LOWER_HALF), 0, &v, 1, &state)) << cursor;
+  }
 }
 
 TEST_F(ValueSelectorTest, TheCursorCanBeReadAsAnInt) {
@@ -198,10 +217,15 @@ TEST_F(ValueSelectorTest, NullArgumentsAreRefused) {
   EXPECT_FALSE(cs_initValueSelector(nullptr, 0, &v, 1, &state));
   EXPECT_FALSE(cs_selectNextValue(&r, nullptr, 0, &v, 1, &state));
   EXPECT_FALSE(cs_endValueSelector(nullptr, 0, &v, 1, &state));
+  CSvalueSelector silent{nullptr, nullptr, nullptr};
+  EXPECT_FALSE(cs_selectNextValue(&r, &silent, 0, &v, 1, &state));
   for (int kind = 0; kind < 5; ++kind) {
     CSvalueSelector *selector = cs_getValueSelector(kind);
     EXPECT_FALSE(cs_initValueSelector(selector, 0, nullptr, 1, &state));
     EXPECT_FALSE(cs_initValueSelector(selector, 0, &v, 1, nullptr));
+    EXPECT_FALSE(cs_initValueSelector(selector, -1, &v, 1, &state));
+    EXPECT_FALSE(cs_selectNextValue(&r, selector, 0, nullptr, 1, &state));
+    EXPECT_FALSE(cs_selectNextValue(&r, selector, 0, &v, 1, nullptr));
     EXPECT_FALSE(cs_selectNextValue(&r, selector, 0, &nobody, 1, &state));
     EXPECT_FALSE(cs_selectNextValue(nullptr, selector, 0, &v, 1, &state));
     EXPECT_FALSE(cs_selectNextValue(&r, selector, -1, &v, 1, &state));
