@@ -38,9 +38,11 @@ constexpr std::uint64_t upToBit(std::uint32_t bit) { return kOnes >> (63 - bit %
                                                      std::uint32_t last) {
   std::uint32_t word = first / 64;
   const std::uint32_t lastWord = last / 64;
+  // GCOVR_EXCL_BR_START: inlined twice, and a machine runs one of them
   if (word == lastWord) return std::popcount(words[word] & fromBit(first) & upToBit(last));
   std::int64_t count = std::popcount(words[word] & fromBit(first));
   while (++word != lastWord) count += std::popcount(words[word]);
+  // GCOVR_EXCL_BR_STOP
   return count + std::popcount(words[word] & upToBit(last));
 }
 
@@ -51,7 +53,9 @@ constexpr std::uint64_t upToBit(std::uint32_t bit) { return kOnes >> (63 - bit %
 }
 
 std::int64_t count(const std::uint64_t *words, std::uint32_t first, std::uint32_t last) {
+  // GCOVR_EXCL_BR_START: a machine has it or not
   return __builtin_cpu_supports("popcnt") ? countBitsByInstruction(words, first, last) : countBits(words, first, last);
+  // GCOVR_EXCL_BR_STOP
 }
 #else
 std::int64_t count(const std::uint64_t *words, std::uint32_t first, std::uint32_t last) {

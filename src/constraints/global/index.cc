@@ -38,7 +38,7 @@ static bool lost(const OnVars &c, const Event &e, std::int64_t low, std::int64_t
 
 static bool positionBound(OnPosition &c, const Event &e) {
   CSint *v = c.vars[e.var->min];
-  return contains(v, c.val) && bindValue(v, c.val);
+  return contains(v, c.val) && bindValue(v, c.val);  // GCOVR_EXCL_BR_LINE: v has it
 }
 
 constexpr auto kPositionTable =
