@@ -7,10 +7,12 @@
 #include <sstream>
 
 #include "profile/profile.h"
+#include "support/temporary_path.h"
 
 namespace {
 
 using namespace koru::profile;
+using koru::test::temporaryPath;
 
 Profile sample() {
   Profile profile;
@@ -71,7 +73,7 @@ TEST(Page, NeedsNoOtherFileAndEscapesItsTexts) {
 }
 
 TEST(Page, ShowsTheSourceAroundTheLineWhenItCanBeRead) {
-  const std::filesystem::path source = std::filesystem::temp_directory_path() / "koru_page_test.c";
+  const std::filesystem::path source = temporaryPath();
   std::ofstream(source) << "one\ntwo\nthree\nfour\nfive < 6\nsix\nseven\neight\nnine\n";
   Profile profile = sample();
   profile.entries[0].file = source.string();

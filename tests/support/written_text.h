@@ -3,8 +3,9 @@
 #pragma once
 
 #include <cstdio>
-#include <cstdlib>
 #include <string>
+
+#include "support/temporary_path.h"
 
 namespace koru::test {
 
@@ -12,10 +13,7 @@ namespace koru::test {
 // administrators may write.
 inline std::FILE *temporaryFile() {
 #ifdef _WIN32
-  char *path = _tempnam(nullptr, "koru");
-  std::FILE *file = path != nullptr ? std::fopen(path, "w+bD") : nullptr;
-  std::free(path);
-  return file;
+  return std::fopen(temporaryPath().string().c_str(), "w+bD");
 #else
   return std::tmpfile();
 #endif

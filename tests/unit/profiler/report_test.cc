@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The report, byte for byte.
-#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +9,7 @@
 #include "support/place_text.h"
 #include "support/profile_reader.h"
 #include "support/solver_test.h"
+#include "support/temporary_path.h"
 #include "support/written_text.h"
 
 namespace {
@@ -43,8 +43,7 @@ class ReportTest : public SolverTest {
   }
 
   CSprofiler *profiler = nullptr;
-  const std::filesystem::path path =
-      std::filesystem::temp_directory_path() / ("koru_report_" + std::to_string(std::rand()));
+  const std::filesystem::path path = temporaryPath();
 };
 
 TEST_F(ReportTest, OneThatWasNeverEnabledHasNoTimesAndNoRows) {
