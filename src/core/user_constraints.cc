@@ -138,7 +138,7 @@ static bool postKnown(const Poster &poster, Known record) {
   attachToAll(c, record);
   for (int i = 0; posting && i < record.size; ++i) {
     const CSint *v = record.array[i];
-    if (isInstantiated(v) && !tellKnown(record, v->min, i)) return false;
+    if (isInstantiated(v) && !tellKnown(record, valueOf(v), i)) return false;
   }
   return static_cast<bool>(posting);
 }

@@ -29,7 +29,7 @@ inline bool isEntailed(const CSvalueSelection &decision, const CSint *v) {
   const int value = decision.value;
   switch (decision.method) {
     case CS_METHOD_EQ:
-      return isInstantiated(v) && v->min == value;
+      return isInstantiated(v) && valueOf(v) == value;
     case CS_METHOD_NEQ:
       return !contains(v, value);
     case CS_METHOD_LE:

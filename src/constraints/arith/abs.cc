@@ -30,11 +30,11 @@ static bool removeIfPresent(CSint *v, std::int64_t value) {
 
 // ----- x changed, act on z
 
-static std::int64_t lowest(const CSint *x) { return x->min >= 0 ? x->min : x->max > 0 ? 0 : negated(x->max); }
-
-static std::int64_t highest(const CSint *x) {
-  return x->min >= 0 ? x->max : std::max(std::int64_t{x->max}, negated(x->min));
+static std::int64_t lowest(const CSint *x) {
+  return std::max({std::int64_t{0}, std::int64_t{x->min}, negated(x->max)});
 }
+
+static std::int64_t highest(const CSint *x) { return std::max(std::int64_t{x->max}, negated(x->min)); }
 
 static bool xMoved(OnX &c, const Event &e) {
   return narrowMin64(c.z, lowest(e.var)) && narrowMax64(c.z, highest(e.var));
@@ -96,7 +96,7 @@ static bool keepOnly(CSint *x, int v) {
 
 static bool zBound(OnZ &c, const Event &e) {
   CSint *x = c.x;
-  const int v = e.var->min;
+  const int v = valueOf(e.var);
   const bool positive = contains(x, v);
   const bool negative = containsValue(x, negated(v));
   if (positive && negative) return keepOnly(x, v);
@@ -117,19 +117,15 @@ constexpr auto kZTable = handlers<OnZ>({.newMin = on<zNewMin>,
 
 // ----- posting
 
-// The smallest absolute value of a domain with holes that spans 0.
-static int lowestAcrossHoles(const CSint *x) {
-  const auto m = static_cast<int>(std::min(negated(x->min), std::int64_t{x->max}));
-  int k = 0;
-  while (k < m && !contains(x, k) && !contains(x, -k)) ++k;
+// The smallest absolute value in the domain: holes around 0 are passed over.
+static int lowestPresent(const CSint *x) {
+  const std::int64_t end = std::min(negated(x->min), std::int64_t{x->max});
+  int k = clampToInt(lowest(x));
+  while (k < end && !contains(x, k) && !contains(x, -k)) ++k;
   return k;
 }
 
-static CSint *createResult(const CSint *x) {
-  const bool spansZero = x->min < 0 && x->max > 0;
-  const int low = spansZero && hasHoles(x) ? lowestAcrossHoles(x) : clampToInt(lowest(x));
-  return createVariable(low, clampToInt(highest(x)));
-}
+static CSint *createResult(const CSint *x) { return createVariable(lowestPresent(x), clampToInt(highest(x))); }
 
 // Bounds and count are taken from the bits set: x may have lost the smallest int meanwhile.
 static bool copyHoles(CSint *z, const CSint *x) {

@@ -16,7 +16,9 @@ struct Eq {
 
 static CSint *other(const Eq &c, const CSint *v) { return v == c.x ? c.y : c.x; }
 
-static bool copyBound(const CSint *from, CSint *to) { return contains(to, from->min) && bindValue(to, from->min); }
+static bool copyBound(const CSint *from, CSint *to) {
+  return contains(to, valueOf(from)) && bindValue(to, valueOf(from));
+}
 
 static bool alignBounds(Eq &c) {
   if (c.x->min < c.y->min ? !narrowMin(c.x, c.y->min) : !narrowMin(c.y, c.x->min)) return false;

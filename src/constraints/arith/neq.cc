@@ -12,7 +12,7 @@ struct Neq {
   CSint *y;
 };
 
-static bool exclude(const CSint *boundSide, CSint *v) { return removeValue(v, boundSide->min); }
+static bool exclude(const CSint *boundSide, CSint *v) { return removeValue(v, valueOf(boundSide)); }
 
 static bool filter(Neq &c) {
   if (isBound(c.x)) return exclude(c.x, c.y);

@@ -19,7 +19,7 @@ struct Watch : Comparison {
 };
 
 static bool controlBound(Control &c, const Event &e) {
-  return e.var->min == c.equal ? bindValue(c.x, c.v) : removeValue(c.x, c.v);
+  return valueOf(e.var) == c.equal ? bindValue(c.x, c.v) : removeValue(c.x, c.v);
 }
 
 constexpr auto kControlTable =
@@ -28,7 +28,7 @@ constexpr auto kControlTable =
 // x has lost values; `gone`: v is among them.
 static bool lost(Watch &w, bool gone) {
   if (!gone) return true;
-  return reify::isFree(w.b) ? bindValue(w.b, 1 - w.equal) : w.b->min != w.equal;
+  return reify::isFree(w.b) ? bindValue(w.b, 1 - w.equal) : valueOf(w.b) != w.equal;
 }
 
 static bool newMin(Watch &w, const Event &) { return lost(w, w.x->min > w.v); }
@@ -36,8 +36,8 @@ static bool newMax(Watch &w, const Event &) { return lost(w, w.x->max < w.v); }
 static bool removed(Watch &w, const Event &e) { return lost(w, e.newValue == w.v); }
 
 static bool bound(Watch &w, const Event &) {
-  const int outcome = w.x->min == w.v ? w.equal : 1 - w.equal;
-  return reify::isFree(w.b) ? bindValue(w.b, outcome) : w.b->min == outcome;
+  const int outcome = valueOf(w.x) == w.v ? w.equal : 1 - w.equal;
+  return reify::isFree(w.b) ? bindValue(w.b, outcome) : valueOf(w.b) == outcome;
 }
 
 constexpr auto kWatchTable = handlers<Watch>({.newMin = on<newMin>,

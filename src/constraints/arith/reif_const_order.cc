@@ -22,13 +22,13 @@ struct Watch : Comparison {
 };
 
 static bool controlBound(Control &c, const Event &e) {
-  return e.var->min == c.low ? narrowMax64(c.x, c.limit) : narrowMin64(c.x, c.limit + 1);
+  return valueOf(e.var) == c.low ? narrowMax64(c.x, c.limit) : narrowMin64(c.x, c.limit + 1);
 }
 
 constexpr auto kControlTable =
     handlers<Control>({.minBound = on<controlBound>, .maxBound = on<controlBound>, .bound = on<controlBound>});
 
-static bool agrees(const Watch &w) { return w.b->min == w.low ? w.x->min <= w.limit : w.x->max > w.limit; }
+static bool agrees(const Watch &w) { return valueOf(w.b) == w.low ? w.x->min <= w.limit : w.x->max > w.limit; }
 
 static bool newMin(Watch &w, const Event &) {
   if (!reify::isFree(w.b)) return agrees(w);

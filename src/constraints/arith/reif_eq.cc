@@ -33,7 +33,9 @@ static bool shareValue(const CSint *x, const CSint *y) {
   return false;
 }
 
-static bool bothBoundToOne(const CSint *x, const CSint *y) { return isBound(x) && isBound(y) && x->min == y->min; }
+static bool bothBoundToOne(const CSint *x, const CSint *y) {
+  return isBound(x) && isBound(y) && valueOf(x) == valueOf(y);
+}
 
 // Deliberate: the walk ends where x ended before it, also when a removal has moved that bound meanwhile.
 static bool equalise(CSint *x, CSint *y) {
@@ -46,12 +48,12 @@ static bool equalise(CSint *x, CSint *y) {
 }
 
 static bool separate(CSint *x, CSint *y) {
-  if (isBound(x) && !removeValue(y, x->min)) return false;
-  return !isBound(y) || removeValue(x, y->min);
+  if (isBound(x) && !removeValue(y, valueOf(x))) return false;
+  return !isBound(y) || removeValue(x, valueOf(y));
 }
 
 static bool imposeAsSaid(const Pair &c, const CSint *b) {
-  return b->min == c.equal ? equalise(c.x, c.y) : separate(c.x, c.y);
+  return valueOf(b) == c.equal ? equalise(c.x, c.y) : separate(c.x, c.y);
 }
 
 // ----- handlers

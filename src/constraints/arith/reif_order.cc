@@ -31,7 +31,7 @@ static bool impose(const Order &o) {
          narrowMin64(o.right, std::int64_t{o.left->min} + o.gap);
 }
 
-static bool imposeAsSaid(const Order &o, const CSint *b) { return impose(b->min == 1 ? o : negation(o)); }
+static bool imposeAsSaid(const Order &o, const CSint *b) { return impose(valueOf(b) == 1 ? o : negation(o)); }
 
 // Binds b to 0 when `changed` has made the order impossible, to 1 when it has made the negation impossible.
 static bool decide(const Watch &w, bool mayRefute, bool mayProve) {
@@ -48,13 +48,13 @@ constexpr auto kControlTable =
 
 static bool newMin(Watch &w, const Event &e) {
   if (reify::isFree(w.b)) return decide(w, e.var == w.left, e.var == w.right);
-  const Order o = w.b->min == 1 ? w : negation(w);
+  const Order o = valueOf(w.b) == 1 ? w : negation(w);
   return e.var != o.left || narrowMin64(o.right, std::int64_t{e.newValue} + o.gap);
 }
 
 static bool newMax(Watch &w, const Event &e) {
   if (reify::isFree(w.b)) return decide(w, e.var == w.right, e.var == w.left);
-  const Order o = w.b->min == 1 ? w : negation(w);
+  const Order o = valueOf(w.b) == 1 ? w : negation(w);
   return e.var != o.right || narrowMax64(o.left, std::int64_t{e.newValue} - o.gap);
 }
 

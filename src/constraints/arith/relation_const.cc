@@ -10,7 +10,7 @@
 namespace koru::relation_const {
 
 static bool equal(CSint *x, int v) {
-  if (isInstantiated(x) && x->min == v) return true;
+  if (isInstantiated(x) && valueOf(x) == v) return true;
   return bindValue(x, v);
 }
 

@@ -47,13 +47,13 @@ static bool removeIfPresent(CSint *v, int value) { return !contains(v, value) ||
 
 // `changed` lost w; `other` is the second operand.
 static bool removedFromOperand(const Sum &c, CSint *other, int w) {
-  if (isBound(c.s) && !removeIfPresent(other, satSub(c.s->min, w))) return false;
-  return !isBound(other) || removeIfPresent(c.s, satAdd(other->min, w));
+  if (isBound(c.s) && !removeIfPresent(other, satSub(valueOf(c.s), w))) return false;
+  return !isBound(other) || removeIfPresent(c.s, satAdd(valueOf(other), w));
 }
 
 static bool removedFromSum(const Sum &c, int w) {
-  if (isBound(c.a) && !removeIfPresent(c.b, satSub(w, c.a->min))) return false;
-  return !isBound(c.b) || removeIfPresent(c.a, satSub(w, c.b->min));
+  if (isBound(c.a) && !removeIfPresent(c.b, satSub(w, valueOf(c.a)))) return false;
+  return !isBound(c.b) || removeIfPresent(c.a, satSub(w, valueOf(c.b)));
 }
 
 // ----- handlers: a is tested first, so with a and b the same variable its rule runs
@@ -105,7 +105,7 @@ static bool copyHoles(CSint *z, const CSint *v, Shift shifted) {
 }
 
 static bool copyOperandHoles(CSint *z, const CSint *shiftedOperand, const CSint *boundOperand) {
-  const std::int64_t c = boundOperand->min;
+  const std::int64_t c = valueOf(boundOperand);
   return !hasHoles(shiftedOperand) || copyHoles(z, shiftedOperand, [c](int w) { return c + w; });
 }
 
@@ -116,11 +116,11 @@ static bool addHoles(CSint *z, const CSint *x, const CSint *y) {
 
 static bool subtractHoles(CSint *z, const CSint *x, const CSint *y) {
   if (isBound(x)) {
-    const std::int64_t c = x->min;
+    const std::int64_t c = valueOf(x);
     if (hasHoles(y)) return copyHoles(z, y, [c](int w) { return c - w; });
   }
   if (!isBound(y) || !hasHoles(x)) return true;
-  const std::int64_t c = y->min;
+  const std::int64_t c = valueOf(y);
   return copyHoles(z, x, [c](int w) { return w - c; });
 }
 

@@ -50,7 +50,7 @@ static bool isWitness(const AllNeq &c, const CSint *v) { return v == c.minWitnes
 // Takes x's value from all others, x itself told by identity.
 static bool eliminate(AllNeq &c, const CSint *x, int position) {
   CSint *const *vars = c.vars;
-  const int value = x->min;
+  const int value = valueOf(x);
   c.open.refresh();
   const bool consistent = c.open.forEach([=](int i) {
     CSint *v = vars[i];
@@ -72,7 +72,7 @@ constexpr auto kTable = handlers<AllNeq>(
 
 // By position here, so a variable that stands twice and is bound fails.
 static bool eliminateAt(const AllNeq &c, int i) {
-  const int value = c.vars[i]->min;
+  const int value = valueOf(c.vars[i]);
   for (int j = 0; j < c.count; ++j)
     if (j != i && !removeValue(c.vars[j], value)) return false;
   return true;

@@ -112,7 +112,7 @@ bool capAll(const Resource &r, Horizon &horizon) {
   for (int i = 0; i < r.tasks.n; ++i) {
     const Task task = r.tasks[i];
     if (task.dmin() > 0 && !capUse(r, task)) return false;
-    if (task.dmax() > 0 && !refuseTooLarge(r, task)) return false;
+    if (!refuseTooLarge(r, task)) return false;
     horizon.include(task);
   }
   return true;

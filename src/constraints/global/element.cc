@@ -126,7 +126,7 @@ static bool valueLowered(Element &c, int max) {
 }
 
 static bool indexBound(const Element &c) {
-  const int position = c.index->min;
+  const int position = valueOf(c.index);
   if (!c.inside(position)) return false;
   const int value = c.values[position];
   return contains(c.value, value) && bindValue(c.value, value);  // GCOVR_EXCL_BR_LINE: it has it
@@ -139,7 +139,7 @@ static bool keepPositionsOf(const Element &c, int value) {
 }
 
 static bool valueBound(const Element &c) {
-  const int value = c.value->min;
+  const int value = valueOf(c.value);
   int only = -1;
   const auto isFirst = [&](int position) {
     if (only >= 0) return false;

@@ -18,7 +18,7 @@ struct Values {
 struct IfEq : Values {};
 struct IfNeq : Values {};
 
-static bool boundTo(const CSint *v, int value) { return isBound(v) && v->min == value; }
+static bool boundTo(const CSint *v, int value) { return isBound(v) && valueOf(v) == value; }
 
 // The first variable being bound to its value, what the second must do with its own.
 static bool demand(const CSint *first, int value, CSint *second, int required) {

@@ -37,7 +37,7 @@ static bool lost(const OnVars &c, const Event &e, std::int64_t low, std::int64_t
 // ----- handlers
 
 static bool positionBound(OnPosition &c, const Event &e) {
-  CSint *v = c.vars[e.var->min];
+  CSint *v = c.vars[valueOf(e.var)];
   return contains(v, c.val) && bindValue(v, c.val);  // GCOVR_EXCL_BR_LINE: v has it
 }
 
@@ -48,7 +48,7 @@ static bool newMin(OnVars &c, const Event &e) { return lost(c, e, e.oldValue, st
 static bool newMax(OnVars &c, const Event &e) { return lost(c, e, std::int64_t{e.newValue} + 1, e.oldValue); }
 
 // The event holds both old bounds.
-static bool bound(OnVars &c, const Event &e) { return e.var->min == c.val || lost(c, e, e.oldValue, e.newValue); }
+static bool bound(OnVars &c, const Event &e) { return valueOf(e.var) == c.val || lost(c, e, e.oldValue, e.newValue); }
 
 static bool removed(OnVars &c, const Event &e) { return e.newValue != c.val || dropPosition(c, e.index); }
 

@@ -60,7 +60,7 @@ static int extremeOf(const Record &c, int start) {
 
 static bool supported(const Record &c) {
   if (!isInstantiated(c.r)) return true;
-  const int value = c.r->min;
+  const int value = valueOf(c.r);
   for (int i = 0; i < c.n; ++i)
     if (contains(c.vars[i], value)) return true;
   return false;
@@ -101,7 +101,7 @@ static bool resultFar(OnResult<Side> &c, const Event &) {
 
 template <class Side>
 static bool resultBound(OnResult<Side> &c, const Event &) {
-  return narrowVars<Side>(c, c.r->min);
+  return narrowVars<Side>(c, valueOf(c.r));
 }
 
 // ----- handlers on the array
@@ -119,7 +119,7 @@ static bool varFar(OnVars<Side> &c, const Event &e) {
 // The event holds both old bounds. Deliberate: either way r's minimum is narrowed before its maximum.
 template <class Side>
 static bool varBound(OnVars<Side> &c, const Event &e) {
-  const int value = e.var->min;
+  const int value = valueOf(e.var);
   if constexpr (Side::kNearIsMin)
     return followNear<Side>(c, e.oldValue, value) && narrowMax(c.r, value);
   else

@@ -66,7 +66,7 @@ static bool take(const Record &c, int i) {
 // ----- handlers
 
 static bool countBound(OnCount &c, const Event &e) {
-  const int value = e.var->min;
+  const int value = valueOf(e.var);
   if (c.sure() == value && !excludeRest(c)) return false;
   return c.possible->count != value || bindRest(c);
 }
@@ -78,7 +78,7 @@ static bool newMin(OnVars &c, const Event &e) { return e.oldValue > c.val || c.v
 
 static bool newMax(OnVars &c, const Event &e) { return e.newValue >= c.val || c.val > e.oldValue || drop(c, e.index); }
 
-static bool bound(OnVars &c, const Event &e) { return e.var->min == c.val ? take(c, e.index) : drop(c, e.index); }
+static bool bound(OnVars &c, const Event &e) { return valueOf(e.var) == c.val ? take(c, e.index) : drop(c, e.index); }
 
 static bool removed(OnVars &c, const Event &e) { return e.newValue != c.val || drop(c, e.index); }
 

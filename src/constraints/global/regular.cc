@@ -122,7 +122,7 @@ struct Above {
 
 struct AllBut {
   int kept;
-  explicit AllBut(const Event &e) : kept(e.var->min) {}
+  explicit AllBut(const Event &e) : kept(valueOf(e.var)) {}
   bool operator()(int value) const { return value != kept; }
 };
 

@@ -115,7 +115,7 @@ static bool equalise(const VarElement &c, CSint *selected, int k) {
 
 static bool indexBound(OnIndex &c, const Event &) {
   CSint *selected = chosen(c);
-  return selected != nullptr && alignBounds(selected, c.value) && equalise(c, selected, c.index->min);
+  return selected != nullptr && alignBounds(selected, c.value) && equalise(c, selected, valueOf(c.index));
 }
 
 constexpr auto kIndexTable = handlers<OnIndex>({.newMin = on<indexMoved>,
@@ -133,7 +133,7 @@ static bool valueMoved(OnValue &c, const Event &) {
 }
 
 static bool valueBound(OnValue &c, const Event &) {
-  const int v = c.value->min;
+  const int v = valueOf(c.value);
   if (isBound(c.index)) return chosen(c) != nullptr && bindValue(chosen(c), v);
   return forEachPosition(c, [&](int i) {
     if (c.indexSupport[i] == v) return true;
@@ -210,7 +210,7 @@ static bool varMoved(OnVars &c, const Event &e) {
 
 static bool varBound(OnVars &c, const Event &e) {
   const int i = e.index;
-  const int bound = e.var->min;
+  const int bound = valueOf(e.var);
   if (!isOpen(c, i)) return true;
   if (isBound(c.index)) return bindValue(c.value, bound);
   if (!contains(c.value, bound)) return removeValue(c.index, i);

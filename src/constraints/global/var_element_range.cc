@@ -98,7 +98,7 @@ static bool valueMoved(RangeOnValue &c, const Event &) {
 }
 
 static bool valueBound(RangeOnValue &c, const Event &) {
-  const int v = c.value->min;
+  const int v = valueOf(c.value);
   if (isBound(c.index)) return chosen(c) != nullptr && bindValue(chosen(c), v);
   return filterPositions(c, [=](const CSint *x) { return contains(x, v); });
 }
@@ -120,7 +120,7 @@ static bool varMoved(RangeOnVars &c, const Event &e) {
 }
 
 static bool varBound(RangeOnVars &c, const Event &e) {
-  const int v = e.var->min;
+  const int v = valueOf(e.var);
   if (!isOpen(c, e.index)) return true;
   if (isBound(c.index)) return bindValue(c.value, v);
   if (!contains(c.value, v)) return removeValue(c.index, e.index);
