@@ -7,9 +7,10 @@
     mutate.py --list                                          all of them
 
 The build tree is a complete one, whose tests pass. A mutant is one file compiled, and test programs linked with it in
-the place of the original. One that does not compile does not count and is replaced by the next one drawn. The tests
-of the mutant's own room run first, the others after them, until one fails; a test program that takes five times as
-long as it should has failed, too. Exit status 1 when fewer than --floor percent of the mutants are killed.
+the place of the original. One that does not compile, or compiles to the same object, does not count and is replaced by
+the next one drawn; lines that are marked as out of every test's reach are left alone. The tests of the mutant's own room
+run first, the others after them, until one fails; a test program that takes five times as long as it should has failed,
+too. Exit status 1 when fewer than --floor percent of the mutants are killed.
 """
 import argparse
 import concurrent.futures
@@ -36,7 +37,8 @@ PROGRAMS = ["unit_constraints", "semantic", "unit_core", "model", "callbacks", "
 
 SIMPLE = [
     ("comparison", re.compile(r"(?<= )(<=|>=|==|!=|<|>)(?= )"),
-     {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="}),
+     {"<": ">", "<=": ">=", ">": "<", ">=": "<=", "==": "!=", "!=": "=="}),
+    ("off by one", re.compile(r"(?<= )(<=|>=|<|>)(?= )"), {"<": "<=", "<=": "<", ">": ">=", ">=": ">"}),
     ("off by one", re.compile(r"(?<= )([+-]) 1\b"), {"+": "+ 2", "-": "- 2"}),
     ("off by one", re.compile(r"(?<= )([+-]) 1\b"), {"+": "+ 0", "-": "- 0"}),
     ("logic", re.compile(r"(?<= )(&&|\|\|)(?= )"), {"&&": "||", "||": "&&"}),
@@ -44,6 +46,8 @@ SIMPLE = [
 ]
 MIN_MAX = re.compile(r"\b(\w*?)(min|max|Min|Max)(\w*)\b(?=\s*[-+*/<>=!;,.()\[\]&|?: ])")
 OPPOSITE = {"min": "max", "max": "min", "Min": "Max", "Max": "Min"}
+UNREACHED = re.compile(r"[^\n]*GCOVR_EXCL_LINE|GCOVR_EXCL_START.*?GCOVR_EXCL_STOP", re.DOTALL)
+ONE_SIDED = re.compile(r"[^\n]*GCOVR_EXCL_BR_LINE|GCOVR_EXCL_BR_START.*?GCOVR_EXCL_BR_STOP", re.DOTALL)
 CALL = re.compile(r"^\s+(?!return\b|case\b|else\b)(?:if \(!.*\) return \w+;|[\w:.>\-*]+\([^{}]*\);)$")
 ATTACH = re.compile(r"^\s*(?:for \(.*\) )?\w+\.attach\(.*\);$")
 SLOT = re.compile(r"\.(newMin|newMax|minBound|maxBound|bound|removed) = (on<.+?>|kDoNothing)(?=[,}])")
@@ -92,6 +96,12 @@ def line_changes(code):
         start = end
 
 
+def out_of_reach(text, kind, position):
+    """Whether no test gets there, as the marks say: to the line, or to the result of a narrowing that cannot fail."""
+    patterns = [UNREACHED, ONE_SIDED] if kind == "result" else [UNREACHED]
+    return any(match.start() <= position < match.end() for pattern in patterns for match in pattern.finditer(text))
+
+
 class Mutant:
     def __init__(self, path, text, change):
         self.path = path
@@ -118,7 +128,8 @@ def all_mutants():
             name = str(path.relative_to(ROOT))
             for change in itertools.chain(simple_changes(code), min_max_changes(code), slot_changes(code),
                                           line_changes(code)):
-                yield Mutant(name, text, change)
+                if not out_of_reach(text, *change[:2]):
+                    yield Mutant(name, text, change)
 
 
 # ----- building and testing one
@@ -134,6 +145,8 @@ class Bench:
         self.programs = [name for name in PROGRAMS if (self.build / "tests" / f"test_{name}").exists()]
         self.links = {name: self.link_command(name) for name in self.programs}
         self.limits = {}
+        self.originals = {}
+        self.lock = threading.Lock()
 
     def link_command(self, name):
         """The words of the command that links the program, and where in them the library stands."""
@@ -165,18 +178,27 @@ class Bench:
             process.wait()
             return False
 
-    def compile(self, mutant, folder):
-        """Whether the mutant compiles; its object is then in the folder."""
-        entry = self.commands[mutant.path]
-        source = folder / "mutant.cc"
-        source.write_text(mutant.text)
+    def compile(self, path, text, folder):
+        """The object that the file with this text becomes, as bytes; none when it does not compile."""
+        entry = self.commands[path]
+        source, made = folder / "mutant.cc", folder / "mutant.o"
+        source.write_text(text)
         words = [word for word in shlex.split(entry["command"]) if not word.startswith("-W") and word != "-MD"]
         for option in ("-MT", "-MF"):
             if option in words:
                 del words[words.index(option):words.index(option) + 2]
-        words[words.index("-o") + 1] = str(folder / "mutant.o")
+        words[words.index("-o") + 1] = str(made)
         words[words.index("-c") + 1] = str(source)
-        return subprocess.run(words, cwd=entry["directory"], capture_output=True, check=False).returncode == 0
+        words.append("-g0")
+        done = subprocess.run(words, cwd=entry["directory"], capture_output=True, check=False)
+        return made.read_bytes() if done.returncode == 0 else None
+
+    def changes_code(self, mutant, folder):
+        """Whether the mutant compiles, to another object than the original; its own is then in the folder."""
+        with self.lock:
+            if mutant.path not in self.originals:
+                self.originals[mutant.path] = self.compile(mutant.path, mutant.original, folder)
+        return self.compile(mutant.path, mutant.text, folder) not in (None, self.originals[mutant.path])
 
     def link(self, name, folder):
         """The program with the mutant: what it defines is not taken from the library any more."""
@@ -188,11 +210,11 @@ class Bench:
         return program
 
     def judge(self, mutant):
-        """The program whose tests failed; "survived", or "no mutant" when it does not compile."""
+        """The program whose tests failed; "survived", or "no mutant" when there is none."""
         own = "unit_core" if mutant.path.startswith("src/core") else "unit_constraints"
         with tempfile.TemporaryDirectory(prefix="mutant-") as name:
             folder = Path(name)
-            if not self.compile(mutant, folder):
+            if not self.changes_code(mutant, folder):
                 return "no mutant"
             for each in sorted(self.programs, key=lambda program: program != own):
                 program = self.link(each, folder)
