@@ -81,7 +81,7 @@ static bool zNewMax(OnZ &c, const Event &e) {
   CSint *x = c.x;
   const int m = e.newValue;
   if (x->min >= 0) return narrowMax64(x, m);
-  if (x->max > 0 && !narrowMax64(x, m)) return false;
+  if (x->max > 0 && !narrowMax64(x, m)) return false;  // GCOVR_EXCL_BR_LINE: x has values below 0
   return narrowMin64(x, negated(m));
 }
 

@@ -43,6 +43,7 @@ static Pass passOver(const Record &c) {
 static Pass minima(const Record &c) { return passOver<&CSint::min>(c); }
 static Pass maxima(const Record &c) { return passOver<&CSint::max>(c); }
 
+// GCOVR_EXCL_BR_START: once the totals fit, no addend is left without a value
 // slack: how far the greatest total lies above s; no addend may fall further below its maximum.
 static bool raiseAddends(const Record &c, std::int64_t slack, std::int64_t widest, int skipped) {
   for (int i = 0; widest > slack && i < c.n; ++i) {
@@ -63,7 +64,6 @@ constexpr int kNone = -1;
 
 // ----- handlers on s
 
-// GCOVR_EXCL_BR_START: once the totals fit, no addend is left without a value
 static bool sumNewMin(OnSum &c, const Event &) {
   const Pass pass = maxima(c);
   const std::int64_t slack = pass.total - c.s->min;

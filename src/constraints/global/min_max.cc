@@ -9,6 +9,8 @@
 // Deliberate: the near bound of r follows a variable only when that one's old bound was r's own, so it stays behind
 // when r was narrowed past it by someone else before the event came.
 // Deliberate: of no variable r is the largest (smallest) int.
+#include <algorithm>
+
 #include "core/post.h"
 
 namespace koru::min_max {
@@ -147,7 +149,7 @@ template <class Side>
 static CSint *createResult(const Record &c) {
   const int near = extremeOf<Side, Side::near>(c, Side::kOfNone);
   const int far = extremeOf<Side, Side::far>(c, Side::kOfNone);
-  return near < far ? createVariable(near, far) : createVariable(far, near);
+  return createVariable(std::min(near, far), std::max(near, far));
 }
 
 template <class Side>

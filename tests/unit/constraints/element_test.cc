@@ -155,6 +155,13 @@ TEST_F(ElementTest, ALoweredValueTakesPositionsFromTheLargestValueDown) {
   expect({0, 1, 3}, {3, 5});
 }
 
+TEST_F(ElementTest, ValueBoundToAValueThatStandsOnceBindsTheIndex) {
+  post();
+  const CallLog log;
+  ASSERT_TRUE(cs_EQ(value, 8));
+  EXPECT_EQ(log.calls, (std::vector<Call>{{true, value, 4, "cs_Element"}, {true, index, 4, "cs_Element"}}));
+}
+
 // The others go in the order of their positions 0, 2, 4 and 5. The removal of 4 is stale when its turn comes.
 TEST_F(ElementTest, ValueBoundToARepeatedValueTakesTheOthersInArrayOrder) {
   post();

@@ -71,6 +71,14 @@ TEST_P(MinMaxTest, NothingIsNarrowedAtPosting) {
   expect({0, 4}, {{4, 4}, {0, 9}});
 }
 
+// The event of the variable, which would lower the result, is not heard any more.
+TEST_P(MinMaxTest, ARaisedResultFailsAtAVariableThatCannotFollow) {
+  post({{0, 9}, {0, 9}});
+  const CallLog log;
+  EXPECT_FALSE(together([this] { return raise(r, 3) && lower(x[0], 2); }));
+  EXPECT_EQ(log.calls.back(), (Call{false, r, eventCode(0), name()}));
+}
+
 TEST_P(MinMaxTest, ARaisedResultRaisesTheArray) {
   post({{3, 9}, {5, 6}});
   ASSERT_TRUE(raise(r, 5));

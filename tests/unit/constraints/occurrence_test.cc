@@ -238,6 +238,15 @@ TEST_F(OccurrenceTest, LessThanTheSmallestCountFails) {
   EXPECT_FALSE(together([this] { return cs_NEQ(x[0], kVal) && cs_NEQ(x[2], kVal); }));
 }
 
+// Having to impose the value on the rest is where it fails; that the other one has lost it is not heard any more.
+TEST_F(OccurrenceTest, ARestThatHasLostTheValueFailsAtOnce) {
+  post();
+  ASSERT_TRUE(cs_GE(count, 2));
+  const CallLog log;
+  EXPECT_FALSE(together([this] { return cs_NEQ(x[0], kVal) && cs_NEQ(x[2], kVal); }));
+  EXPECT_EQ(log.calls.back(), (Call{false, x[0], 5, "cs_OccurConstraints"}));
+}
+
 // Deliberate: neither set can be emptied, so the last one moves the count and stays undecided.
 TEST_F(OccurrenceTest, TheLastUndecidedVariableMovesTheCountOnly) {
   post();
