@@ -77,4 +77,17 @@ TEST_F(VarElementLimitsTest, ManyWidePositionsArePostedAndNarrowed) {
   EXPECT_EQ(cs_getMin(index), 1);
 }
 
+// Each reaches a little further, upwards or downwards, than the one before it: a walk over each would take minutes.
+TEST_F(VarElementLimitsTest, PostingOverlappingPositionsTakesTheirUnionNotTheirSum) {
+  constexpr int kWide = 1000000;
+  constexpr int kMany = 40000;
+  for (const int step : {100, -100}) {
+    vars.clear();
+    for (int i = 0; i < kMany; ++i) vars.push_back(cs_createCSint(i * step, kWide + i * step));
+    value = cs_VarElement(cs_createCSint(0, kMany - 1), vars.data(), kMany);
+    ASSERT_NE(value, nullptr);
+    EXPECT_EQ(cs_getNbElements(value), kWide + 1 + (kMany - 1) * 100) << "step " << step;
+  }
+}
+
 }  // namespace

@@ -3,6 +3,7 @@
 #include <climits>
 
 #include "constraints/global/regular_graph.h"
+#include "support/batch.h"
 #include "support/brute_probe.h"
 #include "support/regular_automaton.h"
 
@@ -252,6 +253,15 @@ TEST_F(RegularTest, AListWithASingleEntryLosesItsValueOrStateAtOnce) {
   EXPECT_EQ(log.calls, (std::vector<Call>{{true, vars[0], 2, "cs_Regular"},
                                           {true, layers[0], 2, "cs_Regular"},
                                           {true, vars[1], 3, "cs_Regular"}}));
+}
+
+// The words are 0 0 and 1 1. After the first symbol one state is left between the two; the second one takes it away.
+TEST_F(RegularTest, ALayerThatLosesItsLastStateFailsAtOnce) {
+  makeVariables({{0, 1}, {0, 1}});
+  ASSERT_EQ(post({4, 2, 0, {1, 2, 3, -1, -1, 3, -1, -1}, {3}}), 1);
+  const CallLog log;
+  EXPECT_FALSE(together([this] { return cs_EQ(vars[0], 0) && cs_EQ(vars[1], 1); }));
+  EXPECT_EQ(log.calls.back(), (Call{false, vars[1], 2, "cs_Regular"}));
 }
 
 // The layer after the position first, by sources, then by targets; the symbols before the states.
