@@ -17,14 +17,14 @@ bool removeInside(CSint *v, int value);  // value within the bounds
 
 // Removes every value below `bound`.
 inline bool narrowMin(CSint *v, int bound) {
-  if (v->max < bound) return false;
-  return v->min >= bound || raiseMin(v, bound);
+  if (bound <= v->min) return true;
+  return bound <= v->max && raiseMin(v, bound);
 }
 
 // Removes every value above `bound`.
 inline bool narrowMax(CSint *v, int bound) {
-  if (v->min > bound) return false;
-  return v->max <= bound || lowerMax(v, bound);
+  if (bound >= v->max) return true;
+  return bound >= v->min && lowerMax(v, bound);
 }
 
 // Reduces the domain to `value`.

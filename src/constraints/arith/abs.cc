@@ -70,8 +70,6 @@ static bool removeBothSigns(CSint *x, int from, int to) {
 static bool zNewMin(OnZ &c, const Event &e) {
   CSint *x = c.x;
   const int m = e.newValue;
-  if (x->min >= 0) return narrowMin64(x, m);
-  if (x->max <= 0) return narrowMax64(x, negated(m));
   if (m > negated(x->min)) return narrowMin64(x, m);
   if (m <= x->max) return removeBothSigns(x, e.oldValue, m);
   return narrowMax64(x, negated(m));
@@ -80,9 +78,7 @@ static bool zNewMin(OnZ &c, const Event &e) {
 static bool zNewMax(OnZ &c, const Event &e) {
   CSint *x = c.x;
   const int m = e.newValue;
-  if (x->min >= 0) return narrowMax64(x, m);
-  if (x->max > 0 && !narrowMax64(x, m)) return false;  // GCOVR_EXCL_BR_LINE: x has values below 0
-  return narrowMin64(x, negated(m));
+  return narrowMax64(x, m) && narrowMin64(x, negated(m));
 }
 
 // GCOVR_EXCL_BR_START: never fails, for x has both
@@ -133,7 +129,7 @@ static bool copyHoles(CSint *z, const CSint *x) {
   z->bits = DomainBits::create(z->min, z->max, DomainBits::Fill::kNone);
   if (z->bits == nullptr) return false;
   int count = 0;
-  int last = z->min;
+  int last = 0;
   for (std::int64_t v = z->min; v <= z->max; ++v) {
     if (!containsValue(x, v) && !containsValue(x, -v)) continue;
     last = static_cast<int>(v);

@@ -78,22 +78,28 @@ static bool widerThan(const CSint *x, std::int64_t coefficient, std::int64_t mar
   return (width < 0 ? -width : width) > margin;
 }
 
-// GCOVR_EXCL_BR_START: no term fails, since each keeps the bound that it is measured from
-static bool raiseTotals(const Record &c, const Pass &pass, std::int64_t slack) {
-  for (int i = 0; pass.widest > slack && i < c.n; ++i) {
-    if (widerThan(c.vars[i], c.coefficients[i], slack) && !narrowLow(c.vars[i], c.coefficients[i], slack)) return false;
+constexpr int kNone = -1;
+
+template <class Narrow>
+static bool narrowWide(const Record &c, const Pass &pass, std::int64_t margin, int skipped, Narrow narrow) {
+  if (pass.widest <= margin) return true;
+  for (int i = 0; i < c.n; ++i) {
+    CSint *x = c.vars[i];
+    const int coefficient = c.coefficients[i];
+    if (i != skipped && widerThan(x, coefficient, margin) && !narrow(x, coefficient)) return false;
   }
   return true;
 }
 
-static bool lowerTotals(const Record &c, const Pass &pass, std::int64_t excess) {
-  for (int i = 0; pass.widest > -excess && i < c.n; ++i) {
-    if (widerThan(c.vars[i], c.coefficients[i], -excess) && !narrowHigh(c.vars[i], c.coefficients[i], excess))
-      return false;  // GCOVR_EXCL_LINE
-  }
-  return true;
+// Neither fails: a term keeps the bound that it is measured from.
+static bool raiseTotals(const Record &c, const Pass &pass, std::int64_t slack) {
+  return narrowWide(c, pass, slack, kNone, [=](CSint *x, int coefficient) { return narrowLow(x, coefficient, slack); });
 }
-// GCOVR_EXCL_BR_STOP
+
+static bool lowerTotals(const Record &c, const Pass &pass, std::int64_t excess) {
+  return narrowWide(c, pass, -excess, kNone,
+                    [=](CSint *x, int coefficient) { return narrowHigh(x, coefficient, excess); });
+}
 
 // Both bounds are computed before either is applied; the minimum goes first.
 static bool narrowTerm(CSint *x, std::int64_t coefficient, std::int64_t slack, std::int64_t excess) {
@@ -105,13 +111,8 @@ static bool narrowTerm(CSint *x, std::int64_t coefficient, std::int64_t slack, s
 }
 
 static bool narrowTerms(const Record &c, const Pass &pass, std::int64_t slack, std::int64_t excess, int skipped) {
-  const std::int64_t margin = std::min(slack, -excess);
-  for (int i = 0; pass.widest > margin && i < c.n; ++i) {
-    if (i != skipped && widerThan(c.vars[i], c.coefficients[i], margin) &&
-        !narrowTerm(c.vars[i], c.coefficients[i], slack, excess))
-      return false;
-  }
-  return true;
+  return narrowWide(c, pass, std::min(slack, -excess), skipped,
+                    [=](CSint *x, int coefficient) { return narrowTerm(x, coefficient, slack, excess); });
 }
 
 // ----- handlers on s

@@ -18,29 +18,19 @@ struct Sum {
 
 // ----- rules
 
-static bool raiseS(Sum &c) {
-  const int bound = satAdd(c.a->min, c.b->min);
-  return bound <= c.s->min || narrowMin(c.s, bound);
-}
-
-static bool lowerS(Sum &c) {
-  const int bound = satAdd(c.a->max, c.b->max);
-  return bound >= c.s->max || narrowMax(c.s, bound);
-}
+static bool raiseS(Sum &c) { return narrowMin(c.s, satAdd(c.a->min, c.b->min)); }
+static bool lowerS(Sum &c) { return narrowMax(c.s, satAdd(c.a->max, c.b->max)); }
 
 static bool raiseOperand(const Sum &c, CSint *operand, const CSint *other) {
-  const int bound = satSub(c.s->min, other->max);
-  return bound <= operand->min || narrowMin(operand, bound);
+  return narrowMin(operand, satSub(c.s->min, other->max));
 }
 
 static bool lowerOperand(const Sum &c, CSint *operand, const CSint *other) {
-  const int bound = satSub(c.s->max, other->min);
-  return bound >= operand->max || narrowMax(operand, bound);
+  return narrowMax(operand, satSub(c.s->max, other->min));
 }
 
 static bool lowerOperandWrapping(const Sum &c, CSint *operand, const CSint *other) {
-  const int bound = wrapSub(c.s->max, other->min);
-  return bound >= operand->max || narrowMax(operand, bound);
+  return narrowMax(operand, wrapSub(c.s->max, other->min));
 }
 
 static bool removeIfPresent(CSint *v, int value) { return !contains(v, value) || removeValue(v, value); }

@@ -36,9 +36,7 @@ struct OnCapacity : OnUses {};
 
 bool canRun(const Task &task) { return task.use->max >= 1 && task.dmax() >= 1; }
 
-bool capUse(const Resource &r, const Task &task) {
-  return task.use->max <= r.capacity->max || narrowMax(task.use, r.capacity->max);
-}
+bool capUse(const Resource &r, const Task &task) { return narrowMax(task.use, r.capacity->max); }
 
 // No time for a task that needs more than there is.
 bool refuseTooLarge(const Resource &r, const Task &task) {
@@ -55,7 +53,7 @@ class PartCheck {
   bool run() {
     const std::int64_t height = height_;
     const int before = r_.capacity->min;
-    if (!raiseCapacity(r_, height) || r_.capacity->max < height) return false;
+    if (!raiseCapacity(r_, height)) return false;
     stale_ = r_.capacity->min != before && !r_.notesHold();
     for (int j = 0; j < r_.tasks.n; ++j)
       if (!boundUse(r_.tasks[j])) return false;

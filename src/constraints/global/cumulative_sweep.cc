@@ -51,7 +51,7 @@ bool writeBack(const Resource &r, int i) {
   if (task.est() < r.earliestStart(i)) return narrowMin64(task.start, r.earliestStart(i));
   const Time end = r.latestEnd(i);
   if (task.leastEnd() > end) return narrowMax64(task.start, end - task.dmin());
-  return task.est() + task.dmax() <= end || narrowMax64(task.duration, end - task.est());
+  return narrowMax64(task.duration, end - task.est());
 }
 
 // ----- beside compulsory parts
@@ -62,7 +62,6 @@ Energy freeEnergy(const Resource &r, Time a, Time b) {
 
 // A task that starts at its latest must have room before its compulsory part, or start later;
 bool boundBefore(const Resource &r, int i, const Task &task) {
-  if (task.est() >= task.lst()) return true;
   const Time use = task.umin();
   const Energy free = freeEnergy(r, task.est(), task.lst());
   return free >= (task.lst() - task.est()) * use || r.startNoEarlier(i, task.lst() - quotient(free, use));
@@ -70,7 +69,6 @@ bool boundBefore(const Resource &r, int i, const Task &task) {
 
 // and in [from, to) after it, or end earlier.
 bool boundAfter(const Resource &r, int i, const Task &task, Time from, Time to) {
-  if (from >= to) return true;
   const Time use = task.umin();
   const Energy free = freeEnergy(r, from, to);
   return free >= (to - from) * use || r.endNoLater(i, from + quotient(free, use));
@@ -112,7 +110,7 @@ bool sweep(Resource &r, Time a, Time b) {
   if (!refreshWindows(r)) return false;
   buildProfile(r, rangeOfInterest(r, a, b));
   if (!boundBesideParts(r) || !checkWindows(r, a, b, least)) return false;
-  if (r.capacity->min < least && !narrowMin64(r.capacity, least)) return false;
+  if (!narrowMin64(r.capacity, least)) return false;
   for (int i = 0; i < r.tasks.n; ++i)
     if (!writeBack(r, i)) return false;
   return true;

@@ -113,13 +113,13 @@ bool yields(Energy energy, Time divisor, Time wanted) {
 }
 
 bool useFits(const Check &c, const Candidate &t, const Share &share) {
-  if (c.a > t.est || t.leastEnd > c.b || share.least <= 0) return true;
+  if (c.a > t.est || t.leastEnd > c.b || share.least == 0) return true;
   return yields(share.slack, share.least, t.useMax) || t.useMax <= quotient(share.slack, share.least);
 }
 
 // Where another task may end next, at or after t, within [a, b]; t when none does.
 Time nextPoint(const Resource &r, int i, Time a, Time t, Time b) {
-  Time best = b + 1;
+  Time best = kFar;
   for (int j = 0; j < r.tasks.n; ++j) {
     const Task task = r.tasks[j];
     if (j == i || !task.demands()) continue;
@@ -128,18 +128,18 @@ Time nextPoint(const Resource &r, int i, Time a, Time t, Time b) {
     if (ect != latest && latest >= t && ect <= b) return t;
     if (ect >= std::max(t, a) && ect <= b) best = std::min(best, ect);
   }
-  return best <= b ? best : t;
+  return best < kFar ? best : t;
 }
 
 // The last latest start of another task at or before t, within [a, b]; t when there is none.
 Time prevPoint(const Resource &r, int i, Time a, Time t, Time b) {
-  Time best = a - 1;
+  Time best = -kFar;
   for (int j = 0; j < r.tasks.n; ++j) {
     const Task task = r.tasks[j];
     if (j == i || !task.demands()) continue;
     if (task.lst() >= a && task.lst() <= std::min(t, b)) best = std::max(best, task.lst());
   }
-  return best >= a ? best : t;
+  return best > -kFar ? best : t;
 }
 
 bool raiseStart(const Resource &r, const Check &c, Candidate &t, Time bound) {

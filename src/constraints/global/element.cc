@@ -9,6 +9,7 @@
 // without support; binding value to it fails.
 // Deliberate: an index outside the array (restored past a posting that was accepted) has no value: bound to it fails.
 #include <algorithm>
+#include <compare>
 
 #include "core/branch_set.h"
 #include "core/domain_walk.h"
@@ -20,9 +21,7 @@ struct Pair {
   int value;
   int position;
 
-  bool operator<(const Pair &other) const {
-    return value != other.value ? value < other.value : position < other.position;
-  }
+  auto operator<=>(const Pair &) const = default;
 };
 
 // Pairs at one end of the table whose positions have all left the index.
@@ -111,16 +110,17 @@ static bool indexLowered(const Element &c, int from, int to) {
   return true;
 }
 
+// Both walks end within the table, which holds the values that the bounds were created with.
 static bool valueRaised(Element &c, int min) {
   int k = c.below.known();
-  for (; k < c.n && c.pairs[k].value < min; ++k)
+  for (; c.pairs[k].value < min; ++k)
     if (!dropPosition(c, c.pairs[k].position)) return false;
   return c.below.note(k);
 }
 
 static bool valueLowered(Element &c, int max) {
   int k = c.above.known();
-  for (; k < c.n && c.pairs[c.n - 1 - k].value > max; ++k)
+  for (; c.pairs[c.n - 1 - k].value > max; ++k)
     if (!dropPosition(c, c.pairs[c.n - 1 - k].position)) return false;
   return c.above.note(k);
 }

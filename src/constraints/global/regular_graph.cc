@@ -16,8 +16,9 @@ class Builder {
       : graph_(graph), automaton_(automaton), live_(static_cast<std::uint64_t>(graph.n_) + 1, automaton.states) {}
 
   bool run() {
-    return live_ && makeAlphabet() && makeHeads() && passForward() && acceptFinals() && passBackward() && makeLists() &&
-           makeLayers();
+    if (!live_ || !makeAlphabet() || !makeHeads()) return false;
+    passForward();
+    return acceptFinals() && passBackward() && makeLists() && makeLayers();
   }
 
  private:
@@ -56,7 +57,7 @@ class Builder {
   }
 
   bool makeHeads();
-  bool passForward();
+  void passForward();
   bool acceptFinals();
   bool passBackward();
   bool makeLists();
@@ -80,14 +81,12 @@ bool Builder::makeHeads() {
   return true;
 }
 
-bool Builder::passForward() {
+void Builder::passForward() {
   live_.add(0, automaton_.start);
   for (int k = 0; k < graph_.n_; ++k) {
     readAlphabet(k);
     live_.forEach(k, [&](int q) { forEachTransition(q, [&](int, int target) { live_.add(k + 1, target); }); });
-    if (live_.isEmpty(k + 1)) return false;
   }
-  return true;
 }
 
 bool Builder::acceptFinals() {

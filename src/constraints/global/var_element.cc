@@ -32,18 +32,23 @@ static int &supportOf(const VarElement &c, int v) { return c.valueSupport[distan
 // The table has room for the values that the result had at posting.
 static bool isInTable(const VarElement &c, int v) { return v >= c.value->initialMin && v <= c.value->initialMax; }
 
+// A walk's next value; past the maximum when there is none.
+static std::int64_t stepFrom(const CSint *v, std::int64_t value) {
+  return value >= v->max ? std::int64_t{v->max} + 1 : valueAfter(v, static_cast<int>(value));
+}
+
 // The smallest value that two domains share.
 static bool findCommon(const CSint *a, const CSint *b, int &found) {
-  int v = std::max(a->min, b->min);
-  const int last = std::min(a->max, b->max);
-  while (v <= last) {
-    const CSint *lacking = !contains(a, v) ? a : !contains(b, v) ? b : nullptr;
-    if (lacking == nullptr) {
-      found = v;
+  std::int64_t v = std::max(a->min, b->min);
+  while (v <= a->max && v <= b->max) {
+    if (!contains(a, static_cast<int>(v))) {
+      v = stepFrom(a, v);
+    } else if (!contains(b, static_cast<int>(v))) {
+      v = stepFrom(b, v);
+    } else {
+      found = static_cast<int>(v);
       return true;
     }
-    if (v == last) break;  // before a step past the largest int
-    v = valueAfter(lacking, v);
   }
   return false;
 }
@@ -93,22 +98,22 @@ static bool indexRemoved(OnIndex &c, const Event &e) {
   return supportValues(c, [&](int, int position) { return position == e.newValue; });
 }
 
-// A walk's next value; past the maximum when there is none.
-static std::int64_t stepFrom(const CSint *v, std::int64_t value) {
-  return value >= v->max ? std::int64_t{v->max} + 1 : valueAfter(v, static_cast<int>(value));
-}
-
 // Two walks side by side take the values that only one of the domains holds from it.
 static bool equalise(const VarElement &c, CSint *selected, int k) {
   std::int64_t a = selected->min;
   std::int64_t b = c.value->min;
   while (a <= selected->max && b <= c.value->max) {
-    const std::int64_t v = std::min(a, b);
-    const bool inBoth = a == b;
-    if (inBoth) supportOf(c, static_cast<int>(v)) = k;
-    if (!inBoth && !removeValue(a < b ? selected : c.value, static_cast<int>(v))) return false;
-    if (a == v) a = stepFrom(selected, v);
-    if (b == v) b = stepFrom(c.value, v);
+    if (a < b) {
+      if (!removeValue(selected, static_cast<int>(a))) return false;
+      a = stepFrom(selected, a);
+    } else if (b < a) {
+      if (!removeValue(c.value, static_cast<int>(b))) return false;
+      b = stepFrom(c.value, b);
+    } else {
+      supportOf(c, static_cast<int>(a)) = k;
+      a = stepFrom(selected, a);
+      b = stepFrom(c.value, b);
+    }
   }
   return true;
 }
