@@ -94,7 +94,7 @@ class Campaign : public ::testing::TestWithParam<Scenario> {
 
   // As long as the scenario needs a block for its next push but `room`.
   void fillAll(Stack stack) {
-    for (int room = 0; room < depth_.rooms && !HasFailure(); ++room)
+    for (int room = 0; room < depth_.rooms * GetParam().rooms && !HasFailure(); ++room)
       if (!fill(Filling{}.with(stack, room), stack).grew) return;
   }
 

@@ -240,6 +240,29 @@ TEST(SemanticHarness, CountsPostingsAndNarrowings) {
   EXPECT_EQ(sweep.states, (1 + 18 + 1) * 2 + 1 + 24 + 2);
 }
 
+// ----- handler calls
+
+Calls callsOfPosting(std::function<bool(CSint **)> post) {
+  Case test{"Heard", {}, {pair(equal, std::move(post))}, {{-1, 4}}, 300};
+  Sweep sweep(test);
+  sweep.run();
+  EXPECT_EQ(sweep.finding, "");
+  return sweep.calls;
+}
+
+TEST(SemanticHarness, DigestsTheCallsOfAPosting) {
+  const Calls calls = callsOfPosting([](CSint **x) { return cs_Eq(x[0], x[1]); });
+  EXPECT_GT(calls.count, 1000);
+  EXPECT_EQ(callsOfPosting([](CSint **x) { return cs_Eq(x[0], x[1]); }), calls);
+}
+
+// Whoever hears first, the domains come to the same.
+TEST(SemanticHarness, TellsTheOrderOfCallsApart) {
+  const auto first = callsOfPosting([](CSint **x) { return cs_Eq(x[0], x[1]) && cs_Le(x[0], x[1]); });
+  const auto second = callsOfPosting([](CSint **x) { return cs_Le(x[0], x[1]) && cs_Eq(x[0], x[1]); });
+  EXPECT_NE(first, second);
+}
+
 // ----- exceptions: each that a case makes is one that arises
 
 class SemanticExceptions : public ::testing::TestWithParam<Case> {

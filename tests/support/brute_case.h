@@ -3,9 +3,11 @@
 // constants), the domains it is run over and how much of that. A sweep posts every form on every combination of
 // domains and on every pattern of shared variables, or on a seeded sample where there are too many.
 //
-// Each posting of a sweep has a number, by which it is drawn and can be run again alone: KORU_POSTING=17.
+// Each posting of a sweep has a number, by which it is drawn and can be run again alone: KORU_POSTING=17. With
+// KORU_CALLS=1 the calls up to each posting are listed as they are digested, and those of a single one by one.
 #pragma once
 
+#include "support/brute_calls.h"
 #include "support/brute_visits.h"
 
 namespace koru::test::brute {
@@ -63,10 +65,12 @@ struct Scale {
 class Sweep {
  public:
   // A number of a posting: nothing but that one.
-  explicit Sweep(const Case &test, Scale scale = {}, long long only = 0) : case_(test), scale_(scale), only_(only) {}
+  explicit Sweep(const Case &test, Scale scale = {}, long long only = 0, std::ostream *list = nullptr)
+      : case_(test), scale_(scale), only_(only), list_(list) {}
 
   long long states = 0;
   long long postings = 0;
+  Calls calls;  // of three postings in four; one that nobody observes may take another way
   bool single() const { return only_ != 0; }
   std::string finding;  // empty when nothing was
 
@@ -122,9 +126,12 @@ class Sweep {
     Effort effort = case_.effort;
     if (effort.depth > 0 && scale_.deeper > 0 && number_ % scale_.deeper == 0) ++effort.depth;
     Run run(posting);
+    std::optional<Listener> listener;
+    if (number_ % 4 != 0) listener.emplace(calls, single() ? list_ : nullptr);
     run.post([&](const Node &root) { Visits(run, effort, static_cast<unsigned>(number_)).all(root); });
     states += run.states;
     ++postings;
+    if (listener && list_ != nullptr) *list_ << "posting " << number_ << ": " << calls << "\n";
     if (!run.sound()) finding = "posting " + std::to_string(number_) + ": " + run.finding();
   }
 
@@ -139,6 +146,7 @@ class Sweep {
   Scale scale_;
   long long number_ = 0;
   long long only_;
+  std::ostream *list_;  // of the calls, if there is one
 };
 
 }  // namespace koru::test::brute

@@ -85,7 +85,7 @@ void addScheduling(Scenarios &scenarios) {
   };
   static constexpr Tasks kTasks[] = {{"x", "y", "z", 'e'},       {"xy", "tt", "tt", 'e'},    {"xyz", "ttt", "ttt", 't'},
                                      {"xyz", "tbt", "btt", 'x'}, {"xxx", "ttt", "bbb", 't'}, {"hcx", "tbh", "tbt", 'd'},
-                                     {"tht", "ttt", "ttt", 't'}};
+                                     {"tht", "ttt", "ttt", 't'}, {"xy", "zc", "tt", 'b'}};
   for (const Tasks &each : kTasks) {
     const int n = lengthOf(each.starts);
     const std::string tasks = std::string(each.starts) + "-" + each.durations;

@@ -65,6 +65,7 @@ class Trial {
     // The checker's walk over a thousand variables after each propagation would dominate.
     solver.checked.period = solver.checked.untilNext = 64;
     stage_.emplace();
+    if (scenario.prepare) scenario.prepare(*stage_);
     stageSize_ = solver.variables.count();
     stageState_ = describeVariables(0, stageSize_);
     cs_saveContext();

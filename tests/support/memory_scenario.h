@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "koru.h"
+#include "support/postings.h"
 #include "support/solver_test.h"
 
 namespace koru::test {
@@ -63,12 +64,15 @@ class Stage {
   CSint **array(const char *letters) {
     std::vector<CSint *> made;
     for (; *letters != '\0'; ++letters) made.push_back(at(*letters));
-    arrays_.push_back(std::move(made));
-    return arrays_.back().data();
+    return keep(std::move(made));
   }
+  CSint **keep(std::vector<CSint *> array) { return arrays_.emplace_back(std::move(array)).data(); }
 
   // What a scenario has seen beyond domains and constraints: texts, counters, solutions.
   std::string seen;
+  // What has been prepared.
+  std::deque<Operands> operands;
+  std::vector<CSint *> variables;
 
  private:
   std::deque<std::vector<CSint *>> arrays_;
@@ -83,6 +87,9 @@ struct Scenario {
   bool failsAtOnce = true;
   // Whether all is as a failed call has to leave it; what a restore brings back is looked at in any case.
   std::function<bool(Stage &)> afterFailure = {};
+  // What there is before memory runs out, and how many times as many of its pushes are made to fail as of others.
+  std::function<void(Stage &)> prepare = {};
+  int rooms = 1;
 
   std::string function() const { return name.substr(0, name.find('/')); }
 };
@@ -91,6 +98,10 @@ class Scenarios {
  public:
   void add(std::string name, std::function<bool(Stage &)> run, std::function<bool(Stage &)> afterFailure = {}) {
     all_.push_back({std::move(name), std::move(run), true, std::move(afterFailure)});
+  }
+  // One that goes on from what there is.
+  void addPrepared(std::string name, std::function<void(Stage &)> prepare, std::function<bool(Stage &)> run) {
+    all_.push_back({std::move(name), std::move(run), true, {}, std::move(prepare), 3});
   }
   // One that may go on after a failed allocation.
   void addLenient(std::string name, std::function<bool(Stage &)> run) {
@@ -109,14 +120,15 @@ void addReified(Scenarios &scenarios);
 void addGlobals(Scenarios &scenarios);
 void addVariables(Scenarios &scenarios);
 void addCallbacks(Scenarios &scenarios);
+void addNarrowings(Scenarios &scenarios);
 void addSearches(Scenarios &scenarios);
 void addProgrammes(Scenarios &scenarios);
 
 inline const std::vector<Scenario> &allScenarios() {
   static const Scenarios scenarios = [] {
     Scenarios made;
-    for (const auto add :
-         {addRelations, addArithmetic, addReified, addGlobals, addVariables, addCallbacks, addSearches, addProgrammes})
+    for (const auto add : {addRelations, addArithmetic, addReified, addGlobals, addVariables, addCallbacks,
+                           addNarrowings, addSearches, addProgrammes})
       add(made);
     return made;
   }();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_AllNeq: value elimination and the span test with its two witnesses.
+#include "support/batch.h"
 #include "support/brute_probe.h"
 
 namespace {
@@ -197,6 +198,49 @@ TEST_F(AllNeqWitnessTest, WitnessesFoundInAContextServeAfterItIsRestored) {
   cs_restoreContext();
   ASSERT_TRUE(cs_GE(array[0], 1) && cs_LE(array[0], 2) && cs_GE(array[1], 1) && cs_LE(array[1], 2));
   EXPECT_FALSE(cs_LE(array[2], 2));
+}
+
+// Of equals the first is the witness. When nobody is wide enough any more, its event is where it fails.
+class AllNeqEqualsTest : public AllNeqTest {
+ protected:
+  void post(std::initializer_list<std::pair<int, int>> domains) {
+    int n = 0;
+    for (const auto &[min, max] : domains) array[n++] = cs_createCSint(min, max);
+    ASSERT_EQ(cs_AllNeq(array, n), 1);
+  }
+  // Moves a bound of all, the first one's first.
+  void expectTheFirstToFail(bool (*narrow)(CSint *, int), int bound, int code) {
+    const CallLog log;
+    EXPECT_FALSE(together([=, this] {
+      bool done = true;
+      for (CSint *v : array) done = v == nullptr || (done && narrow(v, bound));
+      return done;
+    }));
+    EXPECT_EQ(log.calls.back(), (Call{false, array[0], code, "cs_AllNeq"}));
+  }
+};
+
+TEST_F(AllNeqEqualsTest, TheFirstWithTheSmallestMinimumIsAWitness) {
+  post({{0, 7}, {0, 7}, {1, 9}, {1, 9}, {1, 9}});
+  expectTheFirstToFail(cs_GE, 6, 0);
+}
+
+TEST_F(AllNeqEqualsTest, TheFirstWithTheLargestMaximumIsAWitness) {
+  post({{2, 9}, {2, 9}, {0, 8}, {0, 8}, {0, 8}});
+  expectTheFirstToFail(cs_LE, 3, 1);
+}
+
+// The second and third steps make the witnesses too tight; the last variable's other bound helps.
+TEST_F(AllNeqEqualsTest, AWitnessForTheMinimumIsNotReplacedByItsEqual) {
+  post({{0, 7}, {5, 7}, {5, 9}, {5, 8}});
+  ASSERT_TRUE(cs_LE(array[2], 7) && cs_GE(array[0], 5));
+  expectTheFirstToFail(cs_GE, 6, 0);
+}
+
+TEST_F(AllNeqEqualsTest, AWitnessForTheMaximumIsNotReplacedByItsEqual) {
+  post({{2, 9}, {2, 4}, {0, 4}, {1, 4}});
+  ASSERT_TRUE(cs_GE(array[2], 2) && cs_LE(array[0], 4));
+  expectTheFirstToFail(cs_LE, 3, 1);
 }
 
 TEST_F(AllNeqTest, TheSameVariableTwiceThatIsBoundFailsAtPosting) {

@@ -227,24 +227,53 @@ TEST_F(ElementTest, ARaiseThatIsOvertakenByAnotherIsHeardInFull) {
   expect({3, 4, 5}, {1, 3, 9});
 }
 
+// What a moved bound asks of the other variable has become impossible meanwhile: it fails there, and not when the other
+// one is heard.
+TEST_F(ElementTest, FailsAtTheFirstChangeThatIsHeard) {
+  struct Row {
+    bool (*narrow)(CSint *, int);
+    int bound;
+    int other;  // what the other variable is bound to
+    int code;
+  };
+  table = {1, 2, 3};
+  index = cs_createCSint(0, 2);
+  value = cs_Element(index, table.data(), 3);
+  const auto expectFirst = [](CSint *v, const Row &row, CSint *other) {
+    cs_saveContext();
+    {
+      const CallLog log;
+      EXPECT_FALSE(together([&] { return row.narrow(v, row.bound) && cs_EQ(other, row.other); }));
+      EXPECT_EQ(log.calls.back(), (Call{false, v, row.code, "cs_Element"}));
+    }
+    cs_restoreContext();
+  };
+  expectFirst(index, {cs_LE, 1, 3, 1}, value);
+  expectFirst(index, {cs_GE, 1, 1, 0}, value);
+  expectFirst(value, {cs_LE, 2, 2, 1}, index);
+  expectFirst(value, {cs_GE, 2, 0, 0}, index);
+}
+
 // An inner context that is accepted leaves the constraint attached, an outer one that is restored widens the index past
 // the array.
 class ElementOutsideTest : public ElementTest {
  protected:
   void SetUp() override {
     ElementTest::SetUp();
-    table = {10, 20, 10};
     index = cs_createCSint(-5, 9);
     cs_saveContext();
     ASSERT_TRUE(cs_GE(index, -2) && cs_LE(index, 5));
     cs_saveContext();
-    value = cs_Element(index, table.data(), 3);
+    value = cs_Element(index, &around[1], 3);
     ASSERT_NE(value, nullptr);
     cs_acceptContext();
     cs_restoreContext();
     ASSERT_EQ(bounds(index), Bounds2(-5, 9));
     ASSERT_EQ(attachments(index), (Attached{{"cs_Element", -1}}));
   }
+
+  // The array is the three in the middle; the others would be taken for elements.
+  const int around[5] = {20, 10, 20, 10, 20};
 };
 
 TEST_F(ElementOutsideTest, AnIndexBoundOutsideTheArrayFails) {

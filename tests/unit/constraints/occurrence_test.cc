@@ -247,6 +247,14 @@ TEST_F(OccurrenceTest, ARestThatHasLostTheValueFailsAtOnce) {
   EXPECT_EQ(log.calls.back(), (Call{false, x[0], 5, "cs_OccurConstraints"}));
 }
 
+// A variable has been bound to the value that the count takes from all.
+TEST_F(OccurrenceTest, ACountThatCannotTakeTheValueAwayFailsAtOnce) {
+  post();
+  const CallLog log;
+  EXPECT_FALSE(together([this] { return cs_LE(count, 0) && cs_EQ(x[0], kVal); }));
+  EXPECT_EQ(log.calls.back(), (Call{false, count, 3, "cs_OccurConstraints"}));
+}
+
 // Deliberate: neither set can be emptied, so the last one moves the count and stays undecided.
 TEST_F(OccurrenceTest, TheLastUndecidedVariableMovesTheCountOnly) {
   post();

@@ -264,6 +264,22 @@ TEST_F(RegularTest, ALayerThatLosesItsLastStateFailsAtOnce) {
   EXPECT_EQ(log.calls.back(), (Call{false, vars[1], 2, "cs_Regular"}));
 }
 
+// The same with four words, and a layer that has lost states from its middle.
+TEST_F(RegularTest, ALayerWithHolesThatLosesItsLastStateFailsAtOnce) {
+  makeVariables({range(0, 3), range(0, 3)});
+  Values table(24, -1);
+  for (std::size_t a = 0; a < 4; ++a) {
+    table[a] = static_cast<int>(a) + 1;
+    table[4 * (a + 1) + a] = 5;
+  }
+  ASSERT_EQ(post({6, 4, 0, table, {5}}), 1);
+  ASSERT_TRUE(cs_NEQ(vars[0], 1));
+  EXPECT_EQ(sets(layers), (Sets{{1, 3, 4}, {5}}));
+  const CallLog log;
+  EXPECT_FALSE(together([this] { return cs_EQ(vars[0], 0) && cs_EQ(vars[1], 3); }));
+  EXPECT_EQ(log.calls.back(), (Call{false, vars[1], 2, "cs_Regular"}));
+}
+
 // The layer after the position first, by sources, then by targets; the symbols before the states.
 TEST_F(RegularTest, RemovalsCascadeAlongTheLayersInOrder) {
   makeVariables({range(0, 3), range(0, 3), range(0, 3)});

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_ReifEq, cs_ReifNeq: posting, and each handler slot on given states.
+#include "support/batch.h"
 #include "support/reif_forms.h"
 #include "support/reif_slots.h"
 
@@ -226,6 +227,16 @@ TEST_F(ReifEqTest, EveryEventReachesTheOtherSide) {
       EXPECT_EQ(values(y), row.x.size() == 1 ? without(range(0, 9), row.x[0]) : range(0, 9)) << row.name;
     }
   }
+}
+
+// All that x and y share is gone before they are told to be equal.
+TEST_F(ReifEqTest, EqualityThatHasBecomeImpossibleFailsAtOnce) {
+  CSint *x = fromValues({1, 3, 5, 9, 10});
+  CSint *y = fromValues({2, 4, 8, 10});
+  CSint *b = cs_ReifEq(x, y);
+  const CallLog log;
+  EXPECT_FALSE(together([=] { return cs_EQ(b, 1) && cs_NEQ(x, 10); }));
+  EXPECT_EQ(log.calls.back(), (Call{false, b, 2, "cs_ReifEq"}));
 }
 
 }  // namespace

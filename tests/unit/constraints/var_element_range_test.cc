@@ -2,6 +2,7 @@
 // cs_VarElementRange: posting, and what each of the six events on the index, the result and a variable narrows.
 #include <climits>
 
+#include "support/batch.h"
 #include "support/var_element_selection.h"
 
 namespace {
@@ -192,6 +193,20 @@ TEST_F(VarElementRangeTest, APositionWhoseVariableLosesTheBoundValueStaysUntilIt
   ASSERT_TRUE(cs_NEQ(vars[0], 1));
   EXPECT_EQ(state(), (State{{0, 1}, {1}, {{0, 2}, {1}}}));
   EXPECT_FALSE(cs_EQ(index, 0));
+}
+
+// The supplier of a bound has gone, and the result has left what the others can give.
+TEST_F(VarElementRangeTest, AResultOutOfReachFailsAtOnce) {
+  make(cs_VarElementRange, range(0, 2), {range(0, 4), range(6, 9), range(6, 8)});
+  {
+    const CallLog log;
+    EXPECT_FALSE(together([this] { return cs_GE(index, 1) && cs_LE(value, 4); }));
+    EXPECT_EQ(log.calls.back(), (Call{false, index, 0, "cs_VarElementRange"}));
+  }
+  make(cs_VarElementRange, range(0, 2), {range(0, 4), range(0, 3), range(6, 9)});
+  const CallLog log;
+  EXPECT_FALSE(together([this] { return cs_LE(index, 1) && cs_GE(value, 6); }));
+  EXPECT_EQ(log.calls.back(), (Call{false, index, 1, "cs_VarElementRange"}));
 }
 
 TEST_F(VarElementRangeTest, OneBoundsEventOnTheResultTightensOneSideOfTheSelectedVariable) {

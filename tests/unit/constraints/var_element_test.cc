@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_VarElement: posting, and what each of the six events on the index, the result and a variable narrows.
+#include "support/batch.h"
 #include "support/var_element_selection.h"
 
 namespace {
@@ -207,6 +208,14 @@ TEST_F(VarElementTest, FailsWhenNoPositionHoldsAValueOfTheResult) {
   EXPECT_FALSE(cs_EQ(value, 3));
 }
 
+// Position 0 has nothing left in common with the result, and nobody else holds a value of it.
+TEST_F(VarElementTest, AResultWithoutSupportFailsAtOnce) {
+  make(cs_VarElement, range(0, 1), {range(0, 6), range(5, 9)});
+  const CallLog log;
+  EXPECT_FALSE(together([this] { return cs_GE(vars[0], 5) && cs_LE(value, 4); }));
+  EXPECT_EQ(log.calls.back(), (Call{false, vars[0], 0, "cs_VarElement"}));
+}
+
 // ----- order
 
 // The values that were taken from inside a domain since a mark, in that order.
@@ -334,6 +343,24 @@ TEST_F(VarElementTest, TheIndexMayStandInTheArray) {
 }
 
 // ----- accepted inner contexts
+
+// The result was made for 3..6; then the variable has more values again. Those are no concern of the result's, its own
+// ends are.
+TEST_F(VarElementTest, ValuesBeyondThoseOfTheResultAreLeftAlone) {
+  index = cs_createCSint(0, 1);
+  vars = {cs_createCSint(0, 9), cs_createCSint(4, 5)};
+  cs_saveContext();
+  ASSERT_TRUE(cs_GE(vars[0], 3) && cs_LE(vars[0], 6));
+  cs_saveContext();
+  value = cs_VarElement(index, vars.data(), 2);
+  cs_acceptContext();
+  cs_restoreContext();
+  ASSERT_EQ(state(), (State{{0, 1}, range(3, 6), {range(0, 9), {4, 5}}}));
+  ASSERT_TRUE(cs_NEQ(vars[0], 2) && cs_NEQ(vars[0], 7));
+  EXPECT_EQ(values(value), range(3, 6));
+  ASSERT_TRUE(cs_NEQ(vars[0], 3) && cs_NEQ(vars[0], 6));
+  EXPECT_EQ(values(value), range(4, 5));
+}
 
 TEST_F(VarElementTest, PositionsOutsideTheArrayThatComeBackAreLeftAlone) {
   makeWithForeignPositions(cs_VarElement, {range(0, 3), range(2, 5)});

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+// What the quick tests must see of each case. Of the states at least some two thirds of what they do see, so that a
+// case that has quietly become smaller is noticed. Of the handler calls exactly these, counted and digested: they are
+// the same on every platform, and from version to version. A change that is meant takes over the new numbers, and says
+// in its commit what hosts will see of it.
+//
+// To find the call that differs, run test_semantic in both versions with KORU_CALLS=1, compare the numbers after each
+// posting, and run the first posting that differs alone, with KORU_POSTING set as well.
+#pragma once
+
+#include <string_view>
+
+#include "support/brute_calls.h"
+
+namespace koru::test::brute {
+
+struct Expected {
+  const char *name;
+  long leastStates;
+  Calls calls;
+};
+
+inline constexpr Expected kExpected[] = {
+    {"EQofAnInt", 1500, {0, 0}},
+    {"NEQofAnInt", 8400, {618, 0x75c1f80bf1aec2d5}},
+    {"LEofAnInt", 6000, {388, 0x8f5be793fb99ca73}},
+    {"LTofAnInt", 4800, {296, 0x3bd08e0787cbff47}},
+    {"GEofAnInt", 4800, {318, 0x8e98b431310b9897}},
+    {"GTofAnInt", 3700, {244, 0x111fc457bffa8c5f}},
+    {"Eq", 71000, {37806, 0x578c980a648b6bf5}},
+    {"Neq", 120000, {101081, 0x02d3de2ec7b98ce7}},
+    {"Le", 120000, {76338, 0x4c1c369ff2d8ecaf}},
+    {"Lt", 81000, {56829, 0x8e6084f548a7ba91}},
+    {"Ge", 110000, {73967, 0xd90332aec82dfeea}},
+    {"Gt", 78000, {54175, 0x3a4e9cda859888cb}},
+    {"IfEq", 89000, {48770, 0x111d58235ee01c95}},
+    {"IfNeq", 97000, {52783, 0xc98166e170413dad}},
+    {"InArray", 43000, {2406, 0x77541b9a1390bf47}},
+    {"NotInArray", 46000, {2586, 0xf02a784b00a6963a}},
+    {"InInterval", 22000, {1310, 0x946998034a723cd8}},
+    {"NotInInterval", 55000, {3868, 0xad92f67617da0976}},
+    {"Add", 90000, {124048, 0xcf5ec9038041414a}},
+    {"Sub", 89000, {119517, 0x3ab341a99a032132}},
+    {"Abs", 510000, {658379, 0x814d6e741126db34}},
+    {"Mul", 58000, {66594, 0xeee2a5bb563ba722}},
+    {"VMul", 160000, {264529, 0x1e379128fe1572ea}},
+    {"Div", 78000, {202692, 0x55df0cf5036e27d2}},
+    {"VDiv", 77000, {238107, 0x46863b2b413a5675}},
+    {"ArithmeticNested", 38000, {107286, 0x7e58c5d77ab27ce8}},
+    {"VAdd", 360000, {456906, 0xc07a66aa97c8917a}},
+    {"VSub", 340000, {759682, 0x6bf83773d72a2c89}},
+    {"Sigma", 360000, {456906, 0xc07a66aa97c8917a}},
+    {"ScalProd", 740000, {939802, 0x0d9c543ec1ea2fc9}},
+    {"VScalProd", 95000, {119736, 0xe466627cd43a7dd4}},
+    {"ReifEq", 50000, {35518, 0x73e706e1c26cad50}},
+    {"ReifNeq", 51000, {35854, 0xb9f2dfef79cb37a6}},
+    {"ReifLt", 51000, {34986, 0x754a9c548b15d203}},
+    {"ReifLe", 50000, {34429, 0x0deb23eafbc2eb3e}},
+    {"ReifGt", 51000, {34409, 0xaa1b9e7110e70c1c}},
+    {"ReifGe", 50000, {34917, 0xe75ea4ff12a87d57}},
+    {"ReifEQofAnInt", 260000, {61082, 0xb2a2e22ea4513183}},
+    {"ReifNEQofAnInt", 260000, {61855, 0x436f2a5042df1074}},
+    {"ReifLTofAnInt", 250000, {72360, 0x59c6a80d8970a7cd}},
+    {"ReifLEofAnInt", 250000, {61269, 0x0e86f76d469f4e00}},
+    {"ReifGTofAnInt", 250000, {60854, 0x3acee87d503ffd6a}},
+    {"ReifGEofAnInt", 250000, {71710, 0xd4f3e87f2c4ff6ff}},
+    {"ReifNested", 31000, {40467, 0x7657e548c133ac9c}},
+    {"AllNeq", 110000, {113949, 0x24af81985053be1c}},
+    {"Occur", 190000, {122629, 0x062ee1060e5bb76f}},
+    {"OccurConstraints", 240000, {140750, 0x684960cf7506219c}},
+    {"OccurDomain", 200000, {128153, 0x8acb55f2f3379192}},
+    {"Min", 280000, {271755, 0x0c213a3d2d272865}},
+    {"VMin", 280000, {271755, 0x0c213a3d2d272865}},
+    {"Max", 290000, {297211, 0xff90477105b6d134}},
+    {"VMax", 290000, {297211, 0xff90477105b6d134}},
+    {"VarElementOnTheWayDown", 10000, {3477, 0x9fbd53d0f744f19b}},
+    {"Element", 270000, {194585, 0x76debe89defef864}},
+    {"ElementOfALongTable", 170000, {278598, 0x3b28fc83d1d8380a}},
+    {"ElementsThatAgree", 19000, {26255, 0x0b4c2a19f7834ae4}},
+    {"Index", 150000, {129838, 0x109dd65e7da88a33}},
+    {"VarElement", 260000, {221958, 0xd44e5942d2560153}},
+    {"VarElementRange", 260000, {223461, 0x003bd2e58a90ab14}},
+    {"RegularOfSmallAutomata", 45000, {19495, 0x8484dd53f876a436}},
+    {"Regular", 100000, {117596, 0xffee62a86cccc254}},
+    {"RegularOfLongerWords", 9300, {8337, 0x8f92e2d7a2598071}},
+    {"CumulativeOfOneTask", 360000, {254269, 0x4996e0ea7cd43331}},
+    {"Cumulative", 62000, {35301, 0x8139e217c7e25bf3}},
+    {"CumulativeOfThreeTasks", 98000, {22121, 0xe1dee1095a315a5e}},
+    {"DisjunctiveOfTwoTasks", 73000, {68502, 0xdd75d9ad531d1ea1}},
+    {"Disjunctive", 110000, {88732, 0xc5a1cbc1a9d5cb15}},
+    {"NoGoodSet", 88000, {99994, 0x6093c807e5d43de1}},
+    {"EventAllKnown", 230000, {174906, 0xf5b5f7b9280fcae8}},
+    {"EventKnown", 170000, {473098, 0x2f0ca6c0191de018}},
+    {"EventNewMinNewMax", 31000, {73181, 0xc68d49d6b7b6b0f5}},
+    {"EventNeq", 19000, {65144, 0x1d9cfa3c9680fea3}},
+    {"EventConflict", 11000, {5990, 0xead95fe0b7964ca6}},
+};
+
+// Nothing for a name that is not in the table.
+inline Expected expectedOf(std::string_view name) {
+  for (const Expected &row : kExpected)
+    if (name == row.name) return row;
+  return {};
+}
+
+}  // namespace koru::test::brute

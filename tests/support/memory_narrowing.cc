@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+// Propagation: what is posted while there is memory is narrowed when there is none. Handlers note, signal and make bit
+// arrays.
+#include "core/solver.h"
+#include "support/memory_scenario.h"
+
+namespace koru::test {
+
+namespace {
+
+using Narrow = bool (*)(CSint *, int);
+
+enum class Step { kDone, kWithoutMemory, kSucceededWithoutMemory };
+
+// A narrowing in a context of its own, taken back when the constraint refuses it.
+Step step(Narrow narrow, CSint *v, int value) {
+  const int open = solver.contexts.count();
+  cs_saveContext();
+  if (solver.contexts.count() == open) return Step::kWithoutMemory;
+  const bool narrowed = narrow(v, value);
+  if (cs_getErr() != CS_ERR_NONE) return narrowed ? Step::kSucceededWithoutMemory : Step::kWithoutMemory;
+  if (!narrowed) cs_restoreContext();
+  return Step::kDone;
+}
+
+// Bit arrays of others would be as large as memory.
+bool isSmall(const CSint *v) { return distance(v->initialMin, v->initialMax) < 10000; }
+
+// A hole next to the minimum, a value less at either end, and then the second of those left.
+Step narrowInManyWays(CSint *v) {
+  Step made = Step::kDone;
+  if (!isBound(v) && isSmall(v)) made = step(cs_NEQ, v, valueAfter(v, v->min));
+  if (made == Step::kDone && !isBound(v)) made = step(cs_GE, v, valueAfter(v, v->min));
+  if (made == Step::kDone && !isBound(v)) made = step(cs_LE, v, valueBefore(v, v->max));
+  if (made == Step::kDone && !isBound(v)) made = step(cs_EQ, v, valueAfter(v, v->min));
+  return made;
+}
+
+CSint *operand(const Operands &o, char letter) {
+  switch (letter) {
+    case 'x':
+      return o.x;
+    case 'y':
+      return o.y;
+    case 'z':
+      return o.z;
+    default:
+      return o.result != nullptr ? o.result : o.b;
+  }
+}
+
+void addPosting(Scenarios &scenarios, const PostingFunction &function) {
+  for (const char letter : {'x', 'y', 'z', 'r'}) {
+    scenarios.addPrepared(
+        std::string("narrowing/") + function.name + "-" + letter,
+        [&function](Stage &s) {
+          function.post(s.operands.emplace_back(Operands{s.x, s.y, s.z, s.b}));
+        },
+        [letter](Stage &s) { return narrowInManyWays(operand(s.operands.back(), letter)) != Step::kWithoutMemory; });
+  }
+}
+
+// The second of three positions goes, from the middle of the index: for want of a common value,
+void addLossOfAPosition(Scenarios &scenarios) {
+  scenarios.addPrepared(
+      "narrowing/position-lost",
+      [](Stage &s) {
+        CSint *second = fromValues({1, 5, 9});
+        CSint *index = cs_createCSint(0, 2);
+        CSint *value = cs_VarElement(index, s.keep({s.x, second, s.y}), 3);
+        s.variables = {second, index, value};
+        cs_NEQ(value, 1);
+        cs_LE(value, 8);
+      },
+      [](Stage &s) {
+        return cs_NEQ(s.variables[0], 5) && values(s.variables[1]) == std::vector{0, 2};
+      });
+  // and of a common range.
+  scenarios.addPrepared(
+      "narrowing/position-lost-by-range",
+      [](Stage &s) {
+        CSint *index = cs_createCSint(0, 2);
+        CSint *value = cs_VarElementRange(index, s.array("xyz"), 3);
+        s.variables = {index, value};
+        cs_LE(value, 6);
+      },
+      [](Stage &s) {
+        return cs_GE(s.y, 8) && values(s.variables[0]) == std::vector{0, 2};
+      });
+}
+
+}  // namespace
+
+void addNarrowings(Scenarios &scenarios) {
+  for (const PostingFunction &each : kPostingFunctions) addPosting(scenarios, each);
+  addLossOfAPosition(scenarios);
+}
+
+}  // namespace koru::test
