@@ -2,6 +2,7 @@
 // Element, index, membership, occurrence, minimum and maximum at the ends of the int range and over large arrays. Meant
 // to run under a sanitizer.
 #include <climits>
+#include <numeric>
 #include <vector>
 
 #include "support/large_test.h"
@@ -109,6 +110,31 @@ TEST_F(GlobalLimits, CountsBeyondTheIntRangeFail) {
   CSint *count = cs_createCSint(INT_MIN, INT_MAX);
   EXPECT_TRUE(cs_OccurConstraints(count, 4, x, 1));
   EXPECT_EQ(values(count), (std::vector{0, 1}));
+}
+
+// Positions that are gone are not walked over again: that would take minutes.
+TEST_F(GlobalLimits, AnElementWhoseIndexShrinksStepByStep) {
+  constexpr int kSteps = 300000;
+  const std::vector<int> table(kSteps, 7);
+  for (const auto narrow : {cs_GE, cs_LE}) {
+    CSint *index = cs_createCSint(0, kSteps - 1);
+    ASSERT_NE(cs_Element(index, table.data(), kSteps), nullptr);
+    for (int i = 1; i < kSteps; ++i) ASSERT_TRUE(narrow(index, narrow == cs_GE ? i : kSteps - 1 - i));
+    EXPECT_TRUE(cs_isInstantiated(index));
+  }
+}
+
+TEST_F(GlobalLimits, AnElementWhoseValueShrinksStepByStep) {
+  constexpr int kSteps = 300000;
+  std::vector<int> table(kSteps);
+  std::iota(table.begin(), table.end(), 0);
+  for (const auto narrow : {cs_GE, cs_LE}) {
+    CSint *index = cs_createCSint(0, kSteps - 1);
+    CSint *value = cs_Element(index, table.data(), kSteps);
+    ASSERT_NE(value, nullptr);
+    for (int i = 1; i < kSteps; ++i) ASSERT_TRUE(narrow(value, narrow == cs_GE ? i : kSteps - 1 - i));
+    EXPECT_TRUE(cs_isInstantiated(index));
+  }
 }
 
 TEST_F(GlobalLimits, AnElementOfALargeTable) {

@@ -37,6 +37,8 @@ void addOccurrences(Scenarios &scenarios) {
                [](Stage &, CSint **array, int n) { return cs_OccurDomain(5, array, n) != nullptr; });
   addForArrays(scenarios, "cs_OccurConstraints",
                [](Stage &s, CSint **array, int n) { return cs_OccurConstraints(s.e, 5, array, n); });
+  // The sets lose a position from their middle.
+  scenarios.add("cs_OccurDomain/xtyz", [](Stage &s) { return cs_OccurDomain(5, s.array("xtyz"), 4) != nullptr; });
   // It answers 0 always.
   addForArrays(scenarios, "cs_Occur", [](Stage &s, CSint **array, int n) {
     return cs_Occur(s.t, 5, array, n) == 0 && cs_getErr() == CS_ERR_NONE;

@@ -89,11 +89,24 @@ void addLossOfAPosition(Scenarios &scenarios) {
       });
 }
 
+// Tasks that need more than there is left must not take any time.
+void addRefusalOfTasks(Scenarios &scenarios) {
+  scenarios.addPrepared(
+      "narrowing/tasks-refused",
+      [](Stage &s) {
+        CSint *capacity = cs_createCSint(0, 9);
+        cs_Cumulative(s.array("xy"), s.array("zc"), s.array("tt"), 2, capacity);
+        s.variables = {capacity};
+      },
+      [](Stage &s) { return cs_LE(s.variables[0], 1) && cs_getMax(s.z) == 0 && cs_getMax(s.c) == 0; });
+}
+
 }  // namespace
 
 void addNarrowings(Scenarios &scenarios) {
   for (const PostingFunction &each : kPostingFunctions) addPosting(scenarios, each);
   addLossOfAPosition(scenarios);
+  addRefusalOfTasks(scenarios);
 }
 
 }  // namespace koru::test

@@ -8,6 +8,7 @@
 // only lie between those of the posting.
 #include <algorithm>
 #include <cstdarg>
+#include <utility>
 
 #include "core/post.h"
 
@@ -68,8 +69,7 @@ static bool narrowLow(CSint *x, std::int64_t coefficient, std::int64_t slack) {
 }
 
 static bool narrowHigh(CSint *x, std::int64_t coefficient, std::int64_t excess) {
-  if (coefficient > 0) return narrowMax64(x, x->min - share(excess, coefficient));
-  return narrowMin64(x, x->max - share(excess, coefficient));
+  return narrowLow(x, -coefficient, -excess);
 }
 
 // A term moves exactly when it is wider than the margin, so most divisions are never made.
@@ -103,10 +103,9 @@ static bool lowerTotals(const Record &c, const Pass &pass, std::int64_t excess) 
 
 // Both bounds are computed before either is applied; the minimum goes first.
 static bool narrowTerm(CSint *x, std::int64_t coefficient, std::int64_t slack, std::int64_t excess) {
-  const std::int64_t fromLow = coefficient > 0 ? slack : excess;
-  const std::int64_t fromHigh = coefficient > 0 ? excess : slack;
-  const std::int64_t low = x->max - share(fromLow, coefficient);
-  const std::int64_t high = x->min - share(fromHigh, coefficient);
+  if (coefficient < 0) std::swap(slack, excess);
+  const std::int64_t low = x->max - share(slack, coefficient);
+  const std::int64_t high = x->min - share(excess, coefficient);
   return narrowMin64(x, low) && narrowMax64(x, high);
 }
 

@@ -20,11 +20,13 @@ static bool keep(CSint *v, const Values &values, int value) {
 }
 
 static int presentFrom(const CSint *v, int value) {
-  return value <= v->min ? v->min : contains(v, value) ? value : valueAfter(v, value);
+  const int first = std::max(value, v->min);
+  return contains(v, first) ? first : valueAfter(v, first);
 }
 
 static int presentDownFrom(const CSint *v, int value) {
-  return value >= v->max ? v->max : contains(v, value) ? value : valueBefore(v, value);
+  const int last = std::min(value, v->max);
+  return contains(v, last) ? last : valueBefore(v, last);
 }
 
 static bool keepInside(CSint *v, const Values &values) {

@@ -243,7 +243,8 @@ constexpr auto kVarsTable = handlers<OnVars>({.newMin = on<varMoved<Raised>>,
 
 // ----- posting
 
-// The part of the result without gaps that is known to be supported, so that further intervals are stepped over.
+// A part of the result without gaps that is known to be supported, so that further intervals are stepped over: the
+// widest so far, and what adjoins it.
 struct Covered {
   std::int64_t low = 1;
   std::int64_t high = 0;
@@ -251,12 +252,12 @@ struct Covered {
   bool has(std::int64_t v) const { return v >= low && v <= high; }
   void add(const CSint *v) {
     if (hasHoles(v)) return;
-    if (low > high) {
-      low = v->min;
-      high = v->max;
-    } else if (v->min <= high + 1 && v->max >= low - 1) {
+    if (v->min <= high + 1 && v->max >= low - 1) {
       low = std::min<std::int64_t>(low, v->min);
       high = std::max<std::int64_t>(high, v->max);
+    } else if (std::int64_t{v->max} - v->min > high - low) {
+      low = v->min;
+      high = v->max;
     }
   }
 };
