@@ -156,11 +156,12 @@ TEST_F(HostTest, DecisionsOfASearchAreOnTheLineThatStartedIt) {
              "(anonymous namespace)::searchOther(int, int, CSint**, int, void*)");
 }
 
+// Compilers put several levels into one frame.
 bool searchDeep(int, int, CSint **, int, void *) {
-  CSint *many[100];
+  CSint *many[1000];
   for (CSint *&v : many) v = cs_createCSint(0, 1);
   cs_saveContext();
-  const bool found = cs_search(many, 100, cs_findFreeVar);
+  const bool found = cs_search(many, 1000, cs_findFreeVar);
   cs_restoreContext();
   return found;
 }
