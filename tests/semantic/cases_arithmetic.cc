@@ -131,7 +131,10 @@ Case nested() {
           {},
           {function(
                "|(|x|)| + |x|", 1, [](Values t) { return 2 * std::abs(Wide{t[0]}); },
-               [](CSint **x) { return cs_Add(cs_Abs(cs_Abs(x[0])), cs_Abs(x[0])); }),
+               [](CSint **x) {
+                 CSint *first = cs_Abs(cs_Abs(x[0]));
+                 return cs_Add(first, cs_Abs(x[0]));
+               }),
            function(
                "x + (x + y)", 2, [](Values t) { return 2 * Wide{t[0]} + t[1]; },
                [](CSint **x) { return cs_Add(x[0], cs_Add(x[0], x[1])); })},

@@ -62,7 +62,8 @@ Case agreeingElements() {
           return (*values)[static_cast<std::size_t>(t[0])] == (*values)[static_cast<std::size_t>(t[1])];
         },
         [values, n](CSint **x) {
-          return cs_Eq(cs_Element(x[0], values->data(), n), cs_Element(x[1], values->data(), n));
+          CSint *first = cs_Element(x[0], values->data(), n);
+          return cs_Eq(first, cs_Element(x[1], values->data(), n));
         }));
   }
   return c;

@@ -36,7 +36,10 @@ Case nested() {
           {},
           {function(
                "(x < y) = (y <= 1)", 2, [](Values t) { return (t[0] < t[1]) == (t[1] <= 1) ? 1 : 0; },
-               [](CSint **x) { return cs_ReifEq(cs_ReifLt(x[0], x[1]), cs_ReifLE(x[1], 1)); }),
+               [](CSint **x) {
+                 CSint *first = cs_ReifLt(x[0], x[1]);
+                 return cs_ReifEq(first, cs_ReifLE(x[1], 1));
+               }),
            function(
                "x > (x != y)", 2, [](Values t) { return t[0] > (t[0] != t[1] ? 1 : 0) ? 1 : 0; },
                [](CSint **x) { return cs_ReifGt(x[0], cs_ReifNeq(x[0], x[1])); })},
