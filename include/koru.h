@@ -65,6 +65,9 @@
  *   They must not call `cs_init` or `cs_end`, nor close a choice point that they did not open. A callback that leaves
  *   by longjmp or a C++ exception leaves the solver fit only for `cs_end`.
  * - Domain changes, choice points and constraints posted are undone by restoring a choice point; see section 4.
+ * - The same calls in the same order lead to the same tree, the same counters and the same texts on every platform. Of
+ *   several calls among the arguments of another one, C leaves open which comes first: to fix that as well, make them
+ *   one after the other.
  *
  * Costs are given per call without the propagation that the call sets off: n is the length of an array argument, and
  * "scan" means a walk over a bit array, 64 values at a step.
