@@ -62,26 +62,29 @@ void addPosting(Scenarios &scenarios, const PostingFunction &function) {
 
 // The second of three positions goes, from the middle of the index: for want of a common value,
 void addLossOfAPosition(Scenarios &scenarios) {
-  scenarios.addPrepared(
-      "narrowing/position-lost",
-      [](Stage &s) {
-        CSint *second = fromValues({1, 5, 9});
-        CSint *index = cs_createCSint(0, 2);
-        CSint *value = cs_VarElement(index, s.keep({s.x, second, s.y}), 3);
-        s.variables = {second, index, value};
-        cs_NEQ(value, 1);
-        cs_LE(value, 8);
-      },
-      [](Stage &s) {
-        return cs_NEQ(s.variables[0], 5) && values(s.variables[1]) == std::vector{0, 2};
-      });
-  // and of a common range.
+  const auto prepare = [](Stage &s) {
+    CSint *second = fromValues({1, 5, 8, 9});
+    CSint *index = cs_createCSint(0, 2);
+    CSint *value = cs_VarElement(index, s.keep({s.x, second, s.y}), 3);
+    s.variables = {second, index};
+    cs_NEQ(value, 1);
+    cs_LE(value, 7);
+  };
+  const auto isLost = [](const Stage &s) { return values(s.variables[1]) == std::vector{0, 2}; };
+  scenarios.addPrepared("narrowing/position-lost", prepare,
+                        [isLost](Stage &s) { return cs_NEQ(s.variables[0], 5) && isLost(s); });
+  scenarios.addPrepared("narrowing/position-lost-by-bound", prepare,
+                        [isLost](Stage &s) { return cs_GE(s.variables[0], 6) && isLost(s); });
+}
+
+// and of a common range.
+void addLossOfAPositionByRange(Scenarios &scenarios) {
   scenarios.addPrepared(
       "narrowing/position-lost-by-range",
       [](Stage &s) {
         CSint *index = cs_createCSint(0, 2);
         CSint *value = cs_VarElementRange(index, s.array("xyz"), 3);
-        s.variables = {index, value};
+        s.variables = {index};
         cs_LE(value, 6);
       },
       [](Stage &s) {
@@ -106,6 +109,7 @@ void addRefusalOfTasks(Scenarios &scenarios) {
 void addNarrowings(Scenarios &scenarios) {
   for (const PostingFunction &each : kPostingFunctions) addPosting(scenarios, each);
   addLossOfAPosition(scenarios);
+  addLossOfAPositionByRange(scenarios);
   addRefusalOfTasks(scenarios);
 }
 

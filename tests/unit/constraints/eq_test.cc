@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Eq: the first filtering, and what each of the six events passes to the other side.
+#include "support/batch.h"
 #include "support/brute_probe.h"
 
 namespace {
@@ -64,6 +65,20 @@ TEST_F(EqTest, PostingFailsOnDisjointIntervals) { EXPECT_FALSE(cs_Eq(cs_createCS
 
 TEST_F(EqTest, PostingFailsOnSetsWithoutACommonValue) {
   EXPECT_FALSE(cs_Eq(fromValues({1, 3, 5}), fromValues({0, 2, 4, 6})));
+}
+
+// In a handler nothing is heard before posting ends, so the walk over the values finds bounds that differ.
+TEST_F(EqTest, PostingInAHandlerIntersectsTheEnds) {
+  CSint *x = cs_createCSint(1, 7);
+  CSint *y = fromValues({0, 3, 4, 6, 9});
+  std::vector<int> seen;
+  ASSERT_TRUE(together([&] {
+    const bool posted = cs_Eq(x, y);
+    seen = values(x);
+    return posted;
+  }));
+  EXPECT_EQ(seen, (std::vector{3, 4, 6}));
+  EXPECT_EQ(values(y), (std::vector{3, 4, 6}));
 }
 
 TEST_F(EqTest, PostingBindsTheOtherSideToABoundOne) {
