@@ -9,7 +9,7 @@
 // without support; binding value to it fails.
 // Deliberate: an index outside the array (restored past a posting that was accepted) has no value: bound to it fails.
 #include <algorithm>
-#include <compare>
+#include <tuple>
 
 #include "core/branch_set.h"
 #include "core/domain_walk.h"
@@ -21,7 +21,7 @@ struct Pair {
   int value;
   int position;
 
-  auto operator<=>(const Pair &) const = default;
+  bool operator<(const Pair &other) const { return std::tie(value, position) < std::tie(other.value, other.position); }
 };
 
 // Pairs at one end of the table whose positions have all left the index.
