@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Compare what koru.h declares and what libkoru.so or koru.dll exports and needs with what they should.
+"""Compare what the public headers declare and what libkoru.so or koru.dll exports and needs with what they should.
 
-    check_exports.py header  --list exports.txt koru.h       names declared with KORU_API
-    check_exports.py library --list exports.txt libkoru.so   dynamic symbols defined
-    check_exports.py needed  libkoru.so                      libraries it is linked with
+    check_exports.py header  koru.h     --list exports.txt                       names declared with KORU_API
+    check_exports.py library libkoru.so --list exports.txt exports_extras.txt    dynamic symbols defined
+    check_exports.py needed  libkoru.so                                          libraries it is linked with
 
 A DLL is read by the objdump of its toolchain: --objdump.
 """
@@ -20,11 +20,17 @@ def run(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
-def listed_names(path):
-    with open(path, encoding="ascii") as file:
-        names = file.read().split()
-    if names != sorted(set(names)):
-        sys.exit(f"{path}: names are not sorted, or occur twice")
+def listed_names(paths):
+    """The names of all lists together."""
+    names = []
+    for path in paths:
+        with open(path, encoding="ascii") as file:
+            more = file.read().split()
+        if more != sorted(set(more)):
+            sys.exit(f"{path}: names are not sorted, or occur twice")
+        if again := sorted(set(names) & set(more)):
+            sys.exit(f"{path}: listed elsewhere as well: {again}")
+        names += more
     return names
 
 
@@ -63,7 +69,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("check", choices=["header", "library", "needed"])
     parser.add_argument("file")
-    parser.add_argument("--list", help="the list of names, one a line")
+    parser.add_argument("--list", nargs="+", default=[], help="lists of names, one a line")
     parser.add_argument("--objdump", help="the program that shows what is in a DLL")
     args = parser.parse_args()
     if args.check == "needed":
