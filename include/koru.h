@@ -338,7 +338,7 @@ KORU_API int cs_restoreAndSaveContext(void);
  */
 KORU_API void cs_backtrack(CSint *vint, int index, CSbacktrackCallback callback);
 
-/** The same as cs_backtrack, under a record kind of its own. */
+/** The same as cs_backtrack; the two mix freely. */
 KORU_API void cs_backtrackExt(CSint *vint, int index, CSbacktrackCallback callback);
 
 /* ==================================================================================================================

@@ -50,7 +50,7 @@ UNREACHED = re.compile(r"[^\n]*GCOVR_EXCL_LINE|GCOVR_EXCL_START.*?GCOVR_EXCL_STO
 ONE_SIDED = re.compile(r"[^\n]*GCOVR_EXCL_BR_LINE|GCOVR_EXCL_BR_START.*?GCOVR_EXCL_BR_STOP", re.DOTALL)
 CALL = re.compile(r"^\s+(?!return\b|case\b|else\b)(?:if \(!.*\) return \w+;|[\w:.>\-*]+\([^{}]*\);)$")
 ATTACH = re.compile(r"^\s*(?:for \(.*\) )?\w+\.attach\(.*\);$")
-SLOT = re.compile(r"\.(newMin|newMax|minBound|maxBound|bound|removed) = (on<.+?>|kDoNothing)(?=[,}])")
+SLOT = re.compile(r"\.(newMin|newMax|minBound|maxBound|bound|removed) = (on<.+?>)(?=[,}])")
 
 
 def masked(text):
