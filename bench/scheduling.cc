@@ -4,7 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "models.h"
-#include "support/twin_cumulative.h"
+#include "support/twins/cumulative.h"
 
 namespace koru::bench {
 

@@ -4,9 +4,10 @@
  * @file koru_extras.h
  * @brief What Koru offers beyond koru.h, in the same library.
  *
- * What koru.h says in its introduction holds here as well: one solver, failure values, null arguments, callbacks, undoing.
- * Two habits differ. A function of this header copies the arrays that it is given, unless it says otherwise: the caller
- * may free or change them as soon as the call returns. And a callback is always handed a pointer of the host's.
+ * What koru.h says in its introduction holds here as well: one solver, failure values, null arguments, callbacks,
+ * undoing. Two habits differ. A function of this header copies the arrays that it is given, unless it says otherwise:
+ * the caller may free or change them as soon as the call returns. And a callback is always handed a pointer of the
+ * host's.
  *
  * The header reads as a table of contents:
  *

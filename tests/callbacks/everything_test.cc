@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "callbacks/hooks.h"
 #include "core/solver.h"
-#include "support/model_hooks.h"
-#include "support/written_text.h"
+#include "support/kit/written_text.h"
 
 namespace koru::test {
 namespace {

@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "callbacks/hooks.h"
 #include "core/solver.h"
-#include "support/model_hooks.h"
 
 namespace koru::test {
 namespace {

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "callbacks/hooks.h"
 #include "core/solver.h"
-#include "support/model_failure.h"
-#include "support/model_hooks.h"
+#include "support/kit/failing_allocations.h"
 
 namespace koru::test {
 namespace {

@@ -2,9 +2,9 @@
 // What the callbacks of the searches may do: each action is taken in every callback of every search, and the search
 // must go its way as if nothing had happened.
 #include "core/solver.h"
-#include "support/search_trace.h"
-#include "support/solver_test.h"
-#include "support/written_text.h"
+#include "support/kit/search_trace.h"
+#include "support/kit/solver_test.h"
+#include "support/kit/written_text.h"
 
 namespace {
 

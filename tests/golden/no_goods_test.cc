@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "support/nogood_search.h"
+#include "support/no_goods/restart_test.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <numeric>
 
-#include "support/brute_forward_checking.h"
-#include "support/solver_test.h"
+#include "golden/forward_checking.h"
+#include "support/kit/solver_test.h"
 
 namespace {
 

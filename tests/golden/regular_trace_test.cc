@@ -6,8 +6,8 @@
 #include <sstream>
 
 #include "constraints/global/regular_graph.h"
-#include "support/brute_probe.h"
-#include "support/regular_automaton.h"
+#include "support/constraints/automaton.h"
+#include "support/kit/probe.h"
 
 namespace {
 

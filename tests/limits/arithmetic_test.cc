@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Products, quotients and absolute values at the ends of the int range. Meant to run under a sanitizer.
-#include "support/brute_probe.h"
-#include "support/twin_arithmetic.h"
+#include "support/twins/arithmetic.h"
+#include "support/kit/probe.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <functional>
 
 #include "core/solver.h"
-#include "support/instrumented.h"
-#include "support/solver_test.h"
+#include "support/kit/instrumented.h"
+#include "support/kit/solver_test.h"
 
 namespace {
 

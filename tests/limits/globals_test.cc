@@ -5,7 +5,7 @@
 #include <numeric>
 #include <vector>
 
-#include "support/large_test.h"
+#include "limits/large_arrays.h"
 
 namespace {
 

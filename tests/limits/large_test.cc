@@ -4,8 +4,8 @@
 #include <numeric>
 #include <string>
 
-#include "support/large_test.h"
-#include "support/written_text.h"
+#include "limits/large_arrays.h"
+#include "support/kit/written_text.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Linear sums whose totals leave the int range, and those whose totals reach the ends of 64 bits. Meant to run under a
 // sanitizer.
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // No-goods at the ends of the int range, many of them, and long ones.
 #include <climits>
 
-#include "support/nogood_search.h"
+#include "support/no_goods/restart_test.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <climits>
 
 #include "core/alloc.h"
-#include "support/regular_automaton.h"
-#include "support/solver_test.h"
+#include "support/constraints/automaton.h"
+#include "support/kit/solver_test.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The reified comparisons at the ends of the int range.
-#include "support/reif_forms.h"
+#include "support/constraints/reified_forms.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "core/solver.h"
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "support/limits_table.h"
+#include "limits/table.h"
 
 namespace koru::test {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "support/limits_table.h"
+#include "limits/table.h"
 
 namespace koru::test {
 

@@ -9,7 +9,7 @@
 
 #include <unistd.h>
 
-#include "support/limits_table.h"
+#include "limits/table.h"
 
 namespace koru::test {
 namespace {

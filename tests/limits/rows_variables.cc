@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "support/limits_table.h"
-#include "support/written_text.h"
+#include "limits/table.h"
+#include "support/kit/written_text.h"
 
 namespace koru::test {
 

@@ -2,8 +2,8 @@
 // Scheduling at the ends of the int range, with negative numbers, with variables in several roles.
 #include <climits>
 
-#include "support/cumulative_fixture.h"
-#include "support/death.h"
+#include "support/constraints/tasks.h"
+#include "support/kit/death.h"
 
 namespace {
 

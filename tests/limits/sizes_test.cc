@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <string>
 
-#include "support/brute_refuser.h"
-#include "support/large_test.h"
-#include "support/written_text.h"
+#include "limits/large_arrays.h"
+#include "support/kit/refuser.h"
+#include "support/kit/written_text.h"
 
 namespace {
 

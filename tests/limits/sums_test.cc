@@ -2,7 +2,7 @@
 // Sums and differences at the ends of the int range: what saturates, and what deliberately does not.
 #include <climits>
 
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // Variable elements at the ends of the int range, over ranges too wide for a table, and over many positions.
 #include <climits>
 
-#include "support/var_element_selection.h"
+#include "support/constraints/var_element.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <ostream>
 
 #include "core/solver.h"
-#include "support/memory_scenario.h"
+#include "support/memory/scenario.h"
 
 namespace koru::test {
 

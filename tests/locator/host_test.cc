@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "support/loaded_module.h"
-#include "support/place_text.h"
-#include "support/profile_reader.h"
+#include "locator/loaded_module.h"
+#include "support/profiler/place_text.h"
+#include "support/profiler/report_reader.h"
 
 namespace {
 

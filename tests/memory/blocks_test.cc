@@ -2,7 +2,7 @@
 // Stacks grow by blocks of 1024 records. Here the block for record 1025 cannot be had: the call that needed it fails
 // with one report, the records before it stay, and the next attempt, with memory, succeeds.
 #include "core/solver.h"
-#include "support/model_failure.h"
+#include "support/kit/failing_allocations.h"
 
 namespace koru::test {
 namespace {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "core/alloc.h"
-#include "support/memory_point.h"
+#include "memory/point.h"
 
 namespace koru::test {
 namespace {

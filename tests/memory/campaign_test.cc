@@ -15,8 +15,8 @@
 
 #include <unistd.h>
 
-#include "support/instrumented.h"
-#include "support/memory_point.h"
+#include "memory/point.h"
+#include "support/kit/instrumented.h"
 
 namespace koru::test {
 namespace {

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "support/memory_point.h"
-#include "support/written_text.h"
+#include "memory/point.h"
+#include "support/kit/written_text.h"
 
 namespace koru::test {
 namespace {

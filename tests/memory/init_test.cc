@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_init with every allocation failing in turn, and what can be done with a solver that could not be started.
-#include "support/model_failure.h"
+#include "support/kit/failing_allocations.h"
 
 namespace koru::test {
 namespace {

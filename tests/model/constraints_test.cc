@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Random programmes with constraints: copies predict what every restore, forget and accept leaves behind.
-#include "support/model_snapshot.h"
+#include "model/snapshot.h"
 
 namespace koru::test {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Random programmes without constraints: the models predict every domain, every result and every undo callback.
-#include "support/model_programme.h"
+#include "model/program.h"
 
 namespace koru::test {
 namespace {

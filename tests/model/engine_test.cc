@@ -2,8 +2,8 @@
 // The propagation engine against its twin: the same sequence of handler calls with the same arguments, the same
 // results, domains and last-reported bounds, on random programmes whose handlers narrow, post, create, fail and open
 // choice points.
-#include "support/model_compare.h"
-#include "support/model_sides.h"
+#include "model/compare.h"
+#include "model/sides.h"
 
 namespace koru::test {
 namespace {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // cs_Neq, cs_Le, cs_Lt and cs_Add against rules written a second time on a second engine: observers hear the same
 // handler runs in the same order, and all domains agree.
-#include "support/model_compare.h"
-#include "support/model_observed.h"
+#include "model/compare.h"
+#include "model/observed.h"
 
 namespace koru::test {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "koru.h"
 #include "profile/profile.h"
-#include "support/written_text.h"
+#include "support/kit/written_text.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "profile/profile.h"
-#include "support/temporary_path.h"
+#include "support/kit/temporary_path.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // All constraints of the library as cases of the brute-force harness, family by family.
 #pragma once
 
-#include "support/brute_case.h"
+#include "semantic/harness/case.h"
 
 namespace koru::test::brute {
 

@@ -3,8 +3,8 @@
 #include <set>
 
 #include "semantic/cases.h"
-#include "support/brute_probe.h"
-#include "support/regular_automaton.h"
+#include "support/constraints/automaton.h"
+#include "support/kit/probe.h"
 
 namespace koru::test::brute {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the host states itself: sets of no-goods, and constraints written as callbacks.
 #include "semantic/cases.h"
-#include "support/nogood_set.h"
+#include "support/no_goods/no_goods.h"
 
 namespace koru::test::brute {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The reified comparisons, their outcome taking part as a variable.
 #include "semantic/cases.h"
-#include "support/reif_forms.h"
+#include "support/constraints/reified_forms.h"
 
 namespace koru::test::brute {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Up to three tasks on a resource: with so few, no feasible schedule is refused; semantic/cumulative_test.cc has more.
 #include "semantic/cases.h"
-#include "support/cumulative_problem.h"
+#include "support/constraints/scheduling_problem.h"
 
 namespace koru::test::brute {
 namespace {

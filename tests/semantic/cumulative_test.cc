@@ -2,8 +2,8 @@
 // cs_Cumulative and cs_Disjunctive against enumeration: schedules that are not feasible are never accepted; feasible
 // ones are, except for the rare few that the jump rules refuse. That these rules alone are to blame is shown by the
 // twin, which can be run without them.
-#include "support/cumulative_problem.h"
-#include "support/twin_cumulative.h"
+#include "support/twins/cumulative.h"
+#include "support/constraints/scheduling_problem.h"
 
 namespace {
 

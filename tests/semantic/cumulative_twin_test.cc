@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Cumulative and cs_Disjunctive beside the twin that computes every quantity where it is used.
-#include "support/twin_cumulative_pair.h"
+#include "support/twins/cumulative_pair.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include <string_view>
 
-#include "support/brute_calls.h"
+#include "semantic/harness/calls.h"
 
 namespace koru::test::brute {
 

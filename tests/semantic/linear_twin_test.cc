@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Linear sums and products beside the twin engine, which makes every total and every division: same domains, same
 // handler calls, same failures after each of many random narrowings.
-#include "support/twin_abs.h"
-#include "support/twin_arithmetic.h"
-#include "support/twin_pair.h"
+#include "support/twins/abs.h"
+#include "support/twins/arithmetic.h"
+#include "support/twins/pair.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <random>
 #include <set>
 
-#include "support/nogood_search.h"
+#include "support/no_goods/restart_test.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Sets of no-goods step by step against the twin, with backtracking.
-#include "support/nogood_twin.h"
-#include "support/twin_pair.h"
+#include "support/twins/no_goods.h"
+#include "support/twins/pair.h"
 
 namespace {
 

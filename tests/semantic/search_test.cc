@@ -2,8 +2,8 @@
 // Every search on seeded random problems: result, counters, contexts, calls in their order and the domains left behind,
 // against the same search on a model; and the solutions against enumeration.
 #include "core/solver.h"
-#include "support/search_model_engines.h"
-#include "support/solver_test.h"
+#include "semantic/search_model_engines.h"
+#include "support/kit/solver_test.h"
 
 namespace koru::test::search {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Every function that posts a constraint against enumeration; support/brute_run.h says what is compared. A state is a
-// posting, or a narrowing of one by a public relation, with all that is compared then.
+// Every function that posts a constraint against enumeration; semantic/harness/run.h says what is compared. A state is
+// a posting, or a narrowing of one by a public relation, with all that is compared then.
 #include <chrono>
 #include <cstdlib>
 #include <fstream>

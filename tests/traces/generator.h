@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "support/model_random.h"
+#include "support/kit/random.h"
 #include "traces/table.h"
 
 namespace koru::traces {

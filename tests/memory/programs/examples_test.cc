@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "support/memory_programs.h"
+#include "memory/programs/child_process.h"
 
 // The main functions of the programs, under names of their own.
 extern "C" {

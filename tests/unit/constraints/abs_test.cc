@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_Abs: the result's domain, how it is posted, and what each event of x passes to z and of z to x.
-#include "support/arith_posting.h"
-#include "support/brute_refuser.h"
+#include "support/kit/new_variables.h"
+#include "support/kit/refuser.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_AllNeq: value elimination and the span test with its two witnesses.
-#include "support/batch.h"
-#include "support/brute_probe.h"
+#include "support/kit/batch.h"
+#include "support/kit/probe.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include <numeric>
 
-#include "support/solver_test.h"
-#include "support/twin_arithmetic.h"
+#include "support/kit/solver_test.h"
+#include "support/twins/arithmetic.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // The profile of compulsory parts: heights and energies, by hand and against the twin's definitions.
 #include "constraints/global/cumulative_energy.h"
 
-#include "support/cumulative_problem.h"
-#include "support/twin_cumulative_energy.h"
+#include "support/constraints/scheduling_problem.h"
+#include "support/twins/cumulative_energy.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Cumulative: posting, what each handler narrows, the order of attaching.
-#include "support/cumulative_fixture.h"
+#include "support/constraints/tasks.h"
 
 namespace {
 

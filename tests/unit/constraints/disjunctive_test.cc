@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Disjunctive: the holder, the private unit that stands for uses and capacity, and what it narrows.
-#include "support/cumulative_fixture.h"
+#include "support/constraints/tasks.h"
 
 namespace {
 

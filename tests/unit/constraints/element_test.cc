@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_Element: the value's domain, how it is posted, and what each event of index and value passes to the other.
-#include "support/arith_posting.h"
-#include "support/batch.h"
+#include "support/kit/batch.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_Eq: the first filtering, and what each of the six events passes to the other side.
-#include "support/batch.h"
-#include "support/brute_probe.h"
+#include "support/kit/batch.h"
+#include "support/kit/probe.h"
 
 namespace {
 

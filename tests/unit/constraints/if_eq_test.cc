@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_IfEq, cs_IfNeq: posting, and what the binding of a variable does; nothing else wakes them.
-#include "support/reif_slots.h"
+#include "unit/constraints/reif_slots.h"
 
 namespace {
 

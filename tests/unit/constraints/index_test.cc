@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_Index: the positions it begins with, how it is posted, and what each event takes from them.
-#include "support/arith_posting.h"
-#include "support/batch.h"
+#include "support/kit/batch.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // cs_InArray, cs_NotInArray, cs_InInterval, cs_NotInInterval: edge cases, and the order of what they remove.
 #include <functional>
 
-#include "support/arith_posting.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

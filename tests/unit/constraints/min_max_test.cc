@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // cs_Min and cs_Max: the result's domain, how they are posted, and the rules on the result and on the array. The two
 // are mirror images, so each test of a rule is written for the least and runs for both.
-#include "support/arith_posting.h"
-#include "support/batch.h"
+#include "support/kit/batch.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Neq: acts when one side is bound, and only then.
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

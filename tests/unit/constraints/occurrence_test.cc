@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // cs_Occur, cs_OccurDomain and cs_OccurConstraints: how they are posted, and what each event of the variables and of
 // the count does.
-#include "support/arith_posting.h"
-#include "support/batch.h"
+#include "support/kit/batch.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

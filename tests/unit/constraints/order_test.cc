@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Le, cs_Lt, cs_Ge and cs_Gt: bounds only, and only in the direction that matters.
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

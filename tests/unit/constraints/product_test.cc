@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Mul, cs_VMul, cs_Div, cs_VDiv: the result's bounds, how they are posted, and the one rule for p = a * b.
-#include "support/arith_posting.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

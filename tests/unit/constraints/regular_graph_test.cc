@@ -2,7 +2,7 @@
 // The layered graph of cs_Regular: which states and edges are left, and the order of every list.
 #include "constraints/global/regular_graph.h"
 
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

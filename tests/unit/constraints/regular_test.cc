@@ -3,9 +3,9 @@
 #include <climits>
 
 #include "constraints/global/regular_graph.h"
-#include "support/batch.h"
-#include "support/brute_probe.h"
-#include "support/regular_automaton.h"
+#include "support/constraints/automaton.h"
+#include "support/kit/batch.h"
+#include "support/kit/probe.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // cs_ReifEq, cs_ReifNeq: posting, and each handler slot on given states.
-#include "support/batch.h"
-#include "support/reif_forms.h"
-#include "support/reif_slots.h"
+#include "support/constraints/reified_forms.h"
+#include "support/kit/batch.h"
+#include "unit/constraints/reif_slots.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the six reified comparisons of two variables have in common: refusals, failing allocations and detaching.
-#include "support/reif_forms.h"
-#include "support/reif_slots.h"
+#include "support/constraints/reified_forms.h"
+#include "unit/constraints/reif_slots.h"
 
 namespace {
 

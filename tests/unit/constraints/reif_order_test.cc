@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_ReifLt, cs_ReifLe, cs_ReifGt, cs_ReifGe: posting, and each handler slot on given states.
-#include "support/reif_forms.h"
-#include "support/reif_slots.h"
+#include "support/constraints/reified_forms.h"
+#include "unit/constraints/reif_slots.h"
 
 namespace {
 

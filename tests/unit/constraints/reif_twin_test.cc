@@ -5,11 +5,11 @@
 #include <random>
 #include <sstream>
 
-#include "support/brute_domains.h"
-#include "support/brute_probe.h"
-#include "support/brute_refuser.h"
-#include "support/reif_forms.h"
-#include "support/reif_twin.h"
+#include "support/constraints/reified_forms.h"
+#include "support/kit/probe.h"
+#include "support/kit/refuser.h"
+#include "support/kit/small_domains.h"
+#include "unit/constraints/reif_twin.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What an observer is told of the six relations with an int when a user-defined constraint's callback calls them.
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

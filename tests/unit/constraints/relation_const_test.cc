@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The six relations with an int: what each narrows, what it leaves, and what it answers.
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

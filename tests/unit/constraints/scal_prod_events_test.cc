@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_ScalProd: what a change of the sum passes to the terms, and one of a term to the sum and the other terms.
-#include "support/arith_posting.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_ScalProd and cs_VScalProd: the result's domain, how they are posted, and their failures.
-#include "support/arith_posting.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Sigma: the sum engine over the host's own array. Its rules are those of cs_VAdd and are tested with them.
-#include "support/arith_posting.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

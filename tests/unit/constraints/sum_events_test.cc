@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // s = a + b, as cs_Add and cs_Sub post it: what a change of each variable passes to the other two.
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_VAdd and cs_VSub: the result's domain, how they are posted, and the rules on the sum and on the addends, which
 // cs_Sigma shares.
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

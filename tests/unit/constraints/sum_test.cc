@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Add and cs_Sub: the result's domain and how they are posted. What the handlers do is in sum_events_test.cc.
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_VarElement: posting, and what each of the six events on the index, the result and a variable narrows.
-#include "support/batch.h"
-#include "support/var_element_selection.h"
+#include "support/constraints/var_element.h"
+#include "support/kit/batch.h"
 
 namespace {
 

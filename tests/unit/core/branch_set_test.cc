@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/solver.h"
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
 namespace koru {

@@ -3,8 +3,8 @@
 #include "core/check.h"
 
 #include "core/solver.h"
-#include "support/death.h"
-#include "support/solver_test.h"
+#include "support/kit/death.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/recorder.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <set>
 #include <vector>
 
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
 namespace {

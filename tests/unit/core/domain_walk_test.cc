@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 
 namespace {
 

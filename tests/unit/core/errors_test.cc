@@ -5,8 +5,8 @@
 #include <string>
 
 #include "core/solver.h"
-#include "support/death.h"
-#include "support/solver_test.h"
+#include "support/kit/death.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
 namespace {

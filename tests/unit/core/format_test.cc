@@ -11,8 +11,8 @@
 
 #include "core/narrow.h"
 #include "core/solver.h"
-#include "support/solver_test.h"
-#include "support/written_text.h"
+#include "support/kit/solver_test.h"
+#include "support/kit/written_text.h"
 #include "unit/core/allocation_rule.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The event that each narrowing operation signals, as a watching constraint hears it.
 #include "core/solver.h"
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/recorder.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include "core/narrow.h"
 
 #include "core/solver.h"
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <deque>
 
 #include "core/solver.h"
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 
 namespace {
 

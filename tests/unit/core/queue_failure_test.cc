@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a failing handler leaves behind, and the conflict listeners that are told of it.
 #include "core/solver.h"
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/recorder.h"
 
 namespace {

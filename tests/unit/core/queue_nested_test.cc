@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Propagation inside propagation: contexts that a handler opens make changes take effect at once.
 #include "core/solver.h"
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/recorder.h"
 
 namespace {

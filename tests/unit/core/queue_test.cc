@@ -4,7 +4,7 @@
 #include "core/queue.h"
 
 #include "core/solver.h"
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 #include "unit/core/recorder.h"
 

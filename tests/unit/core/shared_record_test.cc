@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/shared_record.h"
 
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

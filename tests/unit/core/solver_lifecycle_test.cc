@@ -4,8 +4,8 @@
 
 #include "core/alloc.h"
 #include "core/solver.h"
-#include "support/death.h"
-#include "support/solver_test.h"
+#include "support/kit/death.h"
+#include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 #include "unit/core/recorder.h"
 

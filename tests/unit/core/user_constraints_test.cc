@@ -3,7 +3,7 @@
 #include <climits>
 #include <functional>
 
-#include "support/arith_posting.h"
+#include "support/kit/new_variables.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <climits>
 
-#include "support/nogood_set.h"
+#include "support/no_goods/no_goods.h"
 
 namespace {
 

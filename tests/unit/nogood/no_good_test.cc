@@ -2,8 +2,8 @@
 // Decisions about a domain: entailed, undecided or neither, and the negation.
 #include "nogood/no_good.h"
 
-#include "support/brute_domains.h"
-#include "support/nogood_set.h"
+#include "support/kit/small_domains.h"
+#include "support/no_goods/no_goods.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // The no-goods that are read off a path of decisions.
 #include "nogood/record.h"
 
-#include "support/nogood_set.h"
+#include "support/no_goods/no_goods.h"
 
 namespace {
 

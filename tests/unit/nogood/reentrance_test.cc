@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Callbacks that change the set that calls them: its filter, the callback of cs_filterNoGood, and the memory handler.
-#include "support/nogood_set.h"
+#include "support/no_goods/no_goods.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // Shortening: which decisions are dropped, which no-goods are looked at, and what callbacks may do meanwhile.
 #include "nogood/shorten.h"
 
-#include "support/brute_refuser.h"
-#include "support/nogood_set.h"
+#include "support/kit/refuser.h"
+#include "support/no_goods/no_goods.h"
 
 namespace {
 

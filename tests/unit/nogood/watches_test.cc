@@ -2,7 +2,7 @@
 // Propagation of no-goods: what each event makes them conclude, where their watches go, and in which order they come.
 #include "nogood/watches.h"
 
-#include "support/nogood_set.h"
+#include "support/no_goods/no_goods.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 
 #include "core/ports.h"
 #include "core/site.h"
-#include "support/model_failure.h"
-#include "support/place_text.h"
-#include "support/solver_test.h"
+#include "support/kit/failing_allocations.h"
+#include "support/kit/solver_test.h"
+#include "support/profiler/place_text.h"
 #include "unit/core/allocation_rule.h"
 
 namespace {

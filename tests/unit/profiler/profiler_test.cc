@@ -5,9 +5,9 @@
 #include <ctime>
 
 #include "core/solver.h"
-#include "support/model_failure.h"
-#include "support/profile_reader.h"
-#include "support/solver_test.h"
+#include "support/kit/failing_allocations.h"
+#include "support/kit/solver_test.h"
+#include "support/profiler/report_reader.h"
 
 namespace {
 

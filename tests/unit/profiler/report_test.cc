@@ -5,12 +5,12 @@
 #include <fstream>
 
 #include "profiler/profiler.h"
-#include "support/model_failure.h"
-#include "support/place_text.h"
-#include "support/profile_reader.h"
-#include "support/solver_test.h"
-#include "support/temporary_path.h"
-#include "support/written_text.h"
+#include "support/kit/failing_allocations.h"
+#include "support/kit/solver_test.h"
+#include "support/kit/temporary_path.h"
+#include "support/kit/written_text.h"
+#include "support/profiler/place_text.h"
+#include "support/profiler/report_reader.h"
 
 namespace {
 

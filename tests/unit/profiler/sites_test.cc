@@ -6,12 +6,12 @@
 #include <string>
 
 #include "core/solver.h"
-#include "support/batch.h"
-#include "support/brute_probe.h"
-#include "support/place_text.h"
-#include "support/postings.h"
-#include "support/profile_reader.h"
-#include "support/solver_test.h"
+#include "support/constraints/postings.h"
+#include "support/kit/batch.h"
+#include "support/kit/probe.h"
+#include "support/kit/solver_test.h"
+#include "support/profiler/place_text.h"
+#include "support/profiler/report_reader.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_findAll on trees small enough to count by hand, and searches inside searches.
-#include "support/brute_search.h"
+#include "unit/search/search_test.h"
 
 namespace {
 

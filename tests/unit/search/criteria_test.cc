@@ -2,9 +2,9 @@
 // cs_searchCriteria and cs_searchCriteriaFail: which scores are asked for, what is tried, counted and left behind.
 #include <climits>
 
-#include "support/brute_probe.h"
-#include "support/brute_search.h"
-#include "support/search_trace.h"
+#include "support/kit/probe.h"
+#include "support/kit/search_trace.h"
+#include "unit/search/search_test.h"
 
 namespace {
 

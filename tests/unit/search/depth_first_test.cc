@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_search, cs_searchFail and cs_Vsearch on trees small enough to count by hand.
-#include "support/brute_search.h"
+#include "unit/search/search_test.h"
 
 namespace {
 

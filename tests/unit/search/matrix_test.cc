@@ -2,9 +2,9 @@
 // cs_searchMatrix and cs_searchMatrixFail: which rows and columns are asked for, and when.
 #include <climits>
 
-#include "support/brute_probe.h"
-#include "support/brute_search.h"
-#include "support/search_trace.h"
+#include "support/kit/probe.h"
+#include "support/kit/search_trace.h"
+#include "unit/search/search_test.h"
 
 namespace {
 

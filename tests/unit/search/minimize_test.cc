@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_minimize on trees small enough to count by hand: what found sees, what is counted, what is left behind.
-#include "support/brute_search.h"
+#include "unit/search/search_test.h"
 
 namespace {
 

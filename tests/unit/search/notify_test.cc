@@ -3,7 +3,7 @@
 #include <cstring>
 #include "search/selector_engine.h"
 
-#include "support/brute_probe.h"
+#include "support/kit/probe.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The four built-in selections: what each prefers, and who never qualifies.
-#include "support/solver_test.h"
+#include "support/kit/solver_test.h"
 
 namespace {
 

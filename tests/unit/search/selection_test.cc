@@ -4,8 +4,8 @@
 #include "search/selection.h"
 
 #include "search/state.h"
-#include "support/brute_search.h"
-#include "support/model_random.h"
+#include "support/kit/random.h"
+#include "unit/search/search_test.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // The selector-driven engine on trees small enough to write down: every call it makes, in order, and what it leaves.
 #include "search/selector_engine.h"
 
-#include "support/brute_search.h"
-#include "support/search_trace.h"
+#include "support/kit/search_trace.h"
+#include "unit/search/search_test.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <string>
 
-#include "support/brute_search.h"
-#include "support/written_text.h"
+#include "support/kit/written_text.h"
+#include "unit/search/search_test.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <functional>
 #include <string>
 
-#include "support/brute_probe.h"
-#include "support/death.h"
-#include "support/search_trace.h"
+#include "support/kit/death.h"
+#include "support/kit/probe.h"
+#include "support/kit/search_trace.h"
 
 namespace {
 

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+// What a constraint is to the harness: a relation over values, written without the library, the call that posts it, and
+// what it promises to remove.
+//
+// Columns are the positions of the call, in order, and then the result of a function. A variable that stands at several
+// positions fills several columns; strength is measured as if each of them were a variable of its own, because that is
+// what propagation sees, and all that it can promise.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "semantic/harness/left.h"
+
+namespace koru::test::brute {
+
+using Wide = long long;
+using Values = std::span<const int>;
+using Relation = std::function<bool(Values)>;
+
+// What is promised for a column at a node.
+enum class Strength {
+  kNone,    // only that no solution is lost, and that what is complete is a solution
+  kKnown,   // as kDomain, once no other column is left unbound: forward checking
+  kBounds,  // least and greatest value are part of a solution within the bounds of the other columns
+  kDomain,  // each value is part of a solution within the other columns' domains
+};
+
+struct Constraint {
+  std::string name;
+  int arity;
+  Relation solution;  // over the columns
+  std::function<bool(CSint **x, CSint *&result)> post;
+  // The values that the result can take beside values at the positions; null for relations.
+  std::function<std::vector<int>(Values)> results = nullptr;
+
+  std::function<Strength(const Left &, std::size_t column)> strength = nullptr;  // null: none
+  // Promises of another kind: false for a value that should be gone.
+  std::function<bool(const Left &, std::size_t column, int value)> supported = nullptr;
+  // Values without support that are kept by design.
+  std::function<bool(const Left &, std::size_t column, int value)> excused = nullptr;
+  // Looks at anything else once the node has been found sound; returns what is wrong.
+  std::function<std::string(const Left &)> inside = nullptr;
+  // Whether the promises hold as well after several changes of which none had been heard when the next was made.
+  bool alsoTogether = true;
+  // And when a variable stands at several positions.
+  bool alsoShared = true;
+  // Assignments that are no solution and accepted by design.
+  std::function<bool(const Left &)> acceptedAnyway = nullptr;
+  // Whether the domains at the positions are such that the constraint can be posted; null: any.
+  std::function<bool(const std::vector<std::vector<int>> &)> fits = nullptr;
+};
+
+inline Constraint relation(std::string name, int arity, Relation solution, std::function<bool(CSint **x)> post) {
+  return {std::move(name), arity, std::move(solution), [post](CSint **x, CSint *&) { return post(x); }};
+}
+
+using Value = std::function<Wide(Values)>;
+using MakeResult = std::function<CSint *(CSint **x)>;
+
+inline std::function<bool(CSint **, CSint *&)> postFunction(MakeResult post) {
+  return [post = std::move(post)](CSint **x, CSint *&result) {
+    result = post(x);
+    return result != nullptr;
+  };
+}
+
+// The result is a function of the values at the positions, and may be undefined for some.
+inline Constraint partialFunction(std::string name, int arity, std::function<std::optional<Wide>(Values)> value,
+                                  MakeResult post) {
+  Constraint c{std::move(name), arity,
+               [value](Values t) { return value(t.first(t.size() - 1)) == std::optional<Wide>(t.back()); },
+               postFunction(std::move(post))};
+  c.results = [value](Values t) {
+    const std::optional<Wide> result = value(t);
+    return result ? std::vector{static_cast<int>(*result)} : std::vector<int>{};
+  };
+  return c;
+}
+
+inline Constraint function(std::string name, int arity, Value value, MakeResult post) {
+  return partialFunction(
+      std::move(name), arity, [value](Values t) { return std::optional<Wide>(value(t)); }, std::move(post));
+}
+
+inline Constraint with(Constraint c, Strength ofAll) {
+  c.strength = [ofAll](const Left &, std::size_t) { return ofAll; };
+  return c;
+}
+
+inline Constraint with(Constraint c, Strength ofVariables, Strength ofResult) {
+  c.strength = [ofVariables, ofResult](const Left &left, std::size_t column) {
+    return column + 1 < left.columns() ? ofVariables : ofResult;
+  };
+  return c;
+}
+
+// The relation that a function's result equals one more variable, which may stand among the others too.
+inline Constraint tied(const Constraint &c) {
+  Constraint result =
+      relation(c.name + ", tied to a variable", c.arity + 1, c.solution, [post = c.post, n = c.arity](CSint **x) {
+        CSint *made = nullptr;
+        return post(x, made) && cs_Eq(made, x[n]);
+      });
+  result.acceptedAnyway = c.acceptedAnyway;
+  return result;
+}
+
+}  // namespace koru::test::brute
