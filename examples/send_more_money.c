@@ -46,8 +46,8 @@ static bool createLetters(CSint **letters) {
   return true;
 }
 
-// One after the other, so that every compiler posts in the same order. A null variable makes cs_Eq false, so the numbers
-// need no test of their own.
+// One after the other, so that every compiler posts in the same order. A null variable makes cs_Eq false, so the
+// numbers need no test of their own.
 static bool postSum(CSint **letters) {
   CSint *send = spell(letters, "SEND");
   CSint *more = spell(letters, "MORE");

@@ -6,7 +6,7 @@
 
 #include "limits/table.h"
 
-namespace koru::test {
+namespace koru::test::limits {
 
 namespace {
 
@@ -218,4 +218,4 @@ std::vector<LimitsRow> arithmeticRows() {
   };
 }
 
-}  // namespace koru::test
+}  // namespace koru::test::limits

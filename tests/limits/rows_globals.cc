@@ -6,7 +6,7 @@
 
 #include "limits/table.h"
 
-namespace koru::test {
+namespace koru::test::limits {
 
 namespace {
 
@@ -223,4 +223,4 @@ std::vector<LimitsRow> globalRows() {
   };
 }
 
-}  // namespace koru::test
+}  // namespace koru::test::limits

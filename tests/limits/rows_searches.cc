@@ -5,7 +5,7 @@
 
 #include "limits/table.h"
 
-namespace koru::test {
+namespace koru::test::limits {
 
 namespace {
 
@@ -268,4 +268,4 @@ std::vector<LimitsRow> searchRows() {
   };
 }
 
-}  // namespace koru::test
+}  // namespace koru::test::limits

@@ -11,7 +11,7 @@
 
 #include "limits/table.h"
 
-namespace koru::test {
+namespace koru::test::limits {
 namespace {
 
 std::vector<LimitsRow> allRows() {
@@ -126,4 +126,4 @@ TEST(LimitsTableRows, NameEveryFunctionWithParametersToSet) {
 }
 
 }  // namespace
-}  // namespace koru::test
+}  // namespace koru::test::limits

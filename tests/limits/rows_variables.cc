@@ -6,7 +6,7 @@
 #include "limits/table.h"
 #include "support/kit/written_text.h"
 
-namespace koru::test {
+namespace koru::test::limits {
 
 namespace {
 
@@ -200,4 +200,4 @@ std::vector<LimitsRow> variableRows() {
   };
 }
 
-}  // namespace koru::test
+}  // namespace koru::test::limits

@@ -12,7 +12,7 @@
 #include "core/solver.h"
 #include "support/kit/solver_test.h"
 
-namespace koru::test {
+namespace koru::test::limits {
 
 // What stands for an int in a row.
 //   v: any value          s: the size of an array of three        i: a position in it
@@ -91,4 +91,4 @@ std::vector<LimitsRow> arithmeticRows();
 std::vector<LimitsRow> globalRows();
 std::vector<LimitsRow> searchRows();
 
-}  // namespace koru::test
+}  // namespace koru::test::limits

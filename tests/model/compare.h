@@ -9,7 +9,7 @@
 #include "koru.h"
 #include "model/world.h"
 
-namespace koru::test {
+namespace koru::test::model {
 
 struct Programmes {
   std::uint64_t firstSeed;
@@ -45,4 +45,4 @@ std::size_t compareWithTwin(const Programmes &programmes, std::string_view count
   return lines;
 }
 
-}  // namespace koru::test
+}  // namespace koru::test::model

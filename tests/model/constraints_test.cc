@@ -2,7 +2,7 @@
 // Random programmes with constraints: copies predict what every restore, forget and accept leaves behind.
 #include "model/snapshot.h"
 
-namespace koru::test {
+namespace koru::test::model {
 namespace {
 
 void runAll(std::uint64_t firstSeed, int count, int steps) {
@@ -18,4 +18,4 @@ TEST(CopyingModelWithConstraints, PredictsDomainsAndAttachmentsAfterEveryRestore
 TEST(CopyingModelWithConstraints, HeavyPredictsManyMoreProgrammes) { runAll(1000000, 6000, 80); }
 
 }  // namespace
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -2,7 +2,7 @@
 // Random programmes without constraints: the models predict every domain, every result and every undo callback.
 #include "model/program.h"
 
-namespace koru::test {
+namespace koru::test::model {
 namespace {
 
 TEST(CopyingModel, PredictsEveryDomainResultAndUndoCallback) { runProgrammes<CopyModel>(1, 1500, 50); }
@@ -16,4 +16,4 @@ TEST(CopyingModel, HeavyPredictsManyMoreProgrammes) { runProgrammes<CopyModel>(1
 TEST(LogModel, HeavyPredictsManyMoreProgrammes) { runProgrammes<LogModel>(1000000, 30000, 60); }
 
 }  // namespace
-}  // namespace koru::test
+}  // namespace koru::test::model

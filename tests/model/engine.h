@@ -8,7 +8,7 @@
 #include <set>
 #include <vector>
 
-namespace koru::test {
+namespace koru::test::model {
 
 struct TwinAttachment {
   int constraint;
@@ -282,4 +282,4 @@ class TwinEngine {
   int failures_ = 0;
 };
 
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -5,7 +5,7 @@
 #include "model/compare.h"
 #include "model/sides.h"
 
-namespace koru::test {
+namespace koru::test::model {
 namespace {
 
 std::size_t totalCalls = 0;
@@ -23,4 +23,4 @@ TEST(EngineTwin, SeesTheSameHandlerCallsDomainsAndReportedBounds) {
 TEST(EngineTwin, HeavySeesTheSameHandlerCallsOnManyMoreProgrammes) { compareEnginesWithTwin(1000000, 30000, 40); }
 
 }  // namespace
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -7,7 +7,7 @@
 #include "core/alloc.h"
 #include "model/sides.h"
 
-namespace koru::test {
+namespace koru::test::model {
 
 class ObservedSide : public SolverEngine {
  public:
@@ -121,4 +121,4 @@ class ObservedTwin : public TwinEngine {
   std::vector<std::pair<int, Rule>> posted_;
 };
 
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -11,7 +11,7 @@
 #include "support/kit/random.h"
 #include "support/kit/solver_test.h"
 
-namespace koru::test {
+namespace koru::test::model {
 
 // Callbacks are plain functions: they write here.
 inline std::vector<Undone> undoneCalls;
@@ -234,4 +234,4 @@ void runProgrammes(std::uint64_t firstSeed, int count, int steps) {
   }
 }
 
-}  // namespace koru::test
+}  // namespace koru::test::model

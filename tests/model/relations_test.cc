@@ -4,7 +4,7 @@
 #include "model/compare.h"
 #include "model/observed.h"
 
-namespace koru::test {
+namespace koru::test::model {
 namespace {
 
 std::size_t observed = 0;
@@ -22,4 +22,4 @@ TEST(RelationsTwin, ObserversHearTheSameHandlerRunsAndAllDomainsAgree) {
 TEST(RelationsTwin, HeavyObserversHearTheSameOnManyMoreProgrammes) { compareRelationsWithTwin(1000000, 30000, 40); }
 
 }  // namespace
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -3,7 +3,7 @@
 // narrowMin, narrowMax, bind and remove over numbered variables: the twin, or the solver behind an adapter.
 #pragma once
 
-namespace koru::test {
+namespace koru::test::model {
 
 enum class Kind { kNeq, kLe, kLt, kSum, kScript };
 
@@ -99,4 +99,4 @@ bool filterFirst(Engine &e, const Rule &r) {
   return !isBoundIn(e, r.y) || removePresent(e, r.x, e.min(r.y));
 }
 
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -9,7 +9,7 @@
 #include "model/engine.h"
 #include "model/world.h"
 
-namespace koru::test {
+namespace koru::test::model {
 
 // Variables of the solver by number.
 class SolverEngine {
@@ -112,4 +112,4 @@ class TwinSide : public TwinEngine {
   std::vector<Posted> posted_;
 };
 
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -9,7 +9,7 @@
 
 #include "model/program.h"
 
-namespace koru::test {
+namespace koru::test::model {
 
 // All that a restore must bring back of one variable.
 struct Snapshot {
@@ -221,4 +221,4 @@ class ConstraintProgramme {
   std::vector<std::unique_ptr<std::vector<CSint *>>> arrays_;  // constraints keep them
 };
 
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -14,7 +14,7 @@
 #include <set>
 #include <vector>
 
-namespace koru::test {
+namespace koru::test::model {
 
 enum class Relation { kEQ, kNEQ, kLE, kLT, kGE, kGT };
 enum class Close { kForget, kAccept, kRestore };
@@ -274,4 +274,4 @@ class LogModel {
   std::vector<std::size_t> marks_;
 };
 
-}  // namespace koru::test
+}  // namespace koru::test::model

@@ -16,7 +16,7 @@
 #include "model/rules.h"
 #include "support/kit/random.h"
 
-namespace koru::test {
+namespace koru::test::model {
 
 struct Line {
   const char *what;
@@ -206,4 +206,4 @@ class World {
   int nested_ = 0;
 };
 
-}  // namespace koru::test
+}  // namespace koru::test::model

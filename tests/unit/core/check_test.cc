@@ -11,6 +11,7 @@ namespace {
 
 using namespace koru;
 using namespace koru::test;
+using namespace koru::test::journal;
 
 class CheckTest : public SolverTest {
  protected:

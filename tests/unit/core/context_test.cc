@@ -12,6 +12,7 @@ namespace {
 
 using namespace koru;
 using namespace koru::test;
+using namespace koru::test::journal;
 
 class ContextTest : public SolverTest {
  protected:

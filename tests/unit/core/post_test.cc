@@ -10,6 +10,7 @@ namespace {
 
 using namespace koru;
 using namespace koru::test;
+using namespace koru::test::journal;
 
 class PostTest : public SolverTest {
  protected:

@@ -82,20 +82,20 @@ TEST_F(PrivateVariableTest, TrailedChangesAreTakenBackByARestore) {
 }
 
 TEST_F(PrivateVariableTest, WakesWhatIsAttachedToIt) {
-  test::Journal journal;
+  test::journal::Journal journal;
   const PrivateVariables variables(2);
   variables.init(1, 0, 5);
-  ASSERT_TRUE(test::watch(journal, 1, {variables[0], variables[1]}));
+  ASSERT_TRUE(test::journal::watch(journal, 1, {variables[0], variables[1]}));
   ASSERT_TRUE(narrowMin(variables[1], 2));
-  EXPECT_EQ(journal.calls, (std::vector<test::Call>{{1, variables[1], kNewMin, 0, 2, 1}}));
+  EXPECT_EQ(journal.calls, (std::vector<test::journal::Call>{{1, variables[1], kNewMin, 0, 2, 1}}));
 }
 
 TEST_F(PrivateVariableTest, LastOwnerReleasesWhatIsAttached) {
-  test::Journal journal;
+  test::journal::Journal journal;
   const auto life = std::make_shared<int>();
   PrivateVariables first(2);
   PrivateVariables second = first;
-  ASSERT_TRUE(test::watch(journal, 1, {first[0], first[1]}, {}, life));
+  ASSERT_TRUE(test::journal::watch(journal, 1, {first[0], first[1]}, {}, life));
   first = PrivateVariables();
   EXPECT_EQ(life.use_count(), 2);
   second = PrivateVariables();
@@ -117,17 +117,17 @@ bool ignore(Owner &, const Event &) { return true; }
 constexpr auto kOwnerTable = handlers<Owner>({.newMin = on<ignore>});
 
 // Each host heard by an owner of the same private variable, which `life` watches.
-void postOwners(test::Journal &journal, const std::vector<CSint *> &hosts, const std::shared_ptr<int> &life) {
+void postOwners(test::journal::Journal &journal, const std::vector<CSint *> &hosts, const std::shared_ptr<int> &life) {
   const PrivateVariables variables(1);
   variables.init(0, 0, 9);
   EXPECT_TRUE(removeValueNoTrail(variables[0], 4));
   Posting posting{"owner"};
   for (CSint *host : hosts) posting.add(kOwnerTable, Owner{variables}).attach(host);
-  EXPECT_TRUE(test::watch(journal, 1, {variables[0]}, {}, life));
+  EXPECT_TRUE(test::journal::watch(journal, 1, {variables[0]}, {}, life));
 }
 
 TEST_F(PrivateVariableTest, GoesWhenItsConstraintsAreUndone) {
-  test::Journal journal;
+  test::journal::Journal journal;
   const auto life = std::make_shared<int>();
   CSint *const x = cs_createCSint(0, 9);
   cs_saveContext();
@@ -138,24 +138,25 @@ TEST_F(PrivateVariableTest, GoesWhenItsConstraintsAreUndone) {
 }
 
 TEST_F(PrivateVariableTest, GoesWithTheLastOfTheConstraintsThatHoldIt) {
-  test::Journal journal;
+  test::journal::Journal journal;
   const auto life = std::make_shared<int>();
   CSint *const x = cs_createCSint(0, 9);
   CSint *const y = cs_createCSint(0, 9);
   cs_saveContext();
-  test::watch(journal, 2, {x});
+  test::journal::watch(journal, 2, {x});
   cs_saveContext();
   postOwners(journal, {x, y}, life);
   cs_acceptContext();
   cs_restoreContext();
-  EXPECT_EQ(x->constraints->constraint->table->heard, test::kHearsAll.heard) << "the restore has taken the newest";
+  EXPECT_EQ(x->constraints->constraint->table->heard, test::journal::kHearsAll.heard)
+      << "the restore has taken the newest";
   EXPECT_EQ(life.use_count(), 2) << "the one on y was accepted and holds on";
   cs_end();
   EXPECT_EQ(life.use_count(), 1);
 }
 
 TEST_F(PrivateVariableTest, IsFreedAtTheEndWhicheverConstraintGoesFirst) {
-  test::Journal journal;
+  test::journal::Journal journal;
   const auto life = std::make_shared<int>();
   CSint *const x = cs_createCSint(0, 9);
   CSint *const y = cs_createCSint(0, 9);

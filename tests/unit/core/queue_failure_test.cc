@@ -8,6 +8,7 @@ namespace {
 
 using namespace koru;
 using namespace koru::test;
+using namespace koru::test::journal;
 
 class QueueFailureTest : public SolverTest {
  protected:

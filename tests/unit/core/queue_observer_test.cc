@@ -11,6 +11,7 @@ namespace {
 
 using namespace koru;
 using namespace koru::test;
+using namespace koru::test::journal;
 
 struct Seen {
   bool consistent;

@@ -12,6 +12,7 @@ namespace {
 
 using namespace koru;
 using namespace koru::test;
+using namespace koru::test::journal;
 
 class QueueTest : public SolverTest {
  protected:

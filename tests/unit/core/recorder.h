@@ -15,7 +15,7 @@
 
 #include "core/post.h"
 
-namespace koru::test {
+namespace koru::test::journal {
 
 struct Call {
   int watcher;
@@ -84,4 +84,4 @@ inline bool watch(Journal &journal, int number, const std::vector<CSint *> &vari
   return static_cast<bool>(posting);
 }
 
-}  // namespace koru::test
+}  // namespace koru::test::journal

@@ -13,6 +13,7 @@ namespace {
 
 using namespace koru;
 using namespace koru::test;
+using namespace koru::test::journal;
 
 void count(CSint *, void *extra) { ++*static_cast<int *>(extra); }
 

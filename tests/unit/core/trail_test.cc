@@ -10,6 +10,7 @@ namespace {
 
 using namespace koru;
 using namespace koru::test;
+using namespace koru::test::journal;
 
 // Callbacks of cs_backtrack are plain functions: what they saw goes here.
 struct Backtracked {
