@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Automata and variable elements: posting, the CPU time of one event, and memory.
 #include <cstddef>
-#include <vector>
 
-#include "instances.h"
 #include "measure.h"
+#include "models_automata.h"
 
 namespace koru::bench {
 
@@ -12,36 +11,11 @@ namespace {
 
 // ----- cs_Regular
 
-// Transitions drawn at random, one in eight absent; every second state is final.
-struct Automaton {
-  int states;
-  int symbols;
-  std::vector<int> table;
-  std::vector<int> finals;
-
-  Automaton(int stateCount, int symbolCount) : states(stateCount), symbols(symbolCount) {
-    Random random(3);
-    for (int i = 0; i < states * symbols; ++i) table.push_back(random.below(8) == 0 ? -1 : random.below(states));
-    for (int q = 0; q < states; q += 2) finals.push_back(q);
-  }
-
-  bool post(Array &x) const {
-    return cs_Regular(x.data(), static_cast<int>(x.size()), table.data(), states, symbols, 0, finals.data(),
-                      static_cast<int>(finals.size())) == 1;
-  }
-
-  double edges(double positions) const {
-    double transitions = 0;
-    for (const int target : table) transitions += target >= 0 ? 1 : 0;
-    return transitions * positions;
-  }
-};
-
 // Arguments: positions, states, symbols. Memory and time are divided by all transitions of all positions, of which a
 // few at both ends lie on no accepted word.
 void regularPosting(benchmark::State &state) {
   const auto length = static_cast<int>(state.range(0));
-  const Automaton automaton(static_cast<int>(state.range(1)), static_cast<int>(state.range(2)));
+  const Automaton automaton = randomAutomaton(static_cast<int>(state.range(1)), static_cast<int>(state.range(2)));
   const double edges = automaton.edges(length);
   bool posted = true;
   double bytes = 0;
@@ -62,7 +36,7 @@ void regularPosting(benchmark::State &state) {
 template <class Narrow>
 void regularEvents(benchmark::State &state, Narrow narrow) {
   const auto length = static_cast<int>(state.range(0));
-  const Automaton automaton(static_cast<int>(state.range(1)), static_cast<int>(state.range(2)));
+  const Automaton automaton = randomAutomaton(static_cast<int>(state.range(1)), static_cast<int>(state.range(2)));
   Lifetime lifetime;
   Array &x = lifetime.array(length, 0, automaton.symbols - 1);
   if (!automaton.post(x)) return state.SkipWithError("a post failed");

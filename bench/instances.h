@@ -219,26 +219,49 @@ struct CostMatrix {
   }
 };
 
-struct Instances {
-  static constexpr int kPairVariables = 2000;
+// 9x9 grids with one solution and no clue to spare.
+inline std::vector<Grid> uniqueSudokus(Random &random, std::size_t count) {
+  std::vector<Grid> result;
+  while (result.size() < count) removeWhileUnique(random, result.emplace_back(solvedSudoku(random, 3)));
+  return result;
+}
 
-  std::vector<Grid> sudoku9;   // one solution each
-  std::vector<Grid> sudoku16;  // 140 cells removed at random
-  std::vector<Grid> qwh;       // Latin squares of order 20 with 150 holes
-  std::vector<std::pair<int, int>> pairs;
-  Items items{25, 3};
+// 16x16 grids with 140 cells removed at random.
+inline std::vector<Grid> largeSudokus(Random &random, std::size_t count) {
+  std::vector<Grid> result;
+  while (result.size() < count) removeCells(random, result.emplace_back(solvedSudoku(random, 4)), 140);
+  return result;
+}
 
-  Instances() {
-    Random random(20240229);
-    while (sudoku9.size() < 200) removeWhileUnique(random, sudoku9.emplace_back(solvedSudoku(random, 3)));
-    while (sudoku16.size() < 20) removeCells(random, sudoku16.emplace_back(solvedSudoku(random, 4)), 140);
-    while (qwh.size() < 20) removeCells(random, qwh.emplace_back(LatinSquare(random, 20).take()), 150);
-    while (pairs.size() < 1000000) {
-      const int first = random.below(kPairVariables);
-      const int second = random.below(kPairVariables);
-      if (first != second) pairs.emplace_back(first, second);
-    }
+// Latin squares of order 20 with 150 holes.
+inline std::vector<Grid> latinSquares(Random &random, std::size_t count) {
+  std::vector<Grid> result;
+  while (result.size() < count) removeCells(random, result.emplace_back(LatinSquare(random, 20).take()), 150);
+  return result;
+}
+
+using Pairs = std::vector<std::pair<int, int>>;
+
+// Pairs of different numbers below `below`.
+inline Pairs differentPairs(Random &random, int below, std::size_t count) {
+  Pairs result;
+  while (result.size() < count) {
+    const int first = random.below(below);
+    const int second = random.below(below);
+    if (first != second) result.emplace_back(first, second);
   }
+  return result;
+}
+
+inline constexpr int kPairVariables = 2000;
+
+struct Instances {
+  Random random{20240229};
+  std::vector<Grid> sudoku9 = uniqueSudokus(random, 200);
+  std::vector<Grid> sudoku16 = largeSudokus(random, 20);
+  std::vector<Grid> qwh = latinSquares(random, 20);
+  Pairs pairs = differentPairs(random, kPairVariables, 1000000);
+  Items items{25, 3};
 };
 
 // Made at the first call.

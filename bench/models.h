@@ -7,7 +7,9 @@
 
 #include "instances.h"
 #include "models_arith.h"
+#include "models_automata.h"
 #include "models_globals.h"
+#include "models_scheduling.h"
 #include "models_search.h"
 #include "run.h"
 
@@ -180,16 +182,34 @@ Outcome chain() {
   return outcome;
 }
 
-inline Outcome postPairs() {
+// One sum after the other, each of the one before and a variable 0..1; then the first operand is raised step by step
+// and pushes all sums.
+template <int n, int steps>
+Outcome ladder() {
   Lifetime lifetime;
   Outcome outcome;
-  const Array &x = lifetime.array(Instances::kPairVariables, 0, 9);
-  for (const auto &[first, second] : instances().pairs) {
+  CSint *const first = cs_createCSint(0, steps);
+  CSint *last = first;
+  for (int i = 0; i < n && last != nullptr; ++i) last = cs_Add(last, cs_createCSint(0, 1));
+  if (last == nullptr) return outcome;
+  for (int q = 1; q <= steps; ++q)
+    if (!cs_GE(first, q)) return outcome;
+  outcome.units = cs_getMin(last) == steps ? static_cast<long long>(n) * steps : 0;
+  return outcome;
+}
+
+inline Outcome postPairs(const Pairs &pairs) {
+  Lifetime lifetime;
+  Outcome outcome;
+  const Array &x = lifetime.array(kPairVariables, 0, 9);
+  for (const auto &[first, second] : pairs) {
     if (!cs_Neq(x[static_cast<std::size_t>(first)], x[static_cast<std::size_t>(second)])) return Outcome{};
     ++outcome.units;
   }
   return outcome;
 }
+
+inline Outcome postManyPairs() { return postPairs(instances().pairs); }
 
 inline constexpr Model kModels[] = {
     {"queens_all 12", "node", queensAll<12>},
@@ -203,7 +223,7 @@ inline constexpr Model kModels[] = {
     {"langford 3,11", "node", langford<3, 11>},
     {"magic_square 4", "node", magicSquare<4, findAll>},
     {"magic_square 5", "node", magicSquare<5, findFirst>},
-    {"knapsack 25x3", "node", knapsack},
+    {"knapsack 25x3", "node", knapsackOf25},
     {"assign 14", "node", assignment<14>},
     {"magic_seq 200", "node", magicSequence<200>},
     {"send+more x 10^4", "node", sendMoreMoney<10000>},
@@ -220,7 +240,17 @@ inline constexpr Model kModels[] = {
     {"scalprod 1000", "event", bindTerms<1000, 10, weightedSum>},
     {"scalprod 10000", "event", bindTerms<10000, 1, weightedSum>},
     {"chain 10^4 x 200", "event", chain<10000, 200>},
-    {"post 10^6", "constraint", postPairs},
+    {"chain 10^6 x 5", "event", chain<1000000, 5>},
+    {"ladder 10^4 x 200", "event", ladder<10000, 200>},
+    {"ladder 10^6 x 5", "event", ladder<1000000, 5>},
+    {"regular posting", "edge", postAutomaton<200, 500, 50>},
+    {"regular cascade", "event", cascade<100, 60, 10, 20>},
+    {"nonogram x 20", "node", nonograms<12, 20>},
+    {"job shop 5x4", "node", jobShop<5, 4>},
+    {"cumulative 10", "event", cumulative<10, 2000>},
+    {"cumulative 60", "event", cumulative<60, 200>},
+    {"cumulative 500", "event", cumulative<500, 10>},
+    {"post 10^6", "constraint", postManyPairs},
 };
 
 }  // namespace koru::bench

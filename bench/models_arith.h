@@ -54,8 +54,7 @@ inline bool postCapacities(Array &leftOut, Items &items) {
   return true;
 }
 
-inline Outcome knapsack() {
-  Items items = instances().items;
+inline Outcome knapsack(Items items) {
   const int count = static_cast<int>(items.profits.size());
   Lifetime lifetime;
   Outcome outcome;
@@ -64,6 +63,8 @@ inline Outcome knapsack() {
     minimize(outcome, leftOut, cs_findFreeVar, cs_ScalProd(leftOut.data(), items.profits.data(), count));
   return outcome;
 }
+
+inline Outcome knapsackOf25() { return knapsack(instances().items); }
 
 // ----- a sum of variables 0..1 that are bound one by one: nothing but its events
 

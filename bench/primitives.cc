@@ -283,7 +283,7 @@ void postNeq(benchmark::State &state) {
     double posting = 0;
     {
       Lifetime lifetime;
-      const Array &x = lifetime.array(Instances::kPairVariables, 0, 9);
+      const Array &x = lifetime.array(kPairVariables, 0, 9);
       const double heapBefore = heapBytes();
       const double trailBefore = trailBytes();
       const double postingStart = cpuSeconds();
@@ -301,7 +301,7 @@ void postNeq(benchmark::State &state) {
 void postUndoNeq(benchmark::State &state) {
   const auto count = static_cast<std::size_t>(state.range(0));
   Lifetime lifetime;
-  const Array &x = lifetime.array(Instances::kPairVariables, 0, 9);
+  const Array &x = lifetime.array(kPairVariables, 0, 9);
   instances();
   const PerOperation measured(state, static_cast<double>(count));
   for (auto _ : state) {

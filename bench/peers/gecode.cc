@@ -117,7 +117,7 @@ Outcome chain(const Recomputation &) {
 }
 
 Outcome postPairs(const Recomputation &) {
-  Problem problem(Instances::kPairVariables, 0, 9);
+  Problem problem(kPairVariables, 0, 9);
   Outcome outcome;
   for (const auto &[first, second] : instances().pairs) {
     Gecode::rel(problem, problem.vars[first], Gecode::IRT_NQ, problem.vars[second]);
