@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The benchmark problems as a Gecode user writes them: value-consistent distinct with offset views where Koru needs
 // shifted variables, n-ary branching on ascending values, no restarts.
+#include <gecode/minimodel.hh>
+
 #include "gecode_problem.h"
 
 namespace koru::bench {
@@ -116,6 +118,22 @@ Outcome chain(const Recomputation &) {
   return outcome;
 }
 
+template <int n, int steps>
+Outcome ladder(const Recomputation &) {
+  Problem problem(n + 1, 0, steps + n);
+  Outcome outcome;
+  const IntVarArray &s = problem.vars;
+  Gecode::dom(problem, s[0], 0, steps);
+  for (int i = 0; i < n; ++i) Gecode::rel(problem, s[i] + Gecode::IntVar(problem, 0, 1) == s[i + 1]);
+  if (problem.status() == Gecode::SS_FAILED) return outcome;
+  for (int q = 1; q <= steps; ++q) {
+    Gecode::rel(problem, s[0], Gecode::IRT_GQ, q);
+    if (problem.status() == Gecode::SS_FAILED) return outcome;
+  }
+  outcome.units = s[n].min() == steps ? static_cast<long long>(n) * steps : 0;
+  return outcome;
+}
+
 Outcome postPairs(const Recomputation &) {
   Problem problem(kPairVariables, 0, 9);
   Outcome outcome;
@@ -137,6 +155,9 @@ const PeerModel kPeers[] = {
     {"langford 2,10", langford<2, 10>},
     {"langford 3,11", langford<3, 11>},
     {"chain 10^4 x 200", chain<10000, 200>},
+    {"chain 10^6 x 5", chain<1000000, 5>},
+    {"ladder 10^4 x 200", ladder<10000, 200>},
+    {"ladder 10^6 x 5", ladder<1000000, 5>},
     {"post 10^6", postPairs},
 };
 

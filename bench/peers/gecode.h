@@ -24,5 +24,6 @@ std::span<const PeerModel> relationPeers();
 std::span<const PeerModel> arithmeticPeers();
 std::span<const PeerModel> searchPeers();
 std::span<const PeerModel> globalPeers();
+std::span<const PeerModel> eventPeers();
 
 }  // namespace koru::bench

@@ -82,7 +82,7 @@ Comparison compare(const Model &model, const PeerModel &peer, int repeat) {
 }
 
 const PeerModel *peerOf(const Model &model) {
-  for (const auto peers : {relationPeers(), arithmeticPeers(), globalPeers(), searchPeers()})
+  for (const auto peers : {relationPeers(), arithmeticPeers(), globalPeers(), searchPeers(), eventPeers()})
     for (const PeerModel &peer : peers)
       if (std::strcmp(peer.name, model.name) == 0) return &peer;
   return nullptr;
