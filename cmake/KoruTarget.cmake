@@ -19,6 +19,7 @@ function(koru_library target)
     PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     PRIVATE ${PROJECT_SOURCE_DIR}/src)
   koru_use_backtrace(${target})
+  target_compile_definitions(${target} PRIVATE $<$<BOOL:${KORU_LOGGING}>:KORU_LOGGING=1>)
   target_compile_options(${target} PRIVATE -fno-rtti -fno-semantic-interposition)
   # Only by frame pointers can 32-bit Windows follow the library's calls back to the host's.
   if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)

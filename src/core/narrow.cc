@@ -53,7 +53,7 @@ bool removeInner(CSint *v, int value) {
 }  // namespace
 
 bool raiseMin(CSint *v, int bound) {
-  if constexpr (kLogging) logChange("raise minimum", v, bound);
+  if constexpr (kLogging) logChange("raise minimum of", v, "to", bound);
   if (!solver.trail.noteMin(v)) return false;
   if (!needsBits(v)) return moveMin(v, bound, rangeSize(bound, v->max));
   const int count = wrapSub(v->count, wrap(countPresent(v->bits, v->min, bound - 1)));
@@ -61,7 +61,7 @@ bool raiseMin(CSint *v, int bound) {
 }
 
 bool lowerMax(CSint *v, int bound) {
-  if constexpr (kLogging) logChange("lower maximum", v, bound);
+  if constexpr (kLogging) logChange("lower maximum of", v, "to", bound);
   if (!solver.trail.noteMax(v)) return false;
   if (!needsBits(v)) return moveMax(v, bound, rangeSize(v->min, bound));
   const int count = wrapSub(v->count, wrap(countPresent(v->bits, bound + 1, v->max)));
@@ -69,7 +69,7 @@ bool lowerMax(CSint *v, int bound) {
 }
 
 bool bindFree(CSint *v, int value) {
-  if constexpr (kLogging) logChange("bind", v, value);
+  if constexpr (kLogging) logChange("bind", v, "to", value);
   if (v->bits != nullptr && !v->bits->has(value)) return false;
   EventCode code = kBound;
   if (value == v->max) {
@@ -88,7 +88,7 @@ bool bindFree(CSint *v, int value) {
 
 // Deliberate: both tests for the last value, since a count may have been written back too high.
 bool removeInside(CSint *v, int value) {
-  if constexpr (kLogging) logChange("remove", v, value);
+  if constexpr (kLogging) logChange("narrow", v, "without", value);
   if (isInstantiated(v) || isBound(v)) return false;
   if (v->bits != nullptr && !v->bits->has(value)) return true;
   if (value == v->min) return removeMin(v);
