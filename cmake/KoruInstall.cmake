@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Installation: headers, both libraries, the CMake package and the pkg-config file.
+# Installation: headers, both libraries, the CMake package, the pkg-config file, documents and examples.
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
@@ -17,6 +17,15 @@ install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/include/"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h")
+
+# With the folders named as here: the headers and the documents speak of docs/ and examples/.
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/examples"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  PATTERN "CMakeLists.txt" EXCLUDE
+  PATTERN "*.cmake" EXCLUDE)
 
 install(EXPORT koru-targets NAMESPACE koru:: DESTINATION "${KORU_CMAKE_DIR}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/koru-config-version.cmake" COMPATIBILITY SameMajorVersion)

@@ -1,16 +1,23 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Install a build into a scratch prefix, move it, and build and run programs against it: with find_package from a C and
-# C++ project and from a C-only one, and with pkg-config; each with the shared and the static library.
+# Use Koru as other projects would, from C99 and from C++20, each with the shared and the static library.
 #
-#   run.sh BUILD_DIR SCRATCH_DIR      environment: CMAKE CMAKE_GENERATOR PKG_CONFIG CC CXX,
-#                                     in a build for another system TOOLCHAIN TARGET_FLAGS, for Windows EMULATOR OBJDUMP
+#   run.sh installed BUILD_DIR SCRATCH_DIR    install a build, move it, and use that: with find_package from a C and C++
+#                                             project and from a C-only one, with pkg-config from a Makefile, and by
+#                                             hand; documents and examples are looked at, too
+#   run.sh sources SOURCE_DIR SCRATCH_DIR     sources as a part of a project: with add_subdirectory, and with
+#                                             FetchContent from an archive
+#
+# environment: CMAKE CMAKE_GENERATOR PKG_CONFIG CC CXX,
+#              in a build for another system TOOLCHAIN TARGET_FLAGS, for Windows EMULATOR OBJDUMP
 set -euo pipefail
 
-build=$1
-scratch=$2
+mode=$1
+origin=$2
+scratch=$3
 consumer=$(cd "$(dirname "$0")/consumer" && pwd)
 prefix=$scratch/prefix
+libdir=
 programs=0
 
 fail() {
@@ -19,9 +26,7 @@ fail() {
 }
 
 install_and_move() {
-  rm -rf "$scratch"
-  mkdir -p "$scratch"
-  "$CMAKE" --install "$build" --prefix "$scratch/first" >"$scratch/install.log"
+  "$CMAKE" --install "$origin" --prefix "$scratch/first" >"$scratch/install.log"
   mv "$scratch/first" "$prefix"
   pkgconfig=$(dirname "$(find "$prefix" -name koru.pc)")
   libdir=$(dirname "$pkgconfig")
@@ -61,44 +66,89 @@ check() {
   echo "ok: ${program#"$scratch"/} ($kind)"
 }
 
-# find_package_project FOLDER LANGUAGES
-find_package_project() {
-  local folder=$scratch/$1 language library
-  "$CMAKE" -S "$consumer" -B "$folder" -DCMAKE_PREFIX_PATH="$prefix" \
-    ${TOOLCHAIN:+-DCMAKE_TOOLCHAIN_FILE="$TOOLCHAIN"} -DCONSUMER_LANGUAGES="$2"
+# cmake_project NAME LANGUAGES ARGUMENT...
+cmake_project() {
+  local folder=$scratch/$1 languages=$2 language library
+  shift 2
+  "$CMAKE" -S "$consumer" -B "$folder" -DCONSUMER_LANGUAGES="$languages" -DCMAKE_BUILD_TYPE=Debug \
+    ${TOOLCHAIN:+-DCMAKE_TOOLCHAIN_FILE="$TOOLCHAIN"} "$@"
   "$CMAKE" --build "$folder"
-  for language in ${2//;/ }; do
+  for language in ${languages//;/ }; do
     for library in shared static; do
       check "$folder/consumer_${language}_$library" "$library"
     done
   done
 }
 
-# pkg_config_program COMPILER SOURCE NAME FLAGS...
-pkg_config_program() {
-  local compiler=$1 source=$2 program=$scratch/pkg_config_$3
-  shift 3
-  # shellcheck disable=SC2046,SC2086 # the flags are words
-  "$compiler" ${TARGET_FLAGS:-} "$@" "$consumer/$source" -o "$program" \
-    $(PKG_CONFIG_PATH=$pkgconfig "$PKG_CONFIG" --cflags --libs ${static:+--static} koru)
+# make_program c|cxx shared|static: by the Makefile, which knows the installed library from pkg-config alone.
+make_program() {
+  local program=$scratch/make_$1_$2 source=$consumer/consumer.c static=no
+  if [[ $1 == cxx ]]; then source=$consumer/consumer.cc; fi
+  if [[ $2 == static ]]; then static=yes; fi
+  PKG_CONFIG_PATH=$pkgconfig make -s -f "$consumer/Makefile" "$1" CC="$CC ${TARGET_FLAGS:-}" CXX="$CXX ${TARGET_FLAGS:-}" \
+    PKG_CONFIG="$PKG_CONFIG" SOURCE="$source" PROGRAM="$program" STATIC=$static
+  check "$program" "$2"
 }
 
-pkg_config_programs() {
-  local static=
-  pkg_config_program "$CC" consumer.c c_shared -std=c99 -Wall -Wextra -Wpedantic -Werror
-  check "$scratch/pkg_config_c_shared" shared
-  pkg_config_program "$CXX" consumer.cc cxx_shared
-  check "$scratch/pkg_config_cxx_shared" shared
-  static=yes
-  pkg_config_program "$CC" consumer.c c_static -static -std=c99
-  check "$scratch/pkg_config_c_static" static
-  pkg_config_program "$CXX" consumer.cc cxx_static -static
-  check "$scratch/pkg_config_cxx_static" static
+# The static library in a C program that is otherwise linked as usual, with the libraries that the README names.
+program_by_hand() {
+  local program=$scratch/by_hand libraries=(-lstdc++ -lm)
+  if grep -q -e -lbacktrace "$pkgconfig/koru.pc"; then libraries=(-lbacktrace "${libraries[@]}"); fi
+  # shellcheck disable=SC2086 # the flags are words
+  "$CC" ${TARGET_FLAGS:-} -DKORU_STATIC "$consumer/consumer.c" -I"$prefix/include" "$libdir/libkoru.a" "${libraries[@]}" \
+    -o "$program"
+  check "$program" static
 }
 
-install_and_move
-if grep -rlF "$scratch" "$libdir/cmake" "$pkgconfig"; then fail "the files above name the folder they were installed to"; fi
-find_package_project cmake_both "C;CXX"
-find_package_project cmake_c C
-pkg_config_programs
+# What the headers name of documents and examples, and what the documents link to, is there.
+check_documents() {
+  local file name names=0
+  documents=$prefix/share/doc/koru
+  while IFS=: read -r file name; do
+    [[ -f $documents/$name ]] || fail "${file##*/} names $name, which is not installed"
+    names=$((names + 1))
+  done < <(grep -roE '(docs|examples)/[a-z_/-]+\.[a-z]+' "$prefix/include")
+  ((names > 0)) || fail "the headers name no document"
+  while IFS=: read -r file name; do
+    [[ -f ${file%/*}/${name#"]("} ]] || fail "${file##*/} links to ${name#"]("}, which is not installed"
+    names=$((names + 1))
+  done < <(grep -roE --include='*.md' '\]\([^)#:]+' "$documents")
+  echo "ok: $names names of documents and examples"
+}
+
+# The installed examples as somebody would compile them who copies one.
+compile_examples() {
+  local source program examples=0
+  for source in "$documents"/examples/*.c; do
+    program=$scratch/example_$(basename "$source" .c)
+    PKG_CONFIG_PATH=$pkgconfig make -s -f "$consumer/Makefile" c CC="$CC ${TARGET_FLAGS:-}" PKG_CONFIG="$PKG_CONFIG" \
+      SOURCE="$source" PROGRAM="$program"
+    examples=$((examples + 1))
+  done
+  echo "ok: $examples examples compiled"
+}
+
+installed() {
+  local language library
+  install_and_move
+  if grep -rlF "$scratch" "$libdir/cmake" "$pkgconfig"; then fail "the files above name the folder they were installed to"; fi
+  cmake_project package "C;CXX" -DKORU_FROM=package -DCMAKE_PREFIX_PATH="$prefix"
+  cmake_project package_c C -DKORU_FROM=package -DCMAKE_PREFIX_PATH="$prefix"
+  for language in c cxx; do
+    for library in shared static; do make_program $language $library; done
+  done
+  if [[ -z ${EMULATOR:-} ]]; then program_by_hand; fi
+  check_documents
+  compile_examples
+}
+
+sources() {
+  cmake_project folder C -DKORU_FROM=folder -DKORU_SOURCES="$origin"
+  (cd "$origin" && "$CMAKE" -E tar czf "$scratch/koru.tar.gz" CMakeLists.txt LICENSE cmake docs examples include profile src)
+  cmake_project fetch "C;CXX" -DKORU_FROM=fetch -DKORU_ARCHIVE="file://$scratch/koru.tar.gz"
+}
+
+rm -rf "$scratch"
+mkdir -p "$scratch"
+"$mode"
 echo "package: $programs programs built and run"

@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
-/* A C99 program that uses an installed Koru. */
+/* A C99 program that uses Koru. */
 #include <koru.h>
+#include <koru_extras.h>
 #include <stdio.h>
 
 int main(void) {
