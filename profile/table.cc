@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The table for the terminal.
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ostream>
 
@@ -32,7 +33,7 @@ std::string percent(double share) {
 }
 
 std::string bar(double share, bool colours) {
-  const int filled = std::min(kBarWidth, static_cast<int>(share * kBarWidth + 0.5));
+  const int filled = std::min(kBarWidth, static_cast<int>(std::lround(share * kBarWidth)));
   std::string text(static_cast<std::size_t>(filled), '#');
   text.resize(kBarWidth, colours ? ' ' : '.');
   return colours ? "\033[38;5;173m" + text + "\033[0m" : text;
