@@ -18,6 +18,9 @@ Cases automatonCases();
 Cases schedulingCases();
 Cases hostCases();
 
+// A case for a row of the catalogue: sizes, ints and domains of every kind, as many as take a quarter of a second.
+Case defaultCase(const catalogue::Row &row);
+
 const Cases &allCases();
 
 // Constants that a constraint keeps by reference and its relation reads.

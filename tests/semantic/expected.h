@@ -18,6 +18,7 @@ struct Expected {
   const char *name;
   long leastStates;
   Calls calls;
+  bool pinned() const { return name[0] != '\0'; }
 };
 
 inline constexpr Expected kExpected[] = {
@@ -96,11 +97,11 @@ inline constexpr Expected kExpected[] = {
     {"EventConflict", 11000, {5990, 0xead95fe0b7964ca6}},
 };
 
-// Nothing for a name that is not in the table.
+// Of a case that is not in the table some states, and no matter which calls.
 inline Expected expectedOf(std::string_view name) {
   for (const Expected &row : kExpected)
     if (name == row.name) return row;
-  return {};
+  return {"", 2000, {}};
 }
 
 }  // namespace koru::test::brute

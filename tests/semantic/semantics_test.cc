@@ -75,7 +75,7 @@ class Semantics : public ::testing::TestWithParam<Case> {
     if (sweep.single()) return;
     const Expected expected = expectedOf(GetParam().name);
     EXPECT_GE(sweep.states, times * expected.leastStates / kShare);
-    if (kShare == 1 && times == 1) {
+    if (kShare == 1 && times == 1 && expected.pinned()) {
       EXPECT_EQ(sweep.calls, expected.calls) << "see expected.h";
     }
   }
@@ -90,13 +90,23 @@ INSTANTIATE_TEST_SUITE_P(, Semantics, ::testing::ValuesIn(allCases()), [](const 
 
 // ----- the table
 
-TEST(SemanticCases, HaveNamesOfTheirOwnEachWithWhatIsExpected) {
+TEST(SemanticCases, HaveNamesOfTheirOwn) {
   std::set<std::string> names;
   for (const Case &c : allCases()) {
     EXPECT_TRUE(names.insert(c.name).second) << c.name;
-    EXPECT_GT(expectedOf(c.name).leastStates, 0) << c.name;
   }
-  EXPECT_EQ(names.size(), std::size(kExpected));
+  for (const Expected &row : kExpected) EXPECT_TRUE(names.contains(row.name)) << row.name << " is no case";
+}
+
+// What a row alone says is enough for a case: here of constraints that have cases of their own as well.
+TEST(SemanticCases, OfARowAloneAgreeWithEnumeration) {
+  for (const char *name : {"cs_Neq", "cs_IfNeq", "cs_Regular", "cs_Element", "cs_OccurDomain", "cs_ReifLt"}) {
+    const Case c = defaultCase(catalogue::rowOf(name));
+    Sweep sweep(c);
+    sweep.run();
+    EXPECT_EQ(sweep.finding, "");
+    EXPECT_GT(sweep.states, expectedOf("").leastStates) << name;
+  }
 }
 
 TEST(SemanticCases, ReachFiveMillionStatesTogether) {
@@ -134,9 +144,10 @@ std::string functionIn(const std::string &line) {
   return declared.substr(declared.find_last_of(" *") + 1);
 }
 
-std::set<std::string> functionsOfTheHeader() {
+std::set<std::string> functionsOf(const char *path) {
   std::set<std::string> functions;
-  std::ifstream header("include/koru.h");
+  std::ifstream header(path);
+  EXPECT_TRUE(header) << "the test runs inside the source tree";
   std::string section;
   for (std::string line; std::getline(header, line);) {
     if (const std::string title = titleIn(line); !title.empty()) section = title;
@@ -150,8 +161,9 @@ std::set<std::string> functionsOfTheHeader() {
 TEST(SemanticCases, CoverEveryFunctionThatStatesSomething) {
   std::set<std::string> stated;
   for (const Case &c : allCases()) stated.insert(c.functions.begin(), c.functions.end());
-  EXPECT_EQ(stated, functionsOfTheHeader());
-  EXPECT_EQ(stated.size(), 65U);
+  std::set<std::string> declared = functionsOf("include/koru.h");
+  declared.merge(functionsOf("include/koru_extras.h"));
+  EXPECT_EQ(stated, declared);
 }
 
 }  // namespace

@@ -27,6 +27,7 @@ struct Case {
   Effort effort = {};
   std::vector<std::vector<int>> patterns = {};  // if not all
   std::optional<Room> wide = {};                // for further postings, a quarter as many: sampled at all positions
+  int fewPatternsFrom = 99;                     // with so many positions no more than two of them share a variable
 };
 
 inline void PrintTo(const Case &c, std::ostream *out) { *out << c.name; }
@@ -51,6 +52,18 @@ inline std::vector<std::vector<int>> allPatterns(int arity) {
     }
     patterns = std::move(longer);
   }
+  return patterns;
+}
+
+// Of these the one with all distinct and those in which two positions share a variable.
+inline std::vector<std::vector<int>> fewPatterns(int arity) {
+  std::vector<std::vector<int>> patterns{distinctPositions(arity)};
+  for (int second = 1; second < arity; ++second)
+    for (int first = 0; first < second; ++first) {
+      std::vector<int> pattern = patterns.front();
+      for (int i = second; i < arity; ++i) pattern[static_cast<std::size_t>(i)] = i == second ? first : i - 1;
+      patterns.push_back(pattern);
+    }
   return patterns;
 }
 
@@ -86,8 +99,13 @@ class Sweep {
 
  private:
   void runForm(const Constraint &form, const std::vector<Room> &rooms, int most) {
-    for (const std::vector<int> &pattern : case_.patterns.empty() ? allPatterns(form.arity) : case_.patterns)
+    for (const std::vector<int> &pattern : patternsOf(form))
       if (finding.empty()) runPattern({form, {}, pattern}, roomsOf(pattern, rooms), most);
+  }
+
+  std::vector<std::vector<int>> patternsOf(const Constraint &form) const {
+    if (!case_.patterns.empty()) return case_.patterns;
+    return form.arity < case_.fewPatternsFrom ? allPatterns(form.arity) : fewPatterns(form.arity);
   }
 
   // Of each variable, by the first position that it stands at.

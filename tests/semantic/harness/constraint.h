@@ -14,21 +14,17 @@
 #include <string>
 #include <utility>
 
+#include "catalogue/form.h"
 #include "semantic/harness/left.h"
 
 namespace koru::test::brute {
 
-using Wide = long long;
+using catalogue::Wide;
 using Values = std::span<const int>;
 using Relation = std::function<bool(Values)>;
 
 // What is promised for a column at a node.
-enum class Strength {
-  kNone,    // only that no solution is lost, and that what is complete is a solution
-  kKnown,   // as kDomain, once no other column is left unbound: forward checking
-  kBounds,  // least and greatest value are part of a solution within the bounds of the other columns
-  kDomain,  // each value is part of a solution within the other columns' domains
-};
+using Strength = catalogue::Consistency;
 
 struct Constraint {
   std::string name;
@@ -97,6 +93,28 @@ inline Constraint with(Constraint c, Strength ofVariables, Strength ofResult) {
     return column + 1 < left.columns() ? ofVariables : ofResult;
   };
   return c;
+}
+
+// What the catalogue says of a posting. The result of a function that is stated as a relation lies where the row says.
+inline Constraint constraintOf(const catalogue::Form &form) {
+  const catalogue::Row &row = form.row();
+  const auto n = static_cast<std::size_t>(form.arity());
+  const auto solution = [form, n](Values t) { return form.holds(t.first(n), t.size() > n ? t.back() : 0); };
+  Constraint c{form.text(), static_cast<int>(n), solution, [form](CSint **x, CSint *&z) { return form.post(x, z); }};
+  if (row.makes() && row.meaning.value != nullptr)
+    c.results = [form](Values t) {
+      const catalogue::Value value = form.row().meaning.value(form.terms(t));
+      return value ? std::vector{static_cast<int>(*value)} : std::vector<int>{};
+    };
+  else if (row.makes())
+    c.results = [span = row.results](Values) {
+      std::vector<int> all;
+      for (int z = span.low; z <= span.high; ++z) all.push_back(z);
+      return all;
+    };
+  c.alsoShared = row.alsoShared;
+  c.alsoTogether = row.alsoTogether;
+  return row.makes() ? with(std::move(c), row.consistency, row.ofResult) : with(std::move(c), row.consistency);
 }
 
 // The relation that a function's result equals one more variable, which may stand among the others too.

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+#include "catalogue/row.h"
+
+namespace koru::catalogue {
+
+const std::vector<const Row *> &rows() {
+  static const std::vector<const Row *> all = [] {
+    std::vector<const Row *> result;
+    for (const auto part : {relationRows(), arithmeticRows(), reifiedRows(), arrayRows(), extraRows()})
+      for (const Row &row : part) result.push_back(&row);
+    return result;
+  }();
+  return all;
+}
+
+const Row *findRow(std::string_view name) {
+  static const std::map<std::string_view, const Row *> byName = [] {
+    std::map<std::string_view, const Row *> result;
+    for (const Row *row : rows()) result.emplace(row->name, row);
+    return result;
+  }();
+  const auto found = byName.find(name);
+  return found == byName.end() ? nullptr : found->second;
+}
+
+const Row &rowOf(std::string_view name) {
+  const Row *row = findRow(name);
+  if (row != nullptr) return *row;
+  std::fprintf(stderr, "the catalogue has no row %.*s\n", static_cast<int>(name.size()), name.data());
+  std::abort();
+}
+
+}  // namespace koru::catalogue

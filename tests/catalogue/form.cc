@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#include "catalogue/form.h"
+
+#include <climits>
+#include <cstring>
+
+namespace koru::catalogue {
+
+Form::Form(const Row &row, std::vector<int> sizes, std::vector<Wide> k, std::vector<std::vector<Wide>> lists,
+           unsigned nulls)
+    : row_(&row),
+      sizes_(std::move(sizes)),
+      k_(std::move(k)),
+      constants_(std::make_shared<Constants>()),
+      nulls_(nulls & ((1U << countKinds(row, mayBeNull)) - 1)) {
+  for (const std::vector<Wide> &list : lists) {
+    constants_->ints.emplace_back(list.begin(), list.end());
+    constants_->ints.back().resize(list.size() + 4);  // an empty array has an address, too
+  }
+  constants_->lists = std::move(lists);
+  for (const int length : lengths_ = lengths()) arity_ += static_cast<std::size_t>(length);
+}
+
+// An array is as long as the next size says.
+std::vector<int> Form::lengths() const {
+  const std::size_t count = std::strlen(row_->kinds);
+  std::vector<int> result(count);
+  std::size_t size = 0;
+  std::size_t nullable = 0;
+  std::size_t from = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const char kind = row_->kinds[i];
+    const bool null = mayBeNull(kind) && (nulls_ >> nullable++ & 1U) != 0;
+    if (isVariable(kind)) result[i] = null ? 0 : 1;
+    if (isArray(kind)) result[i] = null ? 0 : INT_MAX;
+    if (!isSize(kind)) continue;
+    const int n = std::max(sizes_[size++], 0);
+    for (; from < i; ++from) result[from] = result[from] == INT_MAX ? n : result[from];
+  }
+  return result;
+}
+
+std::string Form::text() const {
+  std::string result = row_->name;
+  for (const int n : sizes_) result += " of " + std::to_string(n);
+  for (const Wide k : k_) result += " " + std::to_string(k);
+  for (const std::vector<Wide> &list : constants_->lists) {
+    result += " {";
+    for (const Wide value : list) result += " " + std::to_string(value);
+    result += " }";
+  }
+  if (nulls_ != 0) result += " without " + std::to_string(nulls_);
+  return result;
+}
+
+Terms Form::terms(std::span<const int> x, int z) const {
+  Terms t{x, {}, k_, constants_->lists, z};
+  std::size_t at = 0;
+  std::size_t array = 0;
+  std::size_t nullable = 0;
+  for (std::size_t i = 0; i < lengths_.size(); ++i) {
+    const char kind = row_->kinds[i];
+    const auto length = static_cast<std::size_t>(lengths_[i]);
+    const bool null = mayBeNull(kind) && (nulls_ >> nullable++ & 1U) != 0;
+    if (kind != 'v' && (isArray(kind) || kind == 'o')) {
+      static constexpr int kNothing = 0;
+      t.arrays[array++] = null ? std::span<const int>() : std::span<const int>(length > 0 ? &x[at] : &kNothing, length);
+    }
+    at += length;
+  }
+  return t;
+}
+
+bool Form::holds(std::span<const int> x, int z) const {
+  const Terms t = terms(x, z);
+  if (row_->meaning.holds != nullptr) return row_->meaning.holds(t);
+  return row_->meaning.value(t) == Value(z);
+}
+
+std::vector<Actual> Form::actuals(CSint **x) const {
+  std::vector<Actual> result(lengths_.size());
+  std::size_t size = 0;
+  std::size_t number = 0;
+  std::size_t list = 0;
+  std::size_t nullable = 0;
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const char kind = row_->kinds[i];
+    const bool null = mayBeNull(kind) && (nulls_ >> nullable++ & 1U) != 0;
+    if (isVariable(kind)) result[i].variable = null ? nullptr : *x;
+    if (isArray(kind)) result[i].variables = null ? nullptr : x;
+    if (isSize(kind)) result[i].number = sizes_[size++];
+    if (isNumber(kind)) result[i].number = k_[number++];
+    if (isList(kind)) {
+      result[i].ints = constants_->ints[list].data();
+      result[i].longs = constants_->lists[list].data();
+      ++list;
+    }
+    x += lengths_[i];
+  }
+  return result;
+}
+
+Answer Form::call(CSint **x) const { return row_->door.call(actuals(x).data()); }
+
+bool Form::post(CSint **x, CSint *&result) const {
+  const Answer answer = call(x);
+  result = answer.result;
+  return row_->saysNothing || answer.number != 0;
+}
+
+Form exampleOf(const Row &row) {
+  std::vector<int> sizes = row.example.sizes;
+  if (sizes.empty()) sizes.assign(countKinds(row, isSize), 3);
+  return Form(row, std::move(sizes), row.example.k, row.example.lists);
+}
+
+}  // namespace koru::catalogue

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// A constraint with everything but its variables: what its arrays are to hold and its ints. Posted on variables, asked
+// of values.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "catalogue/row.h"
+
+namespace koru::catalogue {
+
+class Form {
+ public:
+  // A list is as long as it is; n and r are the sizes that are handed over. `nulls` has a bit for each o and O, in
+  // order, that is null.
+  Form(const Row &row, std::vector<int> sizes, std::vector<Wide> k = {}, std::vector<std::vector<Wide>> lists = {},
+       unsigned nulls = 0);
+
+  const Row &row() const { return *row_; }
+  std::size_t arity() const { return arity_; }  // variables, without the result
+  std::string text() const;                     // "cs_IfEq 1 2"
+
+  // The position of the first variable of each array or single variable, by argument.
+  Terms terms(std::span<const int> x, int z = 0) const;
+  bool holds(std::span<const int> x, int z = 0) const;  // the result counts where there is one
+
+  // What the call is given for variables that lie one behind the other.
+  std::vector<Actual> actuals(CSint **x) const;
+  Answer call(CSint **x) const;
+  // Whether it was accepted, as far as the answer says.
+  bool post(CSint **x, CSint *&result) const;
+
+ private:
+  struct Constants {
+    std::vector<std::vector<int>> ints;
+    std::vector<std::vector<Wide>> lists;
+  };
+
+  std::vector<int> lengths() const;
+
+  const Row *row_;
+  std::vector<int> sizes_;
+  std::vector<Wide> k_;
+  std::shared_ptr<Constants> constants_;  // posters may keep them
+  unsigned nulls_;
+  std::vector<int> lengths_;  // of variables, by argument
+  std::size_t arity_ = 0;
+};
+
+// The example of a row.
+Form exampleOf(const Row &row);
+
+// How many letters of the row's kinds the test takes.
+template <class Test>
+std::size_t countKinds(const Row &row, Test test) {
+  return static_cast<std::size_t>(std::ranges::count_if(std::string_view(row.kinds), test));
+}
+
+}  // namespace koru::catalogue
