@@ -17,6 +17,17 @@ const std::vector<const Row *> &rows() {
   return all;
 }
 
+const std::vector<const Row *> &postingRows() {
+  static const std::vector<const Row *> all = [] {
+    std::vector<const Row *> result;
+    for (const Row *row : rows())
+      if (!row->postsNothing) result.push_back(row);
+    for (const Row &row : hostRows()) result.push_back(&row);
+    return result;
+  }();
+  return all;
+}
+
 const Row *findRow(std::string_view name) {
   static const std::map<std::string_view, const Row *> byName = [] {
     std::map<std::string_view, const Row *> result;

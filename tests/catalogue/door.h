@@ -25,15 +25,14 @@ struct Answer {
   CSint *result = nullptr;
 };
 
+// A call stands on a line of its own, and is not the last thing done: a profiler finds the line, and a call in the last
+// place may become a jump.
 struct Door {
   Answer (*call)(const Actual *) = nullptr;
-  int line = 0;  // of this file, where the call is
-  bool makes = false;
+  int line = 0;
+  bool makes = false;  // a variable
+  const char *file = __FILE__;
 };
-
-// The calls below stand on lines of their own, and are not the last thing done: a profiler finds these lines, and a
-// call in the last place may become a jump.
-inline constexpr char kDoorFile[] = __FILE__;
 
 inline Answer answer(CSint *result) { return {result != nullptr ? 1 : 0, result}; }
 inline Answer answer(int number) { return {number, nullptr}; }

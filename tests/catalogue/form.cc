@@ -12,7 +12,7 @@ Form::Form(const Row &row, std::vector<int> sizes, std::vector<Wide> k, std::vec
       sizes_(std::move(sizes)),
       k_(std::move(k)),
       constants_(std::make_shared<Constants>()),
-      nulls_(nulls & ((1U << countKinds(row, mayBeNull)) - 1)) {
+      nulls_(nulls & ((1U << countKinds(row.kinds, mayBeNull)) - 1)) {
   for (const std::vector<Wide> &list : lists) {
     constants_->ints.emplace_back(list.begin(), list.end());
     constants_->ints.back().resize(list.size() + 4);  // an empty array has an address, too
@@ -108,10 +108,37 @@ bool Form::post(CSint **x, CSint *&result) const {
   return row_->saysNothing || answer.number != 0;
 }
 
+std::vector<std::size_t> listLengths(const Row &row, const std::vector<int> &sizes, const std::vector<Wide> &k) {
+  const std::string_view kinds = row.kinds;
+  const auto sizeAt = [&](std::size_t i) { return std::max(sizes[countKinds(kinds.substr(0, i), isSize)], 0); };
+  std::vector<std::size_t> result;
+  for (std::size_t i = 0; i < kinds.size(); ++i) {
+    if (!isList(kinds[i])) continue;
+    const std::size_t before = kinds.substr(0, i).rfind('n');
+    const std::size_t after = kinds.find(kinds[i] == 'm' ? 'r' : 'n', i);
+    const std::size_t ints = countKinds(kinds.substr(0, i), isNumber);
+    Wide length = kinds[i] == 'T' ? k[ints] * k[ints + 1] : sizeAt(after != std::string_view::npos ? after : before);
+    if (kinds[i] == 'm') length *= sizeAt(before);
+    result.push_back(static_cast<std::size_t>(length));
+  }
+  return result;
+}
+
 Form exampleOf(const Row &row) {
   std::vector<int> sizes = row.example.sizes;
-  if (sizes.empty()) sizes.assign(countKinds(row, isSize), 3);
-  return Form(row, std::move(sizes), row.example.k, row.example.lists);
+  if (sizes.empty()) sizes.assign(countKinds(row.kinds, isSize), 3);
+  return exampleOf(row, sizes);
+}
+
+Form exampleOf(const Row &row, const std::vector<int> &sizes, unsigned nulls) {
+  std::vector<std::vector<Wide>> lists = row.example.lists;
+  const std::vector<std::size_t> lengths = listLengths(row, sizes, row.example.k);
+  for (std::size_t i = 0; i < lists.size(); ++i) {
+    const std::vector<Wide> given = lists[i];
+    lists[i].resize(lengths[i]);
+    for (std::size_t j = 0; j < lengths[i] && !given.empty(); ++j) lists[i][j] = given[j % given.size()];
+  }
+  return Form(row, sizes, row.example.k, std::move(lists), nulls);
 }
 
 }  // namespace koru::catalogue

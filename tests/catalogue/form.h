@@ -48,13 +48,16 @@ class Form {
   std::size_t arity_ = 0;
 };
 
-// The example of a row.
+// How long the lists are that go with sizes and ints.
+std::vector<std::size_t> listLengths(const Row &row, const std::vector<int> &sizes, const std::vector<Wide> &k);
+
+// The example of a row, and the same with arrays of other sizes, its lists repeated or cut.
 Form exampleOf(const Row &row);
+Form exampleOf(const Row &row, const std::vector<int> &sizes, unsigned nulls = 0);
 
 // How many letters of the row's kinds the test takes.
-template <class Test>
-std::size_t countKinds(const Row &row, Test test) {
-  return static_cast<std::size_t>(std::ranges::count_if(std::string_view(row.kinds), test));
+inline std::size_t countKinds(std::string_view kinds, bool (*test)(char)) {
+  return static_cast<std::size_t>(std::ranges::count_if(kinds, test));
 }
 
 }  // namespace koru::catalogue

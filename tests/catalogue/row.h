@@ -28,7 +28,7 @@ struct Span {
 };
 
 // One posting, for tests that need no more: the sizes of its arrays, its ints, and values of its variables (the result
-// last) that contradict it. The variables are over 0..9, all different.
+// last) that contradict it; -v is the removal of v. The variables are over 0..9, all different.
 struct Example {
   std::vector<int> violated;                  // as many as there are variables, and a result
   std::vector<int> sizes = {};                // one for each n or r; 3 when left out
@@ -60,7 +60,6 @@ struct Row {
   Span domain = {-1, 2};      // values of variables for which the meaning is of interest
   bool alsoShared = true;     // the consistency is promised with a variable in several places as well,
   bool alsoTogether = true;   // and when several changes come before it hears of the first
-  int weight = 4;             // how often random programs call it
   bool saysNothing = false;   // the answer says nothing of success
   bool mayRefuse = false;     // a solution may be refused by design
   bool postsNothing = false;  // it narrows once and is done
@@ -83,7 +82,11 @@ std::span<const Row> reifiedRows();
 std::span<const Row> arrayRows();
 std::span<const Row> extraRows();  // of koru_extras.h
 
+std::span<const Row> hostRows();  // what a host writes itself; not among the following
+
 const std::vector<const Row *> &rows();
+// Those that post, the host's included.
+const std::vector<const Row *> &postingRows();
 const Row &rowOf(std::string_view name);  // ends the program when there is none
 const Row *findRow(std::string_view name);
 

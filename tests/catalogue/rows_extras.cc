@@ -6,7 +6,7 @@
 
 namespace koru::catalogue {
 
-// A row: {"cs_Name", "kinds", door<cs_Name>, {relation}, Consistency::kDomain, {{values that violate it}}}
+// A row: {"cs_Name", "kinds", door<cs_Name>, relation, Consistency::kDomain, {{values that violate it}}}
 std::span<const Row> extraRows() { return {}; }
 
 }  // namespace koru::catalogue

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <type_traits>
 #include <vector>
 
 namespace koru::catalogue {
@@ -27,8 +29,19 @@ using Value = std::optional<Wide>;
 
 // One of the two, written without a look at the library.
 struct Meaning {
-  bool (*holds)(const Terms &) = nullptr;   // with the result, if there is one
-  Value (*value)(const Terms &) = nullptr;  // of the result
+  using Holds = bool (*)(const Terms &);
+  using Compute = Value (*)(const Terms &);
+
+  template <std::invocable<const Terms &> F>
+  constexpr Meaning(F meaning) {
+    if constexpr (std::is_same_v<std::invoke_result_t<F, const Terms &>, bool>)
+      holds = meaning;
+    else
+      value = meaning;
+  }
+
+  Holds holds = nullptr;    // with the result, if there is one
+  Compute value = nullptr;  // of the result
 };
 
 }  // namespace koru::catalogue

@@ -21,9 +21,12 @@ class Draws {
 
   std::optional<Form> form() {
     drawNumbers();
-    for (std::size_t i = 0; row_.kinds[i] != '\0'; ++i) drawLists(i);
-    const auto nulls = static_cast<unsigned>(between(0, 3));
-    Form form(row_, sizes_, numbers_, lists_, nulls);
+    std::vector<std::vector<catalogue::Wide>> lists;
+    for (const std::size_t length : catalogue::listLengths(row_, sizes_, numbers_)) {
+      lists.emplace_back();
+      for (std::size_t i = 0; i < length; ++i) lists.back().push_back(between(row_.domain.low - 1, row_.domain.high));
+    }
+    Form form(row_, sizes_, numbers_, lists, static_cast<unsigned>(between(0, 3)));
     if (static_cast<int>(form.arity()) > kMostPositions) return std::nullopt;
     return form;
   }
@@ -42,43 +45,14 @@ class Draws {
     }
   }
 
-  // The list at a position of the kinds.
-  void drawLists(std::size_t at) {
-    const std::string_view kinds = row_.kinds;
-    const char kind = kinds[at];
-    if (!catalogue::isList(kind)) return;
-    int length = kind == 'T' ? product(at) : sizeAfter(at, kind == 'm' ? 'r' : 'n');
-    if (kind == 'm') length *= sizeBefore(at);
-    std::vector<catalogue::Wide> &list = lists_.emplace_back();
-    for (int i = 0; i < length; ++i)
-      list.push_back(kind == 'L' ? between(-3, 3) : between(row_.domain.low, row_.domain.high));
-  }
-
-  int sizeAfter(std::size_t at, char letter) const {
-    const std::string_view kinds = row_.kinds;
-    const std::size_t end = kinds.find(letter, at);
-    if (end == std::string_view::npos) return sizeBefore(at);
-    return sizes_[static_cast<std::size_t>(std::ranges::count_if(kinds.substr(0, end), catalogue::isSize))];
-  }
-  int sizeBefore(std::size_t at) const {
-    const auto sizes = std::ranges::count_if(std::string_view(row_.kinds).substr(0, at), catalogue::isSize);
-    return sizes > 0 ? sizes_[static_cast<std::size_t>(sizes - 1)] : 4;
-  }
-  int product(std::size_t at) const {
-    const auto first = static_cast<std::size_t>(
-        std::ranges::count_if(std::string_view(row_.kinds).substr(0, at), catalogue::isNumber));
-    return static_cast<int>(numbers_[first] * numbers_[first + 1]);
-  }
-
   const Row &row_;
   std::mt19937 &random_;
   std::vector<int> sizes_;
   std::vector<catalogue::Wide> numbers_;
-  std::vector<std::vector<catalogue::Wide>> lists_;
 };
 
 bool varies(const Row &row) {
-  return countKinds(row, [](char kind) { return !catalogue::isVariable(kind); }) > 0;
+  return catalogue::countKinds(row.kinds, [](char kind) { return kind != 'v'; }) > 0;
 }
 
 std::vector<Constraint> formsOf(const Row &row) {

@@ -36,27 +36,16 @@ Step narrowInManyWays(CSint *v) {
   return made;
 }
 
-CSint *operand(const Operands &o, char letter) {
-  switch (letter) {
-    case 'x':
-      return o.x;
-    case 'y':
-      return o.y;
-    case 'z':
-      return o.z;
-    default:
-      return o.result != nullptr ? o.result : o.b;
-  }
-}
-
-void addPosting(Scenarios &scenarios, const PostingFunction &function) {
-  for (const char letter : {'x', 'y', 'z', 'r'}) {
+// Its variables are the stage's as far as it has some.
+void addPosting(Scenarios &scenarios, const catalogue::Row &row) {
+  const std::size_t variables = catalogue::exampleOf(row).arity() + (row.makes() ? 1 : 0);
+  for (std::size_t i = 0; i < variables; ++i) {
     scenarios.addPrepared(
-        std::string("narrowing/") + function.name + "-" + letter,
-        [&function](Stage &s) {
-          function.post(s.operands.emplace_back(Operands{s.x, s.y, s.z, s.b}));
+        std::string("narrowing/") + row.name + "-" + std::to_string(i),
+        [&row](Stage &s) {
+          s.postings.emplace_back(row, std::vector{s.x, s.y, s.z}).post();
         },
-        [letter](Stage &s) { return narrowInManyWays(operand(s.operands.back(), letter)) != Step::kWithoutMemory; });
+        [i](Stage &s) { return narrowInManyWays(s.postings.back().variables()[i]) != Step::kWithoutMemory; });
   }
 }
 
@@ -107,7 +96,7 @@ void addRefusalOfTasks(Scenarios &scenarios) {
 }  // namespace
 
 void addNarrowings(Scenarios &scenarios) {
-  for (const PostingFunction &each : kPostingFunctions) addPosting(scenarios, each);
+  for (const catalogue::Row *row : catalogue::postingRows()) addPosting(scenarios, *row);
   addLossOfAPosition(scenarios);
   addLossOfAPositionByRange(scenarios);
   addRefusalOfTasks(scenarios);

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/posting.h"
 #include "koru.h"
-#include "support/constraints/postings.h"
 #include "support/kit/solver_test.h"
 
 namespace koru::test {
@@ -71,7 +71,7 @@ class Stage {
   // What a scenario has seen beyond domains and constraints: texts, counters, solutions.
   std::string seen;
   // What has been prepared.
-  std::deque<Operands> operands;
+  std::deque<catalogue::Posting> postings;
   std::vector<CSint *> variables;
 
  private:
@@ -118,6 +118,7 @@ void addRelations(Scenarios &scenarios);
 void addArithmetic(Scenarios &scenarios);
 void addReified(Scenarios &scenarios);
 void addGlobals(Scenarios &scenarios);
+void addPostings(Scenarios &scenarios);  // after those
 void addVariables(Scenarios &scenarios);
 void addCallbacks(Scenarios &scenarios);
 void addNarrowings(Scenarios &scenarios);
@@ -127,7 +128,7 @@ void addProgrammes(Scenarios &scenarios);
 inline const std::vector<Scenario> &allScenarios() {
   static const Scenarios scenarios = [] {
     Scenarios made;
-    for (const auto add : {addRelations, addArithmetic, addReified, addGlobals, addVariables, addCallbacks,
+    for (const auto add : {addRelations, addArithmetic, addReified, addGlobals, addPostings, addVariables, addCallbacks,
                            addNarrowings, addSearches, addProgrammes})
       add(made);
     return made;

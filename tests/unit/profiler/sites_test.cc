@@ -2,11 +2,12 @@
 // The sites of every function that posts: their names, places, and what a profiler counts for them.
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <set>
 #include <string>
 
+#include "catalogue/posting.h"
 #include "core/solver.h"
-#include "support/constraints/postings.h"
 #include "support/kit/batch.h"
 #include "support/kit/probe.h"
 #include "support/kit/solver_test.h"
@@ -18,39 +19,27 @@ namespace {
 using namespace koru;
 using namespace koru::test;
 
-class SitesTest : public SolverTest, public ::testing::WithParamInterface<PostingFunction> {
+class SitesTest : public SolverTest, public ::testing::WithParamInterface<const catalogue::Row *> {
  protected:
   void SetUp() override {
     SolverTest::SetUp();
-    operands = new Operands;
-  }
-  void TearDown() override {
-    delete operands;
-    SolverTest::TearDown();
+    posting.emplace(*GetParam());
   }
 
-  bool post() { return GetParam().post(*operands); }
+  bool post() { return posting->post(); }
 
   // Gives all variables their values before the constraint hears of the first: it has to find out by itself.
   bool violate() {
-    const Operands &o = *operands;
-    CSint *const variables[] = {o.x, o.y, o.z, o.result != nullptr ? o.result : o.b};
-    return together([&] {
-      for (int i = 0; i < 4; ++i) {
-        const int value = GetParam().values[i];
-        if (!(value < 0 ? cs_NEQ(variables[i], -value) : cs_EQ(variables[i], value))) return false;
-      }
-      return true;
-    });
+    return together([&] { return posting->violate(); });
   }
 
-  Operands *operands = nullptr;
+  std::optional<catalogue::Posting> posting;
 };
 
-// The sites of all constraints on the operands.
-std::set<const Site *> sitesOf(const Operands &o) {
+// The sites of all constraints on the variables.
+std::set<const Site *> sitesOf(const catalogue::Posting &posting) {
   std::set<const Site *> sites;
-  for (const CSint *v : {o.x, o.y, o.z, o.b})
+  for (const CSint *v : posting.variables())
     for (const Entry *entry = v->constraints; entry != nullptr; entry = entry->next)
       sites.insert(entry->constraint->site);
   return sites;
@@ -58,11 +47,13 @@ std::set<const Site *> sitesOf(const Operands &o) {
 
 TEST_P(SitesTest, ASiteHasTheFunctionsNameAndThePlaceOfItsCall) {
   ASSERT_TRUE(post());
-  const std::set<const Site *> sites = sitesOf(*operands);
+  const std::set<const Site *> sites = sitesOf(*posting);
   ASSERT_EQ(sites.size(), 1U);
-  EXPECT_STREQ((*sites.begin())->name(), GetParam().siteName);
+  EXPECT_STREQ((*sites.begin())->name(), GetParam()->site);
   const std::string place = (*sites.begin())->text();
-  EXPECT_EQ(place.find(fileInPlace(kPostingFile) + "\t" + std::to_string(GetParam().line) + "\t" + kAddressStart), 0U)
+  EXPECT_EQ(place.find(fileInPlace(GetParam()->door.file) + "\t" + std::to_string(GetParam()->door.line) + "\t" +
+                       kAddressStart),
+            0U)
       << place;
 }
 
@@ -77,7 +68,7 @@ TEST_P(SitesTest, UnderAHostsLocatorAProfilerCountsCallsAndFailsOfTheSite) {
   const CallLog log;
   EXPECT_FALSE(violate());
 
-  ProfileRow expected{"here", GetParam().siteName, 0, 0};
+  ProfileRow expected{"here", GetParam()->site, 0, 0};
   for (std::size_t i = 0; i < log.calls.size(); ++i) {
     if (std::strcmp(log.sites[i]->text(), "here") != 0) continue;
     ++expected.calls;
@@ -90,7 +81,7 @@ TEST_P(SitesTest, UnderAHostsLocatorAProfilerCountsCallsAndFailsOfTheSite) {
   EXPECT_EQ(expected.fails, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(, SitesTest, ::testing::ValuesIn(kPostingFunctions),
-                         [](const auto &row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(, SitesTest, ::testing::ValuesIn(catalogue::postingRows()),
+                         [](const auto &row) { return std::string(row.param->name); });
 
 }  // namespace
