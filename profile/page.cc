@@ -162,8 +162,8 @@ void writeSummary(std::ostream &out, const Profile &profile) {
 }  // namespace
 
 void writePage(std::ostream &out, const Profile &profile, const std::string &title) {
-  out << "<!doctype html>\n<html lang=en>\n<meta charset=utf-8>\n<title>" << escaped(title) << "</title>\n"
-      << kHead << "<h1>" << escaped(title) << "</h1>\n";
+  out << "<!doctype html>\n<html lang=en>\n<meta charset=utf-8>\n<title>" << escaped(title) << "</title>\n";
+  out << kHead << "<h1>" << escaped(title) << "</h1>\n";
   writeSummary(out, profile);
   out << "<table>\n<thead><tr>";
   const char *const titles[] = {"calls", "share", "fails", "fail rate", "posted", "posted by", "place"};

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+// The command koru-profile: its arguments, its messages and its exit status. Each run that ends by exit is one of its
+// own process.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "support/kit/temporary_path.h"
+
+int koruProfileMain(int count, char **arguments);  // the command's main, under this name
+
+namespace {
+
+using koru::test::temporaryPath;
+using testing::ExitedWithCode;
+
+constexpr char kReport[] =
+    "Koru Profiler: Constraint 1.0\nKoru Version: 3.8.0\n__DATA__\nm.c\t12\t0x1\tmain\tcs_Neq\t3\t1\n"
+    "m.c\t13\t0x2\tmain\tcs_AllNeq\t9\t0\n";
+constexpr char kHottest[] = "9   75.0 %  #########...      0      0.0 %       1  cs_AllNeq  m.c:13 main\n";
+
+class CommandDeathTest : public testing::Test {
+ protected:
+  void SetUp() override { std::ofstream(report) << kReport; }
+  void TearDown() override {
+    std::filesystem::remove(report);
+    std::filesystem::remove(page);
+  }
+
+  static int run(std::vector<std::string> words) {
+    std::vector<char *> arguments;
+    words.insert(words.begin(), "koru-profile");
+    for (std::string &word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    return koruProfileMain(static_cast<int>(words.size()), arguments.data());
+  }
+  // What a run that goes well prints.
+  static std::string outputOf(const std::vector<std::string> &words) {
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(run(words), 0);
+    return testing::internal::GetCapturedStdout();
+  }
+
+  const std::string report = temporaryPath().string();
+  const std::string page = temporaryPath().string();
+};
+
+bool has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+TEST_F(CommandDeathTest, PrintsTheTableOfAReport) {
+  EXPECT_PRED2(has, outputOf({report}), kHottest);
+  EXPECT_PRED2(has, outputOf({report}), "12 calls, 1 fails at 2 places\n");
+}
+
+TEST_F(CommandDeathTest, ReadsTheStandardInput) {
+  const auto read = [this](const std::vector<std::string> &words) {
+    if (std::freopen(report.c_str(), "r", stdin) == nullptr) std::exit(1);
+    const std::string output = outputOf(words);
+    std::fputs(output.c_str(), stderr);
+    std::exit(0);
+  };
+  EXPECT_EXIT(read({}), ExitedWithCode(0), "12 calls, 1 fails at 2 places");
+  EXPECT_EXIT(read({"-"}), ExitedWithCode(0), "12 calls, 1 fails at 2 places");
+}
+
+TEST_F(CommandDeathTest, ShowsTheTopOnly) {
+  EXPECT_PRED2(has, outputOf({"--top", "1", report}), kHottest);
+  EXPECT_PRED2(has, outputOf({"--top", "1", report}), "and 1 more\n");
+}
+
+TEST_F(CommandDeathTest, WritesThePageInsteadOfTheTable) {
+  EXPECT_EQ(outputOf({"--html", page, report}), "");
+  std::stringstream text;
+  text << std::ifstream(page).rdbuf();
+  EXPECT_PRED2(has, text.str(), "cs_AllNeq");
+  EXPECT_EXIT(run({"--html", std::filesystem::temp_directory_path().string(), report}), ExitedWithCode(2),
+              "^koru-profile: .*: cannot be written");
+}
+
+TEST_F(CommandDeathTest, RefusesArgumentsThatItDoesNotKnow) {
+  EXPECT_EXIT(run({"--fast"}), ExitedWithCode(2), "^koru-profile: unknown option --fast");
+  EXPECT_EXIT(run({"a", "b"}), ExitedWithCode(2), "^koru-profile: more than one report");
+  EXPECT_EXIT(run({"--html"}), ExitedWithCode(2), "^koru-profile: --html needs an argument");
+  for (const char *top : {"0", "-1", "x", "1x", ""})
+    EXPECT_EXIT(run({"--top", top}), ExitedWithCode(2), "^koru-profile: .* ?is no number above 0") << top;
+}
+
+TEST_F(CommandDeathTest, SaysWhatIsWrongWithAReport) {
+  EXPECT_EXIT(run({page}), ExitedWithCode(2), "^koru-profile: .*: cannot be opened");
+  std::ofstream(report) << "hello\n";
+  EXPECT_EXIT(run({report}), ExitedWithCode(2), "^koru-profile: .*:1: not a profiler report");
+}
+
+TEST_F(CommandDeathTest, ExplainsItself) {
+  const auto help = [] {
+    testing::internal::CaptureStdout();
+    std::atexit([] { std::fputs(testing::internal::GetCapturedStdout().c_str(), stderr); });
+    run({"--help"});
+  };
+  EXPECT_EXIT(help(), ExitedWithCode(0), "usage: koru-profile ");
+}
+
+#ifndef _WIN32
+TEST_F(CommandDeathTest, SaysWhenTheOutputCannotBeWritten) {
+  const auto writeToFullDevice = [this] {
+    if (std::freopen("/dev/full", "w", stdout) == nullptr) std::exit(1);
+    run({report});
+  };
+  EXPECT_EXIT(writeToFullDevice(), ExitedWithCode(2), "^koru-profile: cannot write the output");
+}
+#endif
+
+}  // namespace
