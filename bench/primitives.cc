@@ -93,9 +93,9 @@ void trailPushUndo(benchmark::State &state) {
   const auto depth = static_cast<int>(state.range(0));
   const PerOperation measured(state, depth);
   for (auto _ : state) {
-    const int mark = solver.trail.count();
-    for (int i = 0; i < depth; ++i) solver.trail.noteMin(v);
-    solver.trail.undoTo(mark);
+    const int mark = solver::trail.count();
+    for (int i = 0; i < depth; ++i) solver::trail.noteMin(v);
+    solver::trail.undoTo(mark);
   }
 }
 
@@ -270,7 +270,7 @@ Outcome postOnly(const Array &x, std::size_t count) {
   return outcome;
 }
 
-double trailBytes() { return static_cast<double>(solver.trail.blockCount()) * Trail::kCapacity * sizeof(TrailRecord); }
+double trailBytes() { return static_cast<double>(solver::trail.blockCount()) * Trail::kCapacity * sizeof(TrailRecord); }
 
 // Without cs_init and cs_end; argument: the number of constraints. Bytes are per constraint, those of the trail, two
 // records for each, apart.

@@ -5,6 +5,9 @@
 The folders are rooms. Everyone may include a public header. A room includes itself, every room but core includes core,
 nogood also includes search; no other pair. Includes are written relative to src/ ("core/post.h").
 
+Within the core each module, a header and its source, stands on a floor and includes only modules of lower floors. The
+list below says where, lowest floor first; a module that is missing there is a violation.
+
     check_includes.py [ROOT]     prints file:line of each violation and a verdict; exit status 1 if there is one
 """
 import re
@@ -19,6 +22,22 @@ MAY_INCLUDE = {
     "nogood": {"nogood", "search", "core"},
     "profiler": {"profiler", "core"},
 }
+CORE_FLOORS = (
+    ("build_mode", "int_math", "lifetime"),
+    ("errors", "ports"),
+    ("alloc",),
+    ("block_stack", "pool", "shared_record"),
+    ("context_stack", "domain_bits", "site"),
+    ("check", "variable"),
+    ("constraint", "domain_walk", "format"),
+    ("log",),
+    ("queue",),
+    ("trail",),
+    ("attach", "branch_set", "context", "create", "narrow"),
+    ("invariants", "post", "private_variable"),
+    ("solver", "user_constraints"),
+)
+FLOOR_OF = {module: floor for floor, modules in enumerate(CORE_FLOORS) for module in modules}
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
 
 
@@ -28,8 +47,27 @@ def room_of(path):
     return folder if folder in MAY_INCLUDE else None
 
 
-def fault_of(room, quote, target, public):
-    """What is wrong with including target from a file of the room, or None."""
+def core_module(path):
+    """The module of the core that a path relative to src/ belongs to, or None outside the core."""
+    folder, _, name = path.rpartition("/")
+    return name.rpartition(".")[0] if folder == "core" else None
+
+
+def floor_fault(path, target):
+    """What the floors of the core have against including target from the file at path, or None."""
+    module, wanted = core_module(path), core_module(target)
+    if module is None or wanted in (None, module):
+        return None
+    if wanted not in FLOOR_OF:
+        return f"{wanted} stands on no floor of the core"
+    if module in FLOOR_OF and FLOOR_OF[wanted] >= FLOOR_OF[module]:
+        return f"{module} may not include {wanted}, which is not on a lower floor"
+    return None
+
+
+def fault_of(path, quote, target, public):
+    """What is wrong with including target from the file at path, or None."""
+    room = room_of(path)
     if target in public:
         return None
     target_room = room_of(target)
@@ -39,17 +77,18 @@ def fault_of(room, quote, target, public):
         return f"{target} is not a header"
     if target_room not in MAY_INCLUDE[room]:
         return f"{room} may not include {target_room} ({target})"
-    return None
+    return floor_fault(path, target)
 
 
 def check_file(path, name, public):
-    room = room_of(name)
-    if room is None:
+    if room_of(name) is None:
         return [f"src/{name}:1: belongs to no room"]
     faults = []
+    if core_module(name) not in (None, *FLOOR_OF):
+        faults.append(f"src/{name}:1: {core_module(name)} stands on no floor of the core")
     for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
         match = INCLUDE.match(line)
-        fault = match and fault_of(room, match[1], match[2], public)
+        fault = match and fault_of(name, match[1], match[2], public)
         if fault:
             faults.append(f"src/{name}:{number}: {fault}")
     return faults

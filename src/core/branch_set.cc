@@ -1,18 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "core/branch_set.h"
 
-#include "core/solver.h"
+#include "core/context_stack.h"
+#include "core/int_math.h"
+#include "core/trail.h"
 
 namespace koru {
 
 BranchStamp BranchStamp::now() {
-  if (solver.trail.undoing()) return {kIntMax, 0};
-  const int level = solver.contexts.count();
-  return {level, level > 0 ? solver.contexts.at(level - 1).serial : 0};
+  if (solver::trail.undoing()) return {kIntMax, 0};
+  const int level = solver::contexts.count();
+  return {level, level > 0 ? solver::contexts.at(level - 1).serial : 0};
 }
 
 bool BranchStamp::stands() const {
-  return level == 0 || (level <= solver.contexts.count() && solver.contexts.at(level - 1).serial == serial);
+  return level == 0 || (level <= solver::contexts.count() && solver::contexts.at(level - 1).serial == serial);
 }
 
 BranchSetOn::BranchSetOn(int size, std::uint64_t *words, Taken *taken)

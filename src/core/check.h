@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The invariant checker of test builds: walks the whole state and aborts with a message at the first thing that is not
-// as it must be. Off in release builds, where nothing here is compiled or called.
+// What test builds check: the state's invariants, at moments when all of them hold, and the rules for callbacks. The
+// first thing that is not as it must be ends the process with a message. In release builds the functions are neither
+// compiled nor called, and the state is left alone.
+//
+// The walk over the whole state, core/invariants, stands above everything that it looks at and is installed by cs_init.
 #pragma once
 
 namespace koru::check {
@@ -11,7 +14,11 @@ struct State {
   int period = 1;             // check every so many times
   int untilNext = 1;
   int startsAndEnds = 0;  // calls of cs_init and cs_end
+  void (*walk)() = nullptr;
 };
+
+// Ends the process with a message when the condition does not hold.
+void require(bool holds, const char *what);
 
 // After each outermost propagation, restore and accept; does nothing while handlers run.
 void invariantsWhenIdle();
@@ -35,3 +42,9 @@ void noteStartOrEnd();
 void afterEnd();
 
 }  // namespace koru::check
+
+namespace koru::solver {
+
+inline constinit check::State checked;
+
+}  // namespace koru::solver

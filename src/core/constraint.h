@@ -74,22 +74,21 @@ constexpr std::uint8_t events(Codes... codes) {
   return static_cast<std::uint8_t>((... | (1 << codes)));
 }
 
-// Makes v's changes wake c; of the events that c's table listens to, only those in `concerned` say anything to it about
-// this variable. On failure (memory, reported) v is as before, and a constraint that was held by nobody else may be
-// gone.
-bool attachConstraint(Constraint *c, CSint *v, int index, std::uint8_t concerned = kHearsAnything);
+// Drops one reference; the last one destroys the record and releases the site.
+void release(Constraint *c);
 
-// Undoes the newest attachment to v, whichever that is. While handlers run, entry and constraint stay allocated (some
-// list snapshot may contain them) until the outermost propagation ends.
-void detachNewest(CSint *v);
+// Takes the newest entry from v's list, which must not be empty. The entry is the caller's.
+Entry *unlinkNewest(CSint *v);
+
+// Frees an entry that is in no list any more, and drops its reference.
+void bury(Entry *entry);
 
 // Releases every entry of a variable that is going away.
 void detachAll(CSint &v);
 
-// Frees the entries that were detached while handlers ran.
-void emptyGraveyard();
+namespace solver {
 
-// Drops one reference; the last one destroys the record and releases the site.
-void release(Constraint *c);
+inline constinit int ownersAlive = 0;  // constraints whose record has something to destroy
 
+}  // namespace solver
 }  // namespace koru

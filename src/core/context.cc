@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Saving raises the propagation limit to the depth it is called at, so that changes made inside a context that a
 // handler opened propagate at once; closing puts the limit back.
-#include "core/context.h"
-
 #include "core/check.h"
-#include "core/solver.h"
+#include "core/context_stack.h"
+#include "core/lifetime.h"
+#include "core/queue.h"
+#include "core/trail.h"
 
 namespace koru {
 
@@ -15,38 +16,38 @@ enum class Close { kForget, kAccept, kRestore };
 // Closes contexts until `label` - 1 remain; 1 <= label <= the number open.
 void closeUntil(int label, Close how) {
   ContextMark mark{};
-  while (solver.contexts.count() >= label) mark = *solver.contexts.pop();
-  solver.queue.limit = mark.savedLimit;
-  if (how == Close::kRestore) solver.trail.undoTo(mark.trailMark);
+  while (solver::contexts.count() >= label) mark = *solver::contexts.pop();
+  solver::queue.limit = mark.savedLimit;
+  if (how == Close::kRestore) solver::trail.undoTo(mark.trailMark);
   if (how == Close::kAccept) {
     if constexpr (kChecked) check::noteAccept();
-    solver.trail.discardTo(mark.trailMark);
+    solver::trail.discardTo(mark.trailMark);
   }
   if constexpr (kChecked) check::invariantsWhenIdle();
 }
 
 void closeIfOpen(int label, Close how) {
-  if (label >= 1 && label <= solver.contexts.count()) closeUntil(label, how);
+  if (label >= 1 && label <= solver::contexts.count()) closeUntil(label, how);
 }
 
-void closeNewest(Close how) { closeIfOpen(solver.contexts.count(), how); }
+void closeNewest(Close how) { closeIfOpen(solver::contexts.count(), how); }
 
 }  // namespace
 }  // namespace koru
 
 using koru::Close;
-using koru::solver;
+namespace solver = koru::solver;
 
 // Deliberate: a failure of the propagation made here is not reported, though it stays counted; nor is a mark that
 // could not be stored, beyond the memory handler's call.
 int cs_saveContext(void) {
-  if (!solver.initialised) return 0;
-  const unsigned savedLimit = solver.queue.limit;
-  solver.queue.limit = solver.queue.depth;
-  if (solver.queue.head != nullptr) koru::propagate();
-  const int trailMark = solver.trail.count();
-  if (koru::ContextMark *mark = solver.contexts.push()) *mark = {trailMark, savedLimit, ++solver.contextSerial};
-  return solver.contexts.count();
+  if (!solver::initialised) return 0;
+  const unsigned savedLimit = solver::queue.limit;
+  solver::queue.limit = solver::queue.depth;
+  if (solver::queue.head != nullptr) koru::propagate();
+  const int trailMark = solver::trail.count();
+  if (koru::ContextMark *mark = solver::contexts.push()) *mark = {trailMark, savedLimit, ++solver::contextSerial};
+  return solver::contexts.count();
 }
 
 void cs_forgetSaveContext(void) { koru::closeNewest(Close::kForget); }

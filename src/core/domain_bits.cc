@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "core/solver.h"
+#include "core/pool.h"
 
 namespace koru {
 
@@ -15,7 +15,7 @@ std::size_t DomainBits::sizeOf(int low, int high) {
 
 DomainBits *DomainBits::create(int low, int high, Fill fill) {
   const std::size_t size = sizeOf(low, high);
-  auto *bits = static_cast<DomainBits *>(solver.pool.take(size));
+  auto *bits = static_cast<DomainBits *>(solver::pool.take(size));
   if (bits == nullptr) return nullptr;
   bits->low = low;
   bits->high = high;
@@ -24,7 +24,7 @@ DomainBits *DomainBits::create(int low, int high, Fill fill) {
 }
 
 void DomainBits::destroy(DomainBits *bits) {
-  if (bits != nullptr) solver.pool.give(bits, sizeOf(bits->low, bits->high));
+  if (bits != nullptr) solver::pool.give(bits, sizeOf(bits->low, bits->high));
 }
 
 namespace {

@@ -33,4 +33,9 @@ void reportMemoryExhausted();
 void prepareErrorsForInit();
 void finishErrorsAfterInit();
 
+namespace solver {
+
+inline constinit Errors errors;
+
+}  // namespace solver
 }  // namespace koru

@@ -12,8 +12,8 @@
 
 #include <cstdio>
 
-#include "core/queue.h"
-#include "core/solver.h"
+#include "core/constraint.h"
+#include "core/variable.h"
 
 namespace koru {
 
@@ -26,7 +26,7 @@ inline const char *eventName(EventCode code) {
 inline void logVariable(CSint *v) {
   int number = 0;
   int position = -1;
-  solver.variables.forEach([&](CSint &each) {
+  solver::variables.forEach([&](CSint &each) {
     if (&each == v) position = number;
     ++number;
   });
@@ -46,9 +46,9 @@ inline void logChange(const char *what, CSint *v, const char *preposition, int v
   std::fprintf(stderr, " %s %d\n", preposition, value);
 }
 
-inline void logCall(const EventRecord &event, const Entry &entry) {
-  std::fprintf(stderr, "  %s hears %s %d of ", entry.constraint->site->name(), eventName(event.code), event.value);
-  logVariable(event.variable);
+inline void logCall(const Entry &entry, CSint *v, EventCode code, int value) {
+  std::fprintf(stderr, "  %s hears %s %d of ", entry.constraint->site->name(), eventName(code), value);
+  logVariable(v);
   std::fputc('\n', stderr);
 }
 

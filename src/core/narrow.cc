@@ -2,7 +2,8 @@
 #include "core/narrow.h"
 
 #include "core/log.h"
-#include "core/solver.h"
+#include "core/queue.h"
+#include "core/trail.h"
 
 namespace koru {
 
@@ -32,19 +33,19 @@ bool moveMax(CSint *v, int max, int count) {
 }
 
 bool removeMin(CSint *v) {
-  if (!solver.trail.noteMin(v)) return false;
+  if (!solver::trail.noteMin(v)) return false;
   if (needsBits(v)) return moveMin(v, nextPresent(v->bits, v->min), wrapSub(v->count, 1));
   return moveMin(v, v->min + 1, wrapSub(v->max, v->min));
 }
 
 bool removeMax(CSint *v) {
-  if (!solver.trail.noteMax(v)) return false;
+  if (!solver::trail.noteMax(v)) return false;
   if (needsBits(v)) return moveMax(v, previousPresent(v->bits, v->max), wrapSub(v->count, 1));
   return moveMax(v, v->max - 1, wrapSub(v->max, v->min));
 }
 
 bool removeInner(CSint *v, int value) {
-  if (!solver.trail.noteRemoved(v, value) || !makeBits(v)) return false;
+  if (!solver::trail.noteRemoved(v, value) || !makeBits(v)) return false;
   v->bits->clear(value);
   v->count = wrapSub(v->count, 1);
   return signal(v, kRemoved, value);
@@ -54,7 +55,7 @@ bool removeInner(CSint *v, int value) {
 
 bool raiseMin(CSint *v, int bound) {
   if constexpr (kLogging) logChange("raise minimum of", v, "to", bound);
-  if (!solver.trail.noteMin(v)) return false;
+  if (!solver::trail.noteMin(v)) return false;
   if (!needsBits(v)) return moveMin(v, bound, rangeSize(bound, v->max));
   const int count = wrapSub(v->count, wrap(countPresent(v->bits, v->min, bound - 1)));
   return moveMin(v, v->bits->has(bound) ? bound : nextPresent(v->bits, bound), count);
@@ -62,7 +63,7 @@ bool raiseMin(CSint *v, int bound) {
 
 bool lowerMax(CSint *v, int bound) {
   if constexpr (kLogging) logChange("lower maximum of", v, "to", bound);
-  if (!solver.trail.noteMax(v)) return false;
+  if (!solver::trail.noteMax(v)) return false;
   if (!needsBits(v)) return moveMax(v, bound, rangeSize(v->min, bound));
   const int count = wrapSub(v->count, wrap(countPresent(v->bits, bound + 1, v->max)));
   return moveMax(v, v->bits->has(bound) ? bound : previousPresent(v->bits, bound), count);
@@ -73,12 +74,12 @@ bool bindFree(CSint *v, int value) {
   if (v->bits != nullptr && !v->bits->has(value)) return false;
   EventCode code = kBound;
   if (value == v->max) {
-    if (!solver.trail.noteMin(v)) return false;
+    if (!solver::trail.noteMin(v)) return false;
     code = kMinBound;
   } else if (value == v->min) {
-    if (!solver.trail.noteMax(v)) return false;
+    if (!solver::trail.noteMax(v)) return false;
     code = kMaxBound;
-  } else if (!solver.trail.noteMin(v) || !solver.trail.noteMax(v)) {
+  } else if (!solver::trail.noteMin(v) || !solver::trail.noteMax(v)) {
     return false;
   }
   v->min = v->max = value;

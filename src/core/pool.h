@@ -43,4 +43,10 @@ class Pool {
   FreeRecord *free_[kLargest / kUnit + 1] = {};
 };
 
+namespace solver {
+
+inline constinit Pool pool;
+
+}  // namespace solver
+
 }  // namespace koru

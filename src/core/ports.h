@@ -51,4 +51,9 @@ const char *placeOf(const void *returnAddress);
 const void *hostCaller(const void *returnAddress);
 void forgetPlaces();  // for cs_end
 
+namespace solver {
+
+inline constinit Ports ports;
+
+}  // namespace solver
 }  // namespace koru

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "core/post.h"
 
+#include "core/check.h"
+#include "core/lifetime.h"
+#include "core/pool.h"
+#include "core/ports.h"
+
 namespace koru {
 
 Posting::Posting(const Poster &poster) {
-  if constexpr (kChecked) ++solver.checked.posters;
-  if (!solver.initialised) return;
-  site_ = Site::create(poster, solver.ports.locatorText());
+  if constexpr (kChecked) ++solver::checked.posters;
+  if (!solver::initialised) return;
+  site_ = Site::create(poster, solver::ports.locatorText());
   if (site_ == nullptr) return;
   site_->references = 1;
   consistent_ = true;
@@ -14,17 +19,17 @@ Posting::Posting(const Poster &poster) {
 
 Posting::~Posting() {
   Site::release(site_);
-  if constexpr (kChecked) --solver.checked.posters;
+  if constexpr (kChecked) --solver::checked.posters;
 }
 
 Constraint *Posting::addConstraint(const HandlerTable &table, std::size_t recordSize, ConstraintFlags flags) {
   if (!consistent_) return nullptr;
   const std::size_t size = sizeof(Constraint) + recordSize;
-  void *memory = solver.pool.take(size);
+  void *memory = solver::pool.take(size);
   consistent_ = memory != nullptr;
   if (!consistent_) return nullptr;
   ++site_->references;
-  if (table.destroy != nullptr) ++solver.ownersAlive;
+  if (table.destroy != nullptr) ++solver::ownersAlive;
   return new (memory) Constraint{&table, site_, 1, static_cast<std::uint16_t>(size), flags};
 }
 

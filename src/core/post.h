@@ -16,8 +16,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "core/attach.h"
+#include "core/create.h"
 #include "core/narrow.h"
-#include "core/solver.h"
+#include "core/trail.h"
 
 namespace koru {
 
@@ -124,7 +126,7 @@ class Posting {
   // Hands a share of a buffer to the choice point that is open now.
   template <class T>
   void keepOnTrail(const Shared<T> &buffer) {
-    if (consistent_) consistent_ = buffer && solver.trail.noteBuffer(buffer.share());
+    if (consistent_) consistent_ = buffer && solver::trail.noteBuffer(buffer.share());
   }
 
  private:

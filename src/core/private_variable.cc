@@ -6,12 +6,9 @@
 
 #include "core/alloc.h"
 #include "core/constraint.h"
+#include "core/create.h"
 
 namespace koru {
-
-static CSint interval(int min, int max) {
-  return {min, max, min, max, nullptr, rangeSize(min, max), 0, nullptr, nullptr, min, max};
-}
 
 CSint *PrivateVariables::Block::variables() {
   const auto address = reinterpret_cast<std::uintptr_t>(this + 1);
@@ -23,7 +20,7 @@ PrivateVariables::PrivateVariables(int count) {
   void *memory = allocateArray(sizeof(Block) + alignof(CSint), static_cast<std::size_t>(size), sizeof(CSint));
   if (memory == nullptr) return;
   block_ = new (memory) Block{1, size};
-  for (int i = 0; i < size; ++i) new (block_->variables() + i) CSint(interval(0, 0));
+  for (int i = 0; i < size; ++i) new (block_->variables() + i) CSint(intervalOf(0, 0));
 }
 
 PrivateVariables::PrivateVariables(const PrivateVariables &other) : block_(other.block_) {
@@ -39,6 +36,6 @@ PrivateVariables::~PrivateVariables() {
   deallocate(block_);
 }
 
-void PrivateVariables::init(int i, int min, int max) const { *(*this)[i] = interval(min, max); }
+void PrivateVariables::init(int i, int min, int max) const { *(*this)[i] = intervalOf(min, max); }
 
 }  // namespace koru

@@ -3,7 +3,7 @@
 
 #include "core/check.h"
 #include "core/log.h"
-#include "core/solver.h"
+#include "core/ports.h"
 
 namespace koru {
 
@@ -68,7 +68,7 @@ bool open(const EventRecord &event, Arguments &arguments) {
 }
 
 bool call(const EventRecord &event, Entry *entry, Arguments arguments) {
-  if constexpr (kLogging) logCall(event, *entry);
+  if constexpr (kLogging) logCall(*entry, event.variable, event.code, event.value);
   const Handler handler = entry->constraint->table->handlers[event.code];
   if constexpr (kChecked) {
     const check::CallbackRules rules;
@@ -84,9 +84,9 @@ bool call(const EventRecord &event, Entry *entry, Arguments arguments) {
 Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments, Entry *&listener) {
   const unsigned slot = 1U << event.code;
   for (; entry != nullptr; entry = entry->next) {
-    if ((entry->heard & slot) != 0 || (solver.ports.profiling && entry->constraint->flags == kWoken)) {
+    if ((entry->heard & slot) != 0 || (solver::ports.profiling && entry->constraint->flags == kWoken)) {
       if (!call(event, entry, arguments)) return entry;
-      if (solver.ports.profiling) solver.ports.notify(true, event.variable, event.code, entry->constraint->site);
+      if (solver::ports.profiling) solver::ports.notify(true, event.variable, event.code, entry->constraint->site);
     } else if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) {
       listener = entry;
     }
@@ -100,13 +100,13 @@ Entry *wake(const EventRecord &event, Arguments arguments, Entry *&listener) {
   const unsigned slot = 1U << event.code;
   Entry *entry = event.entries;
   unsigned ahead = entry->heardFromHere();
-  bool profiling = solver.ports.profiling;
+  bool profiling = solver::ports.profiling;
   while (!profiling) {
     if ((ahead & (slot | kHearsConflicts)) == 0) return nullptr;
     if ((entry->heard & slot) != 0) {
       if (!call(event, entry, arguments)) return entry;
-      profiling = solver.ports.profiling;
-      if (profiling) solver.ports.notify(true, event.variable, event.code, entry->constraint->site);
+      profiling = solver::ports.profiling;
+      if (profiling) solver::ports.notify(true, event.variable, event.code, entry->constraint->site);
     } else if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) {
       listener = entry;
     }
@@ -137,7 +137,7 @@ void fail(Queue &queue, EventRecord *event, Entry *failed, Entry *listener, Argu
   recycleAll(queue);
   ++queue.failures;
   leave(queue);
-  if (solver.ports.profiling) solver.ports.notify(false, variable, code, site);
+  if (solver::ports.profiling) solver::ports.notify(false, variable, code, site);
   Site::release(site);
 }
 
@@ -154,7 +154,7 @@ bool drain(Queue &queue) {
 }  // namespace
 
 void propagate() {
-  Queue &queue = solver.queue;
+  Queue &queue = solver::queue;
   ++queue.depth;
   // Set once per run, by the first conflict listener met in any event's list.
   Entry *listener = nullptr;
@@ -169,13 +169,29 @@ void propagate() {
   leave(queue);
 }
 
+void detachNewest(CSint *v) {
+  if (v->constraints == nullptr) return;
+  Entry *entry = unlinkNewest(v);
+  if (solver::queue.depth == 0) return bury(entry);
+  entry->nextDead = solver::graveyard;
+  solver::graveyard = entry;
+}
+
+void emptyGraveyard() {
+  while (solver::graveyard != nullptr) {
+    Entry *entry = solver::graveyard;
+    solver::graveyard = entry->nextDead;
+    bury(entry);
+  }
+}
+
 bool enqueue(CSint *v, EventCode code, int value) {
-  Queue &queue = solver.queue;
+  Queue &queue = solver::queue;
   EventRecord *event = queue.free;
   if (event != nullptr) {
     queue.free = event->next;
   } else {
-    event = solver.events.push();
+    event = solver::events.push();
     if (event == nullptr) return false;
   }
   *event = {v, code, value, v->constraints, nullptr};

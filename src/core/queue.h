@@ -7,6 +7,7 @@
 // change has already superseded the event.
 #pragma once
 
+#include "core/block_stack.h"
 #include "core/constraint.h"
 #include "core/variable.h"
 
@@ -29,6 +30,17 @@ struct Queue {
   int failures = 0;
 };
 
+namespace solver {
+
+inline constinit Queue queue;
+inline constinit BlockStack<EventRecord> events;
+inline constinit Entry *graveyard = nullptr;  // entries detached while handlers run
+
+}  // namespace solver
+
+// A change made now waits for the propagation that runs; otherwise it is propagated before the call returns.
+inline bool changesWait() { return solver::queue.depth > solver::queue.limit; }
+
 // Queues an event and, at a depth within the limit, propagates. False when that fails or memory runs out (reported).
 bool enqueue(CSint *v, EventCode code, int value);
 
@@ -44,5 +56,12 @@ inline bool signal(CSint *v, EventCode code, int value) {
 
 // Runs the loop. A failure shows only in the failure count.
 void propagate();
+
+// Undoes the newest attachment to v, whichever that is. While handlers run, entry and constraint stay allocated (some
+// list snapshot may contain them) until the outermost propagation ends.
+void detachNewest(CSint *v);
+
+// Frees the entries that were detached while handlers ran.
+void emptyGraveyard();
 
 }  // namespace koru

@@ -5,7 +5,9 @@
 #include <cstring>
 #include <new>
 
-#include "core/solver.h"
+#include "core/alloc.h"
+#include "core/pool.h"
+#include "core/ports.h"
 
 namespace koru {
 
@@ -21,7 +23,7 @@ Site::Site(const Poster &poster, bool located)
       place_(located ? this + 1 : poster.caller) {}
 
 Site *Site::create(const Poster &poster, const char *text) {
-  void *memory = solver.pool.take(sizeOfSite(text));
+  void *memory = solver::pool.take(sizeOfSite(text));
   if (memory == nullptr) return nullptr;
   Site *site = new (memory) Site(poster, text != nullptr);
   if (text != nullptr) std::memcpy(site + 1, text, std::strlen(text) + 1);
@@ -30,7 +32,7 @@ Site *Site::create(const Poster &poster, const char *text) {
 
 void Site::release(Site *site) {
   if (site == nullptr || --site->references > 0) return;
-  solver.pool.give(site, sizeOfSite(site->located() ? site->text() : nullptr));
+  solver::pool.give(site, sizeOfSite(site->located() ? site->text() : nullptr));
 }
 
 const char *Site::name() const {
@@ -61,7 +63,7 @@ void SiteTable::destroy() {
       Item *next = item->next;
       Site::release(item->site);
       Site::release(item->parent);
-      solver.pool.give(item, sizeof(Item));
+      solver::pool.give(item, sizeof(Item));
       item = next;
     }
   }
@@ -80,7 +82,7 @@ Site *SiteTable::find(Site *parent, const Poster &poster, const char *text) {
   }
   Site *site = Site::create(poster, text);
   if (site == nullptr) return nullptr;
-  auto *item = static_cast<Item *>(solver.pool.take(sizeof(Item)));
+  auto *item = static_cast<Item *>(solver::pool.take(sizeof(Item)));
   site->references = 1;
   if (item == nullptr) {
     Site::release(site);

@@ -67,4 +67,10 @@ class SiteTable {
 
 std::uint32_t siteHash(const Site *parent, const char *name, const char *text);
 
+namespace solver {
+
+inline constinit SiteTable sites;
+inline constinit Site *userSite = nullptr;  // of the user-defined constraint whose callback is running
+
+}  // namespace solver
 }  // namespace koru

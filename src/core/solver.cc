@@ -2,66 +2,70 @@
 // Start and end of the solver.
 #include "core/solver.h"
 
-namespace koru {
+#include "core/build_mode.h"
+#include "core/invariants.h"
 
-constinit Solver solver;
+namespace koru {
 
 namespace {
 
 // Stops at the first stack that cannot be had; those already built are taken over by the next attempt.
 bool createStacks() {
-  return solver.variables.create() && solver.trail.create() && solver.contexts.create() && solver.events.create();
+  return solver::variables.create() && solver::trail.create() && solver::contexts.create() && solver::events.create();
 }
 
 // Bit arrays and names go first. Constraints that own nothing and lie in the pool go with it, unvisited: their entries
 // are scattered in memory, and a walk would take longer than the postings did.
 void destroyVariables() {
-  solver.variables.forEach(destroyDomain);
-  if (solver.ownersAlive > 0 || solver.pool.hasLoose()) solver.variables.forEach(detachAll);
-  solver.variables.destroy();
+  solver::variables.forEach(destroyDomain);
+  if (solver::ownersAlive > 0 || solver::pool.hasLoose()) solver::variables.forEach(detachAll);
+  solver::variables.destroy();
 }
 
 void destroyTrail() {
-  solver.trail.discardTo(0);
-  solver.trail.destroy();
-  solver.trail = Trail{};
+  solver::trail.discardTo(0);
+  solver::trail.destroy();
+  solver::trail = Trail{};
 }
 
 }  // namespace
 }  // namespace koru
 
-using koru::solver;
+namespace solver = koru::solver;
 
 void cs_init(void) {
-  if constexpr (koru::kChecked) koru::check::noteStartOrEnd();
+  if constexpr (koru::kChecked) {
+    koru::check::noteStartOrEnd();
+    solver::checked.walk = koru::check::walkWhenIdle;
+  }
   koru::prepareErrorsForInit();
-  if (!solver.initialised) {
+  if (!solver::initialised) {
     if (!koru::createStacks()) return;
-    solver.queue = koru::Queue{};
-    solver.sites.create();
-    solver.initialised = true;
+    solver::queue = koru::Queue{};
+    solver::sites.create();
+    solver::initialised = true;
   }
   koru::finishErrorsAfterInit();
 }
 
 // The order is fixed: releases run while what they may look at still stands.
 void cs_end(void) {
-  if (!solver.initialised) return;
+  if (!solver::initialised) return;
   if constexpr (koru::kChecked) koru::check::noteStartOrEnd();
-  solver.sites.destroy();
-  solver.ports.resetLocator();
-  solver.ports.releaseObservers();
+  solver::sites.destroy();
+  solver::ports.resetLocator();
+  solver::ports.releaseObservers();
   koru::forgetPlaces();
-  solver.contexts.destroy();
+  solver::contexts.destroy();
   koru::destroyTrail();
   koru::emptyGraveyard();
   koru::destroyVariables();
-  solver.events.destroy();
-  solver.pool.destroy();
-  solver.queue = koru::Queue{};
-  solver.ownersAlive = 0;
-  solver.userSite = nullptr;
-  solver.initialised = false;
+  solver::events.destroy();
+  solver::pool.destroy();
+  solver::queue = koru::Queue{};
+  solver::ownersAlive = 0;
+  solver::userSite = nullptr;
+  solver::initialised = false;
   if constexpr (koru::kChecked) koru::check::afterEnd();
 }
 

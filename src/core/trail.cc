@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/trail.h"
 
-#include "core/constraint.h"
-#include "core/solver.h"
+#include "core/lifetime.h"
+#include "core/queue.h"
 
 namespace koru {
 
@@ -92,13 +92,13 @@ void Trail::discardTo(int mark) {
 
 }  // namespace koru
 
-using koru::solver;
+namespace solver = koru::solver;
 using koru::TrailKind;
 
 void cs_backtrack(CSint *vint, int index, CSbacktrackCallback callback) {
-  if (solver.initialised) solver.trail.noteCallback(TrailKind::kCallback, vint, index, callback);
+  if (solver::initialised) solver::trail.noteCallback(TrailKind::kCallback, vint, index, callback);
 }
 
 void cs_backtrackExt(CSint *vint, int index, CSbacktrackCallback callback) {
-  if (solver.initialised) solver.trail.noteCallback(TrailKind::kCallbackExt, vint, index, callback);
+  if (solver::initialised) solver::trail.noteCallback(TrailKind::kCallbackExt, vint, index, callback);
 }

@@ -70,4 +70,10 @@ class Trail : public BlockStack<TrailRecord> {
   int undoing_ = 0;  // undoTo running, one inside the other
 };
 
+namespace solver {
+
+inline constinit Trail trail;
+
+}  // namespace solver
+
 }  // namespace koru

@@ -10,13 +10,13 @@
 
 namespace koru::user_constraints {
 
-// Constraints that are posted while a callback runs find the site of its constraint in solver.userSite.
+// Constraints that are posted while a callback runs find the site of its constraint in solver::userSite.
 class RunningCallback {
  public:
-  explicit RunningCallback(Site *site) : previous_(solver.userSite) { solver.userSite = site; }
+  explicit RunningCallback(Site *site) : previous_(solver::userSite) { solver::userSite = site; }
   RunningCallback(const RunningCallback &) = delete;
   RunningCallback &operator=(const RunningCallback &) = delete;
-  ~RunningCallback() { solver.userSite = previous_; }
+  ~RunningCallback() { solver::userSite = previous_; }
 
  private:
   Site *previous_;

@@ -1,70 +1,20 @@
 // SPDX-License-Identifier: MIT
-// Creation, names and queries of variables.
+// Names and queries of variables.
 #include "core/variable.h"
 
 #include <cstring>
 #include <utility>
 
-#include "core/post.h"
-#include "core/solver.h"
+#include "core/alloc.h"
+#include "core/errors.h"
 
 namespace koru {
-
-CSint *createVariable(int min, int max) {
-  if (min > max || !solver.initialised) return nullptr;
-  CSint *v = solver.variables.push();
-  if (v != nullptr) *v = {min, max, min, max, nullptr, rangeSize(min, max), 0, nullptr, nullptr, min, max};
-  return v;
-}
-
-CSint *createEmptyVariable(int min, int max) {
-  CSint *v = createVariable(min, max);
-  if (v == nullptr) return nullptr;
-  v->bits = DomainBits::create(min, max, DomainBits::Fill::kNone);
-  if (v->bits == nullptr) return nullptr;
-  v->count = 0;
-  return v;
-}
-
-CSint *createFromBits(DomainBits *bits) {
-  const int min = bits->has(bits->low) ? bits->low : nextPresent(bits, bits->low);
-  const std::int64_t count = countPresent(bits, bits->low, bits->high);
-  CSint *v = count > 0 ? createVariable(bits->low, bits->high) : nullptr;
-  if (v == nullptr) {
-    DomainBits::destroy(bits);
-    return nullptr;
-  }
-  v->min = min;
-  v->max = bits->has(bits->high) ? bits->high : previousPresent(bits, bits->high);
-  v->count = wrap(count);
-  v->bits = bits;
-  return v;
-}
 
 void destroyDomain(CSint &v) {
   DomainBits::destroy(v.bits);
   deallocate(v.name);
   v.bits = nullptr;
   v.name = nullptr;
-}
-
-static void addValue(CSint *v, int value) {
-  if (v->bits->has(value)) return;
-  v->bits->set(value);
-  v->count = wrapAdd(v->count, 1);
-}
-
-static CSint *createFromValues(const int *values, int size) {
-  int min = kIntMax;
-  int max = kIntMin;
-  for (int i = 0; i < size; ++i) {
-    if (values[i] < min) min = values[i];
-    if (values[i] > max) max = values[i];
-  }
-  CSint *v = createEmptyVariable(min, max);
-  if (v == nullptr) return nullptr;
-  for (int i = 0; i < size; ++i) addValue(v, values[i]);
-  return v;
 }
 
 static char *copyText(const char *text) {
@@ -87,31 +37,6 @@ static void listValues(const CSint *v, int *values) {
 }  // namespace koru
 
 using namespace koru;
-
-CSint *cs_createCSint(int min, int max) { return createVariable(min, max); }
-
-CSint *CSINT(int value) { return createVariable(value, value); }
-
-CSint *cs_createNamedCSint(int min, int max, const char *name) {
-  CSint *v = createVariable(min, max);
-  if (v != nullptr) cs_setName(v, name);
-  return v;
-}
-
-CSint **cs_createCSintArray(int size, int min, int max) {
-  if (!solver.initialised) return nullptr;
-  const Shared<CSint *> array(size);
-  if (!array || !solver.trail.noteBuffer(array.share())) return nullptr;
-  for (int i = 0; i < size; ++i) {
-    array.get()[i] = createVariable(min, max);
-    if (array.get()[i] == nullptr) return nullptr;
-  }
-  return array.get();
-}
-
-CSint *cs_createCSintFromDomain(const int *array, int size) {
-  return array == nullptr ? nullptr : createFromValues(array, size);
-}
 
 // A name that is not longer than the old one is copied over it, whatever part of the old one it may be. A memory
 // handler finds no name, and one that it gives is taken away again.

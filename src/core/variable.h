@@ -3,9 +3,10 @@
 //
 // Invariants: min <= max; without bits the domain is [min, max] and count its (32-bit) size; with bits it is the set
 // bits within [min, max], count of them, the bits of min and max among them. Bits outside the bounds mean nothing.
-// Only narrow, trail and the creating functions write domains.
+// Only core/narrow, core/trail and core/create write domains.
 #pragma once
 
+#include "core/block_stack.h"
 #include "core/domain_bits.h"
 #include "koru.h"
 
@@ -30,13 +31,7 @@ struct alignas(64) CSint {
 
 namespace koru {
 
-// Null when the solver is not running, min > max or memory is exhausted (reported).
-CSint *createVariable(int min, int max);
-// A variable that holds no value yet: bits cleared, count 0, for a caller that adds values next.
-CSint *createEmptyVariable(int min, int max);
-// A variable over the values that `bits` holds, which it takes over also on failure; null too when there are none.
-// Deliberate: its last-reported bounds are the ends of the bits' range, not of its domain.
-CSint *createFromBits(DomainBits *bits);
+// Frees the bit array and the name.
 void destroyDomain(CSint &v);
 
 // count == 1 is what "instantiated" means; min == max may also hold for a count that was written back too high.
@@ -56,4 +51,9 @@ inline bool contains(const CSint *v, int value) {
 inline int valueAfter(const CSint *v, int value) { return nextPresent(v->bits, value); }
 inline int valueBefore(const CSint *v, int value) { return previousPresent(v->bits, value); }
 
+namespace solver {
+
+inline constinit BlockStack<CSint> variables;  // the only owner of variables that the host sees
+
+}  // namespace solver
 }  // namespace koru

@@ -5,7 +5,7 @@
 
 namespace koru {
 
-void Recorder::beginRun() { reportsBefore_ = solver.errors.memoryReports; }
+void Recorder::beginRun() { reportsBefore_ = solver::errors.memoryReports; }
 
 PathRecorder Recorder::hook() {
   if (set_ == nullptr) return {};
@@ -16,7 +16,7 @@ PathRecorder Recorder::hook() {
 }
 
 void Recorder::record(const LevelNode &deepest, int depth) {
-  if (solver.errors.memoryReports != reportsBefore_ || !reserve(depth + 1)) return;
+  if (solver::errors.memoryReports != reportsBefore_ || !reserve(depth + 1)) return;
   recordDecisions(deepest);
   recordAlternatives(deepest);
   recordFirstFailed(deepest);

@@ -40,7 +40,7 @@ struct Restarts {
     run.recorder = recorder.hook();
     int limit = limitOf(argument);
     if (!openContext()) return false;
-    const int label = solver.contexts.count();
+    const int label = solver::contexts.count();
     beginSearch();
     for (;; limit = limitOf(argument), shortenSet()) {
       recorder.beginRun();

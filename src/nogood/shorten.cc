@@ -45,13 +45,13 @@ void drop(CSnoGoodSet &set, CSnoGood &noGood, int refused, int dropped) {
 
 // True when it became shorter. A refusal for want of memory proves nothing.
 bool shorten(CSnoGoodSet &set, CSnoGood &noGood) {
-  const unsigned reportsBefore = solver.errors.memoryReports;
+  const unsigned reportsBefore = solver::errors.memoryReports;
   if (!openContext()) return false;
-  const int label = solver.contexts.count();
+  const int label = solver::contexts.count();
   const int refused = firstRefused(set, noGood);
   const int dropped = refused < 0 ? 0 : countIrrelevant(set, noGood, refused);
   cs_restoreContextUntil(label);
-  if (dropped == 0 || solver.errors.memoryReports != reportsBefore) return false;
+  if (dropped == 0 || solver::errors.memoryReports != reportsBefore) return false;
   drop(set, noGood, refused, dropped);
   return true;
 }

@@ -28,7 +28,7 @@ const char *locatorFormat() { return format; }
 using namespace koru;
 
 void cs_setProfilerLocator(const char *newFormat, CSprofilerLocator locator, void *arg) {
-  if (!solver.initialised) return;
+  if (!solver::initialised) return;
   char *copy = nullptr;
   if (locator != nullptr && newFormat != nullptr) {
     copy = static_cast<char *>(allocate(std::strlen(newFormat) + 1));
@@ -37,5 +37,5 @@ void cs_setProfilerLocator(const char *newFormat, CSprofilerLocator locator, voi
   }
   forgetFormat();
   format = copy;
-  solver.ports.locator = locator != nullptr ? Locator{locator, forgetFormat, arg} : Locator{};
+  solver::ports.locator = locator != nullptr ? Locator{locator, forgetFormat, arg} : Locator{};
 }

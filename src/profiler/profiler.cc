@@ -40,7 +40,7 @@ void releaseProfiler(void *argument) {
 
 void setCounting(CSprofiler *profiler, bool counting) {
   profiler->observer.enabled = counting;
-  solver.ports.refreshProfiling();
+  solver::ports.refreshProfiling();
 }
 
 }  // namespace
@@ -85,11 +85,11 @@ void SiteCounts::record(Site *site, bool consistent) {
 using namespace koru;
 
 CSprofiler *cs_createProfiler(int kind) {
-  if (kind != 0 || !solver.initialised) return nullptr;
+  if (kind != 0 || !solver::initialised) return nullptr;
   auto *profiler = static_cast<CSprofiler *>(allocate(sizeof(CSprofiler)));
   if (profiler == nullptr) return nullptr;
   *profiler = {{noteRun, releaseProfiler, profiler, false, nullptr}, SiteCounts::create(), false, true, 0, 0, nullptr};
-  solver.ports.add(&profiler->observer);
+  solver::ports.add(&profiler->observer);
   return profiler;
 }
 

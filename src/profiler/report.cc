@@ -26,7 +26,7 @@ void writeHead(std::FILE *f, const CSprofiler &profiler) {
   writeTime(f, "start_time", profiler.startTime);
   writeTime(f, "end_time", profiler.enabled ? std::time(nullptr) : profiler.endTime);
   const char *format = locatorFormat();
-  const bool builtIn = solver.ports.locator.text == nullptr;
+  const bool builtIn = solver::ports.locator.text == nullptr;
   std::fprintf(f, "%sformat: %s\n__DATA__\n", builtIn ? platform::kReportHead : "platform: generic\n",
                format != nullptr ? format : "windows_pdb");
 }

@@ -40,7 +40,7 @@ class Values {
 // Opens the context that a search closes again. False when there is no memory for it (reported): then none was opened,
 // and the search must close none.
 inline bool openContext() {
-  const int open = solver.contexts.count();
+  const int open = solver::contexts.count();
   return cs_saveContext() > open;
 }
 

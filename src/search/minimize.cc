@@ -32,7 +32,7 @@ struct Minimize {
 
   bool search() const {
     if (!openContext()) return false;
-    const int root = solver.contexts.count();
+    const int root = solver::contexts.count();
     if (!label()) return false;
     while (improveOnSolution(root) && label()) continue;
     return true;

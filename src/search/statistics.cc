@@ -13,7 +13,7 @@ int cs_getNbChoicePoints(void) { return searchState.choicePoints; }
 
 void cs_fprintStats(FILE *f) {
   if (f == nullptr) return;
-  const koru::Trail &trail = koru::solver.trail;
+  const koru::Trail &trail = koru::solver::trail;
   std::fprintf(f, "\nNb Fails = %d\n", searchState.fails);
   std::fprintf(f, "Nb Choice Points = %d\n", searchState.choicePoints);
   std::fprintf(f, "Heap Size = %d\n", trail.blockCount() * koru::Trail::kCapacity);

@@ -522,13 +522,13 @@ TEST_P(CallbackDoing, WhatItMayChangesNothing) {
   const auto &[kind, what] = GetParam();
   const Outcome plain = runWith(kind, [] {});
   const int plainCalls = calls;
-  const int plainContexts = solver.contexts.count();
+  const int plainContexts = solver::contexts.count();
   ASSERT_GT(plainCalls, 0) << "the callback is called";
   EXPECT_EQ(runWith(kind, what.run), plain);
   EXPECT_GE(calls, plainCalls);
-  EXPECT_EQ(solver.contexts.count(), plainContexts);
-  EXPECT_EQ(solver.userSite, nullptr);
-  EXPECT_EQ(solver.queue.depth, 0U);
+  EXPECT_EQ(solver::contexts.count(), plainContexts);
+  EXPECT_EQ(solver::userSite, nullptr);
+  EXPECT_EQ(solver::queue.depth, 0U);
   cs_restoreAll();
   EXPECT_TRUE(cs_GE(cs_createCSint(0, 9), 4)) << "the solver goes on working";
 }
@@ -547,8 +547,8 @@ TEST_P(CallbackCancelling, LeavesASolverThatCanBeRestored) {
   runWith(kind, cs_cancelSearch);
   EXPECT_GT(calls, 0);
   cs_restoreAll();
-  EXPECT_EQ(solver.contexts.count(), 0);
-  EXPECT_EQ(solver.queue.depth, 0U);
+  EXPECT_EQ(solver::contexts.count(), 0);
+  EXPECT_EQ(solver::queue.depth, 0U);
   for (CSint *v : x) EXPECT_GT(cs_getNbElements(v), 0);
   CSint *fresh[] = {own(3), own(3)};
   EXPECT_TRUE(cs_search(fresh, 2, cs_findFreeVar));

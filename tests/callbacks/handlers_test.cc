@@ -18,9 +18,9 @@ TEST_F(HandlerTest, MayQueryCreatePostNarrowPrintSaveRestoreAndSearch) {
   hook(x, [&](CSint *v) {
     ++calls;
     EXPECT_EQ(v, x);
-    const int contexts = solver.contexts.count();
+    const int contexts = solver::contexts.count();
     doEverything();
-    EXPECT_EQ(solver.contexts.count(), contexts);
+    EXPECT_EQ(solver::contexts.count(), contexts);
     return true;
   });
   EXPECT_TRUE(cs_GE(x, 3));
@@ -86,7 +86,7 @@ TEST_F(HandlerTest, AHandlerMayRefuseByNarrowingItsOwnVariableToNothing) {
   CSint *x = cs_createCSint(0, 9);
   hook(x, [&](CSint *v) { return cs_GT(v, cs_getMax(v)); });
   EXPECT_FALSE(cs_GE(x, 3));
-  EXPECT_EQ(solver.queue.head, nullptr);
+  EXPECT_EQ(solver::queue.head, nullptr);
   EXPECT_EQ(cs_getMin(x), 3) << "what was done before the failure stays";
 }
 
@@ -104,12 +104,12 @@ TEST_F(HandlerTest, AConstraintDetachedWhileASnapshotIsWalkedIsStillCalledAndFre
     order.push_back(3);
     EXPECT_EQ(cs_restoreAndSaveContext(), 1);
     EXPECT_EQ(v->constraints->next, nullptr) << "only the outer attachment is left on the list";
-    EXPECT_NE(solver.graveyard, nullptr);
+    EXPECT_NE(solver::graveyard, nullptr);
     return true;
   });
   EXPECT_TRUE(cs_NEQ(y, 5));
   EXPECT_EQ(order, (std::vector<int>{3, 2, 1})) << "called as the event's list says";
-  EXPECT_EQ(solver.graveyard, nullptr);
+  EXPECT_EQ(solver::graveyard, nullptr);
   EXPECT_EQ(cs_getNbElements(y), 10);
   EXPECT_TRUE(cs_NEQ(y, 6));
   EXPECT_EQ(order, (std::vector<int>{3, 2, 1, 1}));
@@ -147,14 +147,14 @@ TEST_F(HandlerTest, AConstraintUndoneByTheHandlerThatPostedItIsFreedOnlyAfterThe
     });
     EXPECT_TRUE(cs_GE(y, 5));
     cs_restoreContext();
-    EXPECT_NE(solver.graveyard, nullptr) << "kept until the outermost propagation ends";
+    EXPECT_NE(solver::graveyard, nullptr) << "kept until the outermost propagation ends";
     EXPECT_EQ(y->constraints, nullptr);
     order.push_back(3);
     return true;
   });
   EXPECT_TRUE(cs_GE(x, 1));
   EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
-  EXPECT_EQ(solver.graveyard, nullptr);
+  EXPECT_EQ(solver::graveyard, nullptr);
 }
 
 TEST_F(HandlerTest, AWalkGoesOnOverEntriesThatItsOwnHandlersAddedAndUndid) {

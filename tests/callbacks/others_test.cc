@@ -51,7 +51,7 @@ TEST_F(CallbackTest, ASolutionCallbackMayDoEverythingAndTheSearchGoesOn) {
   EXPECT_TRUE(cs_findAll(x, 2, cs_findFreeVar, foundDoesEverything));
   EXPECT_EQ(calls, 3);
   EXPECT_EQ(seen, (std::vector<int>{0, 1, 0, 2, 1, 2}));
-  EXPECT_EQ(solver.contexts.count(), 0);
+  EXPECT_EQ(solver::contexts.count(), 0);
   EXPECT_EQ(cs_getMax(x[0]), 1);
 }
 
@@ -65,7 +65,7 @@ TEST_F(CallbackTest, ASolutionCallbackMayCancelTheSearch) {
   EXPECT_TRUE(cs_findAll(x, 2, cs_findFreeVar, foundCancels));
   EXPECT_EQ(calls, 2);
   cs_restoreContextUntil(label);
-  EXPECT_EQ(solver.contexts.count(), 0);
+  EXPECT_EQ(solver::contexts.count(), 0);
   EXPECT_EQ(cs_getNbElements(x[0]), 10);
 }
 
@@ -116,7 +116,7 @@ TEST_F(CallbackTest, AnUndoCallbackMayDoEverything) {
   cs_restoreContext();
   EXPECT_EQ(calls, 1);
   EXPECT_EQ(cs_getNbElements(watched), 10);
-  EXPECT_EQ(solver.contexts.count(), 0);
+  EXPECT_EQ(solver::contexts.count(), 0);
 }
 
 void undoNarrows(CSint *v, int index) {
@@ -152,7 +152,7 @@ TEST_F(CallbackTest, AnUndoCallbackMayRegisterAnotherWhichTheSameRestoreCalls) {
   cs_backtrack(v, 200, note);
   cs_restoreContext();
   EXPECT_EQ(seen, (std::vector<int>{200, 3, 2, 1, 0, 100}));
-  EXPECT_EQ(solver.trail.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
 }
 
 void undoSavesAndSearches(CSint *v, int) {
@@ -259,7 +259,7 @@ const char *busyLocator(void *) {
 TEST_F(CallbackTest, ALocatorMayDoEverythingAndIsAskedOncePerPosting) {
   CSint *x = cs_createCSint(0, 9);
   CSint *y = cs_createCSint(0, 9);
-  solver.ports.locator.text = busyLocator;
+  solver::ports.locator.text = busyLocator;
   EXPECT_TRUE(cs_Lt(x, y));
   EXPECT_EQ(calls, 1);
   EXPECT_STREQ(x->constraints->constraint->site->text(), "here");

@@ -204,7 +204,7 @@ class SearchCallbackTest : public ::testing::Test {
     counters = {cs_getNbChoicePoints(), cs_getNbFails()};
     for (CSint *v : fresh.x) outcome.domains += ::testing::PrintToString(values(v));
     outcome.solutions = solutions;
-    outcome.contexts = solver.contexts.count();
+    outcome.contexts = solver::contexts.count();
     outcome.callbacks = callbacks;
     cs_end();
     return outcome;

@@ -48,7 +48,7 @@ class DepthTest : public SolverTest {
  protected:
   void SetUp() override {
     SolverTest::SetUp();
-    solver.checked.period = solver.checked.untilNext = 1000000;
+    solver::checked.period = solver::checked.untilNext = 1000000;
     deepen(kLevels);
   }
   void deepen(int levels) {
@@ -56,7 +56,7 @@ class DepthTest : public SolverTest {
     level = 0;
   }
   void TearDown() override {
-    solver.checked.period = solver.checked.untilNext = 1;
+    solver::checked.period = solver::checked.untilNext = 1;
     SolverTest::TearDown();
   }
 
@@ -85,7 +85,7 @@ class DepthTest : public SolverTest {
 
 TEST_F(DepthTest, DepthFirstTakesEightyBytesALevel) {
   onStack([this] { EXPECT_TRUE(cs_search(array.data(), kLevels, nextVariable)); });
-  EXPECT_EQ(solver.contexts.count(), kLevels);
+  EXPECT_EQ(solver::contexts.count(), kLevels);
   expectBytesPerLevel(80);
 }
 
@@ -106,7 +106,7 @@ TEST_F(DepthTest, TheSelectorEngineTakes160BytesALevel) {
   std::vector<CSvalueSelector *> selectors(kLevels, cs_getValueSelector(CS_SELECT_MEDIAN));
   onStack(
       [&] { EXPECT_TRUE(cs_searchValueSelectorFail(array.data(), selectors.data(), kLevels, nextIndex, 0, nullptr)); });
-  EXPECT_EQ(solver.contexts.count(), kLevels);
+  EXPECT_EQ(solver::contexts.count(), kLevels);
   expectBytesPerLevel(160);
 }
 
@@ -142,7 +142,7 @@ class HeavyDepthTest : public DepthTest {
     for (int run = 0; run < 2; ++run) {
       level = 0;
       onStack([&] { EXPECT_TRUE(search()); }, kBytes);
-      EXPECT_EQ(solver.contexts.count(), kDeep);
+      EXPECT_EQ(solver::contexts.count(), kDeep);
       EXPECT_TRUE(cs_isInstantiated(array.back()));
       cs_restoreAll();
       EXPECT_TRUE(cs_isFree(array.front()));

@@ -11,11 +11,11 @@ class LargeTest : public SolverTest {
  protected:
   void SetUp() override {
     SolverTest::SetUp();
-    solver.checked.period = solver.checked.untilNext = 20000;
+    solver::checked.period = solver::checked.untilNext = 20000;
   }
   void TearDown() override {
     SolverTest::TearDown();
-    solver.checked.period = solver.checked.untilNext = 1;
+    solver::checked.period = solver::checked.untilNext = 1;
   }
 
   static constexpr int kMany = 100000;

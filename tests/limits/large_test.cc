@@ -16,10 +16,10 @@ class HeavyLargeTest : public LargeTest {
  protected:
   void SetUp() override {
     LargeTest::SetUp();
-    solver.checked.period = solver.checked.untilNext = 10000000;
+    solver::checked.period = solver::checked.untilNext = 10000000;
   }
   static void checkInvariants() {
-    solver.checked.untilNext = 1;
+    solver::checked.untilNext = 1;
     check::invariantsWhenIdle();
   }
 
@@ -30,7 +30,7 @@ TEST_F(HeavyLargeTest, AMillionVariablesPassABoundFromEndToEndAndBack) {
   CSint **x = cs_createCSintArray(kMillion, 0, 3);
   ASSERT_NE(x, nullptr);
   for (int i = 1; i < kMillion; ++i) ASSERT_TRUE(cs_Le(x[i - 1], x[i]));
-  EXPECT_EQ(solver.variables.blockCount(), (kMillion + 1023) / 1024);
+  EXPECT_EQ(solver::variables.blockCount(), (kMillion + 1023) / 1024);
   cs_saveContext();
   ASSERT_TRUE(cs_GE(x[0], 2));
   EXPECT_EQ(cs_getMin(x[kMillion - 1]), 2);
@@ -68,9 +68,9 @@ TEST_F(HeavyLargeTest, TwoMillionUndoRecordsAreTakenBackAndTheirBlocksUsedAgain)
   for (int run = 0; run < 2; ++run) {
     cs_saveContext();
     for (int i = 1; i <= 2 * kMillion; ++i) ASSERT_TRUE(cs_GE(v, i));
-    EXPECT_EQ(solver.trail.count(), 2 * kMillion);
-    EXPECT_TRUE(run == 0 || solver.trail.blockCount() == blocks);
-    blocks = solver.trail.blockCount();
+    EXPECT_EQ(solver::trail.count(), 2 * kMillion);
+    EXPECT_TRUE(run == 0 || solver::trail.blockCount() == blocks);
+    blocks = solver::trail.blockCount();
     checkInvariants();
     cs_restoreContext();
     EXPECT_EQ(cs_getNbElements(v), 2 * kMillion + 1);
@@ -83,7 +83,7 @@ TEST_F(HeavyLargeTest, TwoMillionUndoRecordsAreAcceptedAtOnce) {
   cs_saveContext();
   for (int i = 1; i <= 2 * kMillion; ++i) ASSERT_TRUE(cs_GE(v, i));
   cs_acceptContext();
-  EXPECT_EQ(solver.trail.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
   EXPECT_EQ(cs_getMin(v), 2 * kMillion);
 }
 

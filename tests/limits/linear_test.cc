@@ -47,12 +47,12 @@ class LinearLimits : public SolverTest {
   void expectRefused(const std::vector<Term> &terms) {
     overflows = 0;
     cs_initErr();
-    const int mark = solver.trail.count();
+    const int mark = solver::trail.count();
     EXPECT_EQ(post(terms), nullptr);
     EXPECT_EQ(overflows, 1);
     EXPECT_EQ(cs_getErr(), CS_ERR_OVERFLOW);
     EXPECT_EQ(memoryReports, 0);
-    EXPECT_EQ(solver.trail.count(), mark);
+    EXPECT_EQ(solver::trail.count(), mark);
     for (CSint *v : x) EXPECT_EQ(cs_getNbConstraints(v), 0);
   }
 

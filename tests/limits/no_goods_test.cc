@@ -76,11 +76,11 @@ class ManyNoGoodsTest : public SolverTest {
  protected:
   void SetUp() override {
     SolverTest::SetUp();
-    solver.checked.period = solver.checked.untilNext = 20000;
+    solver::checked.period = solver::checked.untilNext = 20000;
   }
   void TearDown() override {
     SolverTest::TearDown();
-    solver.checked.period = solver.checked.untilNext = 1;
+    solver::checked.period = solver::checked.untilNext = 1;
   }
 };
 
@@ -112,12 +112,12 @@ class DeepRestartTest : public RestartTest {};
 // The total is reached, so nothing is shortened.
 TEST_F(DeepRestartTest, APathOfThousandsOfLevelsIsRecorded) {
   constexpr int kDeep = 1500;
-  solver.checked.period = solver.checked.untilNext = 20000;
+  solver::checked.period = solver::checked.untilNext = 20000;
   make(std::vector<int>(kDeep, 2));
   refuse(kDeep - 1, [](int) { return false; });
   EXPECT_FALSE(search({1}, 1));
   cs_restoreAll();
-  solver.checked.period = solver.checked.untilNext = 1;
+  solver::checked.period = solver::checked.untilNext = 1;
   const std::vector<Literals> learnt = contents(set);
   ASSERT_EQ(learnt.size(), 1U);
   EXPECT_EQ(std::ssize(learnt[0]), kDeep);

@@ -74,7 +74,7 @@ bool setHandler(Operands &, const Arguments &a) {
 template <auto closeUntil>
 bool closes(Operands &, const Arguments &a) {
   closeUntil(a[0]);
-  return solver.contexts.count() == (a[0] == 1 ? 0 : 2);
+  return solver::contexts.count() == (a[0] == 1 ? 0 : 2);
 }
 
 int heard = 0;

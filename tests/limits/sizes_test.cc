@@ -17,7 +17,7 @@ class SizeLimitsTest : public LargeTest {
  protected:
   // The variable of the current level, without a walk over the array.
   static CSint *selectNext(CSint **array, int size) {
-    const int level = solver.contexts.count();
+    const int level = solver::contexts.count();
     return level < size ? array[level] : nullptr;
   }
 
@@ -56,7 +56,7 @@ TEST_F(SizeLimitsTest, LabelsAtTheEndsOfTheIntRangeCloseNothing) {
     cs_restoreContextUntil(label);
     cs_acceptContextUntil(label);
     cs_forgetSaveContextUntil(label);
-    EXPECT_EQ(solver.contexts.count(), 1);
+    EXPECT_EQ(solver::contexts.count(), 1);
   }
 }
 
@@ -66,7 +66,7 @@ TEST_F(SizeLimitsTest, AFailLimitOfIntMaxIsNotReached) {
   ASSERT_TRUE(postRefuser(x, never));
   EXPECT_FALSE(cs_searchFail(&x, 1, cs_findFreeVar, INT_MAX));
   EXPECT_EQ(cs_getNbFails(), 4);
-  EXPECT_EQ(solver.contexts.count(), 0);
+  EXPECT_EQ(solver::contexts.count(), 0);
 }
 
 TEST_F(SizeLimitsTest, AVeryLongNameIsKeptAndPrinted) {
@@ -124,7 +124,7 @@ TEST_F(SizeLimitsTest, ASearchOfTenThousandLevelsSucceedsAndIsTakenBack) {
   CSint **x = cs_createCSintArray(kDeep, 0, 1);
   EXPECT_TRUE(cs_search(x, kDeep, selectNext));
   EXPECT_EQ(cs_getNbChoicePoints(), kDeep);
-  EXPECT_EQ(solver.contexts.count(), kDeep);
+  EXPECT_EQ(solver::contexts.count(), kDeep);
   EXPECT_EQ(cs_getValue(x[kDeep - 1]), 0);
   cs_restoreAll();
   for (int i = 0; i < kDeep; ++i) ASSERT_TRUE(cs_isFree(x[i]));
@@ -137,7 +137,7 @@ TEST_F(SizeLimitsTest, AFailLimitLeavesADeepSearchFromItsDeepestLevel) {
   EXPECT_FALSE(cs_searchFail(x, kDeep, selectNext, 5));
   EXPECT_EQ(cs_getNbFails(), 5);
   EXPECT_EQ(cs_getNbChoicePoints(), (kDeep - 1) + 2 + (1 + 2) + (2 + 1));
-  EXPECT_EQ(solver.contexts.count(), kDeep);
+  EXPECT_EQ(solver::contexts.count(), kDeep);
   cs_restoreAll();
   EXPECT_TRUE(cs_isFree(x[0]));
 }

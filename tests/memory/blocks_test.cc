@@ -21,7 +21,7 @@ class BlockGrowthTest : public SolverTest {
   // Leaves no free record in the trail's first block.
   static void fillTrail() {
     CSint *v = cs_createCSint(0, 2 * kBlock);
-    for (int i = 1; solver.trail.count() < kBlock; ++i) ASSERT_TRUE(cs_GE(v, i));
+    for (int i = 1; solver::trail.count() < kBlock; ++i) ASSERT_TRUE(cs_GE(v, i));
   }
 };
 
@@ -36,7 +36,7 @@ TEST_F(BlockGrowthTest, TheVariable1025IsNullAndTheOthersStay) {
     EXPECT_EQ(cs_createNamedCSint(0, 9, "name"), nullptr);
     expectOneReport();
   }
-  EXPECT_EQ(solver.variables.count(), kBlock);
+  EXPECT_EQ(solver::variables.count(), kBlock);
   EXPECT_NE(cs_createCSint(0, 9), nullptr);
   expectSolverUsable();
 }
@@ -49,8 +49,8 @@ TEST_F(BlockGrowthTest, AnArrayThatCrossesTheBlockIsNullAndItsFirstVariablesStay
     EXPECT_EQ(cs_createCSintArray(5, 0, 9), nullptr);
   }
   expectOneReport();
-  EXPECT_EQ(solver.variables.count(), kBlock);
-  EXPECT_EQ(solver.trail.count(), 1) << "the trail still owns the array";
+  EXPECT_EQ(solver::variables.count(), kBlock);
+  EXPECT_EQ(solver::trail.count(), 1) << "the trail still owns the array";
   expectSolverUsable();
 }
 
@@ -82,7 +82,7 @@ TEST_F(BlockGrowthTest, AnInnerBindThatCanTrailOnlyOneBoundFailsAndIsStillUndoab
   CSint *v = cs_createCSint(0, 9);
   CSint *filler = cs_createCSint(0, 2 * kBlock);
   const int label = cs_saveContext();
-  for (int i = 1; solver.trail.count() < kBlock - 1; ++i) ASSERT_TRUE(cs_GE(filler, i));
+  for (int i = 1; solver::trail.count() < kBlock - 1; ++i) ASSERT_TRUE(cs_GE(filler, i));
   {
     const FailingAllocator failing(0, Failing::kForEver);
     EXPECT_FALSE(cs_EQ(v, 5));
@@ -167,19 +167,19 @@ TEST_F(BlockGrowthTest, TheEvent1025FailsTheChangeThatItBelongsTo) {
   CSint *filler = cs_createCSint(0, 2 * kBlock);
   for (int i = 1; i <= 2 * kBlock; ++i) ASSERT_TRUE(cs_GE(filler, i));
   ASSERT_EQ(cs_restoreAndSaveContext(), label);
-  ASSERT_EQ(solver.events.blockCount(), 1);
+  ASSERT_EQ(solver::events.blockCount(), 1);
   {
     const FailingAllocator failing(0, Failing::kForEver);
     EXPECT_FALSE(cs_EQ(trigger, 1));
     EXPECT_EQ(FailingAllocator::failures(), 1);
   }
   expectOneReport();
-  EXPECT_EQ(solver.queue.head, nullptr);
+  EXPECT_EQ(solver::queue.head, nullptr);
   EXPECT_TRUE(cs_restoreAndSaveContext() == label);
   for (CSint *v : others) ASSERT_EQ(cs_getNbElements(v), 2);
   EXPECT_TRUE(cs_EQ(trigger, 1)) << "with memory the same change goes through";
   for (CSint *v : others) ASSERT_EQ(cs_getMax(v), 0);
-  EXPECT_EQ(solver.events.blockCount(), 2);
+  EXPECT_EQ(solver::events.blockCount(), 2);
   expectSolverUsable();
 }
 

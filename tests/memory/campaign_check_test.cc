@@ -117,7 +117,7 @@ TEST(CampaignCheck, ADifferentResultWithMemoryIsNoticed) {
 }
 
 TEST(CampaignCheck, AQueueThatIsLeftIsNoticed) {
-  EXPECT_THAT(complaint(failingWith([](Stage &) { ++solver.queue.depth; })), HasSubstr("propagation has not ended"));
+  EXPECT_THAT(complaint(failingWith([](Stage &) { ++solver::queue.depth; })), HasSubstr("propagation has not ended"));
 }
 
 TEST(CampaignCheck, ABrokenInvariantEndsTheRun) {
@@ -147,10 +147,10 @@ TEST_F(FillingTest, LeavesRoomForAsManyRecordsAsItSays) {
   cs_createCSint(0, 9);
   cs_saveContext();
   fillStacks({{3, 2, 1, 0}});
-  EXPECT_EQ(solver.variables.count(), 1021);
-  EXPECT_EQ(solver.trail.count(), 1022);
-  EXPECT_EQ(solver.contexts.count(), 1023);
-  EXPECT_EQ(solver.events.count(), 1024);
+  EXPECT_EQ(solver::variables.count(), 1021);
+  EXPECT_EQ(solver::trail.count(), 1022);
+  EXPECT_EQ(solver::contexts.count(), 1023);
+  EXPECT_EQ(solver::events.count(), 1024);
 }
 
 }  // namespace

@@ -44,15 +44,15 @@ void pushUntilRoomIs(int room, const Records &records, Push push) {
 inline void fillStack(Stack stack, int room) {
   switch (stack) {
     case kVariables:
-      return pushUntilRoomIs(room, solver.variables, [] { cs_createCSint(0, 0); });
+      return pushUntilRoomIs(room, solver::variables, [] { cs_createCSint(0, 0); });
     case kTrail:
-      return pushUntilRoomIs(room, solver.trail, [] { cs_backtrack(nullptr, 0, nullptr); });
+      return pushUntilRoomIs(room, solver::trail, [] { cs_backtrack(nullptr, 0, nullptr); });
     case kContexts:
-      return pushUntilRoomIs(room, solver.contexts, cs_saveContext);
+      return pushUntilRoomIs(room, solver::contexts, cs_saveContext);
     case kEvents:
       // Events that wait in the free list would be room, too.
-      solver.queue.free = nullptr;
-      return pushUntilRoomIs(room, solver.events, [] { solver.events.push(); });
+      solver::queue.free = nullptr;
+      return pushUntilRoomIs(room, solver::events, [] { solver::events.push(); });
     case kStacks:
       return;
   }
@@ -66,13 +66,13 @@ inline void fillStacks(const Filling &filling) {
 inline int blocksOf(Stack stack) {
   switch (stack) {
     case kVariables:
-      return solver.variables.blockCount();
+      return solver::variables.blockCount();
     case kTrail:
-      return solver.trail.blockCount();
+      return solver::trail.blockCount();
     case kContexts:
-      return solver.contexts.blockCount();
+      return solver::contexts.blockCount();
     case kEvents:
-      return solver.events.blockCount();
+      return solver::events.blockCount();
     case kStacks:
       break;
   }

@@ -41,7 +41,7 @@ inline void describe(CSint &v, std::string &text) {
 inline std::string describeVariables(int first, int last) {
   std::string text;
   int at = 0;
-  solver.variables.forEach([&](CSint &v) {
+  solver::variables.forEach([&](CSint &v) {
     if (at >= first && at < last) describe(v, text);
     ++at;
   });
@@ -63,14 +63,14 @@ class Trial {
     cs_setErrHandler(
         CS_ERR_MEMORY, [](CSint *, void *count) { ++*static_cast<int *>(count); }, &reports_);
     // The checker's walk over a thousand variables after each propagation would dominate.
-    solver.checked.period = solver.checked.untilNext = 64;
+    solver::checked.period = solver::checked.untilNext = 64;
     stage_.emplace();
     if (scenario.prepare) scenario.prepare(*stage_);
-    stageSize_ = solver.variables.count();
+    stageSize_ = solver::variables.count();
     stageState_ = describeVariables(0, stageSize_);
     cs_saveContext();
     fillStacks(filling);
-    contexts_ = solver.contexts.count();
+    contexts_ = solver::contexts.count();
     for (std::size_t stack = 0; stack < kStacks; ++stack) blocks_[stack] = blocksOf(static_cast<Stack>(stack));
     cs_initErr();
   }
@@ -79,11 +79,11 @@ class Trial {
   ~Trial() { end(); }
 
   Outcome run() {
-    const int first = solver.variables.count();
+    const int first = solver::variables.count();
     stage_->seen.clear();
     Outcome outcome;
     outcome.result = scenario_.run(*stage_);
-    outcome.state = describeVariables(0, stageSize_) + describeVariables(first, solver.variables.count());
+    outcome.state = describeVariables(0, stageSize_) + describeVariables(first, solver::variables.count());
     outcome.state += stage_->seen;
     return outcome;
   }
@@ -97,7 +97,7 @@ class Trial {
   }
 
   int reports() const { return reports_; }
-  bool contextsOpen() const { return solver.contexts.count() >= contexts_; }
+  bool contextsOpen() const { return solver::contexts.count() >= contexts_; }
   bool asAFailureLeavesIt() { return !scenario_.afterFailure || scenario_.afterFailure(*stage_); }
   bool asStaged() const { return describeVariables(0, stageSize_) == stageState_; }
   bool grew(Stack stack) const { return blocksOf(stack) > blocks_[stack]; }
@@ -106,12 +106,12 @@ class Trial {
   long end() {
     cs_end();
     stage_.reset();
-    solver.checked.period = solver.checked.untilNext = 1;
+    solver::checked.period = solver::checked.untilNext = 1;
     return blocksAlive - blocksBefore_;
   }
 
   static void checkInvariants() {
-    solver.checked.untilNext = 1;
+    solver::checked.untilNext = 1;
     check::invariantsWhenIdle();
   }
 
@@ -154,7 +154,7 @@ inline void complainOfFailedRun(const Scenario &scenario, const Point &point, Tr
     complaints.unless(failures == 1, "the call went on to " + std::to_string(failures) + " failed requests");
     complaints.unless(!outcome.result, "the call succeeded without the memory");
   }
-  complaints.unless(solver.queue.head == nullptr && solver.queue.depth == 0, "propagation has not ended");
+  complaints.unless(solver::queue.head == nullptr && solver::queue.depth == 0, "propagation has not ended");
   complaints.unless(trial.asAFailureLeavesIt(), "the failure has left something behind");
   complaints.unless(trial.contextsOpen(), "contexts of the caller were closed");
   Trial::checkInvariants();

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/alloc.h"
+#include "core/solver.h"
 #include "model/sides.h"
 
 namespace koru::test::model {
@@ -13,8 +14,8 @@ class ObservedSide : public SolverEngine {
  public:
   World<ObservedSide> *world = nullptr;
 
-  ObservedSide() { solver.ports.add(&observer_); }
-  ~ObservedSide() { solver.ports.remove(&observer_); }
+  ObservedSide() { solver::ports.add(&observer_); }
+  ~ObservedSide() { solver::ports.remove(&observer_); }
   ObservedSide(const ObservedSide &) = delete;
   ObservedSide &operator=(const ObservedSide &) = delete;
 

@@ -201,7 +201,7 @@ class Programme {
     for (int i = 0; i < model_.variables(); ++i) compare(i);
     EXPECT_TRUE(undoneCalls == expectedCalls) << "callbacks: which ones, in which order, with which arguments";
     undoneCalls.clear();
-    EXPECT_EQ(solver.contexts.count(), model_.contexts());
+    EXPECT_EQ(solver::contexts.count(), model_.contexts());
   }
 
   void compare(int i) {

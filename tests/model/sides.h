@@ -5,6 +5,7 @@
 
 #include "core/narrow.h"
 #include "core/post.h"
+#include "core/solver.h"
 #include "koru.h"
 #include "model/engine.h"
 #include "model/world.h"
@@ -27,7 +28,7 @@ class SolverEngine {
   int attachments(int v) const { return cs_getNbConstraints(at(v)); }
   int reportedMin(int v) const { return at(v)->reportedMin; }
   int reportedMax(int v) const { return at(v)->reportedMax; }
-  int contexts() const { return solver.contexts.count(); }
+  int contexts() const { return solver::contexts.count(); }
 
   bool narrowMin(int v, int bound) { return koru::narrowMin(at(v), bound); }
   bool narrowMax(int v, int bound) { return koru::narrowMax(at(v), bound); }

@@ -30,7 +30,7 @@ std::vector<States> statesOnWords(const TestAutomaton &automaton, const std::vec
 using Layers = std::vector<CSint *>;
 
 bool postAndFindLayers(const TestAutomaton &automaton, CSint **x, int n, Layers &layers) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   const bool posted = automaton.post(x, n) == 1;
   layers.clear();
   for (const CSint *v : attachOrder(mark)) layers.push_back(const_cast<CSint *>(v));

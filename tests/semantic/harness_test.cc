@@ -173,9 +173,9 @@ std::string findingWith(bool (*change)(CSint *, CSint *), Relation solution) {
   Case test{"Broken", {}, {}, {{0, 3}}, 100};
   test.patterns = {{0, 1}};
   // The library's own checks would end the program.
-  solver.checked.period = solver.checked.untilNext = 1000000;
+  solver::checked.period = solver::checked.untilNext = 1000000;
   std::string finding = findingOf(test, std::move(c));
-  solver.checked.period = solver.checked.untilNext = 1;
+  solver::checked.period = solver::checked.untilNext = 1;
   return finding;
 }
 

@@ -67,7 +67,7 @@ class SearchModelTest : public ::testing::Test {
     EXPECT_EQ(solutions, twin.solutions);
     EXPECT_EQ(cs_getNbChoicePoints(), twin.choicePoints);
     EXPECT_EQ(cs_getNbFails(), twin.fails);
-    EXPECT_EQ(solver.contexts.count(), twin.model.contexts());
+    EXPECT_EQ(solver::contexts.count(), twin.model.contexts());
     for (int i = 0; comparable && i < real.size(); ++i)
       EXPECT_EQ(::testing::PrintToString(values(real.array[static_cast<std::size_t>(i)])),
                 valuesOf(twin.model.element(i)));
@@ -319,7 +319,7 @@ TEST_F(EnumerationTest, EveryMixtureOfSelectorsVisitsEachSolutionOnceWhenAllAreR
       solutions.clear();
       EXPECT_FALSE(search(real, randomKinds(real.size(), random), 0));
       expectAll(model.problem);
-      EXPECT_EQ(solver.contexts.count(), 0);
+      EXPECT_EQ(solver::contexts.count(), 0);
     }
   });
 }

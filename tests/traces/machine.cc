@@ -42,7 +42,7 @@ const std::string &Machine::run() {
 // leaves blocks to the next one.
 void Machine::finish() {
   refuseNothing();
-  if (!solver.initialised) start();
+  if (!solver::initialised) start();
   end();
   releaseOwned();
   if (settings_.fault == Fault::kLeak && trace_.size() > 5) loseBlock();
@@ -99,7 +99,7 @@ void Machine::solve() {
   std::optional<std::vector<Tuple>> expected = solutions_.all(variables);
   std::int64_t leaves = 1;
   for (CSint *v : variables) leaves = v->count < 1 ? INT_MAX : std::min<std::int64_t>(leaves * v->count, INT_MAX);
-  if (!expected || variables.empty() || leaves > 4000 || solver.checked.countsMayLag) return say("  not compared");
+  if (!expected || variables.empty() || leaves > 4000 || solver::checked.countsMayLag) return say("  not compared");
   const int label = cs_saveContext();
   collected_.clear();
   refused_ = false;
@@ -187,12 +187,12 @@ bool Machine::callback(int number) {
 }
 
 void Machine::runScript(const Script &script) {
-  const int base = std::exchange(scriptBase_, solver.contexts.count());
+  const int base = std::exchange(scriptBase_, solver::contexts.count());
   ++scriptDepth_;
   for (const Line *line : script.lines)
     if (failure_.empty() && --scriptBudget_ > 0) execute(*line);
   static const Line restore{kNull, kNull, findRow("cs_restoreContext"), {}};
-  while (solver.contexts.count() > scriptBase_) call(restore);
+  while (solver::contexts.count() > scriptBase_) call(restore);
   --scriptDepth_;
   scriptBase_ = base;
 }

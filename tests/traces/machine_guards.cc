@@ -36,9 +36,9 @@ bool Machine::allowedInScript(const Line &line) const {
   if (line.row->group != Group::kContext || oneOf(name, {"cs_saveContext", "cs_backtrack", "cs_backtrackExt"}))
     return true;
   if (name.ends_with("Until"))
-    return line.args[0].number > scriptBase_ || line.args[0].number > solver.contexts.count() ||
+    return line.args[0].number > scriptBase_ || line.args[0].number > solver::contexts.count() ||
            line.args[0].number < 1;
-  return solver.contexts.count() > scriptBase_;
+  return solver::contexts.count() > scriptBase_;
 }
 
 bool Machine::affordable(const Line &line) {
@@ -56,7 +56,7 @@ bool Machine::affordable(const Line &line) {
   }
   if (name == "cs_setErrHandler") return number(0) != CS_ERR_MEMORY || line.args[1].number != kNull;  // it aborts
   if (name == "cs_Cumulative") return !usesItsCapacity(line);
-  return solver.variables.count() < 200;
+  return solver::variables.count() < 200;
 }
 
 // A capacity that is a use as well may make the library abort, as it says.
@@ -100,7 +100,7 @@ bool Machine::tie(std::vector<const CSint *> &wide) {
 // The leaves of a search are paid for in advance.
 bool Machine::allowedSearch(const Line &line) {
   if (line.row->name == std::string_view("cs_cancelSearch")) return true;
-  if (solver.checked.countsMayLag) return false;  // a selection may go on offering a variable
+  if (solver::checked.countsMayLag) return false;  // a selection may go on offering a variable
   std::int64_t leaves = 1;
   for (const int reference : line.args[0].list) {
     const CSint *v = variable(reference);

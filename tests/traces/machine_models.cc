@@ -17,7 +17,7 @@ bool isRelated(const Row &row) { return row.group == Group::kRelation || row.gro
 // what was known of the contexts, is noted before.
 Machine::Before Machine::look(const Line &line) {
   twin_.follow();
-  Before before{solver.contexts.count(), refusedRequests(), false, {}, {}};
+  Before before{solver::contexts.count(), refusedRequests(), false, {}, {}};
   if (line.row->group == Group::kContext) before.marks = twin_.marks();
   if (isRelated(*line.row)) {
     before.lacking = lacksVariable(line);
@@ -34,8 +34,8 @@ Machine::Before Machine::look(const Line &line) {
 
 void Machine::tellTwin(const Line &line, const Before &before) {
   if (refusedRequests() != before.refused) {
-    effect(std::min(before.depth, solver.contexts.count()));
-  } else if (std::string_view(line.row->name).starts_with("cs_backtrack") && solver.initialised &&
+    effect(std::min(before.depth, solver::contexts.count()));
+  } else if (std::string_view(line.row->name).starts_with("cs_backtrack") && solver::initialised &&
              line.args[2].number != kNull) {
     const int index = line.args[1].number;
     twin_.registered(variable(line.args[0].number), settings_.fault == Fault::kCallback ? ~index : index);
@@ -47,12 +47,12 @@ void Machine::tellTwin(const Line &line, const Before &before) {
 void Machine::tellSolutions(const Line &line, Before &before) {
   const Row &row = *line.row;
   if (before.lacking && answer_ != 0) fail(std::string("accepted without a variable: ") + row.name);
-  if (isRelated(row) && !before.lacking && solver.initialised)
+  if (isRelated(row) && !before.lacking && solver::initialised)
     observeRelation(line, std::move(before.relation), before.depth);
   if (row.group == Group::kSearch || row.group == Group::kNoGood) observeSearch(line, before.depth);
   if (row.group == Group::kEvent && row.result == 'b' && answer_ == 0) effect(before.depth);
   if (row.name == std::string_view("cs_selectValue")) effect(before.depth);
-  solutions_.follow(solver.contexts.count());
+  solutions_.follow(solver::contexts.count());
 }
 
 void Machine::effect(int depth) {
@@ -70,13 +70,13 @@ void Machine::observeInScript(const Line &line, int depth) {
   if (changes && depth <= scriptBase_) effect(scriptBase_);
   if (keeps) effect(scriptBase_);
   // Opening a context in a handler propagates what waits, and a failure of that is not reported.
-  if (solver.queue.head != nullptr && (group == Group::kContext || group == Group::kSearch)) effect(scriptBase_);
+  if (solver::queue.head != nullptr && (group == Group::kContext || group == Group::kSearch)) effect(scriptBase_);
   if (group == Group::kSearch) refused_ = true;
 }
 
 void Machine::observeContext(const Line &line, int depth, const std::vector<Twin::Mark> &marks) {
   const std::string_view name = line.row->name;
-  const int now = solver.contexts.count();
+  const int now = solver::contexts.count();
   const bool outside = scriptDepth_ == 0;
   if (name.starts_with("cs_backtrack")) return;
   if (name == "cs_saveContext" || (name == "cs_restoreAndSaveContext" && depth == 0)) return twin_.saved(depth);
@@ -166,7 +166,7 @@ void Machine::observeSearch(const Line &line, int depth) {
   }
   if (name == "cs_minimize" && answer_ != 0) effect(depth);
   if (name == "cs_searchValueSelectorRestartNG" && set(line.args[7].number) != nullptr) effect(0);
-  if (solver.contexts.count() > depth) solutions_.unknownFrom(depth + 1);
+  if (solver::contexts.count() > depth) solutions_.unknownFrom(depth + 1);
 }
 
 }  // namespace koru::traces

@@ -35,8 +35,8 @@ Digest digest(const CSint &v) {
 }
 
 Copy copyAll() {
-  Copy copy{{}, solver.trail.count()};
-  solver.variables.forEach([&](const CSint &v) { copy.variables.push_back(digest(v)); });
+  Copy copy{{}, solver::trail.count()};
+  solver::variables.forEach([&](const CSint &v) { copy.variables.push_back(digest(v)); });
   return copy;
 }
 
@@ -56,13 +56,13 @@ std::string difference(const Copy &before, const Copy &now) {
 }  // namespace
 
 void Twin::follow() {
-  while (marks_.size() < static_cast<std::size_t>(solver.contexts.count()))
+  while (marks_.size() < static_cast<std::size_t>(solver::contexts.count()))
     marks_.push_back({std::nullopt, pending_.size(), true});
-  marks_.resize(static_cast<std::size_t>(solver.contexts.count()));
+  marks_.resize(static_cast<std::size_t>(solver::contexts.count()));
 }
 
 void Twin::saved(int before) {
-  if (solver.contexts.count() != before + 1) return;  // memory was exhausted
+  if (solver::contexts.count() != before + 1) return;  // memory was exhausted
   follow();
   marks_.back() = {copyAll(), pending_.size(), false};
 }
@@ -78,7 +78,7 @@ std::string Twin::undone(CSint *v, int index) {
 std::string Twin::restored(int label, const std::vector<Mark> &before) {
   compared_ = false;
   const Mark mark = before[static_cast<std::size_t>(label - 1)];
-  const bool reopened = solver.contexts.count() == label;
+  const bool reopened = solver::contexts.count() == label;
   if (accepted_) mixed_ = true;
   follow();
   if (reopened) marks_.back() = {copyAll(), pending_.size(), false};
@@ -95,7 +95,7 @@ void Twin::accepted(int label, const std::vector<Mark> &before) {
   pending_.resize(std::min(pending_.size(), before[at].pending));
   follow();
   accepted_ = !marks_.empty();
-  if (solver.trail.undoing()) mixed_ = true;
+  if (solver::trail.undoing()) mixed_ = true;
   for (Mark &mark : marks_) mark.copy.reset();
 }
 

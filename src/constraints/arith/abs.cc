@@ -126,20 +126,11 @@ static CSint *createResult(const CSint *x) { return createVariable(lowestPresent
 // Bounds and count are taken from the bits set: x may have lost the smallest int meanwhile.
 static bool copyHoles(CSint *z, const CSint *x) {
   if (x->bits == nullptr) return true;
-  z->bits = DomainBits::create(z->min, z->max, DomainBits::Fill::kNone);
-  if (z->bits == nullptr) return false;
-  int count = 0;
-  int last = 0;
-  for (std::int64_t v = z->min; v <= z->max; ++v) {
-    if (!containsValue(x, v) && !containsValue(x, -v)) continue;
-    last = static_cast<int>(v);
-    if (count++ == 0) z->min = last;
-    z->bits->set(last);
-  }
-  z->max = last;
-  z->count = count;
-  z->reportedMin = z->min;
-  z->reportedMax = z->max;
+  DomainBuilder domain(z, DomainBuilder::Start::kEmpty);
+  if (!domain) return false;
+  for (std::int64_t v = z->min; v <= z->max; ++v)
+    if (containsValue(x, v) || containsValue(x, -v)) domain.add(static_cast<int>(v));
+  domain.fitBounds();
   return true;
 }
 

@@ -32,23 +32,23 @@ static int codeOfNotEqual(const CSint *x, int v) {
 
 // The library may have called itself, as its searches do: the place is then that of the host's call.
 static Site *siteInCallback(const Poster &poster) {
-  const char *text = solver.ports.locatorText();
+  const char *text = solver::ports.locatorText();
   const void *caller = text == nullptr ? hostCaller(poster.caller) : nullptr;
-  return solver.sites.find(solver.userSite, {poster.name, caller}, text);
+  return solver::sites.find(solver::userSite, {poster.name, caller}, text);
 }
 
 template <auto narrow, auto code>
 static bool narrowProfiled(const Poster &poster, CSint *x, int v) {
   Site *site = siteInCallback(poster);
   const bool consistent = narrow(x, v);
-  if (site != nullptr) solver.ports.notify(consistent, x, code(x, v), site);
+  if (site != nullptr) solver::ports.notify(consistent, x, code(x, v), site);
   return consistent;
 }
 
 template <auto narrow, auto code>
 static bool post(const Poster &poster, CSint *x, int v) {
   if (x == nullptr) return false;
-  if (solver.ports.profiling && solver.userSite != nullptr) [[unlikely]]
+  if (solver::ports.profiling && solver::userSite != nullptr) [[unlikely]]
     return narrowProfiled<narrow, code>(poster, x, v);
   return narrow(x, v);
 }

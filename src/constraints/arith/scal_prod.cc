@@ -10,6 +10,7 @@
 #include <cstdarg>
 #include <utility>
 
+#include "core/errors.h"
 #include "core/post.h"
 
 namespace koru::scal_prod {

@@ -80,15 +80,13 @@ constexpr auto kTable = handlers<Sum>({.newMin = on<newMin>,
 // Gives z the holes of v, value w becoming shifted(w). Only what falls strictly between z's bounds is a hole there.
 template <class Shift>
 static bool copyHoles(CSint *z, const CSint *v, Shift shifted) {
-  z->bits = DomainBits::create(z->min, z->max, DomainBits::Fill::kAll);
-  if (z->bits == nullptr) return false;
+  DomainBuilder domain(z, DomainBuilder::Start::kFull);
+  if (!domain) return false;
   for (int gap = v->min; gap < v->max; gap = valueAfter(v, gap)) {
     const int end = valueAfter(v, gap);
     for (int w = gap + 1; w < end; ++w) {
       const std::int64_t hole = shifted(w);
-      if (hole <= z->min || hole >= z->max) continue;
-      z->bits->clear(static_cast<int>(hole));
-      z->count = wrapSub(z->count, 1);
+      if (hole > z->min && hole < z->max) domain.remove(static_cast<int>(hole));
     }
   }
   return true;

@@ -8,6 +8,7 @@
 // Deliberate: position's last-reported bounds are 0 and n - 1 at first, whatever its domain.
 // Deliberate: the removal of val is not heard when a bound of the variable moved past it before the event came, nor
 // does that bound's event tell, for val is no longer there; the position stays and fails when it is bound.
+#include "core/lifetime.h"
 #include "core/post.h"
 
 namespace koru::index {
@@ -70,7 +71,7 @@ static CSint *createPosition(CSint *const *vars, int n, int val) {
 }
 
 static CSint *post(const Poster &poster, CSint **vars, int n, int val) {
-  if (n < 1 || vars == nullptr || !allPresent(vars, n) || !solver.initialised) return nullptr;
+  if (n < 1 || vars == nullptr || !allPresent(vars, n) || !solver::initialised) return nullptr;
   const Record record{vars, n, val, createPosition(vars, n, val)};
   if (record.position == nullptr) return nullptr;
   Posting posting{poster};

@@ -281,11 +281,11 @@ static std::int64_t fillValueSupports(const VarElement &c) {
 
 static CSint *createUnion(const VarElement &c, int high, std::int64_t count) {
   if (count == std::int64_t{high} - c.base + 1) return createVariable(c.base, high);
-  CSint *v = createEmptyVariable(c.base, high);
-  if (v == nullptr) return nullptr;
+  CSint *v = createVariable(c.base, high);
+  DomainBuilder domain(v, DomainBuilder::Start::kEmpty);
+  if (!domain) return nullptr;
   for (std::int64_t value = c.base; value <= high; ++value)
-    if (supportOf(c, static_cast<int>(value)) != kNoPosition) v->bits->set(static_cast<int>(value));
-  v->count = wrap(count);
+    if (supportOf(c, static_cast<int>(value)) != kNoPosition) domain.add(static_cast<int>(value));
   return v;
 }
 

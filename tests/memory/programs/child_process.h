@@ -30,7 +30,7 @@ using Main = int (*)(int argc, char **argv);
   std::vector<char *> arguments;
   for (std::string &word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
-  solver.checked.period = solver.checked.untilNext = 1000;
+  solver::checked.period = solver::checked.untilNext = 1000;
   const FailingAllocator failing(k, Failing::kForEver);
   std::exit(program(static_cast<int>(words.size()), arguments.data()));
 }

@@ -29,9 +29,9 @@ class Listener {
  public:
   explicit Listener(Calls &calls, std::ostream *list)
       : calls_(calls), list_(list), observer_{note, nullptr, this, true, nullptr} {
-    solver.ports.add(&observer_);
+    solver::ports.add(&observer_);
   }
-  ~Listener() { solver.ports.remove(&observer_); }
+  ~Listener() { solver::ports.remove(&observer_); }
   Listener(const Listener &) = delete;
   Listener &operator=(const Listener &) = delete;
 

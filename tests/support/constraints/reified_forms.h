@@ -64,12 +64,12 @@ class LocatorCalls {
  public:
   LocatorCalls() {
     count_ = 0;
-    solver.ports.locator.text = [](void *) {
+    solver::ports.locator.text = [](void *) {
       ++count_;
       return "here";
     };
   }
-  ~LocatorCalls() { solver.ports.locator.text = nullptr; }
+  ~LocatorCalls() { solver::ports.locator.text = nullptr; }
   LocatorCalls(const LocatorCalls &) = delete;
   LocatorCalls &operator=(const LocatorCalls &) = delete;
 
@@ -130,7 +130,7 @@ inline void expectUndecided(const std::function<CSint *()> &post, const std::vec
                             const char *name, bool order) {
   std::vector<std::vector<int>> before;
   for (CSint *v : compared) before.push_back(values(v));
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   const LocatorCalls locator;
   CSint *b = post();
   EXPECT_EQ(LocatorCalls::count(), 1);
@@ -148,16 +148,16 @@ inline void expectUndecided(const std::function<CSint *()> &post, const std::vec
 inline void expectDecided(const std::function<CSint *()> &post, const std::vector<CSint *> &compared, int value,
                           bool order) {
   const LocatorCalls locator;
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   CSint *b = post();
   ASSERT_NO_FATAL_FAILURE(expectFixed(b, value, compared));
   EXPECT_EQ(LocatorCalls::count(), order ? 1 : 0);
-  EXPECT_EQ(solver.trail.count(), mark);
+  EXPECT_EQ(solver::trail.count(), mark);
 }
 
 // Fills the last block of variables, so that the next one needs an allocation.
 inline void fillVariables() {
-  while (solver.variables.count() != solver.variables.blockCount() * BlockStack<CSint>::kCapacity) CSINT(0);
+  while (solver::variables.count() != solver::variables.blockCount() * BlockStack<CSint>::kCapacity) CSINT(0);
 }
 
 struct Operands {
@@ -180,7 +180,7 @@ inline void expectFailuresReported(int allocations, const std::function<Operands
   for (int room = 1; room <= 4; ++room) {
     const auto narrow = [&] {
       const Operands o = make();
-      while ((solver.trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
+      while ((solver::trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
       return o;
     };
     EXPECT_GE(failEachAllocation(narrow, attempt), allocations);

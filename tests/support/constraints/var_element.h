@@ -74,7 +74,7 @@ class SelectionTest : public SolverTest {
   }
 
   void checkAttached(Post post, const std::string &name, const std::string &slots) {
-    const int mark = solver.trail.count();
+    const int mark = solver::trail.count();
     make(post, {0, 2}, {{1, 5}, {3}, {4}});
     EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{index, value, vars[0], vars[2]}));
     EXPECT_EQ(attachments(index), (std::vector<std::pair<std::string, int>>{{name, -1}}));

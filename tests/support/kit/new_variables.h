@@ -30,7 +30,7 @@ void expectAllocations(Make make, Post post, int wanted) {
   for (int room = 1; room <= 6; ++room) {
     const auto prepare = [&] {
       Posted operands = make();
-      while ((solver.trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
+      while ((solver::trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
       return operands;
     };
     EXPECT_GE(failEachAllocation(prepare, post), wanted);

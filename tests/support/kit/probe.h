@@ -31,8 +31,8 @@ inline std::ostream &operator<<(std::ostream &out, const Call &call) {
 // Observes from its creation to its end. One per solver at a time; must end before the solver does.
 class CallLog {
  public:
-  CallLog() { solver.ports.add(&observer_); }
-  ~CallLog() { solver.ports.remove(&observer_); }
+  CallLog() { solver::ports.add(&observer_); }
+  ~CallLog() { solver::ports.remove(&observer_); }
   CallLog(const CallLog &) = delete;
   CallLog &operator=(const CallLog &) = delete;
 
@@ -78,7 +78,8 @@ class FailingAllocation {
 class FullTrail {
  public:
   FullTrail() {
-    while (solver.trail.count() % Trail::kCapacity != 0 || solver.trail.count() == 0) cs_backtrack(nullptr, 0, nullptr);
+    while (solver::trail.count() % Trail::kCapacity != 0 || solver::trail.count() == 0)
+      cs_backtrack(nullptr, 0, nullptr);
     allocationHook = [](std::size_t) { return false; };
   }
   ~FullTrail() { allocationHook = nullptr; }
@@ -141,7 +142,7 @@ inline std::string busySlots(const CSint *v) {
 inline std::vector<const CSint *> attachOrder(int mark) {
   std::vector<const CSint *> order;
   int at = 0;
-  solver.trail.forEach([&](const TrailRecord &record) {
+  solver::trail.forEach([&](const TrailRecord &record) {
     if (at++ >= mark && record.kind == TrailKind::kAttached) order.push_back(record.variable);
   });
   return order;
@@ -149,7 +150,7 @@ inline std::vector<const CSint *> attachOrder(int mark) {
 
 inline int trailRecords(TrailKind kind) {
   int count = 0;
-  solver.trail.forEach([&](const TrailRecord &record) { count += record.kind == kind ? 1 : 0; });
+  solver::trail.forEach([&](const TrailRecord &record) { count += record.kind == kind ? 1 : 0; });
   return count;
 }
 

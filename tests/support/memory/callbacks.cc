@@ -21,9 +21,9 @@ void conflicted(CSint *, int, CSconflictInfo *, CSint **, int, void *) {}
 // Nothing is answered: what shows is that each variable of the array is attached.
 template <class Post>
 bool attachesAll(int n, Post post) {
-  const int before = solver.trail.count();
+  const int before = solver::trail.count();
   post();
-  return solver.trail.count() == before + n;
+  return solver::trail.count() == before + n;
 }
 
 void addRegistrations(Scenarios &scenarios) {
@@ -67,7 +67,7 @@ void addPostingCallbacks(Scenarios &scenarios) {
   });
   scenarios.addLenient("callback/opens-a-context", [](Stage &s) {
     const auto probe = [](CSint *v, int, int, CSint **array, int, void *) {
-      const int open = solver.contexts.count();
+      const int open = solver::contexts.count();
       if (cs_saveContext() == open) return false;
       const bool possible = cs_EQ(array[1], cs_getMin(v));
       cs_restoreContext();
@@ -81,7 +81,7 @@ void addPostingCallbacks(Scenarios &scenarios) {
 // A search inside a propagation, its choices taken back: x known asks whether y < z can be labelled.
 bool searchBelow(int, int index, CSint **array, int size, void *) {
   if (index > 0) return true;
-  const int open = solver.contexts.count();
+  const int open = solver::contexts.count();
   if (cs_saveContext() == open) return false;
   const bool found = cs_search(array + 1, size - 1, cs_findFreeVarNbConstraints);
   cs_restoreContextUntil(open + 1);
@@ -137,7 +137,7 @@ void addProfilers(Scenarios &scenarios) {
   scenarios.add("cs_setProfilerLocator/format", [](Stage &) {
     cs_setProfilerLocator(nullptr, nullptr, nullptr);
     cs_setProfilerLocator("three fields", somewhere, nullptr);
-    const bool installed = solver.ports.locator.text == somewhere;
+    const bool installed = solver::ports.locator.text == somewhere;
     cs_setProfilerLocator(nullptr, nullptr, nullptr);
     return installed;
   });

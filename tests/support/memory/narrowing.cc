@@ -14,9 +14,9 @@ enum class Step { kDone, kWithoutMemory, kSucceededWithoutMemory };
 
 // A narrowing in a context of its own, taken back when the constraint refuses it.
 Step step(Narrow narrow, CSint *v, int value) {
-  const int open = solver.contexts.count();
+  const int open = solver::contexts.count();
   cs_saveContext();
-  if (solver.contexts.count() == open) return Step::kWithoutMemory;
+  if (solver::contexts.count() == open) return Step::kWithoutMemory;
   const bool narrowed = narrow(v, value);
   if (cs_getErr() != CS_ERR_NONE) return narrowed ? Step::kSucceededWithoutMemory : Step::kWithoutMemory;
   if (!narrowed) cs_restoreContext();

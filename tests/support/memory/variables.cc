@@ -61,18 +61,18 @@ void addDomains(Scenarios &scenarios) {
 
 void addChoicePoints(Scenarios &scenarios) {
   scenarios.add("cs_saveContext/opened", [](Stage &) {
-    const int open = solver.contexts.count();
+    const int open = solver::contexts.count();
     return cs_saveContext() > open;
   });
   scenarios.add("cs_restoreAndSaveContext/changed", [](Stage &s) {
-    const int open = solver.contexts.count();
+    const int open = solver::contexts.count();
     return cs_EQ(s.c, 4) && cs_restoreAndSaveContext() == open && cs_isFree(s.c);
   });
   using Register = void (*)(CSint *, int, CSbacktrackCallback);
   const auto registered = [](Register registerCallback, Stage &s) {
-    const int noted = solver.trail.count();
+    const int noted = solver::trail.count();
     registerCallback(s.x, 7, [](CSint *, int) {});
-    return solver.trail.count() > noted;
+    return solver::trail.count() > noted;
   };
   scenarios.add("cs_backtrack/registered", [registered](Stage &s) { return registered(cs_backtrack, s); });
   scenarios.add("cs_backtrackExt/registered", [registered](Stage &s) { return registered(cs_backtrackExt, s); });

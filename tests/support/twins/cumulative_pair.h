@@ -119,7 +119,7 @@ class TwinPair : public Generator {
       if (number(0, 3) == 0) cs_saveContext();
       if (!randomStep()) return false;
       stepsDone += posted_ ? 1 : 0;
-      if (number(0, 5) == 0 && solver.contexts.count() > 0) restore();
+      if (number(0, 5) == 0 && solver::contexts.count() > 0) restore();
     }
     return true;
   }
@@ -161,13 +161,13 @@ class TwinPair : public Generator {
   template <class Step>
   Trace traced(Copy &copy, Step step) {
     log_->calls.clear();
-    const int mark = solver.trail.count();
+    const int mark = solver::trail.count();
     Trace trace;
     trace.consistent = step(copy);
     for (const Call &call : log_->calls)
       trace.calls.emplace_back(call.consistent, copy.numberOf(call.variable), call.code, call.site);
     int at = 0;
-    solver.trail.forEach([&](const TrailRecord &record) {
+    solver::trail.forEach([&](const TrailRecord &record) {
       if (at++ >= mark)
         trace.records.emplace_back(copy.numberOf(record.variable), static_cast<int>(record.kind), record.value);
     });

@@ -82,10 +82,10 @@ TEST_F(AbsTest, ABitArrayWithoutHolesIsCopiedToo) {
 
 TEST_F(AbsTest, OneConstraintIsAttachedToEachUnderOneSite) {
   x = cs_createCSint(-4, 4);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   z = cs_Abs(x);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{x, z}));
-  EXPECT_EQ(solver.trail.count(), mark + 2);
+  EXPECT_EQ(solver::trail.count(), mark + 2);
   for (CSint *v : {x, z}) EXPECT_EQ(attachments(v), (Attached{{"cs_Abs", -1}}));
   EXPECT_NE(constraintOf(x), constraintOf(z));
   EXPECT_EQ(siteOf(x), siteOf(z));

@@ -42,7 +42,7 @@ TEST_F(AllNeqTest, NullVariablesGiveZeroAndPostNothing) {
 
 TEST_F(AllNeqTest, IsAttachedInArrayOrderWithItsPositions) {
   for (CSint *&v : array) v = cs_createCSint(0, 9);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_EQ(cs_AllNeq(array, 5), 1);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>(array, array + 5)));
   for (int i = 0; i < 5; ++i) {
@@ -131,11 +131,11 @@ TEST_F(AllNeqTest, VariablesThatDoNotHoldTheValueAreSkipped) {
   array[1] = cs_createCSint(5, 9);
   array[2] = fromValues({1, 3, 8});
   ASSERT_EQ(cs_AllNeq(array, 3), 1);
-  const int trail = solver.trail.count();
+  const int trail = solver::trail.count();
   const CallLog log;
   ASSERT_TRUE(cs_EQ(array[0], 2));
   EXPECT_EQ(log.calls, (std::vector<Call>{{true, array[0], 4, "cs_AllNeq"}}));
-  EXPECT_EQ(solver.trail.count(), trail + 2);
+  EXPECT_EQ(solver::trail.count(), trail + 2);
   EXPECT_EQ(values(array[1]), range(5, 9));
 }
 

@@ -39,7 +39,7 @@ TEST_F(CumulativeTest, NullsAreRefusedAndNothingIsPosted) {
 
 TEST_F(CumulativeTest, AttachesTaskByTaskAndTheCapacityLast) {
   for (int i = 0; i < 3; ++i) add({0, 90}, {1, 5}, {1, 2});
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(postCumulative({3, 9}));
   std::vector<const CSint *> order;
   for (std::size_t i = 0; i < 3; ++i) order.insert(order.end(), {starts[i], durations[i], uses[i]});
@@ -313,7 +313,7 @@ TEST_F(CumulativeTest, RestoringPastThePostingTakesItAway) {
   ASSERT_TRUE(postCumulative({1, 1}));
   cs_restoreContext();
   EXPECT_EQ(starts[0]->constraints, nullptr);
-  EXPECT_EQ(solver.ownersAlive, 0);
+  EXPECT_EQ(solver::ownersAlive, 0);
   EXPECT_TRUE(cs_EQ(starts[0], 0) && cs_EQ(starts[1], 0));
 }
 

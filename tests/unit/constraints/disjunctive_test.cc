@@ -29,7 +29,7 @@ TEST_F(DisjunctiveTest, NullsAreRefused) {
 TEST_F(DisjunctiveTest, TheHolderComesFirstAndIsDeaf) {
   add({0, 50}, {1, 2});
   add({0, 50}, {1, 2});
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(postDisjunctive());
   EXPECT_EQ(attachments(starts[0]), (Attached{{"cs_Disjunctive", 0}, {"cs_Disjunctive", -1}}));
   EXPECT_EQ(attachments(starts[1]), (Attached{{"cs_Disjunctive", 1}}));
@@ -81,7 +81,7 @@ TEST_F(DisjunctiveTest, RestoringPastThePostingFreesTheUnit) {
   ASSERT_TRUE(postDisjunctive());
   ASSERT_TRUE(cs_LE(starts[0], 2));
   cs_restoreContext();
-  EXPECT_EQ(solver.ownersAlive, 0);
+  EXPECT_EQ(solver::ownersAlive, 0);
   EXPECT_EQ(starts[0]->constraints, nullptr);
 }
 

@@ -68,7 +68,7 @@ TEST_F(ElementTest, ABoundIndexMakesAConstantThatIsPostedAllTheSame) {
 }
 
 TEST_F(ElementTest, IsAttachedToIndexAndValueWithoutPositions) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   post();
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{index, value}));
   for (CSint *v : {index, value}) {

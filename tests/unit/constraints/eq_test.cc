@@ -12,10 +12,10 @@ using EqTest = SolverTest;
 
 TEST_F(EqTest, TheSameVariableTwiceIsTrueAndPostsNothing) {
   CSint *x = cs_createCSint(0, 3);
-  const int trail = solver.trail.count();
+  const int trail = solver::trail.count();
   EXPECT_TRUE(cs_Eq(x, x));
   EXPECT_EQ(x->constraints, nullptr);
-  EXPECT_EQ(solver.trail.count(), trail);
+  EXPECT_EQ(solver::trail.count(), trail);
 }
 
 TEST_F(EqTest, ANullVariableIsFalseAndPostsNothing) {
@@ -30,7 +30,7 @@ TEST_F(EqTest, ANullVariableIsFalseAndPostsNothing) {
 TEST_F(EqTest, IsAttachedToTheFirstVariableThenToTheSecond) {
   CSint *x = cs_createCSint(0, 3);
   CSint *y = cs_createCSint(0, 3);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(cs_Eq(x, y));
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{x, y}));
   for (CSint *v : {x, y}) {

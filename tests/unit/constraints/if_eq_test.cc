@@ -26,7 +26,7 @@ INSTANTIATE_TEST_SUITE_P(, IfEqFormTest, ::testing::Values(Form{"cs_IfEq", cs_If
 TEST_P(IfEqFormTest, OneConstraintIsAttachedToXThenToYAndHearsBindingsOnly) {
   CSint *x = cs_createCSint(0, 3);
   CSint *y = cs_createCSint(0, 9);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(GetParam().post(x, y, 1, 5));
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{x, y}));
   for (CSint *v : {x, y}) {
@@ -59,7 +59,7 @@ TEST_P(IfEqFormTest, EachFailingAllocationIsReportedOnceAndIsFalse) {
   for (int room = 1; room <= 3; ++room) {
     const auto narrow = [&] {
       const Operands o = make();
-      while ((solver.trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
+      while ((solver::trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
       return o;
     };
     EXPECT_EQ(failEachAllocation(narrow, attempt), room == 1 ? 5 : 4) << room;

@@ -37,9 +37,9 @@ TEST_F(IndexTest, NoVariableGivesNull) {
 TEST_F(IndexTest, AValueThatNoVariableCanTakeGivesNullAndPostsNothing) {
   x[0] = cs_createCSint(0, 3);
   x[1] = fromValues({2, 3, 5});
-  const int variables = solver.variables.count();
+  const int variables = solver::variables.count();
   EXPECT_EQ(cs_Index(x, 2, kVal), nullptr);
-  EXPECT_EQ(solver.variables.count(), variables);
+  EXPECT_EQ(solver::variables.count(), variables);
   EXPECT_EQ(cs_getNbConstraints(x[0]), 0);
   EXPECT_EQ(cs_getErr(), CS_ERR_NONE);
 }
@@ -66,7 +66,7 @@ TEST_F(IndexTest, TheLastReportedBoundsAreTheEndsOfTheArray) {
 }
 
 TEST_F(IndexTest, PostsOneConstraintOnThePositionAndOneOnTheArrayUnderTheNameOfAnother) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   post();
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{position, x[0], x[1], x[2]}));
   EXPECT_EQ(attachments(position), (Attached{{"cs_Cumulative", -1}}));
@@ -125,9 +125,9 @@ TEST_F(IndexTest, AVariableThatNeverHeldTheValueMakesNoCall) {
   x[0] = fromValues({0, 3, 5, 9});
   x[1] = x[2] = cs_createCSint(0, 9);
   position = cs_Index(x, 3, kVal);
-  const int trail = solver.trail.count();
+  const int trail = solver::trail.count();
   ASSERT_TRUE(cs_EQ(x[0], 5));
-  EXPECT_EQ(solver.trail.count(), trail + 2) << "the two bounds of the variable itself";
+  EXPECT_EQ(solver::trail.count(), trail + 2) << "the two bounds of the variable itself";
 }
 
 TEST_F(IndexTest, BindingAnotherVariableToTheValueLeavesThePosition) {

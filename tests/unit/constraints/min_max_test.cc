@@ -53,10 +53,10 @@ TEST_P(MinMaxTest, TheResultLiesBetweenTheLeastBounds) {
 }
 
 TEST_P(MinMaxTest, PostsOneConstraintOnTheResultAndOneOnTheArrayUnderOneSite) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   post({{0, 9}, {0, 9}, {0, 9}});
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{r, x[0], x[1], x[2]}));
-  EXPECT_EQ(solver.trail.count(), mark + 4) << "the host's array is not handed to the trail";
+  EXPECT_EQ(solver::trail.count(), mark + 4) << "the host's array is not handed to the trail";
   for (CSint *v : {r, x[0], x[1], x[2]}) {
     EXPECT_EQ(attachments(v), (Attached{{name(), -1}}));
     EXPECT_EQ(busySlots(v), "01234");
@@ -268,9 +268,9 @@ TEST_F(MinMaxDoorsTest, TheVariadicFormsHandTheirCopyToTheTrailBeforeTheAttachme
   CSint *x = cs_createCSint(0, 5);
   CSint *y = cs_createCSint(2, 7);
   for (CSint *(*post)(int, ...) : {cs_VMin, cs_VMax}) {
-    const int mark = solver.trail.count();
+    const int mark = solver::trail.count();
     CSint *r = post(2, x, y);
-    EXPECT_EQ(solver.trail.at(mark).kind, TrailKind::kBuffer);
+    EXPECT_EQ(solver::trail.at(mark).kind, TrailKind::kBuffer);
     EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{r, x, y}));
     EXPECT_EQ(attachments(r), (Attached{{post == cs_VMin ? "cs_VMin" : "cs_VMax", -1}}));
   }

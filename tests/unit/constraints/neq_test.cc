@@ -27,7 +27,7 @@ TEST_F(NeqTest, ANullVariableIsFalseAndPostsNothing) {
 TEST_F(NeqTest, IsAttachedToTheFirstVariableThenToTheSecond) {
   CSint *x = cs_createCSint(0, 3);
   CSint *y = cs_createCSint(0, 3);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(cs_Neq(x, y));
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{x, y}));
   for (CSint *v : {x, y}) {

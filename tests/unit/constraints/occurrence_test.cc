@@ -33,7 +33,7 @@ TEST_F(OccurrenceTest, PostsOneConstraintOnTheCountAndOneOnTheUndecided) {
   x[2] = fromValues({3, 5});
   x[3] = cs_createCSint(3, 5);
   count = cs_createCSint(0, 9);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(cs_OccurConstraints(count, kVal, x, 4));
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{count, x[0], x[3]}));
   EXPECT_EQ(attachments(count), (Attached{{"cs_OccurConstraints", -1}}));
@@ -144,7 +144,7 @@ TEST_F(OccurrenceTest, OccurReturnsZeroAlsoOnSuccess) {
 TEST_F(OccurrenceTest, OccurDomainMakesTheCount) {
   x[0] = CSINT(kVal);
   for (int i = 1; i < 4; ++i) x[i] = cs_createCSint(0, 9);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   count = cs_OccurDomain(kVal, x, 4);
   EXPECT_EQ(values(count), range(1, 4));
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{count, x[1], x[2], x[3]}));
@@ -312,9 +312,9 @@ class OccurrenceCountTest : public OccurrenceTest, public ::testing::WithParamIn
 
 TEST_P(OccurrenceCountTest, AChangeThatDoesNotBindTheCountDoesNothing) {
   post();
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(GetParam()(count));
-  EXPECT_EQ(solver.trail.count(), mark + 1);
+  EXPECT_EQ(solver::trail.count(), mark + 1);
   for (int i = 0; i < 3; ++i) expectUntouched(i);
 }
 

@@ -55,7 +55,7 @@ TEST_P(OrderTest, ANullVariableIsFalseAndPostsNothing) {
 }
 
 TEST_P(OrderTest, IsAttachedToTheLowerVariableFirstUnderItsOwnName) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   makeRelated(0, 3);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{lower, upper}));
   for (CSint *v : {lower, upper}) {

@@ -51,10 +51,10 @@ TEST_F(ProductTest, HolesOfTheOperandsDoNotPassAtPosting) {
 TEST_F(ProductTest, MulAttachesTheProductThenBothFactors) {
   x = cs_createCSint(1, 3);
   y = cs_createCSint(1, 3);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   z = cs_Mul(x, y);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{z, x, y}));
-  EXPECT_EQ(solver.trail.count(), mark + 3);
+  EXPECT_EQ(solver::trail.count(), mark + 3);
   for (CSint *v : {x, y, z}) EXPECT_EQ(attachments(v), (Attached{{"cs_Mul", -1}}));
   EXPECT_EQ(constraintOf(x), constraintOf(z));
   EXPECT_EQ(constraintOf(y), constraintOf(z));
@@ -65,10 +65,10 @@ TEST_F(ProductTest, MulAttachesTheProductThenBothFactors) {
 TEST_F(ProductTest, DivAttachesTheQuotientThenTheOperands) {
   x = cs_createCSint(1, 9);
   y = cs_createCSint(1, 3);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   z = cs_Div(x, y);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{z, x, y}));
-  EXPECT_EQ(solver.trail.count(), mark + 3);
+  EXPECT_EQ(solver::trail.count(), mark + 3);
   for (CSint *v : {x, y, z}) EXPECT_EQ(attachments(v), (Attached{{"cs_Div", -1}}));
   EXPECT_EQ(busySlots(z), "01234");
   EXPECT_EQ(constraintOf(z)->table, constraintOf(cs_Mul(x, y))->table) << "one table serves both";
@@ -104,12 +104,12 @@ TEST_F(ProductTest, NothingIsNarrowedAtPosting) {
 }
 
 TEST_F(ProductTest, DivOf7By2IsNullAndReportsAndPostsNothing) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   divide({7, 7}, {2, 2});
   EXPECT_EQ(z, nullptr);
   EXPECT_EQ(cs_getErr(), CS_ERR_NONE);
   EXPECT_EQ(memoryReports, 0);
-  EXPECT_EQ(solver.trail.count(), mark);
+  EXPECT_EQ(solver::trail.count(), mark);
   EXPECT_EQ(cs_getNbConstraints(x), 0);
   EXPECT_EQ(cs_getNbConstraints(y), 0);
 }
@@ -147,20 +147,20 @@ TEST_F(ProductTest, DivOfNegativeOperandsRoundsInwards) {
 
 TEST_F(ProductTest, ChainsOfFewerThanTwoAreTheFirstVariable) {
   x = cs_createCSint(1, 3);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   for (const int n : {1, 0, -1, INT_MIN}) {
     EXPECT_EQ(cs_VMul(n, x), x);
     EXPECT_EQ(cs_VDiv(n, x), x);
   }
   EXPECT_EQ(cs_getNbConstraints(x), 0);
-  EXPECT_EQ(solver.trail.count(), mark);
+  EXPECT_EQ(solver::trail.count(), mark);
 }
 
 TEST_F(ProductTest, AChainSharesOneSite) {
   x = cs_createCSint(1, 2);
   y = cs_createCSint(1, 3);
   CSint *w = cs_createCSint(1, 5);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   z = cs_VMul(3, x, y, w);
   EXPECT_EQ(values(z), range(1, 30));
   const auto order = attachOrder(mark);

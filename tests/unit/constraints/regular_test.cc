@@ -23,7 +23,7 @@ class RegularTest : public SolverTest {
   }
 
   int post(const TestAutomaton &automaton) {
-    const int mark = solver.trail.count();
+    const int mark = solver::trail.count();
     const int result = automaton.post(vars.data(), static_cast<int>(vars.size()));
     layers.clear();
     for (const CSint *v : attachOrder(mark)) layers.push_back(const_cast<CSint *>(v));
@@ -138,7 +138,7 @@ TEST_F(RegularTest, FinalsMayRepeatAndNameNoStates) {
 
 TEST_F(RegularTest, OneConstraintIsAttachedToTheVariablesThenOneToTheLayersFromTheFirstOn) {
   makeVariables({{0, 1}, {0, 1}, {0, 1}});
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_EQ(post(kNoTwoOnes), 1);
   const auto order = attachOrder(mark);
   ASSERT_EQ(order.size(), 6U);
@@ -180,7 +180,7 @@ TEST_F(RegularTest, ATrailThatCannotGrowIsReportedOnceAndIsZero) {
   for (int room = 1; room <= 6; ++room) {
     const auto prepare = [room] {
       const Operands operands{{cs_createCSint(0, 3), cs_createCSint(0, 3)}};
-      while ((solver.trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
+      while ((solver::trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
       return operands;
     };
     EXPECT_GE(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 13);
@@ -343,7 +343,7 @@ TEST_F(RegularTest, RestoringDetachesIt) {
   cs_restoreContext();
   ASSERT_TRUE(cs_EQ(vars[0], 1));
   EXPECT_EQ(sets(vars), (Sets{{1}, {0, 1}}));
-  EXPECT_EQ(solver.ownersAlive, 0);
+  EXPECT_EQ(solver::ownersAlive, 0);
 }
 
 // The constraint on the variables goes first here: the one on the layers goes with them.
@@ -354,9 +354,9 @@ TEST_F(RegularTest, AnAcceptedPostingDiesWithItsVariablesEntries) {
   cs_saveContext();
   ASSERT_EQ(post(kNoTwoOnes), 1);
   cs_acceptContext();
-  EXPECT_EQ(solver.ownersAlive, 1);
+  EXPECT_EQ(solver::ownersAlive, 1);
   cs_restoreContext();  // takes the newest entry, whichever it is
-  EXPECT_EQ(solver.ownersAlive, 0);
+  EXPECT_EQ(solver::ownersAlive, 0);
   EXPECT_EQ(attachments(vars[0]), (std::vector<std::pair<std::string, int>>{{"cs_Neq", -1}}));
 }
 

@@ -165,7 +165,7 @@ class Trial {
   }
 
   void closeOne() {
-    if (solver.contexts.count() > 1) cs_restoreContext();
+    if (solver::contexts.count() > 1) cs_restoreContext();
     EXPECT_EQ(library_.domains(), twin_.domains());
   }
 

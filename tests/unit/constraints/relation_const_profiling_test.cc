@@ -12,12 +12,12 @@ class RelationConstProfilingTest : public SolverTest {
   void SetUp() override {
     SolverTest::SetUp();
     userSite_ = Site::create("the user's constraint", "");
-    solver.ports.locator.text = [](void *) { return "here"; };
+    solver::ports.locator.text = [](void *) { return "here"; };
     userSite_->references = 1;
-    solver.userSite = userSite_;
+    solver::userSite = userSite_;
   }
   void TearDown() override {
-    solver.userSite = nullptr;
+    solver::userSite = nullptr;
     Site::release(userSite_);
     SolverTest::TearDown();
   }
@@ -131,12 +131,12 @@ TEST_F(RelationConstProfilingTest, SitesAreToldApartByTheCallingConstraintAndByT
   CSint *x = cs_createCSint(0, 9);
   const CallLog log;
   cs_LE(x, 8);
-  solver.ports.locator.text = [](void *) { return "elsewhere"; };
+  solver::ports.locator.text = [](void *) { return "elsewhere"; };
   cs_LE(x, 8);
-  Site *outer = solver.userSite;
-  solver.userSite = log.sites[0];
+  Site *outer = solver::userSite;
+  solver::userSite = log.sites[0];
   cs_LE(x, 8);
-  solver.userSite = outer;
+  solver::userSite = outer;
   ASSERT_EQ(log.sites.size(), 3U);
   EXPECT_NE(log.sites[0], log.sites[1]);
   EXPECT_NE(log.sites[1], log.sites[2]);
@@ -150,7 +150,7 @@ TEST_F(RelationConstProfilingTest, WithoutProfilingNoSiteIsLookedUpOrMade) {
 }
 
 TEST_F(RelationConstProfilingTest, OutsideAUserConstraintNothingIsReported) {
-  solver.userSite = nullptr;
+  solver::userSite = nullptr;
   const CallLog log;
   EXPECT_EQ(siteAllocations(cs_LE, cs_createCSint(0, 9), 5), 0);
   EXPECT_TRUE(log.calls.empty());

@@ -13,19 +13,19 @@ TEST_F(RelationConstTest, EqOnAVariableAlreadyBoundIsTrueAndSignalsNothing) {
   CSint *x = CSINT(4);
   CSint *y = cs_createCSint(0, 9);
   ASSERT_TRUE(cs_Neq(x, y));
-  const int trail = solver.trail.count();
+  const int trail = solver::trail.count();
   const CallLog log;
   EXPECT_TRUE(cs_EQ(x, 4));
-  EXPECT_EQ(solver.trail.count(), trail);
+  EXPECT_EQ(solver::trail.count(), trail);
   EXPECT_TRUE(log.calls.empty());
 }
 
 TEST_F(RelationConstTest, EqWithAValueInAHoleIsFalseAndLeavesTheVariable) {
   CSint *x = fromValues({1, 3, 5});
-  const int trail = solver.trail.count();
+  const int trail = solver::trail.count();
   EXPECT_FALSE(cs_EQ(x, 2));
   EXPECT_EQ(values(x), (std::vector{1, 3, 5}));
-  EXPECT_EQ(solver.trail.count(), trail);
+  EXPECT_EQ(solver::trail.count(), trail);
 }
 
 TEST_F(RelationConstTest, EqOutsideTheBoundsIsFalseAndLeavesTheVariable) {
@@ -46,10 +46,10 @@ TEST_F(RelationConstTest, EqBinds) {
 
 TEST_F(RelationConstTest, NeqOutsideTheDomainIsTrueAndChangesNothing) {
   CSint *x = fromValues({1, 3, 5});
-  const int trail = solver.trail.count();
+  const int trail = solver::trail.count();
   for (const int v : {0, 2, 4, 6}) EXPECT_TRUE(cs_NEQ(x, v));
   EXPECT_EQ(values(x), (std::vector{1, 3, 5}));
-  EXPECT_EQ(solver.trail.count(), trail);
+  EXPECT_EQ(solver::trail.count(), trail);
 }
 
 TEST_F(RelationConstTest, NeqRemovesExactlyItsValue) {

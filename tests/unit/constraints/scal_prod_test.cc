@@ -37,14 +37,14 @@ TEST_F(ScalProdTest, TheSumSpansTheTotals) {
 }
 
 TEST_F(ScalProdTest, TheProductOfNothingIsZeroAndPostsNothing) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   s = cs_ScalProd(v, c, 0);
   ASSERT_NE(s, nullptr);
   EXPECT_EQ(values(s), std::vector{0});
   EXPECT_EQ(cs_getNbConstraints(s), 0);
   EXPECT_NE(cs_ScalProd(nullptr, nullptr, 0), nullptr);
   EXPECT_EQ(values(cs_VScalProd(0)), std::vector{0});
-  EXPECT_EQ(solver.trail.count(), mark);
+  EXPECT_EQ(solver::trail.count(), mark);
 }
 
 TEST_F(ScalProdTest, OneTermWithTheCoefficientOneGivesANewVariable) {
@@ -65,10 +65,10 @@ TEST_F(ScalProdTest, OneTermWithTheCoefficientOneGivesANewVariable) {
 
 TEST_F(ScalProdTest, OneConstraintOnTheSumAndOneOnTheTermsShareTheSite) {
   for (CSint *&t : v) t = cs_createCSint(0, 3);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   s = cs_ScalProd(v, c, 3);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{s, v[0], v[1], v[2]}));
-  EXPECT_EQ(solver.trail.count(), mark + 4) << "the host's arrays are not handed to the trail";
+  EXPECT_EQ(solver::trail.count(), mark + 4) << "the host's arrays are not handed to the trail";
   EXPECT_EQ(attachments(s), (Attached{{"cs_ScalProd", -1}}));
   for (int i = 0; i < 3; ++i) EXPECT_EQ(attachments(v[i]), (Attached{{"cs_ScalProd", i}}));
   EXPECT_NE(constraintOf(s), constraintOf(v[0]));
@@ -121,7 +121,7 @@ TEST_F(ScalProdTest, AZeroCoefficientMakesItsTermInert) {
 TEST_F(ScalProdTest, TheVariadicFormPostsTheSameUnderItsOwnName) {
   CSint *x = cs_createCSint(0, 5);
   CSint *y = cs_createCSint(0, 4);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   s = cs_VScalProd(2, x, y, 2, -3);
   EXPECT_EQ(bounds(s), Bounds2(-12, 10));
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{s, x, y}));
@@ -134,11 +134,11 @@ TEST_F(ScalProdTest, TheVariadicFormPostsTheSameUnderItsOwnName) {
 
 TEST_F(ScalProdTest, TheVariadicFormHandsBothCopiesToTheTrailBeforeTheAttachments) {
   CSint *x = cs_createCSint(0, 5);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   cs_VScalProd(2, x, x, 2, -3);
   std::vector<TrailKind> kinds;
   int at = 0;
-  solver.trail.forEach([&](const TrailRecord &record) {
+  solver::trail.forEach([&](const TrailRecord &record) {
     if (at++ >= mark) kinds.push_back(record.kind);
   });
   EXPECT_EQ(kinds, (std::vector{TrailKind::kBuffer, TrailKind::kBuffer, TrailKind::kAttached, TrailKind::kAttached,
@@ -182,13 +182,13 @@ TEST_F(ScalProdTest, TotalsBeyond64BitsAreReportedAndPostNothing) {
   CSint *x = cs_createCSint(INT_MIN, INT_MAX);
   CSint *terms[] = {x, x, x};
   int coefficients[] = {INT_MIN, INT_MIN, INT_MIN};
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   EXPECT_EQ(cs_ScalProd(terms, coefficients, 3), nullptr);
   EXPECT_EQ(report.count, 1);
   EXPECT_EQ(report.variable, nullptr);
   EXPECT_EQ(cs_getErr(), CS_ERR_OVERFLOW);
   EXPECT_EQ(CS_ERR_OVERFLOW, -2);
-  EXPECT_EQ(solver.trail.count(), mark);
+  EXPECT_EQ(solver::trail.count(), mark);
   EXPECT_EQ(cs_getNbConstraints(x), 0);
   EXPECT_EQ(memoryReports, 0);
 

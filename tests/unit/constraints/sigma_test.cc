@@ -15,10 +15,10 @@ class SigmaTest : public SolverTest {
 
 TEST_F(SigmaTest, TheSumOfOneIsTheElementItselfAndNothingIsPosted) {
   CSint *v[] = {cs_createCSint(0, 3)};
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   EXPECT_EQ(cs_Sigma(v, 1), v[0]);
   EXPECT_EQ(cs_getNbConstraints(v[0]), 0);
-  EXPECT_EQ(solver.trail.count(), mark);
+  EXPECT_EQ(solver::trail.count(), mark);
 }
 
 TEST_F(SigmaTest, TheSumOfNothingIsZero) {
@@ -33,10 +33,10 @@ TEST_F(SigmaTest, TheSumOfNothingIsZero) {
 
 TEST_F(SigmaTest, OneConstraintOnTheSumAndOneOnTheAddendsShareTheSite) {
   for (CSint *&v : x) v = cs_createCSint(0, 10);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   s = cs_Sigma(x, 3);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{s, x[0], x[1], x[2]}));
-  EXPECT_EQ(solver.trail.count(), mark + 4) << "the host's array is not handed to the trail";
+  EXPECT_EQ(solver::trail.count(), mark + 4) << "the host's array is not handed to the trail";
   EXPECT_EQ(attachments(s), (Attached{{"cs_Sigma", -1}}));
   for (int i = 0; i < 3; ++i) EXPECT_EQ(attachments(x[i]), (Attached{{"cs_Sigma", i}}));
   EXPECT_NE(constraintOf(s), constraintOf(x[0]));

@@ -68,7 +68,7 @@ TEST_F(SumNTest, VSubOfOneEqualsTheVariable) {
 TEST_F(SumNTest, VSubOfTwoPostsTheDifferenceOnly) {
   CSint *a = cs_createCSint(0, 10);
   CSint *b = cs_createCSint(0, 10);
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   CSint *z = cs_VSub(2, a, b);
   EXPECT_EQ(values(z), range(-10, 10));
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{z, a, b}));
@@ -76,7 +76,7 @@ TEST_F(SumNTest, VSubOfTwoPostsTheDifferenceOnly) {
 }
 
 TEST_F(SumNTest, VAddPostsOneConstraintOnTheSumAndOneOnTheAddendsUnderOneSite) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   makeSum(addArguments);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{s, x[0], x[1], x[2]}));
   EXPECT_EQ(attachments(s), (std::vector<std::pair<std::string, int>>{{"cs_Vadd", -1}}));
@@ -107,7 +107,7 @@ TEST_F(SumNTest, TheCopyOfTheArgumentsIsHandedToTheTrailBeforeTheAttachments) {
   makeSum(addArguments);
   EXPECT_EQ(trailRecords(TrailKind::kBuffer), 1);
   bool attached = false;
-  solver.trail.forEach([&](const TrailRecord &record) {
+  solver::trail.forEach([&](const TrailRecord &record) {
     if (record.kind == TrailKind::kAttached) attached = true;
     if (record.kind == TrailKind::kBuffer) {
       EXPECT_FALSE(attached);

@@ -12,7 +12,7 @@ using SumTest = SolverTest;
 TEST_F(SumTest, TwoBoundOperandsGiveAConstantAndPostNothing) {
   CSint *x = CSINT(3);
   CSint *y = CSINT(4);
-  const int trail = solver.trail.count();
+  const int trail = solver::trail.count();
   CSint *sum = cs_Add(x, y);
   CSint *difference = cs_Sub(x, y);
   ASSERT_NE(sum, nullptr);
@@ -20,7 +20,7 @@ TEST_F(SumTest, TwoBoundOperandsGiveAConstantAndPostNothing) {
   EXPECT_EQ(values(sum), std::vector{7});
   EXPECT_EQ(values(difference), std::vector{-1});
   for (CSint *v : {x, y, sum, difference}) EXPECT_EQ(cs_getNbConstraints(v), 0);
-  EXPECT_EQ(solver.trail.count(), trail);
+  EXPECT_EQ(solver::trail.count(), trail);
 }
 
 // Not even a site: without memory for one, the constant is made all the same.
@@ -48,7 +48,7 @@ TEST_F(SumTest, IsAttachedToTheResultThenToTheOperands) {
   for (const bool subtract : {false, true}) {
     CSint *x = cs_createCSint(0, 3);
     CSint *y = cs_createCSint(0, 3);
-    const int mark = solver.trail.count();
+    const int mark = solver::trail.count();
     CSint *z = subtract ? cs_Sub(x, y) : cs_Add(x, y);
     EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{z, x, y}));
     for (CSint *v : {x, y, z}) {

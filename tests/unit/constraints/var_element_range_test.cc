@@ -156,13 +156,13 @@ INSTANTIATE_TEST_SUITE_P(OnVariableAtAClosedPosition, VarElementRangeEventTest,
 // While x[1] supplies both bounds, an event on another position changes nothing.
 TEST_F(VarElementRangeTest, AnEventThatLeavesTheSuppliersAloneNarrowsNothing) {
   make(cs_VarElementRange, range(0, 2), {range(2, 5), range(0, 9), range(0, 9)});
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   const CallLog log;
   ASSERT_TRUE(cs_LE(index, 1));
   ASSERT_TRUE(cs_GE(vars[0], 3));
   EXPECT_EQ(log.calls,
             (std::vector<Call>{{true, index, 1, "cs_VarElementRange"}, {true, vars[0], 0, "cs_VarElementRange"}}));
-  EXPECT_EQ(solver.trail.count(), mark + 2);
+  EXPECT_EQ(solver::trail.count(), mark + 2);
 }
 
 // Suppliers are not trailed. x[1] supplies the minimum while position 0 is gone, and does not reach that of the result

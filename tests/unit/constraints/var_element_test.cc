@@ -222,7 +222,7 @@ TEST_F(VarElementTest, AResultWithoutSupportFailsAtOnce) {
 Values removedInside(const CSint *v, int mark) {
   Values removed;
   int at = 0;
-  solver.trail.forEach([&](const TrailRecord &record) {
+  solver::trail.forEach([&](const TrailRecord &record) {
     if (at++ >= mark && record.kind == TrailKind::kRemoved && record.variable == v) removed.push_back(record.value);
   });
   return removed;
@@ -243,7 +243,7 @@ TEST_F(VarElementTest, AMovedBoundCutsTheResultInOneStep) {
 
 TEST_F(VarElementTest, ValuesBeyondTheCutGoInTheDirectionOfTheWalk) {
   make(cs_VarElement, range(0, 2), {range(0, 9), {0}, {9}});
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(cs_GE(vars[0], 3));
   EXPECT_EQ(removedInside(value, mark), (Values{1, 2}));
   ASSERT_TRUE(cs_LE(vars[0], 6));
@@ -252,11 +252,11 @@ TEST_F(VarElementTest, ValuesBeyondTheCutGoInTheDirectionOfTheWalk) {
 
 TEST_F(VarElementTest, PositionsAndValuesGoInIncreasingOrder) {
   make(cs_VarElement, range(0, 4), {{0, 9}, {3, 4}, {1, 2}, {2, 3}, {0, 9}});
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(cs_EQ(value, 9));
   EXPECT_EQ(removedInside(index, mark), (Values{1, 2, 3}));
   make(cs_VarElement, range(0, 2), {{0, 9}, {3, 1, 2}, {0, 9}});
-  const int second = solver.trail.count();
+  const int second = solver::trail.count();
   ASSERT_TRUE(cs_NEQ(index, 1));
   EXPECT_EQ(removedInside(value, second), (Values{1, 2, 3}));
 }

@@ -54,7 +54,7 @@ inline auto refuseOnly(int n) {
 
 // Pushes records without effect until the next push needs a block that does not exist yet.
 inline void fillTrail() {
-  while (solver.trail.count() != solver.trail.blockCount() * Trail::kCapacity) {
+  while (solver::trail.count() != solver::trail.blockCount() * Trail::kCapacity) {
     cs_backtrack(nullptr, 0, [](CSint *, int) {});
   }
 }

@@ -75,7 +75,7 @@ TEST_F(BranchSetTest, APositionTakenOutByACallbackOfAnUndoIsBackAtOnce) {
   BranchSet owner(3);
   set = &owner;
   for (const int open : {0, 1}) {
-    while (solver.contexts.count() < open) cs_saveContext();
+    while (solver::contexts.count() < open) cs_saveContext();
     cs_saveContext();
     cs_backtrack(nullptr, 1, [](CSint *, int position) { set->takeOut(position); });
     cs_restoreContext();

@@ -35,17 +35,17 @@ TEST_F(CheckTest, ASoundStatePasses) {
   cs_saveContext();
   EXPECT_TRUE(bindValue(x, 4));
   cs_restoreContext();
-  EXPECT_EQ(solver.checked.untilNext, solver.checked.period);
+  EXPECT_EQ(solver::checked.untilNext, solver::checked.period);
 }
 
 TEST_F(CheckTest, ItRunsOnlyEverySoManyTimesWhenToldSo) {
-  solver.checked.period = solver.checked.untilNext = 3;
+  solver::checked.period = solver::checked.untilNext = 3;
   x->count = 7;
   EXPECT_TRUE(narrowMin(y, 1)) << "first of three: not looked at";
   x->count = 10;
   EXPECT_TRUE(narrowMin(y, 5) && narrowMin(y, 9));
-  EXPECT_EQ(solver.checked.untilNext, 3);
-  solver.checked.period = solver.checked.untilNext = 1;
+  EXPECT_EQ(solver::checked.untilNext, 3);
+  solver::checked.period = solver::checked.untilNext = 1;
 }
 
 TEST_F(CheckDeathTest, AnIntervalsCountThatIsWrongIsCaught) {
@@ -93,7 +93,7 @@ TEST_F(CheckDeathTest, AListThatSumsUpItsOlderEntriesWronglyIsCaught) {
 
 TEST_F(CheckDeathTest, AMarkBeyondTheTrailIsCaught) {
   cs_saveContext();
-  solver.contexts.forEach([](ContextMark &mark) { mark.trailMark += 100; });
+  solver::contexts.forEach([](ContextMark &mark) { mark.trailMark += 100; });
   EXPECT_EXIT(narrowMin(x, 1), kAborted, "trail marks lie on the trail");
 }
 
@@ -141,7 +141,7 @@ TEST_F(CheckTest, ACallbackThatSavesAndRestoresInBalanceIsInOrder) {
     return consistent;
   };
   EXPECT_TRUE(narrowMin(x, 1));
-  EXPECT_EQ(solver.contexts.count(), 1);
+  EXPECT_EQ(solver::contexts.count(), 1);
 }
 
 TEST_F(CheckTest, AfterAnAcceptUnderAnOpenContextCountsMayLag) {
@@ -160,9 +160,9 @@ TEST_F(CheckTest, TheEndForgetsThatCountsMayLag) {
   cs_saveContext();
   cs_saveContext();
   cs_acceptContext();
-  EXPECT_TRUE(solver.checked.countsMayLag);
+  EXPECT_TRUE(solver::checked.countsMayLag);
   cs_end();
-  EXPECT_FALSE(solver.checked.countsMayLag);
+  EXPECT_FALSE(solver::checked.countsMayLag);
 }
 
 }  // namespace

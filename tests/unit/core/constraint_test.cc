@@ -37,7 +37,7 @@ TEST_F(ConstraintTest, TheEventCodesAreTheFixedOnes) {
 }
 
 TEST_F(ConstraintTest, AnAttachmentIsAnEntryAReferenceACountAndATrailRecord) {
-  const int records = solver.trail.count();
+  const int records = solver::trail.count();
   ASSERT_TRUE(watch(journal, 1, {x, y, x}));
   ASSERT_NE(x->constraints, nullptr);
   const Constraint *c = x->constraints->constraint;
@@ -49,7 +49,7 @@ TEST_F(ConstraintTest, AnAttachmentIsAnEntryAReferenceACountAndATrailRecord) {
   EXPECT_EQ(y->constraints->constraint, c);
   EXPECT_EQ(cs_getNbConstraints(x), 2);
   EXPECT_EQ(cs_getNbConstraints(y), 1);
-  EXPECT_EQ(solver.trail.count(), records + 3);
+  EXPECT_EQ(solver::trail.count(), records + 3);
 }
 
 TEST_F(ConstraintTest, TheRecordDiesWithTheLastAttachment) {
@@ -96,7 +96,7 @@ TEST_F(ConstraintTest, DetachAllReleasesEveryEntry) {
   detachAll(*x);
   EXPECT_EQ(x->constraints, nullptr);
   EXPECT_FALSE(alive());
-  solver.trail.discardTo(0);
+  solver::trail.discardTo(0);
 }
 
 TEST_F(ConstraintTest, TheListSumsUpWhichEventsItsOlderEntriesHear) {
@@ -156,7 +156,7 @@ TEST_F(ConstraintTest, ARefusedTrailRecordUnlinksTheEntryAgain) {
 TEST_F(ConstraintTest, AFirstAttachmentThatTheTrailRefusesDestroysAConstraintHeldByNobody) {
   Site *site = Site::create("alone", "");
   site->references = 1;
-  void *memory = solver.pool.take(sizeof(Constraint) + sizeof(Watcher));
+  void *memory = solver::pool.take(sizeof(Constraint) + sizeof(Watcher));
   constexpr auto size = static_cast<std::uint16_t>(sizeof(Constraint) + sizeof(Watcher));
   auto *c = new (memory) Constraint{&kHearsAll, site, 0, size, kWoken};
   new (c->record()) Watcher{&journal, 1, life};
@@ -170,10 +170,10 @@ TEST_F(ConstraintTest, AFirstAttachmentThatTheTrailRefusesDestroysAConstraintHel
 // ----- the graveyard: entries detached while a snapshot that holds them is being walked
 
 TEST_F(ConstraintTest, AnEntryDetachedInARunningWalkStaysReadableUntilTheRunEnds) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(watch(journal, 1, {x}, {}, life) && watch(journal, 2, {x}, {}, life) && watch(journal, 3, {x}));
   journal.reactions[3] = [&](const Call &) {
-    solver.trail.undoTo(mark);
+    solver::trail.undoTo(mark);
     EXPECT_EQ(x->constraints, nullptr);
     EXPECT_EQ(life.use_count(), 3);
     return true;
@@ -181,15 +181,15 @@ TEST_F(ConstraintTest, AnEntryDetachedInARunningWalkStaysReadableUntilTheRunEnds
   EXPECT_TRUE(narrowMin(x, 1));
   EXPECT_EQ(journal.watchers(), (std::vector<int>{3, 2, 1})) << "the snapshot is walked to its end";
   EXPECT_FALSE(alive());
-  EXPECT_EQ(solver.graveyard, nullptr);
+  EXPECT_EQ(solver::graveyard, nullptr);
 }
 
 TEST_F(ConstraintTest, AQueuedSnapshotKeepsDetachedEntriesToo) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(watch(journal, 2, {y}, {}, life) && watch(journal, 1, {x}));
   journal.reactions[1] = [&](const Call &) {
     EXPECT_TRUE(narrowMin(y, 1));
-    solver.trail.undoTo(mark);
+    solver::trail.undoTo(mark);
     EXPECT_EQ(y->constraints, nullptr);
     return true;
   };
@@ -199,11 +199,11 @@ TEST_F(ConstraintTest, AQueuedSnapshotKeepsDetachedEntriesToo) {
 }
 
 TEST_F(ConstraintTest, TheEndOfANestedRunLeavesTheGraveyardToTheOutermost) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   CSint *z = cs_createCSint(0, 99);
   ASSERT_TRUE(watch(journal, 1, {x}, {}, life) && watch(journal, 2, {x}));
   journal.reactions[2] = [&](const Call &) {
-    solver.trail.undoTo(mark);
+    solver::trail.undoTo(mark);
     cs_saveContext();
     EXPECT_TRUE(watch(journal, 3, {z}) && narrowMin(z, 1));
     cs_restoreContext();
@@ -215,22 +215,22 @@ TEST_F(ConstraintTest, TheEndOfANestedRunLeavesTheGraveyardToTheOutermost) {
 }
 
 TEST_F(ConstraintTest, AFailingRunEmptiesTheGraveyardToo) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(watch(journal, 1, {x}, {}, life) && watch(journal, 2, {x}));
   journal.reactions[2] = [&](const Call &) {
-    solver.trail.undoTo(mark);
+    solver::trail.undoTo(mark);
     return false;
   };
   EXPECT_FALSE(narrowMin(x, 1));
   EXPECT_FALSE(alive());
-  EXPECT_EQ(solver.graveyard, nullptr);
+  EXPECT_EQ(solver::graveyard, nullptr);
 }
 
 TEST_F(ConstraintTest, AConstraintThatDetachesItselfMayStillReadItsRecord) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(watch(journal, 1, {x}, {}, life));
   journal.reactions[1] = [&](const Call &) {
-    solver.trail.undoTo(mark);
+    solver::trail.undoTo(mark);
     return alive();
   };
   EXPECT_TRUE(narrowMin(x, 1));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "core/context.h"
+#include "core/context_stack.h"
 
 #include <cstdlib>
 
@@ -22,7 +22,7 @@ class ContextTest : public SolverTest {
     SolverTest::SetUp();
     x = cs_createCSint(0, 99);
   }
-  static int open() { return solver.contexts.count(); }
+  static int open() { return solver::contexts.count(); }
   // Opens contexts 1 to n, the minimum being raised to 10 * label in each.
   void nest(int n) {
     for (int label = 1; label <= n; ++label) {
@@ -141,13 +141,13 @@ TEST_F(ContextTest, AcceptAllMakesEverythingPermanent) {
   nest(3);
   cs_acceptAll();
   EXPECT_EQ(open(), 0);
-  EXPECT_EQ(solver.trail.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
   EXPECT_EQ(cs_getMin(x), 30);
 }
 
 TEST_F(ContextTest, WithNothingOpenNoClosingFunctionDoesAnything) {
   ASSERT_TRUE(narrowMin(x, 5));
-  const int records = solver.trail.count();
+  const int records = solver::trail.count();
   cs_forgetSaveContext();
   cs_acceptContext();
   cs_restoreContext();
@@ -156,7 +156,7 @@ TEST_F(ContextTest, WithNothingOpenNoClosingFunctionDoesAnything) {
   cs_forgetSaveContextUntil(1);
   cs_acceptContextUntil(1);
   cs_restoreContextUntil(1);
-  EXPECT_EQ(solver.trail.count(), records);
+  EXPECT_EQ(solver::trail.count(), records);
   EXPECT_EQ(cs_getMin(x), 5);
   EXPECT_EQ(cs_saveContext(), 1);
 }
@@ -302,7 +302,7 @@ TEST_F(ContextTest, AWrittenBackCountWithoutBitsAtTheLargestIntIsSafeToEmpty) {
 }
 
 TEST_F(ContextTest, TheLimitFollowsTheContexts) {
-  EXPECT_EQ(solver.queue.limit, 0U);
+  EXPECT_EQ(solver::queue.limit, 0U);
   Journal journal;
   std::vector<unsigned> limits;
   ASSERT_TRUE(watch(journal, 1, {x}));
@@ -310,16 +310,16 @@ TEST_F(ContextTest, TheLimitFollowsTheContexts) {
     for (const auto close : {cs_restoreContext, cs_acceptContext, cs_forgetSaveContext}) {
       cs_saveContext();
       cs_saveContext();
-      limits.push_back(solver.queue.limit);
+      limits.push_back(solver::queue.limit);
       close();
-      limits.push_back(solver.queue.limit);
+      limits.push_back(solver::queue.limit);
       close();
-      limits.push_back(solver.queue.limit);
+      limits.push_back(solver::queue.limit);
     }
     const int label = cs_saveContext();
     cs_saveContext();
     cs_restoreContextUntil(label);
-    limits.push_back(solver.queue.limit);
+    limits.push_back(solver::queue.limit);
     return true;
   };
   cs_saveContext();
@@ -329,14 +329,14 @@ TEST_F(ContextTest, TheLimitFollowsTheContexts) {
 
 TEST_F(ContextTest, AllFormsTakeTheLimitOfTheOldestContext) {
   for (const auto close : {cs_restoreAll, cs_acceptAll}) {
-    solver.queue.limit = 7;
+    solver::queue.limit = 7;
     cs_saveContext();
     cs_saveContext();
-    EXPECT_EQ(solver.queue.limit, 0U);
+    EXPECT_EQ(solver::queue.limit, 0U);
     close();
-    EXPECT_EQ(solver.queue.limit, 7U);
+    EXPECT_EQ(solver::queue.limit, 7U);
   }
-  solver.queue.limit = 0;
+  solver::queue.limit = 0;
 }
 
 TEST_F(ContextTest, AMarkThatCannotBeStoredIsReportedAndShowsInTheLabel) {

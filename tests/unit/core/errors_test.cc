@@ -80,9 +80,9 @@ TEST_F(ErrorsTest, ANullHandlerInstallsTheDefaultAndReturnsIt) {
   EXPECT_EQ(cs_setErrHandler(CS_ERR_NOT_INSTANTIATED, nullptr, &object), &printNotInstantiated);
   EXPECT_EQ(cs_setErrHandler(CS_ERR_OVERFLOW, nullptr, &object), &ignoreError);
   EXPECT_EQ(cs_setErrHandler(CS_ERR_MEMORY, nullptr, &object), &abortOnError);
-  EXPECT_EQ(solver.errors.notInstantiated.extra, &object);
-  EXPECT_EQ(solver.errors.overflow.extra, &object);
-  EXPECT_EQ(solver.errors.memory.extra, &object);
+  EXPECT_EQ(solver::errors.notInstantiated.extra, &object);
+  EXPECT_EQ(solver::errors.overflow.extra, &object);
+  EXPECT_EQ(solver::errors.memory.extra, &object);
 }
 
 TEST_F(ErrorsTest, ANullMemoryHandlerAborts) {
@@ -104,9 +104,9 @@ TEST_F(ErrorsTest, AnyOtherCodeChangesNothingAndIsReturned) {
   for (const int code : {5, 0, 1, -4, kIntMax, kIntMin}) {
     EXPECT_EQ(reinterpret_cast<std::intptr_t>(cs_setErrHandler(code, tellAlso, this)), code);
   }
-  EXPECT_EQ(solver.errors.overflow.call, &tell);
-  EXPECT_EQ(solver.errors.overflow.extra, &object);
-  EXPECT_EQ(solver.errors.notInstantiated.call, &printNotInstantiated);
+  EXPECT_EQ(solver::errors.overflow.call, &tell);
+  EXPECT_EQ(solver::errors.overflow.extra, &object);
+  EXPECT_EQ(solver::errors.notInstantiated.call, &printNotInstantiated);
 }
 
 TEST_F(ErrorsTest, TheDefaultHandlerPrintsTheVariableToTheStandardErrorStream) {

@@ -274,7 +274,7 @@ TEST_F(FormatTest, PrintingChangesNoDomain) {
   CSint *v = fromValues({1, 5, 6, 7});
   text("%T", v);
   EXPECT_EQ(values(v), (std::vector<int>{1, 5, 6, 7}));
-  EXPECT_EQ(solver.trail.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
 }
 
 }  // namespace

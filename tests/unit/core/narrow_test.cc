@@ -23,7 +23,7 @@ class NarrowTest : public SolverTest {
   // The trail records of v, oldest first.
   static std::vector<Noted> noted(const CSint *v) {
     std::vector<Noted> result;
-    solver.trail.forEach([&](const TrailRecord &record) {
+    solver::trail.forEach([&](const TrailRecord &record) {
       if (record.kind != TrailKind::kBuffer && record.variable == v)
         result.push_back({record.kind, record.value, record.oldCount});
     });
@@ -386,7 +386,7 @@ TEST_F(NarrowTest, EveryOperationFailsUnchangedWhenTheTrailCannotGrow) {
 TEST_F(NarrowTest, BindingFailsUnchangedWhenOnlyTheSecondNoteFindsNoRoom) {
   fillTrail();
   // One slot becomes free in the last block.
-  solver.trail.pop();
+  solver::trail.pop();
   const AllocationRule none(refuseAll());
   EXPECT_FALSE(bindValue(interval, 5));
   EXPECT_EQ(memoryReports, 1);

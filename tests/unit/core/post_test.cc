@@ -56,7 +56,7 @@ TEST_F(PostTest, OnlyRecordsThatNeedItAreDestroyed) {
 TEST_F(PostTest, APostingNamesItsSiteAndAsksTheLocator) {
   static int asked;
   asked = 0;
-  solver.ports.locator.text = [](void *) -> const char * {
+  solver::ports.locator.text = [](void *) -> const char * {
     ++asked;
     return "main.c:7";
   };
@@ -192,13 +192,13 @@ TEST_F(PostTest, AfterTheFirstFailureNothingIsTriedAnyMore) {
 }
 
 TEST_F(PostTest, ABufferIsKeptOnTheTrailUnlessThePostingHasFailed) {
-  const int records = solver.trail.count();
+  const int records = solver::trail.count();
   {
     Posting posting{"buffer"};
     posting.keepOnTrail(Shared<int>(3));
     EXPECT_TRUE(posting);
   }
-  EXPECT_EQ(solver.trail.count(), records + 1);
+  EXPECT_EQ(solver::trail.count(), records + 1);
   {
     Posting posting{"buffer"};
     posting.keepOnTrail(Shared<int>());
@@ -206,7 +206,7 @@ TEST_F(PostTest, ABufferIsKeptOnTheTrailUnlessThePostingHasFailed) {
     posting.keepOnTrail(Shared<int>(3));
     EXPECT_FALSE(posting);
   }
-  EXPECT_EQ(solver.trail.count(), records + 1);
+  EXPECT_EQ(solver::trail.count(), records + 1);
 }
 
 TEST_F(PostTest, ABufferThatTheTrailRefusesFailsThePosting) {

@@ -28,7 +28,7 @@ TEST_F(PrivateVariableTest, IsAFreshIntervalThatTheHostDoesNotSee) {
   EXPECT_EQ(variables[0]->constraints, nullptr);
   EXPECT_EQ(cs_getName(variables[0]), nullptr);
   EXPECT_TRUE(cs_isInstantiated(variables[1]));
-  EXPECT_EQ(solver.variables.count(), 0);
+  EXPECT_EQ(solver::variables.count(), 0);
 }
 
 TEST_F(PrivateVariableTest, StaysAtItsAddressWhenTheArrayIsMovedOrCopied) {
@@ -51,9 +51,9 @@ TEST_F(PrivateVariableTest, SetUpRemovalsStayWhenAContextIsRestored) {
   const PrivateVariables variables(1);
   variables.init(0, 0, 5);
   cs_saveContext();
-  const int trailed = solver.trail.count();
+  const int trailed = solver::trail.count();
   for (const int value : {0, 3, 5, 3, 9}) EXPECT_TRUE(removeValueNoTrail(variables[0], value));
-  EXPECT_EQ(solver.trail.count(), trailed);
+  EXPECT_EQ(solver::trail.count(), trailed);
   cs_restoreContext();
   EXPECT_EQ(test::values(variables[0]), (std::vector<int>{1, 2, 4}));
   EXPECT_EQ(variables[0]->count, 3);

@@ -44,8 +44,8 @@ TEST_F(QueueFailureTest, TheQueueIsEmptiedAndALaterChangeStartsAFreshRun) {
   ASSERT_TRUE(watch(journal, 1, {x}) && watch(journal, 2, {y}));
   journal.reactions[1] = [&](const Call &) { return narrowMin(y, 1) && narrowMax(y, 9) && false; };
   EXPECT_FALSE(narrowMin(x, 1));
-  EXPECT_EQ(solver.queue.head, nullptr);
-  EXPECT_EQ(solver.queue.depth, 0U);
+  EXPECT_EQ(solver::queue.head, nullptr);
+  EXPECT_EQ(solver::queue.depth, 0U);
   journal.calls.clear();
   EXPECT_TRUE(removeValue(y, 5));
   EXPECT_EQ(journal.calls, (std::vector<Call>{{2, y, kRemoved, 5, 5, 0}}));
@@ -55,11 +55,11 @@ TEST_F(QueueFailureTest, RecordsOfAFailedRunAreRecycled) {
   ASSERT_TRUE(watch(journal, 1, {x}) && watch(journal, 2, {y}));
   journal.reactions[1] = [&](const Call &) { return removeValue(y, 5) && removeValue(y, 6) && false; };
   EXPECT_FALSE(narrowMin(x, 1));
-  const int records = solver.events.count();
+  const int records = solver::events.count();
   EXPECT_EQ(records, 3);
   journal.reactions[1] = [&](const Call &) { return removeValue(y, 7) && removeValue(y, 8) && false; };
   EXPECT_FALSE(narrowMin(x, 2));
-  EXPECT_EQ(solver.events.count(), records);
+  EXPECT_EQ(solver::events.count(), records);
 }
 
 TEST_F(QueueFailureTest, NothingIsUndoneAndTheErrorCodeIsUntouched) {
@@ -74,9 +74,9 @@ TEST_F(QueueFailureTest, NothingIsUndoneAndTheErrorCodeIsUntouched) {
 TEST_F(QueueFailureTest, TheFailureCountIsSetBackByTheOutermostChange) {
   ASSERT_TRUE(watch(journal, 1, {x}));
   fails(1);
-  solver.queue.failures = 5;
+  solver::queue.failures = 5;
   EXPECT_FALSE(narrowMin(x, 1));
-  EXPECT_EQ(solver.queue.failures, 5);
+  EXPECT_EQ(solver::queue.failures, 5);
 }
 
 TEST_F(QueueFailureTest, AFailureOfADeferredChangeShowsAtTheOutermostOneOnly) {
@@ -149,7 +149,7 @@ TEST_F(QueueFailureTest, TheResultOfAListenerIsIgnored) {
   fails(9);
   EXPECT_FALSE(narrowMin(x, 3));
   EXPECT_EQ(journal.watchers(), (std::vector<int>{1, 9, 8})) << "a false listener does not stop the next one";
-  EXPECT_EQ(solver.queue.failures, 0);
+  EXPECT_EQ(solver::queue.failures, 0);
 }
 
 TEST_F(QueueFailureTest, OtherConstraintsOfTheListenersListAreNotCalled) {
@@ -166,7 +166,7 @@ TEST_F(QueueFailureTest, ChangesMadeByAListenerAreQueuedAndDroppedWithTheRest) {
   EXPECT_FALSE(narrowMin(x, 3));
   EXPECT_EQ(journal.watchers(), (std::vector<int>{1, 8}));
   EXPECT_EQ(cs_getMin(y), 5);
-  EXPECT_EQ(solver.queue.head, nullptr);
+  EXPECT_EQ(solver::queue.head, nullptr);
 }
 
 TEST_F(QueueFailureTest, EveryEventCodeReachesListenersWithItsArguments) {

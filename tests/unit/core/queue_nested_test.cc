@@ -31,11 +31,11 @@ TEST_F(QueueNestedTest, InsideAContextOpenedByAHandlerAChangePropagatesAtOnce) {
   std::vector<int> duringHandler;
   journal.reactions[1] = [&](const Call &) {
     cs_saveContext();
-    EXPECT_EQ(solver.queue.limit, 1U);
+    EXPECT_EQ(solver::queue.limit, 1U);
     EXPECT_TRUE(narrowMin(y, 1));
     duringHandler = journal.watchers();
     cs_restoreContext();
-    EXPECT_EQ(solver.queue.limit, 0U);
+    EXPECT_EQ(solver::queue.limit, 0U);
     return true;
   };
   EXPECT_TRUE(narrowMin(x, 1));
@@ -55,7 +55,7 @@ TEST_F(QueueNestedTest, ANestedFailureShowsAtTheInnerChangeAndNotAtTheOuter) {
   };
   EXPECT_TRUE(narrowMin(x, 1));
   EXPECT_FALSE(inner);
-  EXPECT_EQ(solver.queue.failures, 0);
+  EXPECT_EQ(solver::queue.failures, 0);
 }
 
 TEST_F(QueueNestedTest, AfterTheContextIsClosedChangesWaitAgain) {
@@ -83,7 +83,7 @@ TEST_F(QueueNestedTest, AHandlerOfTheNestedRunOnlyQueuesItsChanges) {
   };
   std::size_t inNested = 0;
   journal.reactions[2] = [&](const Call &) {
-    EXPECT_EQ(solver.queue.depth, 2U);
+    EXPECT_EQ(solver::queue.depth, 2U);
     EXPECT_TRUE(narrowMin(z, 1));
     inNested = journal.calls.size();
     return true;
@@ -115,14 +115,14 @@ TEST_F(QueueNestedTest, AFailureWhileSavingIsNotReportedButCounted) {
   journal.reactions[1] = [&](const Call &) {
     EXPECT_TRUE(narrowMin(y, 1));
     label = cs_saveContext();
-    failures = solver.queue.failures;
+    failures = solver::queue.failures;
     cs_restoreContext();
     return true;
   };
   EXPECT_FALSE(narrowMin(x, 1)) << "the outermost change sees that the count has grown";
   EXPECT_EQ(label, 1);
   EXPECT_EQ(failures, 1);
-  EXPECT_EQ(solver.queue.failures, 0);
+  EXPECT_EQ(solver::queue.failures, 0);
 }
 
 TEST_F(QueueNestedTest, EveryFailureWhileSavingIsCounted) {
@@ -132,14 +132,14 @@ TEST_F(QueueNestedTest, EveryFailureWhileSavingIsCounted) {
     for (const int bound : {1, 2, 3}) {
       EXPECT_TRUE(narrowMin(y, bound));
       cs_saveContext();
-      counts.push_back(solver.queue.failures);
+      counts.push_back(solver::queue.failures);
       cs_restoreContext();
     }
     return true;
   };
   EXPECT_FALSE(narrowMin(x, 1));
   EXPECT_EQ(counts, (std::vector<int>{1, 2, 3}));
-  EXPECT_EQ(solver.queue.failures, 0);
+  EXPECT_EQ(solver::queue.failures, 0);
 }
 
 TEST_F(QueueNestedTest, AFailureWhileSavingDoesNotEndTheOuterWalk) {
@@ -173,7 +173,7 @@ TEST_F(QueueNestedTest, ADrainAtTopLevelFindsNothingQueued) {
   journal.calls.clear();
   cs_saveContext();
   EXPECT_TRUE(journal.calls.empty());
-  EXPECT_EQ(solver.queue.limit, 0U);
+  EXPECT_EQ(solver::queue.limit, 0U);
 }
 
 TEST_F(QueueNestedTest, ANestedRunKeepsAListenerOfItsOwn) {

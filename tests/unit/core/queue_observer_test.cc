@@ -37,11 +37,11 @@ class QueueObserverTest : public SolverTest {
     SolverTest::SetUp();
     x = cs_createCSint(0, 99);
     y = cs_createCSint(0, 99);
-    solver.ports.add(&observer);
+    solver::ports.add(&observer);
   }
   void enable(bool enabled) {
     observer.enabled = enabled;
-    solver.ports.refreshProfiling();
+    solver::ports.refreshProfiling();
   }
   static void note(void *argument, bool consistent, CSint *variable, int code, Site *site) {
     static_cast<std::vector<Seen> *>(argument)->push_back({consistent, variable, code, site->name()});
@@ -96,7 +96,7 @@ TEST_F(QueueObserverTest, TheFailureNoteFindsAnEmptyQueueAndTheFailureCounted) {
   } state;
   observer.argument = &state;
   observer.notify = [](void *argument, bool, CSint *, int, Site *) {
-    *static_cast<State *>(argument) = {solver.queue.depth, solver.queue.failures, solver.queue.head == nullptr};
+    *static_cast<State *>(argument) = {solver::queue.depth, solver::queue.failures, solver::queue.head == nullptr};
   };
   EXPECT_FALSE(narrowMin(x, 1));
   EXPECT_EQ(state.depth, 0U);
@@ -180,11 +180,11 @@ TEST_F(QueueObserverTest, AListenerThatSwitchesProfilingOnHasTheFailureNoted) {
 }
 
 TEST_F(QueueObserverTest, TheFailingSiteOutlivesAConstraintThatTheFailingHandlerDetached) {
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   auto life = std::make_shared<int>(0);
   ASSERT_TRUE(watch(journal, 1, {x}, {.name = "culprit"}, life));
   journal.reactions[1] = [&](const Call &) {
-    solver.trail.undoTo(mark);
+    solver::trail.undoTo(mark);
     return false;
   };
   EXPECT_FALSE(narrowMin(x, 1));

@@ -200,9 +200,9 @@ TEST_F(QueueTest, ARemovalThatIsNoLongerInsideTheBoundsIsSkipped) {
 TEST_F(QueueTest, ARemovalWhoseValueHasBecomeABoundAgainIsSkipped) {
   ASSERT_TRUE(watch(journal, 1, {x}) && watch(journal, 2, {y}));
   once(1, [&] {
-    const int mark = solver.trail.count();
+    const int mark = solver::trail.count();
     if (!removeValue(y, 30) || !removeValue(y, 60)) return false;
-    solver.trail.undoTo(mark);
+    solver::trail.undoTo(mark);
     return narrowMin(y, 30) && narrowMax(y, 60);
   });
   EXPECT_TRUE(narrowMin(x, 1));
@@ -238,7 +238,7 @@ TEST_F(QueueTest, RestoringPutsTheReportedBoundsBack) {
 TEST_F(QueueTest, EventRecordsAreRecycled) {
   ASSERT_TRUE(watch(journal, 1, {x}));
   for (int bound = 1; bound < 50; ++bound) ASSERT_TRUE(narrowMin(x, bound));
-  EXPECT_EQ(solver.events.count(), 1);
+  EXPECT_EQ(solver::events.count(), 1);
 }
 
 TEST_F(QueueTest, AnEventThatCannotBeStoredFailsTheChangeAndIsReportedOnce) {

@@ -83,12 +83,12 @@ TEST_F(SiteTest, APosterTakesTheAddressThatItsFunctionReturnsTo) {
 
 TEST_F(SiteTest, PlacesAreComparedByTheirText) {
   const void *nowhere = reinterpret_cast<const void *>(16);
-  Site *found = solver.sites.find(parent, {"n", nullptr}, nullptr);
-  EXPECT_EQ(solver.sites.find(parent, {"n", nullptr}, nullptr), found);
-  EXPECT_EQ(solver.sites.find(parent, {"n", nowhere}, nullptr), found);
-  EXPECT_EQ(solver.sites.find(parent, "n", kUnknownPlace), found);
-  EXPECT_NE(solver.sites.find(parent, {"n", __builtin_return_address(0)}, nullptr), found);
-  EXPECT_NE(solver.sites.find(parent, "n", ""), found);
+  Site *found = solver::sites.find(parent, {"n", nullptr}, nullptr);
+  EXPECT_EQ(solver::sites.find(parent, {"n", nullptr}, nullptr), found);
+  EXPECT_EQ(solver::sites.find(parent, {"n", nowhere}, nullptr), found);
+  EXPECT_EQ(solver::sites.find(parent, "n", kUnknownPlace), found);
+  EXPECT_NE(solver::sites.find(parent, {"n", __builtin_return_address(0)}, nullptr), found);
+  EXPECT_NE(solver::sites.find(parent, "n", ""), found);
 }
 
 TEST_F(SiteTest, ReleasingDropsOneReferenceAtATime) {
@@ -119,7 +119,7 @@ TEST_F(SiteTest, TheHashCombinesParentTextAndName) {
 }
 
 TEST_F(SiteTest, AMissMakesASiteThatTheTableHoldsAndCountsTheParent) {
-  Site *site = solver.sites.find(parent, "cs_EQ", "there");
+  Site *site = solver::sites.find(parent, "cs_EQ", "there");
   ASSERT_NE(site, nullptr);
   EXPECT_STREQ(site->name(), "cs_EQ");
   EXPECT_STREQ(site->text(), "there");
@@ -128,10 +128,10 @@ TEST_F(SiteTest, AMissMakesASiteThatTheTableHoldsAndCountsTheParent) {
 }
 
 TEST_F(SiteTest, AHitReturnsTheStoredSiteAndCountsNothing) {
-  Site *site = solver.sites.find(parent, "cs_EQ", "there");
+  Site *site = solver::sites.find(parent, "cs_EQ", "there");
   const AllocationRule counted(allowAll());
   // Texts are compared, not pointers.
-  EXPECT_EQ(solver.sites.find(parent, std::string("cs_EQ").c_str(), std::string("there").c_str()), site);
+  EXPECT_EQ(solver::sites.find(parent, std::string("cs_EQ").c_str(), std::string("there").c_str()), site);
   EXPECT_EQ(AllocationRule::count(), 0);
   EXPECT_EQ(site->references, 1);
   EXPECT_EQ(parent->references, 2);
@@ -140,11 +140,11 @@ TEST_F(SiteTest, AHitReturnsTheStoredSiteAndCountsNothing) {
 TEST_F(SiteTest, EveryPartOfTheKeyTellsSitesApart) {
   Site *other = Site::create("parent", "here");
   other->references = 1;
-  Site *site = solver.sites.find(parent, "cs_EQ", "there");
-  EXPECT_NE(solver.sites.find(parent, "cs_NEQ", "there"), site);
-  EXPECT_NE(solver.sites.find(parent, "cs_EQ", "elsewhere"), site);
-  EXPECT_NE(solver.sites.find(parent, "cs_EQ", ""), site);
-  EXPECT_NE(solver.sites.find(other, "cs_EQ", "there"), site);
+  Site *site = solver::sites.find(parent, "cs_EQ", "there");
+  EXPECT_NE(solver::sites.find(parent, "cs_NEQ", "there"), site);
+  EXPECT_NE(solver::sites.find(parent, "cs_EQ", "elsewhere"), site);
+  EXPECT_NE(solver::sites.find(parent, "cs_EQ", ""), site);
+  EXPECT_NE(solver::sites.find(other, "cs_EQ", "there"), site);
   EXPECT_EQ(parent->references, 5);
   EXPECT_EQ(other->references, 2);
   Site::release(other);
@@ -154,16 +154,16 @@ TEST_F(SiteTest, KeysThatShareABucketAreToldApart) {
   std::vector<Site *> sites;
   std::vector<std::string> texts;
   for (int i = 0; i < 500; ++i) texts.push_back("place " + std::to_string(i));
-  for (const std::string &text : texts) sites.push_back(solver.sites.find(parent, "cs_EQ", text.c_str()));
+  for (const std::string &text : texts) sites.push_back(solver::sites.find(parent, "cs_EQ", text.c_str()));
   EXPECT_EQ(parent->references, 501);
   for (std::size_t i = 0; i < texts.size(); ++i) {
     EXPECT_EQ(sites[i]->text(), texts[i]);
-    EXPECT_EQ(solver.sites.find(parent, "cs_EQ", texts[i].c_str()), sites[i]);
+    EXPECT_EQ(solver::sites.find(parent, "cs_EQ", texts[i].c_str()), sites[i]);
   }
 }
 
 TEST_F(SiteTest, WithoutAParentThereIsNoSite) {
-  EXPECT_EQ(solver.sites.find(nullptr, "cs_EQ", "there"), nullptr);
+  EXPECT_EQ(solver::sites.find(nullptr, "cs_EQ", "there"), nullptr);
   EXPECT_EQ(memoryReports, 0);
 }
 
@@ -182,11 +182,11 @@ TEST_F(SiteTest, AMissThatMemoryRefusesIsNullLeavesNothingAndIsReportedOnce) {
   for (const int refused : {0, 1}) {
     memoryReports = 0;
     const AllocationRule rule(refuseOnly(refused));
-    EXPECT_EQ(solver.sites.find(parent, "cs_EQ", "there"), nullptr);
+    EXPECT_EQ(solver::sites.find(parent, "cs_EQ", "there"), nullptr);
     EXPECT_EQ(memoryReports, 1);
     EXPECT_EQ(parent->references, 1);
   }
-  EXPECT_NE(solver.sites.find(parent, "cs_EQ", "there"), nullptr);
+  EXPECT_NE(solver::sites.find(parent, "cs_EQ", "there"), nullptr);
 }
 
 }  // namespace

@@ -33,13 +33,13 @@ TEST_F(SolverLifecycleTest, InitBuildsFourStacksOfOneBlockAndTheSiteTable) {
     cs_init();
     EXPECT_EQ(AllocationRule::count(), 5);
   }
-  EXPECT_TRUE(solver.initialised);
+  EXPECT_TRUE(solver::initialised);
   EXPECT_EQ(cs_getErr(), CS_ERR_NONE);
-  EXPECT_EQ(solver.variables.blockCount(), 1);
-  EXPECT_EQ(solver.trail.blockCount(), 1);
-  EXPECT_EQ(solver.contexts.blockCount(), 1);
-  EXPECT_EQ(solver.events.blockCount(), 1);
-  EXPECT_EQ(solver.variables.count() + solver.trail.count() + solver.contexts.count() + solver.events.count(), 0);
+  EXPECT_EQ(solver::variables.blockCount(), 1);
+  EXPECT_EQ(solver::trail.blockCount(), 1);
+  EXPECT_EQ(solver::contexts.blockCount(), 1);
+  EXPECT_EQ(solver::events.blockCount(), 1);
+  EXPECT_EQ(solver::variables.count() + solver::trail.count() + solver::contexts.count() + solver::events.count(), 0);
 }
 
 TEST_F(SolverLifecycleTest, ASecondInitKeepsVariablesConstraintsAndContexts) {
@@ -74,9 +74,9 @@ TEST_F(SolverLifecycleTest, ASecondInitResetsTheHandlers) {
   cs_init();
   reportOverflow();
   EXPECT_EQ(calls, 0);
-  EXPECT_EQ(solver.errors.overflow.extra, nullptr);
-  EXPECT_EQ(solver.errors.notInstantiated.call, printNotInstantiated);
-  EXPECT_EQ(solver.errors.notInstantiated.extra, nullptr);
+  EXPECT_EQ(solver::errors.overflow.extra, nullptr);
+  EXPECT_EQ(solver::errors.notInstantiated.call, printNotInstantiated);
+  EXPECT_EQ(solver::errors.notInstantiated.extra, nullptr);
 }
 
 TEST_F(SolverLifecycleTest, EndWithoutInitOrTwiceDoesNothing) {
@@ -86,7 +86,7 @@ TEST_F(SolverLifecycleTest, EndWithoutInitOrTwiceDoesNothing) {
   cs_setErr(-7);
   cs_end();
   EXPECT_EQ(cs_getErr(), -7);
-  EXPECT_FALSE(solver.initialised);
+  EXPECT_FALSE(solver::initialised);
 }
 
 TEST_F(SolverLifecycleTest, TheSolverCanBeStartedAgainAfterItsEnd) {
@@ -106,12 +106,12 @@ TEST_F(SolverLifecycleTest, EndingClearsTheWholeState) {
   CSint *x = cs_createNamedCSint(0, 9, "x");
   ASSERT_TRUE(watch(journal, 1, {x}) && removeValue(x, 5));
   cs_saveContext();
-  solver.userSite = x->constraints->constraint->site;
+  solver::userSite = x->constraints->constraint->site;
   cs_end();
-  EXPECT_EQ(solver.userSite, nullptr);
-  EXPECT_EQ(solver.queue.free, nullptr);
-  EXPECT_FALSE(solver.variables.created() || solver.trail.created() || solver.contexts.created() ||
-               solver.events.created());
+  EXPECT_EQ(solver::userSite, nullptr);
+  EXPECT_EQ(solver::queue.free, nullptr);
+  EXPECT_FALSE(solver::variables.created() || solver::trail.created() || solver::contexts.created() ||
+               solver::events.created());
 }
 
 TEST_F(SolverLifecycleTest, EndingAfterManyBlocksFreesThemAll) {
@@ -122,7 +122,7 @@ TEST_F(SolverLifecycleTest, EndingAfterManyBlocksFreesThemAll) {
     cs_saveContext();
   }
   cs_end();
-  EXPECT_FALSE(solver.initialised);
+  EXPECT_FALSE(solver::initialised);
 }
 
 // ----- the order of the end
@@ -150,19 +150,19 @@ TEST_F(SolverLifecycleTest, ObserversAreReleasedAfterTheLocatorAndBeforeTheVaria
     auto *seen = static_cast<Ending *>(argument);
     ++seen->released;
     seen->locatorGone = locatorResets == 1;
-    seen->variablesStand = solver.variables.count() == 1;
+    seen->variablesStand = solver::variables.count() == 1;
     seen->recordAlive = !seen->record.expired();
   };
   Observer observer{[](void *, bool, CSint *, int, Site *) {}, release, &ending, true, nullptr};
-  solver.ports.add(&observer);
-  solver.ports.locator.reset = [] { ++locatorResets; };
+  solver::ports.add(&observer);
+  solver::ports.locator.reset = [] { ++locatorResets; };
   cs_end();
   EXPECT_EQ(ending.released, 1);
   EXPECT_TRUE(ending.locatorGone);
   EXPECT_TRUE(ending.variablesStand);
   EXPECT_TRUE(ending.recordAlive);
   EXPECT_TRUE(ending.record.expired());
-  EXPECT_FALSE(solver.ports.profiling);
+  EXPECT_FALSE(solver::ports.profiling);
 }
 
 // ----- a start that fails
@@ -175,18 +175,18 @@ TEST_F(SolverLifecycleTest, AFailureAtAnyStackLeavesTheSolverUninitialisedAndThe
       EXPECT_EQ(AllocationRule::count(), refused + 1) << "it stops at once";
     }
     EXPECT_EQ(cs_getErr(), CS_ERR_MEMORY);
-    EXPECT_FALSE(solver.initialised);
-    EXPECT_EQ(solver.variables.created(), refused > 0);
-    EXPECT_EQ(solver.trail.created(), refused > 1);
-    EXPECT_EQ(solver.contexts.created(), refused > 2);
-    EXPECT_FALSE(solver.events.created());
+    EXPECT_FALSE(solver::initialised);
+    EXPECT_EQ(solver::variables.created(), refused > 0);
+    EXPECT_EQ(solver::trail.created(), refused > 1);
+    EXPECT_EQ(solver::contexts.created(), refused > 2);
+    EXPECT_FALSE(solver::events.created());
     {
       const AllocationRule counted(allowAll());
       cs_init();
       EXPECT_EQ(AllocationRule::count(), 5 - refused) << "what was built is taken over";
     }
     EXPECT_EQ(cs_getErr(), CS_ERR_NONE);
-    EXPECT_TRUE(solver.initialised);
+    EXPECT_TRUE(solver::initialised);
     EXPECT_NE(cs_createCSint(0, 1), nullptr);
     cs_end();
   }
@@ -206,9 +206,9 @@ TEST_F(SolverLifecycleTest, EndAfterAFailedInitDoesNothing) {
     cs_init();
   }
   cs_end();
-  EXPECT_TRUE(solver.variables.created() && solver.trail.created());
+  EXPECT_TRUE(solver::variables.created() && solver::trail.created());
   cs_init();
-  EXPECT_TRUE(solver.initialised);
+  EXPECT_TRUE(solver::initialised);
 }
 
 TEST_F(SolverLifecycleTest, AfterAFailedInitNothingIsCreatedOnTheStacksThatWereBuilt) {
@@ -223,8 +223,8 @@ TEST_F(SolverLifecycleTest, AfterAFailedInitNothingIsCreatedOnTheStacksThatWereB
   cs_backtrackExt(nullptr, 1, nullptr);
   cs_init();
   EXPECT_EQ(cs_saveContext(), 1);
-  EXPECT_EQ(solver.trail.count(), 0);
-  EXPECT_EQ(solver.variables.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
+  EXPECT_EQ(solver::variables.count(), 0);
 }
 
 TEST_F(SolverLifecycleTest, ARefusedSiteTableIsRecordedAndTheStartCompletes) {
@@ -232,11 +232,11 @@ TEST_F(SolverLifecycleTest, ARefusedSiteTableIsRecordedAndTheStartCompletes) {
     const AllocationRule rule(refuseOnly(4));
     cs_init();
   }
-  EXPECT_TRUE(solver.initialised);
+  EXPECT_TRUE(solver::initialised);
   EXPECT_EQ(cs_getErr(), CS_ERR_MEMORY);
-  EXPECT_EQ(solver.errors.memory.call, abortOnError);
+  EXPECT_EQ(solver::errors.memory.call, abortOnError);
   Site *parent = Site::create("parent", "");
-  EXPECT_EQ(solver.sites.find(parent, "cs_EQ", ""), nullptr);
+  EXPECT_EQ(solver::sites.find(parent, "cs_EQ", ""), nullptr);
   Site::release(parent);
   EXPECT_TRUE(narrowMin(cs_createCSint(0, 9), 3));
 }
@@ -253,7 +253,7 @@ TEST_F(SolverLifecycleTest, HandlersOutliveTheEndAndNotTheNextInit) {
   cs_init();
   reportOverflow();
   EXPECT_EQ(calls, 2);
-  EXPECT_EQ(solver.errors.memory.call, abortOnError);
+  EXPECT_EQ(solver::errors.memory.call, abortOnError);
 }
 
 TEST_F(SolverLifecycleTest, ASuccessfulInitInstallsAbortForExhaustedMemory) {

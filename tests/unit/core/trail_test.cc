@@ -33,7 +33,7 @@ class TrailTest : public SolverTest {
     x = cs_createCSint(0, 9);
   }
   static void push(TrailKind kind, CSint *v, int value, int oldCount) {
-    TrailRecord *record = solver.trail.push();
+    TrailRecord *record = solver::trail.push();
     record->variable = v;
     record->kind = kind;
     record->value = value;
@@ -58,9 +58,9 @@ TEST_F(TrailTest, TheKindNumbersAreTheFixedOnes) {
 
 TEST_F(TrailTest, NotesHoldTheStateBeforeTheChange) {
   set(x, 2, 7);
-  ASSERT_TRUE(solver.trail.noteMin(x) && solver.trail.noteMax(x) && solver.trail.noteRemoved(x, 5));
+  ASSERT_TRUE(solver::trail.noteMin(x) && solver::trail.noteMax(x) && solver::trail.noteRemoved(x, 5));
   std::vector<std::vector<int>> records;
-  solver.trail.forEach([&](const TrailRecord &record) {
+  solver::trail.forEach([&](const TrailRecord &record) {
     EXPECT_EQ(record.variable, x);
     records.push_back({static_cast<int>(record.kind), record.value, record.oldCount});
   });
@@ -71,7 +71,7 @@ TEST_F(TrailTest, UndoingAMinimumRestoresItTheReportedMinimumAndTheCount) {
   for (const TrailKind kind : {TrailKind::kMin, TrailKind::kMinReserved}) {
     set(x, 5, 9);
     push(kind, x, 1, 9);
-    solver.trail.undoTo(0);
+    solver::trail.undoTo(0);
     EXPECT_EQ(x->min, 1);
     EXPECT_EQ(x->reportedMin, 1);
     EXPECT_EQ(x->count, 9);
@@ -83,7 +83,7 @@ TEST_F(TrailTest, UndoingAMaximumRestoresItTheReportedMaximumAndTheCount) {
   for (const TrailKind kind : {TrailKind::kMax, TrailKind::kMaxReserved}) {
     set(x, 0, 4);
     push(kind, x, 8, 9);
-    solver.trail.undoTo(0);
+    solver::trail.undoTo(0);
     EXPECT_EQ(x->max, 8);
     EXPECT_EQ(x->reportedMax, 8);
     EXPECT_EQ(x->count, 9);
@@ -94,10 +94,10 @@ TEST_F(TrailTest, UndoingAMaximumRestoresItTheReportedMaximumAndTheCount) {
 TEST_F(TrailTest, TheReservedKindsUndoNothing) {
   push(TrailKind::kReserved, x, 3, 4);
   push(TrailKind::kReservedToo, x, 3, 4);
-  solver.trail.undoTo(0);
+  solver::trail.undoTo(0);
   EXPECT_EQ(values(x).size(), 10U);
   EXPECT_EQ(x->count, 10);
-  EXPECT_EQ(solver.trail.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
 }
 
 TEST_F(TrailTest, UndoingARemovalSetsTheBitAndTheCountAgain) {
@@ -105,7 +105,7 @@ TEST_F(TrailTest, UndoingARemovalSetsTheBitAndTheCountAgain) {
   v->bits->clear(2);
   v->count = 2;
   push(TrailKind::kRemoved, v, 2, 3);
-  solver.trail.undoTo(0);
+  solver::trail.undoTo(0);
   EXPECT_EQ(values(v), (std::vector<int>{1, 2, 3}));
   EXPECT_EQ(v->count, 3);
 }
@@ -113,14 +113,14 @@ TEST_F(TrailTest, UndoingARemovalSetsTheBitAndTheCountAgain) {
 TEST_F(TrailTest, UndoingARemovalOutsideTheBitsSetsTheCountOnly) {
   CSint *v = fromValues({1, 3});
   for (const int value : {0, 4, kIntMin, kIntMax}) push(TrailKind::kRemoved, v, value, 2);
-  solver.trail.undoTo(0);
+  solver::trail.undoTo(0);
   EXPECT_EQ(values(v), (std::vector<int>{1, 3}));
 }
 
 TEST_F(TrailTest, UndoingARemovalWithoutBitsSetsTheCountOnly) {
   x->count = 9;
   push(TrailKind::kRemoved, x, 5, 10);
-  solver.trail.undoTo(0);
+  solver::trail.undoTo(0);
   EXPECT_EQ(x->count, 10);
   EXPECT_EQ(x->bits, nullptr);
 }
@@ -128,25 +128,25 @@ TEST_F(TrailTest, UndoingARemovalWithoutBitsSetsTheCountOnly) {
 TEST_F(TrailTest, UndoingAnAttachmentDetachesTheNewestEntry) {
   Journal journal;
   ASSERT_TRUE(watch(journal, 1, {x}));
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(watch(journal, 2, {x}));
-  solver.trail.undoTo(mark);
+  solver::trail.undoTo(mark);
   EXPECT_TRUE(narrowMin(x, 1));
   EXPECT_EQ(journal.watchers(), (std::vector<int>{1}));
 }
 
 TEST_F(TrailTest, UndoingAnAttachmentOfAnEmptyListDoesNothing) {
   push(TrailKind::kAttached, x, 0, 10);
-  solver.trail.undoTo(0);
+  solver::trail.undoTo(0);
   EXPECT_EQ(x->constraints, nullptr);
-  EXPECT_EQ(solver.trail.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
 }
 
 TEST_F(TrailTest, UndoGoesNewestFirstDownToTheMark) {
   ASSERT_TRUE(narrowMin(x, 2));
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_TRUE(narrowMin(x, 4) && removeValue(x, 6) && narrowMax(x, 7) && bindValue(x, 5));
-  solver.trail.undoTo(mark);
+  solver::trail.undoTo(mark);
   EXPECT_EQ(values(x), (std::vector<int>{2, 3, 4, 5, 6, 7, 8, 9}));
   EXPECT_EQ(cs_getNbElements(x), 8);
 }
@@ -154,8 +154,8 @@ TEST_F(TrailTest, UndoGoesNewestFirstDownToTheMark) {
 TEST_F(TrailTest, DiscardingKeepsTheChanges) {
   ASSERT_TRUE(narrowMin(x, 4) && removeValue(x, 6));
   cs_backtrack(x, 1, note);
-  solver.trail.discardTo(0);
-  EXPECT_EQ(solver.trail.count(), 0);
+  solver::trail.discardTo(0);
+  EXPECT_EQ(solver::trail.count(), 0);
   EXPECT_EQ(values(x), (std::vector<int>{4, 5, 7, 8, 9}));
   EXPECT_TRUE(backtracked.empty());
 }
@@ -169,19 +169,19 @@ int sharesOf(const Shared<int> &buffer) {
 TEST_F(TrailTest, DiscardingDropsTheSharesOfItsBuffersOnly) {
   const Shared<int> outer(1);
   const Shared<int> inner(1);
-  ASSERT_TRUE(solver.trail.noteBuffer(outer.share()));
+  ASSERT_TRUE(solver::trail.noteBuffer(outer.share()));
   for (int i = 0; i < 3000; ++i) cs_backtrack(x, i, note);
-  const int mark = solver.trail.count();
-  ASSERT_TRUE(narrowMin(x, 1) && solver.trail.noteBuffer(inner.share()) && narrowMin(x, 2));
+  const int mark = solver::trail.count();
+  ASSERT_TRUE(narrowMin(x, 1) && solver::trail.noteBuffer(inner.share()) && narrowMin(x, 2));
   EXPECT_EQ(sharesOf(outer), 2);
   EXPECT_EQ(sharesOf(inner), 2);
-  solver.trail.discardTo(mark);
-  EXPECT_EQ(solver.trail.count(), mark);
+  solver::trail.discardTo(mark);
+  EXPECT_EQ(solver::trail.count(), mark);
   EXPECT_EQ(sharesOf(outer), 2);
   EXPECT_EQ(sharesOf(inner), 1);
-  solver.trail.discardTo(0);
+  solver::trail.discardTo(0);
   EXPECT_EQ(sharesOf(outer), 1);
-  EXPECT_EQ(solver.trail.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
 }
 
 // ----- callbacks
@@ -290,16 +290,16 @@ TEST_F(TrailTest, ACallbackThatCannotBeStoredIsReportedAndNeverCalled) {
 TEST_F(TrailTest, ABufferLosesTheTrailsShareOnRestoreOnAcceptAndAtTheEnd) {
   const Shared<int> buffer(4);
   cs_saveContext();
-  ASSERT_TRUE(solver.trail.noteBuffer(buffer.share()));
+  ASSERT_TRUE(solver::trail.noteBuffer(buffer.share()));
   EXPECT_EQ(sharesOf(buffer), 2);
   cs_restoreContext();
   EXPECT_EQ(sharesOf(buffer), 1);
   cs_saveContext();
-  ASSERT_TRUE(solver.trail.noteBuffer(buffer.share()));
+  ASSERT_TRUE(solver::trail.noteBuffer(buffer.share()));
   cs_acceptContext();
   EXPECT_EQ(sharesOf(buffer), 1);
   cs_saveContext();
-  ASSERT_TRUE(solver.trail.noteBuffer(buffer.share()));
+  ASSERT_TRUE(solver::trail.noteBuffer(buffer.share()));
   cs_forgetSaveContext();
   EXPECT_EQ(sharesOf(buffer), 2) << "forgetting hands the buffer to the enclosing context";
   cs_end();
@@ -311,19 +311,19 @@ TEST_F(TrailTest, ABufferThatCannotBeNotedLosesTheShareAllTheSame) {
   const Shared<int> buffer(4);
   SharedBlock *share = buffer.share();
   const AllocationRule none(refuseAll());
-  EXPECT_FALSE(solver.trail.noteBuffer(share));
+  EXPECT_FALSE(solver::trail.noteBuffer(share));
   EXPECT_EQ(share->owners, 1);
   EXPECT_EQ(memoryReports, 1);
 }
 
 TEST_F(TrailTest, AVariableArrayGoesWithItsContext) {
-  const int before = solver.trail.count();
+  const int before = solver::trail.count();
   for (const auto close : {cs_restoreContext, cs_acceptContext}) {
     cs_saveContext();
     ASSERT_NE(cs_createCSintArray(5, 0, 1), nullptr);
-    EXPECT_EQ(solver.trail.count(), before + 1);
+    EXPECT_EQ(solver::trail.count(), before + 1);
     close();
-    EXPECT_EQ(solver.trail.count(), before);
+    EXPECT_EQ(solver::trail.count(), before);
   }
 }
 
@@ -333,7 +333,7 @@ TEST_F(TrailTest, UndoCrossesBlocks) {
   CSint *wide = cs_createCSint(0, 10000);
   cs_saveContext();
   for (int bound = 1; bound <= 3000; ++bound) ASSERT_TRUE(narrowMin(wide, bound));
-  EXPECT_EQ(solver.trail.blockCount(), 3);
+  EXPECT_EQ(solver::trail.blockCount(), 3);
   cs_restoreContext();
   EXPECT_EQ(cs_getMin(wide), 0);
   EXPECT_EQ(cs_getNbElements(wide), 10001);
@@ -345,7 +345,7 @@ TEST_F(TrailTest, UndoCrossesBlocks) {
 TEST_F(TrailTest, BeforeTheStartACallbackIsDroppedWithoutAReport) {
   cs_end();
   cs_backtrack(nullptr, 1, note);
-  EXPECT_EQ(solver.trail.count(), 0);
+  EXPECT_EQ(solver::trail.count(), 0);
   EXPECT_EQ(memoryReports, 0);
 }
 

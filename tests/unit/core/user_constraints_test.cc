@@ -35,7 +35,7 @@ struct Script {
     told.push_back(what);
     array = tellArray;
     size = tellSize;
-    site = solver.userSite;
+    site = solver::userSite;
     return reaction();
   }
 };
@@ -98,7 +98,7 @@ TEST_F(UserConstraintsTest, AllKnownOfBoundVariablesRunsAtOnceAndAttachesNothing
   EXPECT_TRUE(cs_eventAllKnown(x, 3, allKnown, &script));
   EXPECT_EQ(script.told.size(), 1U);
   EXPECT_NE(script.site, nullptr);
-  EXPECT_EQ(solver.userSite, nullptr);
+  EXPECT_EQ(solver::userSite, nullptr);
   expectNothingPosted();
   script.reaction = [] { return false; };
   EXPECT_FALSE(cs_eventAllKnown(x, 3, allKnown, &script));
@@ -250,7 +250,7 @@ TEST_F(ConflictTest, RunsUnderItsOwnSiteAndHasNoSayInTheOutcome) {
   script.reaction = [] { return true; };
   EXPECT_FALSE(cs_GE(x[0], 4));
   EXPECT_EQ(script.site, siteOf(x[0]));
-  EXPECT_EQ(solver.userSite, nullptr);
+  EXPECT_EQ(solver::userSite, nullptr);
 }
 
 TEST_F(ConflictTest, ASuccessfulPropagationIsNoConflict) {
@@ -328,7 +328,7 @@ TEST_F(UserConstraintsTest, CallbacksNestAndEachHasItsOwnCurrentSite) {
   script.reaction = [&] {
     cs_saveContext();
     const bool consistent = cs_EQ(x[1], 5);
-    afterInner = solver.userSite;
+    afterInner = solver::userSite;
     cs_acceptContext();
     return consistent;
   };
@@ -338,7 +338,7 @@ TEST_F(UserConstraintsTest, CallbacksNestAndEachHasItsOwnCurrentSite) {
   EXPECT_EQ(inner.site, siteOf(x[1]));
   EXPECT_EQ(script.site, siteOf(x[0]));
   EXPECT_EQ(afterInner, script.site);
-  EXPECT_EQ(solver.userSite, nullptr);
+  EXPECT_EQ(solver::userSite, nullptr);
 }
 
 TEST_F(UserConstraintsTest, ChangesOfACallbackArePropagatedWhenItHasReturned) {

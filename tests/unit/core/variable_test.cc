@@ -18,7 +18,7 @@ TEST_F(VariableTest, AnEmptyRangeGivesNullAndNoError) {
   EXPECT_EQ(cs_createCSint(kIntMax, kIntMin), nullptr);
   EXPECT_EQ(cs_createNamedCSint(5, 4, "x"), nullptr);
   EXPECT_EQ(cs_getErr(), CS_ERR_NONE);
-  EXPECT_EQ(solver.variables.count(), 0);
+  EXPECT_EQ(solver::variables.count(), 0);
 }
 
 TEST_F(VariableTest, ANewVariableIsAnIntervalWithoutNameConstraintsOrBits) {
@@ -52,8 +52,8 @@ TEST_F(VariableTest, AVariableFromBitsHoldsWhatIsSetInThem) {
 
 TEST_F(VariableTest, NoVariableIsMadeFromEmptyBits) {
   EXPECT_EQ(createFromBits(DomainBits::create(0, 9, DomainBits::Fill::kNone)), nullptr);
-  EXPECT_EQ(solver.variables.count(), 0);
-  EXPECT_FALSE(solver.pool.hasLoose());
+  EXPECT_EQ(solver::variables.count(), 0);
+  EXPECT_FALSE(solver::pool.hasLoose());
 }
 
 TEST_F(VariableTest, ARecordFillsOneCacheLine) {
@@ -118,7 +118,7 @@ TEST_F(VariableTest, ARefusedBitArrayGivesNullThoughTheVariableWasMade) {
   EXPECT_EQ(fromValues({1, 5}), nullptr);
   EXPECT_EQ(memoryReports, 1);
   EXPECT_EQ(cs_getErr(), CS_ERR_MEMORY);
-  EXPECT_EQ(solver.variables.count(), 1);
+  EXPECT_EQ(solver::variables.count(), 1);
 }
 
 TEST_F(VariableTest, ABitArrayOverAllIntsIsAskedForInFullSize) {
@@ -133,7 +133,7 @@ TEST_F(VariableTest, ABitArrayOverAllIntsIsAskedForInFullSize) {
 TEST_F(VariableTest, AnArrayHoldsVariablesInOrderOfCreation) {
   CSint **array = cs_createCSintArray(3, -1, 1);
   ASSERT_NE(array, nullptr);
-  EXPECT_EQ(solver.variables.count(), 3);
+  EXPECT_EQ(solver::variables.count(), 3);
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(values(array[i]), (std::vector<int>{-1, 0, 1}));
     if (i > 0) {
@@ -143,23 +143,23 @@ TEST_F(VariableTest, AnArrayHoldsVariablesInOrderOfCreation) {
 }
 
 TEST_F(VariableTest, AnArrayBelongsToTheTrail) {
-  const int records = solver.trail.count();
+  const int records = solver::trail.count();
   ASSERT_NE(cs_createCSintArray(3, -1, 1), nullptr);
-  EXPECT_EQ(solver.trail.count(), records + 1);
+  EXPECT_EQ(solver::trail.count(), records + 1);
 }
 
 TEST_F(VariableTest, AnArrayOfFewerThanOneIsEmptyAndNotNull) {
   EXPECT_NE(cs_createCSintArray(0, 0, 1), nullptr);
   EXPECT_NE(cs_createCSintArray(-5, 0, 1), nullptr);
   EXPECT_NE(cs_createCSintArray(0, 1, 0), nullptr);
-  EXPECT_EQ(solver.variables.count(), 0);
+  EXPECT_EQ(solver::variables.count(), 0);
   EXPECT_EQ(memoryReports, 0);
 }
 
 TEST_F(VariableTest, AnArrayOfEmptyRangesIsNullAndStaysOnTheTrail) {
   EXPECT_EQ(cs_createCSintArray(3, 1, 0), nullptr);
   EXPECT_EQ(cs_getErr(), CS_ERR_NONE);
-  EXPECT_EQ(solver.trail.count(), 1);
+  EXPECT_EQ(solver::trail.count(), 1);
 }
 
 TEST_F(VariableTest, AnArrayThatMemoryRefusesIsNullAndReportedOnce) {
@@ -175,11 +175,11 @@ TEST_F(VariableTest, AnArrayThatMemoryRefusesIsNullAndReportedOnce) {
 }
 
 TEST_F(VariableTest, AVariableThatMemoryRefusesIsNullAndTheOthersStay) {
-  while (solver.variables.count() < 1022) ASSERT_NE(cs_createCSint(0, 1), nullptr);
+  while (solver::variables.count() < 1022) ASSERT_NE(cs_createCSint(0, 1), nullptr);
   const AllocationRule noBlock([](std::size_t size) { return size < 1024; });
   EXPECT_EQ(cs_createCSintArray(3, 0, 1), nullptr);
   EXPECT_EQ(memoryReports, 1);
-  EXPECT_EQ(solver.variables.count(), 1024);
+  EXPECT_EQ(solver::variables.count(), 1024);
   EXPECT_EQ(cs_createCSint(0, 1), nullptr);
   EXPECT_EQ(CSINT(1), nullptr);
   EXPECT_EQ(cs_createNamedCSint(0, 1, "x"), nullptr);

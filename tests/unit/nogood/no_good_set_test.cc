@@ -18,7 +18,7 @@ class NoGoodSetTest : public NoGoodTest {};
 
 TEST_F(NoGoodSetTest, IsAttachedToEveryVariableWithItsPositionAndHearsAllEvents) {
   CSint *y[3] = {cs_createCSint(0, 3), cs_createCSint(0, 3), cs_createCSint(0, 3)};
-  const int mark = solver.trail.count();
+  const int mark = solver::trail.count();
   ASSERT_NE(cs_createNoGoodSet(y, 3, nullptr, 0, nullptr, nullptr), nullptr);
   EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{y[0], y[1], y[2]}));
   for (int i = 0; i < 3; ++i) {

@@ -43,7 +43,7 @@ TEST_F(RestartSearchTest, ASolutionWithinTheLimitIsFoundInOneRun) {
   expectCounters(4, 2);
   EXPECT_EQ(ends, (Ends{{true, 2, 3}}));
   EXPECT_EQ(starts, std::vector{3});
-  EXPECT_EQ(solver.contexts.count(), 3);  // one of the search and one per level
+  EXPECT_EQ(solver::contexts.count(), 3);  // one of the search and one per level
   cs_restoreContextUntil(1);
   expectAsBefore();
 }
@@ -54,7 +54,7 @@ TEST_F(RestartSearchTest, ARunThatEndsBelowItsLimitHasExhaustedTheSpace) {
   expectCounters(8, 6);
   EXPECT_EQ(ends, (Ends{{false, 6, 7}}));
   EXPECT_EQ(asked, 1);
-  EXPECT_EQ(solver.contexts.count(), 0);
+  EXPECT_EQ(solver::contexts.count(), 0);
   EXPECT_EQ(contents(set), Sets{});
   expectAsBefore();
 }
@@ -68,7 +68,7 @@ TEST_F(RestartSearchTest, ALimitBelowOneIsNoneAndTheRunTheLast) {
     makeHopeless();
     EXPECT_FALSE(search({limit}));
     EXPECT_EQ(ends, (Ends{{false, 6, limit}}));
-    EXPECT_EQ(solver.contexts.count(), 0);
+    EXPECT_EQ(solver::contexts.count(), 0);
   }
 }
 
@@ -76,7 +76,7 @@ TEST_F(RestartSearchTest, VariablesThatAreBoundAreASolutionAtOnce) {
   x = {CSINT(1)};
   EXPECT_TRUE(search({1}));
   expectCounters(0, 0);
-  EXPECT_EQ(solver.contexts.count(), 1);
+  EXPECT_EQ(solver::contexts.count(), 1);
 }
 
 TEST_F(RestartSearchTest, NullCallbacksFindNothingAndRunNothing) {
@@ -86,7 +86,7 @@ TEST_F(RestartSearchTest, NullCallbacksFindNothingAndRunNothing) {
   EXPECT_FALSE(
       cs_searchValueSelectorRestartNG(x.data(), selectors.data(), 2, firstFree, nullptr, nullptr, 0, set, notify));
   EXPECT_EQ(starts, std::vector<int>{});
-  EXPECT_EQ(solver.contexts.count(), 0);
+  EXPECT_EQ(solver::contexts.count(), 0);
 }
 
 TEST_F(RestartSearchTest, NullSelectorsFindNothing) {
@@ -134,7 +134,7 @@ TEST_F(RestartSearchTest, EachRunAvoidsWhatThoseBeforeItHaveRefuted) {
   EXPECT_EQ(after[3].size(), 5U);
   EXPECT_EQ(after[4].size(), 5U);
   expectCounters(3 + 3 + 4 + 5 + 5, 2 + 2 + 3 + 4 + 4);
-  EXPECT_EQ(solver.contexts.count(), 0);
+  EXPECT_EQ(solver::contexts.count(), 0);
   expectAsBefore();
 }
 
@@ -143,7 +143,7 @@ TEST_F(RestartSearchTest, ASolutionOfALaterRunLeavesOneContextLess) {
   refuse(1, [](int y) { return y == 2; });
   EXPECT_TRUE(searchWith(nullptr, {1, 3}));
   EXPECT_EQ(ends, (Ends{{false, 1, 1}, {true, 2, 3}}));
-  EXPECT_EQ(solver.contexts.count(), 2);
+  EXPECT_EQ(solver::contexts.count(), 2);
 }
 
 TEST_F(RestartSearchTest, NoGoodsServeLaterSearches) {
@@ -175,7 +175,7 @@ TEST_F(RestartSearchTest, TheTotalOfFailsEndsTheSearchWithTheLastBranchInPlace) 
   EXPECT_EQ(starts, (std::vector{2, 2}));
   EXPECT_EQ(cs_getNbFails(), 4);
   EXPECT_EQ(values(x[0]), std::vector{0});
-  EXPECT_EQ(solver.contexts.count(), 2);
+  EXPECT_EQ(solver::contexts.count(), 2);
   cs_restoreAll();
   expectAsBefore();
 }
@@ -235,7 +235,7 @@ TEST_F(RestartSearchTest, CancellingEndsTheSearch) {
   onEnd = cs_cancelSearch;
   EXPECT_FALSE(search({2}));
   EXPECT_EQ(ends, (Ends{{false, 2, 2}, {false, 0, 3}}));
-  EXPECT_EQ(solver.contexts.count(), 0);
+  EXPECT_EQ(solver::contexts.count(), 0);
   expectAsBefore();
 }
 
@@ -373,11 +373,11 @@ TEST_F(RestartSearchTest, ASearchInsideAFoundHookLeavesTheOuterOneItsFails) {
 
 TEST_F(RestartSearchTest, AContextThatCannotBeHadFindsNothing) {
   make({2, 3});
-  while (solver.contexts.count() < BlockStack<ContextMark>::kCapacity) cs_saveContext();
+  while (solver::contexts.count() < BlockStack<ContextMark>::kCapacity) cs_saveContext();
   const FailingAllocation failing(0);
   EXPECT_FALSE(search({5}));
   EXPECT_EQ(memoryReports, 1);
-  EXPECT_EQ(solver.contexts.count(), BlockStack<ContextMark>::kCapacity);
+  EXPECT_EQ(solver::contexts.count(), BlockStack<ContextMark>::kCapacity);
   EXPECT_EQ(starts, std::vector<int>{});
 }
 

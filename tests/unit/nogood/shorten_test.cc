@@ -16,9 +16,9 @@ using Sets = std::vector<Literals>;
 class ShortenTest : public NoGoodTest {
  protected:
   Sets shortened() {
-    const int contexts = solver.contexts.count();
+    const int contexts = solver::contexts.count();
     shortenNewest(*set);
-    EXPECT_EQ(solver.contexts.count(), contexts);
+    EXPECT_EQ(solver::contexts.count(), contexts);
     return contents(set);
   }
   void expectUntouched() const {
@@ -185,7 +185,7 @@ class ShortenRoomTest : public ShortenOrderTest, public ::testing::WithParamInte
 
 TEST_P(ShortenRoomTest, AContextThatCannotBeHadShortensNothing) {
   addLong(1);
-  while (solver.contexts.count() + GetParam() < BlockStack<ContextMark>::kCapacity) cs_saveContext();
+  while (solver::contexts.count() + GetParam() < BlockStack<ContextMark>::kCapacity) cs_saveContext();
   {
     const FailingAllocation failing(0);
     EXPECT_EQ(lengthsAfterShortening(), std::vector{3});

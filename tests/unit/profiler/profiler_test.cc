@@ -48,7 +48,7 @@ TEST_F(ProfilerTest, OnlyKindZeroExists) {
 }
 
 TEST_F(ProfilerTest, ANewOneIsNotEnabled) {
-  EXPECT_FALSE(solver.ports.profiling);
+  EXPECT_FALSE(solver::ports.profiling);
   ASSERT_TRUE(cs_Lt(x, y) && cs_GE(x, 3));
   EXPECT_EQ(countsOf(profiler), Rows{});
   EXPECT_EQ(profiler->startTime, 0);
@@ -119,12 +119,12 @@ TEST_F(ProfilerTest, EachCountsForItself) {
   cs_enableProfiler(other);
   ASSERT_TRUE(cs_GE(x, 2));
   cs_disableProfiler(profiler);
-  EXPECT_TRUE(solver.ports.profiling);
+  EXPECT_TRUE(solver::ports.profiling);
   ASSERT_TRUE(cs_GE(x, 3));
   EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Neq", 2, 0)}));
   EXPECT_EQ(countsOf(other), (Rows{row("cs_Neq", 2, 0)}));
   cs_disableProfiler(other);
-  EXPECT_FALSE(solver.ports.profiling);
+  EXPECT_FALSE(solver::ports.profiling);
 }
 
 TEST_F(ProfilerTest, KeepsTheFirstStartAndTheLastEnd) {
@@ -161,7 +161,7 @@ TEST_F(ProfilerTest, ADeletedOneCountsNoMoreAndCanStillBeRead) {
   cs_enableProfiler(profiler);
   ASSERT_TRUE(cs_GE(x, 1));
   cs_deleteProfiler(profiler);
-  EXPECT_FALSE(solver.ports.profiling);
+  EXPECT_FALSE(solver::ports.profiling);
   ASSERT_TRUE(cs_GE(x, 2));
   EXPECT_EQ(countsOf(profiler), (Rows{row("cs_Neq", 1, 0)}));
   cs_deleteProfiler(profiler);
@@ -174,9 +174,9 @@ TEST_F(ProfilerTest, DeletingLeavesProfilingOnWhileAnotherIsEnabled) {
   cs_enableProfiler(profiler);
   cs_enableProfiler(other);
   cs_deleteProfiler(profiler);
-  EXPECT_TRUE(solver.ports.profiling);
+  EXPECT_TRUE(solver::ports.profiling);
   cs_deleteProfiler(other);
-  EXPECT_FALSE(solver.ports.profiling);
+  EXPECT_FALSE(solver::ports.profiling);
 }
 
 TEST_F(ProfilerTest, TheEndReleasesAllThatAreListed) {
@@ -185,14 +185,14 @@ TEST_F(ProfilerTest, TheEndReleasesAllThatAreListed) {
   cs_enableProfiler(cs_createProfiler(0));
   ASSERT_TRUE(cs_GE(x, 1));
   cs_end();
-  EXPECT_FALSE(solver.ports.profiling);
+  EXPECT_FALSE(solver::ports.profiling);
 }
 
 TEST_F(ProfilerTest, NullIsIgnored) {
   cs_enableProfiler(nullptr);
   cs_disableProfiler(nullptr);
   cs_deleteProfiler(nullptr);
-  EXPECT_FALSE(solver.ports.profiling);
+  EXPECT_FALSE(solver::ports.profiling);
 }
 
 TEST_F(ProfilerTest, WithoutASolverThereIsNone) {

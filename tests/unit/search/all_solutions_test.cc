@@ -28,10 +28,10 @@ TEST_F(AllSolutionsTest, EverythingIsAsBeforeAfterwards) {
   makeXy(2, 3);
   ASSERT_TRUE(cs_Neq(xy[0], xy[1]));
   cs_saveContext();
-  const int trail = solver.trail.count();
+  const int trail = solver::trail.count();
   EXPECT_TRUE(cs_findAll(xy, 2, select, found));
   EXPECT_EQ(openContexts(), 1);
-  EXPECT_EQ(solver.trail.count(), trail);
+  EXPECT_EQ(solver::trail.count(), trail);
   EXPECT_EQ(values(xy[0]), (std::vector{0, 1}));
   EXPECT_EQ(values(xy[1]), (std::vector{0, 1, 2}));
 }

@@ -47,7 +47,7 @@ class SearchTest : public SolverTest {
     EXPECT_EQ(cs_getNbChoicePoints(), choicePoints);
     EXPECT_EQ(cs_getNbFails(), fails);
   }
-  static int openContexts() { return solver.contexts.count(); }
+  static int openContexts() { return solver::contexts.count(); }
 
   // Opens contexts until there is room for so many more before memory is needed.
   static void leaveRoomForContexts(int room) {

@@ -43,7 +43,7 @@ class Walk {
         cs_forgetSaveContext();
         break;
       case 5:
-        cs_restoreContextUntil(1 + below(solver.contexts.count() + 1));
+        cs_restoreContextUntil(1 + below(solver::contexts.count() + 1));
         break;
       case 6:
         cs_restoreAndSaveContext();

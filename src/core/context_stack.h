@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// Choice points: marks on the undo trail, kept as a stack. core/context.cc opens and closes them.
+#pragma once
+
+#include <cstdint>
+
+#include "core/block_stack.h"
+
+namespace koru {
+
+struct ContextMark {
+  int trailMark;
+  unsigned savedLimit;   // the propagation limit in force before the context was opened
+  std::uint64_t serial;  // no two contexts have the same
+};
+
+namespace solver {
+
+inline constinit BlockStack<ContextMark> contexts;
+inline constinit std::uint64_t contextSerial = 0;  // of the newest context ever opened
+
+}  // namespace solver
+}  // namespace koru
