@@ -12,9 +12,12 @@
  * The header reads as a table of contents:
  *
  *   1. Order of arrays
+ *   2. Search objects
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
+
+#include <stddef.h>
 
 #include "koru.h"
 
@@ -25,6 +28,240 @@ extern "C" {
 /* ==================================================================================================================
  * 1. Order of arrays
  * ================================================================================================================ */
+
+/* ==================================================================================================================
+ * 2. Search objects
+ *
+ * A search that stops, goes on, learns from failures and says how it ended. It is an iterator: each call of
+ * cs_nextSolution goes on where the last one stopped, so that "the first", "the first ten", "all", "the best so far"
+ * and "prove it" are loops of the host:
+ *
+ *     CSsearchOptions options = {.size = sizeof options, .order = CS_ORDER_DOM_WDEG, .minimize = cost,
+ *                                .restarts = CS_RESTARTS_LUBY, .restartFails = 100, .milliseconds = 5000};
+ *     CSsearch *search = cs_createSearch(vars, n);
+ *     cs_setSearchOptions(search, &options);
+ *     while (cs_nextSolution(search) == CS_STATUS_SOLUTION) show(vars, n);      // the variables hold it here
+ *     const int *best = cs_getBestSolution(search);                             // still there after any end
+ *     puts(cs_getStatusName(cs_getSearchStatus(search)));                       // "optimal", "time limit", ...
+ *     cs_freeSearch(search);
+ *
+ * What holds for all of them:
+ *
+ * - Every solution is found once, and a search that says it is exhausted has left none out, whatever its options; with
+ *   an objective each solution is better than the one before, and the last one is the best there is.
+ * - The same model, options and seed lead to the same tree on every platform. No clock takes part in a decision.
+ * - Between two calls the solution stands and can be read. What the host narrows or posts there is undone when the
+ *   search goes on; contexts that it opens there, it must have closed by then. Freeing the object undoes everything
+ *   since it was created.
+ * - Objects may be open one inside another: the one that was created last is the only one that can go on. Calls for
+ *   another one are refused and change nothing. An object whose own context somebody has closed can only be freed.
+ * - The counters, the status and the cancel flag of the searches of koru.h are not touched.
+ * - cs_end frees all objects.
+ * ================================================================================================================ */
+
+/** A search (opaque). Belongs to the solver. */
+typedef struct CSsearch CSsearch;
+
+/** How a search stands. */
+typedef enum CSstatus {
+  CS_STATUS_READY = 0,         /**< it has not begun */
+  CS_STATUS_SOLUTION = 1,      /**< a solution stands */
+  CS_STATUS_OPTIMAL = 2,       /**< no solution is better than the last one: proved */
+  CS_STATUS_EXHAUSTED = 3,     /**< there is no solution, or no other one: proved */
+  CS_STATUS_TIME = 4,          /**< the time limit was reached */
+  CS_STATUS_FAILS = 5,         /**< the limit on fails was reached */
+  CS_STATUS_CHOICE_POINTS = 6, /**< the limit on choice points was reached */
+  CS_STATUS_SOLUTIONS = 7,     /**< as many solutions as asked for have been given */
+  CS_STATUS_STOPPED = 8,       /**< cs_stopSearch was called */
+  CS_STATUS_MEMORY = 9,        /**< memory was exhausted */
+  CS_STATUS_REFUSED = 10       /**< a null object, or one whose turn it is not */
+} CSstatus;
+
+/** Which variable is labelled next. Equals are decided by position, or at random: see CSsearchOptions. */
+enum {
+  CS_ORDER_INPUT = 0,            /**< the first one */
+  CS_ORDER_SMALLEST = 1,         /**< the fewest elements */
+  CS_ORDER_LARGEST = 2,          /**< the most elements */
+  CS_ORDER_SMALLEST_MIN = 3,     /**< the smallest minimum */
+  CS_ORDER_LARGEST_MAX = 4,      /**< the largest maximum */
+  CS_ORDER_REGRET = 5,           /**< the largest difference between the two smallest elements */
+  CS_ORDER_MOST_CONSTRAINED = 6, /**< the most constraints, as cs_getNbConstraints counts them */
+  CS_ORDER_DOM_WDEG = 7,         /**< the least number of elements for each failure that its constraints have caused;
+                                      failures count for less and less as the search goes on (Boussemart et al. 2004) */
+  CS_ORDER_HOST = 8              /**< the host's own: chooseVariable */
+};
+
+/** Which decision is taken on it first; when that fails its opposite holds. */
+enum {
+  CS_VALUE_MIN = 0,       /**< = the minimum */
+  CS_VALUE_MAX = 1,       /**< = the maximum */
+  CS_VALUE_MIDDLE = 2,    /**< = the element nearest to the middle of the bounds, the smaller of two */
+  CS_VALUE_MEDIAN = 3,    /**< = the middle element, the lower of two */
+  CS_VALUE_LOW_HALF = 4,  /**< <= the middle of the bounds */
+  CS_VALUE_HIGH_HALF = 5, /**< > the middle of the bounds */
+  CS_VALUE_RANDOM = 6,    /**< = any element */
+  CS_VALUE_HOST = 7       /**< the host's own: chooseValue */
+};
+
+/** What follows a decision that has failed. */
+enum {
+  CS_BRANCH_BINARY = 0, /**< its opposite is imposed and a variable is chosen anew */
+  CS_BRANCH_VALUES = 1  /**< the next value of the same variable is tried, as cs_search does, and nothing imposed. For
+                             CS_VALUE_MIN and CS_VALUE_MAX; other orders of values branch in two */
+};
+
+/**
+ * When a search begins again at its root. What its decisions have refuted by then is kept as no-goods (Lecoutre et
+ * al. 2007), so that nothing is tried twice.
+ */
+enum {
+  CS_RESTARTS_NONE = 0,     /**< never */
+  CS_RESTARTS_CONSTANT = 1, /**< after restartFails fails */
+  CS_RESTARTS_LUBY = 2,     /**< after restartFails times 1, 1, 2, 1, 1, 2, 4, ... fails (Luby et al. 1993) */
+  CS_RESTARTS_GEOMETRIC = 3 /**< after restartFails fails, then each time restartGrowth per cent more */
+};
+
+/** Which variables a neighbourhood lets go, while the others keep the values of the best solution. */
+enum {
+  CS_NEIGHBOURS_NONE = 0,   /**< no neighbourhood search */
+  CS_NEIGHBOURS_RANDOM = 1, /**< any */
+  CS_NEIGHBOURS_LINKED = 2, /**< one at random, those that share constraints with it, those that do with these, ... */
+  CS_NEIGHBOURS_HOST = 3    /**< the host's own choice: chooseRelaxed */
+};
+
+/** Chooses the variable to label: its position in the array. For anything else than an unbound one the first is taken.
+ */
+typedef int (*CSchooseVariable)(CSint **vars, int n, void *extra);
+
+/**
+ * Chooses a decision on vars[index], which has two elements or more: store it in @p decision. For false, and for a
+ * decision that rules out no element or all of them, the minimum is taken.
+ */
+typedef bool (*CSchooseValue)(CSvalueSelection *decision, int index, CSint **vars, int n, void *extra);
+
+/** Chooses a neighbourhood: set relaxed[i] for the variables to let go; all are false on entry. */
+typedef void (*CSchooseRelaxed)(bool *relaxed, const int *best, int n, void *extra);
+
+/** What a search has done; see cs_getSearchStats. */
+typedef struct CSsearchStats {
+  long long choicePoints;         /**< decisions tried */
+  long long fails;                /**< decisions, and opposites of decisions, that propagation refused */
+  long long solutions;            /**< solutions given */
+  long long restarts;             /**< runs given up at their limit */
+  long long noGoods;              /**< learnt from these */
+  long long neighbourhoods;       /**< looked into */
+  long long neighbourhoodsBetter; /**< with a better solution */
+  long long peakDepth;            /**< the most decisions in force at a time */
+  long long peakTrail;            /**< the most undo records at a time, at a choice point */
+  double seconds;                 /**< spent in cs_nextSolution, by a monotonic clock */
+  double secondsToFirst;          /**< until the first solution; negative without one */
+  double secondsToBest;           /**< until the last solution; negative without one */
+  int objective;                  /**< of the last solution, when there is an objective and a solution */
+  int bound;                      /**< no solution has a better objective than this */
+} CSsearchStats;
+
+/** Tells of progress; the counts are those of the moment. May call cs_stopSearch. */
+typedef void (*CSsearchProgress)(CSsearch *search, const CSsearchStats *stats, void *extra);
+
+/**
+ * What a search is to do. Zero stands for the default everywhere: set `size` and what differs.
+ * The callbacks are all handed `extra`; they may query and print, no more.
+ */
+typedef struct CSsearchOptions {
+  size_t size;                     /**< sizeof(CSsearchOptions) */
+  int order;                       /**< CS_ORDER_... */
+  int value;                       /**< CS_VALUE_... */
+  int branching;                   /**< CS_BRANCH_... */
+  bool lastConflict;               /**< after a fail, the variable that failed first (Lecoutre et al. 2009) */
+  bool randomTies;                 /**< choose at random among variables that are equal in the order */
+  bool guided;                     /**< the value of the last solution, or of a hint, before all others */
+  unsigned long long seed;         /**< of all that is random */
+  CSint *minimize;                 /**< an objective, or null */
+  CSint *maximize;                 /**< an objective, or null; one of the two at most */
+  int restarts;                    /**< CS_RESTARTS_... */
+  int restartFails;                /**< of the first run; 0: 100 */
+  int restartGrowth;               /**< per cent; 0: 50 */
+  int neighbours;                  /**< CS_NEIGHBOURS_...; for searches with an objective. Runs in neighbourhoods
+                                        alternate with complete ones, so that a proof stays possible */
+  int neighbourFails;              /**< after which a neighbourhood is left; 0: 100 */
+  int relaxed;                     /**< per cent of the variables let go at first; 0: 20. It adapts: more when
+                                        neighbourhoods are searched through, fewer when they are too large */
+  long long milliseconds;          /**< limit on the time spent in cs_nextSolution; 0: none */
+  long long fails;                 /**< limit on fails; 0: none */
+  long long choicePoints;          /**< limit on choice points; 0: none */
+  long long solutions;             /**< limit on solutions; 0: none */
+  CSchooseVariable chooseVariable; /**< for CS_ORDER_HOST */
+  CSchooseValue chooseValue;       /**< for CS_VALUE_HOST */
+  CSchooseRelaxed chooseRelaxed;   /**< for CS_NEIGHBOURS_HOST */
+  CSsearchProgress progress;       /**< called at each solution, and as often as the next field says; or null */
+  long long progressMilliseconds;  /**< at least so long between two calls; 0: at solutions only */
+  void *extra;                     /**< the host's, handed to all callbacks */
+} CSsearchOptions;
+
+/**
+ * Make a search over the @p n variables of @p vars, and open a context for what it will do. A variable may stand in the
+ * array twice. Freed by cs_freeSearch.
+ * @return null when n < 0, an array or a variable is null, memory is exhausted (CS_ERR_MEMORY is reported), or without
+ * a running solver. Cost: some 80 bytes a variable.
+ */
+KORU_API CSsearch *cs_createSearch(CSint **vars, int n);
+
+/**
+ * Say what the search is to do; @p options is copied. To be called before the first cs_nextSolution.
+ * @return false, with nothing changed, for null, a wrong size, a value out of its range, two objectives, a callback
+ * that an option needs and that is null, a neighbourhood search without an objective, or a search that has begun.
+ */
+KORU_API bool cs_setSearchOptions(CSsearch *search, const CSsearchOptions *options);
+
+/**
+ * Label these @p n variables as well, after all that were given before, with an order (CS_ORDER_...) and a value
+ * (CS_VALUE_...) of their own. Their positions in callbacks and in solutions go on from the last one.
+ * @return false, with nothing changed, as cs_createSearch and cs_setSearchOptions.
+ */
+KORU_API bool cs_addSearchPhase(CSsearch *search, CSint **vars, int n, int order, int value);
+
+/**
+ * A value to try first for the variable at position @p index, in a search that is guided, until there is a solution.
+ * It need not be in the domain. @return false for null, an index out of range, or a search that has begun.
+ */
+KORU_API bool cs_setSearchHint(CSsearch *search, int index, int value);
+
+/**
+ * Go on to the next solution, or with an objective to the next better one.
+ * @return CS_STATUS_SOLUTION when there is one, which then stands; otherwise why there is none, with everything as it
+ * was when the object was created. After such an end further calls return the same and do nothing.
+ * Cost: a context and a propagation for each choice point, no recursion; about 40 bytes of memory for each decision
+ * in force.
+ */
+KORU_API CSstatus cs_nextSolution(CSsearch *search);
+
+/** What cs_nextSolution has returned last; CS_STATUS_READY before it was called, CS_STATUS_REFUSED for null. */
+KORU_API CSstatus cs_getSearchStatus(const CSsearch *search);
+
+/** A status in words, as "optimal" or "time limit": constant text, never freed. "unknown" for any other number. */
+KORU_API const char *cs_getStatusName(CSstatus status);
+
+/**
+ * The values of the variables in the last solution, by position; null without one. Belongs to the object, and changes
+ * with its next solution.
+ */
+KORU_API const int *cs_getBestSolution(const CSsearch *search);
+
+/** Store what the search has done so far in @p stats. @p size is sizeof(CSsearchStats). False for null or another size.
+ */
+KORU_API bool cs_getSearchStats(const CSsearch *search, CSsearchStats *stats, size_t size);
+
+/**
+ * Ask the search to stop: it ends with CS_STATUS_STOPPED at its next choice point, or at once when it has not begun.
+ * May be called from any thread and from a signal handler while the object lives. Null is ignored.
+ */
+KORU_API void cs_stopSearch(CSsearch *search);
+
+/**
+ * Free a search and undo everything since it was created, unless its context is no longer open.
+ * @return false, with nothing done, for null or when another search that was created later is still there.
+ */
+KORU_API bool cs_freeSearch(CSsearch *search);
 
 #ifdef __cplusplus
 }

@@ -3,7 +3,7 @@
 //
 // An observer is told of every handler run while profiling is on; the host's locator names the place in the host
 // program that is posting. Both are installed by the rooms that implement them. Without a locator of the host's, the
-// address that a posting function returns to stands for the place.
+// address that a posting function returns to stands for the place. A search that weighs failures hears of them.
 #pragma once
 
 #include "koru.h"
@@ -11,6 +11,7 @@
 namespace koru {
 
 class Site;
+struct Constraint;
 
 struct Observer {
   void (*notify)(void *argument, bool consistent, CSint *variable, int code, Site *site);
@@ -26,10 +27,17 @@ struct Locator {
   void *argument = nullptr;
 };
 
+// Told of each constraint whose handler has failed a propagation.
+struct FailureListener {
+  void (*tell)(void *argument, const Constraint *constraint) = nullptr;
+  void *argument = nullptr;
+};
+
 class Ports {
  public:
   bool profiling = false;  // some observer is enabled
   Locator locator;
+  FailureListener failureListener;
 
   void add(Observer *observer);  // newest first
   void remove(Observer *observer);

@@ -132,6 +132,8 @@ void fail(Queue &queue, EventRecord *event, Entry *failed, Entry *listener, Argu
   CSint *variable = event->variable;
   const EventCode code = event->code;
   Site *site = failed->constraint->site;
+  if (const FailureListener &l = solver::ports.failureListener; l.tell != nullptr)
+    l.tell(l.argument, failed->constraint);
   ++site->references;
   recycle(queue, event);
   recycleAll(queue);

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// What a search labels next, and with which decision.
+#pragma once
+
+#include "solve/search_object.h"
+
+namespace koru::solve {
+
+// The position of a variable that is not bound, or a negative number when all are.
+int choosePosition(CSsearch &s);
+
+// For a variable that is not bound. Never one that its domain settles already.
+CSvalueSelection chooseDecision(CSsearch &s, const Phase &phase, int position);
+
+// The values of a phase that can be tried one after the other without imposing what has been refuted.
+inline bool goesByValues(const CSsearch &s, const Phase &phase) {
+  return s.options.branching == CS_BRANCH_VALUES && !s.options.guided &&
+         (phase.value == CS_VALUE_MIN || phase.value == CS_VALUE_MAX);
+}
+
+}  // namespace koru::solve

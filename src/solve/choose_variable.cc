@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+// The orders of variables. Each is a rank, and the lowest rank wins; equals are decided by position, or at random.
+// Cost: a look at each variable of the phase that is not bound; what was bound above is not looked at again.
+#include <limits>
+
+#include "core/solver.h"
+#include "solve/choose.h"
+
+namespace koru::solve {
+
+namespace {
+
+// One less than there are, so that it fits for any domain.
+std::uint32_t elementsLessOne(const CSint *v) { return static_cast<std::uint32_t>(v->count) - 1; }
+
+struct ByNumber {
+  std::int64_t rank;
+  bool operator<(const ByNumber &other) const { return rank < other.rank; }
+  bool isLeast() const { return false; }
+};
+
+struct Smallest : ByNumber {
+  explicit Smallest(const CSsearch &, const CSint *v, int) : ByNumber{elementsLessOne(v)} {}
+  bool isLeast() const { return rank == 1; }
+};
+struct Largest : ByNumber {
+  explicit Largest(const CSsearch &, const CSint *v, int) : ByNumber{-std::int64_t{elementsLessOne(v)}} {}
+};
+struct SmallestMin : ByNumber {
+  explicit SmallestMin(const CSsearch &, const CSint *v, int) : ByNumber{v->min} {}
+};
+struct LargestMax : ByNumber {
+  explicit LargestMax(const CSsearch &, const CSint *v, int) : ByNumber{-std::int64_t{v->max}} {}
+};
+struct Regret : ByNumber {
+  explicit Regret(const CSsearch &, const CSint *v, int) : ByNumber{std::int64_t{v->min} - valueAfter(v, v->min)} {}
+};
+struct MostConstrained : ByNumber {
+  explicit MostConstrained(const CSsearch &, const CSint *v, int) : ByNumber{-std::int64_t{v->constraintCount}} {}
+};
+
+// Elements by weight, compared as fractions.
+struct DomWdeg {
+  std::uint64_t elements;
+  std::uint64_t weight;
+  explicit DomWdeg(const CSsearch &s, const CSint *v, int position)
+      : elements(std::uint64_t{elementsLessOne(v)} + 1), weight(s.weights.of(position)) {}
+  bool operator<(const DomWdeg &other) const { return elements * other.weight < other.elements * weight; }
+  bool isLeast() const { return false; }
+};
+
+// The choice among the positions of a phase.
+template <class Rank>
+class Best {
+ public:
+  explicit Best(CSsearch &s) : s_(s) {}
+
+  // False when no later one can be chosen.
+  bool offer(const CSint *v, int position) {
+    const Rank rank(s_, v, position);
+    if (position_ < 0 || rank < rank_) {
+      rank_ = rank;
+      position_ = position;
+      equals_ = 1;
+    } else if (s_.options.randomTies && !(rank_ < rank) && s_.random.below(++equals_) == 0) {
+      position_ = position;
+    }
+    return s_.options.randomTies || !rank_.isLeast();
+  }
+  int position() const { return position_; }
+
+ private:
+  CSsearch &s_;
+  int position_ = -1;
+  std::uint32_t equals_ = 0;
+  Rank rank_{s_, s_.labelled[0], 0};
+};
+
+// Takes out what is bound, and visits the others from `first` on while `visit` returns true.
+template <class Visit>
+void forEachUnbound(CSsearch &s, int first, Visit visit) {
+  CSint *const *variables = s.labelled.variables();
+  BranchSetOn &unsettled = s.unsettled;
+  const BranchStamp now = BranchStamp::now();
+  unsettled.forEach([&](int i) {
+    if (i < first) return true;
+    if (!isBound(variables[i])) return visit(i);
+    unsettled.takeOut(i, now);
+    return true;
+  });
+}
+
+int firstUnbound(CSsearch &s) {
+  int position = -1;
+  forEachUnbound(s, 0, [&](int i) {
+    position = i;
+    return false;
+  });
+  return position;
+}
+
+template <class Rank>
+int bestOf(CSsearch &s, const Phase &phase, int first) {
+  Best<Rank> best(s);
+  forEachUnbound(s, first, [&](int i) { return i < phase.end && best.offer(s.labelled[i], i); });
+  return best.position();
+}
+
+// The host's choice counts only when it can be labelled.
+int askHost(const CSsearch &s, int first) {
+  if (s.options.chooseVariable == nullptr) return first;
+  const int position = s.options.chooseVariable(s.labelled.variables(), s.hostSize, s.options.extra);
+  const bool usable = position >= 0 && position < s.hostSize && !isBound(s.labelled[position]);
+  return usable ? position : first;
+}
+
+int chooseInPhase(CSsearch &s, const Phase &phase, int first) {
+  switch (phase.order) {
+    case CS_ORDER_SMALLEST:
+      return bestOf<Smallest>(s, phase, first);
+    case CS_ORDER_LARGEST:
+      return bestOf<Largest>(s, phase, first);
+    case CS_ORDER_SMALLEST_MIN:
+      return bestOf<SmallestMin>(s, phase, first);
+    case CS_ORDER_LARGEST_MAX:
+      return bestOf<LargestMax>(s, phase, first);
+    case CS_ORDER_REGRET:
+      return bestOf<Regret>(s, phase, first);
+    case CS_ORDER_MOST_CONSTRAINED:
+      return bestOf<MostConstrained>(s, phase, first);
+    case CS_ORDER_DOM_WDEG:
+      return bestOf<DomWdeg>(s, phase, first);
+    case CS_ORDER_HOST:
+      return askHost(s, first);
+    default:
+      return first;
+  }
+}
+
+}  // namespace
+
+int choosePosition(CSsearch &s) {
+  s.unsettled.refresh();
+  if (s.conflict >= 0 && !isBound(s.labelled[s.conflict])) return s.conflict;
+  const int first = firstUnbound(s);
+  return first < 0 ? first : chooseInPhase(s, s.labelled.phaseOf(first), first);
+}
+
+}  // namespace koru::solve

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: MIT
+// Three movements: down (choose a decision, open a context, post it), back (restore the newest decision that stands and
+// impose its opposite, or the next value), and anew (give the run up, learn at the root, begin another one).
+//
+// With an objective, whatever is tried after a solution has to be better: the bound is posted where the search goes on,
+// so a solution never makes it begin again.
+// A refusal for want of memory proves nothing: it is told from others by the number of reports, and ends the search.
+#include "solve/engine.h"
+
+#include <algorithm>
+
+#include "core/solver.h"
+#include "nogood/no_good.h"
+#include "search/branching.h"
+#include "solve/choose.h"
+#include "solve/learn.h"
+#include "solve/limits.h"
+
+namespace koru::solve {
+
+namespace {
+
+bool memoryExhausted(const CSsearch &s) { return solver::errors.memoryReports != s.memoryReports; }
+
+[[gnu::noinline]] bool lookClosely(CSsearch &s) {
+  if (s.ending == CS_STATUS_READY) s.ending = memoryExhausted(s) ? CS_STATUS_MEMORY : limitReached(s);
+  return s.ending == CS_STATUS_READY;
+}
+
+// Asked before each thing that is tried. When the search has to end, `ending` says why.
+inline bool mayGoOn(CSsearch &s) {
+  const bool looks = s.stats.choicePoints >= s.nextLook || s.stats.fails >= s.failLimit || memoryExhausted(s) ||
+                     s.stopped.load(std::memory_order_relaxed);
+  return !looks || lookClosely(s);
+}
+
+// ----- posting
+
+// Better than the last solution, when there is an objective.
+bool postBound(const CSsearch &s) {
+  if (s.objective == nullptr || !hasSolution(s)) return true;
+  const int best = s.stats.objective;
+  if (minimizes(s)) return best > kIntMin && cs_LE(s.objective, best - 1);
+  return best < kIntMax && cs_GE(s.objective, best + 1);
+}
+
+bool post(CSsearch &s, int position, const CSvalueSelection &decision) {
+  if ((s.objective == nullptr || postBound(s)) && cs_selectValue(s.labelled[position], &decision)) return true;
+  ++s.stats.fails;
+  ++s.runFails;
+  return false;
+}
+
+// ----- down
+
+// When the context of a decision cannot be had, there is none to restore, and the search ends.
+enum class Try { kAccepted, kRefused, kNoContext };
+
+// Tries the decision of the newest step in a context of its own.
+Try tryStep(CSsearch &s, const Step &step) {
+  if (!openContext()) return Try::kNoContext;
+  ++s.stats.choicePoints;
+  if (post(s, step.position, step.decision)) return Try::kAccepted;
+  if (s.options.lastConflict) s.conflict = step.position;
+  return Try::kRefused;
+}
+
+Try descend(CSsearch &s, int position) {
+  Step *step = s.path.push();
+  if (step == nullptr) return Try::kNoContext;
+  const Phase &phase = s.labelled.phaseOf(position);
+  const bool byValues = goesByValues(s, phase);
+  const CSvalueSelection decision = chooseDecision(s, phase, position);
+  *step = {position, decision, byValues, byValues && decision.value == s.labelled[position]->min};
+  const Try result = tryStep(s, *step);
+  if (result == Try::kNoContext) s.path.pop();
+  return result;
+}
+
+// ----- back
+
+// The next value of the step's variable, whose domain is back as it was when the step was made.
+bool nextValue(const CSint *v, Step &step) {
+  const int value = step.decision.value;
+  if (step.upwards ? value >= v->max : value <= v->min) return false;
+  step.leftBehind = true;
+  step.lastTried = value;
+  step.decision.value = step.upwards ? valueAfter(v, value) : valueBefore(v, value);
+  return true;
+}
+
+// What is left of the newest step, which has been restored and is off the path: unless nothing is, it goes back.
+Try retry(CSsearch &s, Step &step) {
+  if (step.byValues) {
+    if (!nextValue(s.labelled[step.position], step)) return Try::kRefused;
+    s.path.push();
+    return tryStep(s, step);
+  }
+  step.refuted = true;
+  const CSvalueSelection opposite = negationOf(step.decision);
+  if (!post(s, step.position, opposite)) return Try::kRefused;
+  s.path.push();
+  return Try::kAccepted;
+}
+
+void notePeaks(CSsearch &s) {
+  s.stats.peakDepth = std::max<long long>(s.stats.peakDepth, s.path.count());
+  s.stats.peakTrail = std::max<long long>(s.stats.peakTrail, solver::trail.count());
+}
+
+// On to a state in which something is left to try. False when there is none in this run, or the search has to end.
+// A step that has been popped keeps its place, and pushing it again needs no memory.
+bool back(CSsearch &s) {
+  notePeaks(s);
+  while (s.path.count() > 0 && mayGoOn(s)) {
+    Step &step = *s.path.pop();
+    if (!step.hasContext()) continue;
+    cs_restoreContext();
+    if (retry(s, step) == Try::kAccepted) return true;
+  }
+  return false;
+}
+
+// ----- anew
+
+void toRoot(const CSsearch &s) {
+  if (solver::contexts.count() > s.root.level) cs_restoreContextUntil(s.root.level + 1);
+}
+
+// Fixes what the neighbourhood does not let go. False when no better solution has these values.
+bool enterNeighbourhood(CSsearch &s) {
+  Neighbourhood &n = s.neighbourhood;
+  n.clear();
+  switch (s.options.neighbours) {
+    case CS_NEIGHBOURS_LINKED:
+      n.relaxLinked(s.random, s.weights);
+      break;
+    case CS_NEIGHBOURS_HOST:
+      s.options.chooseRelaxed(n.relaxed(), s.labelled.solution(), s.hostSize, s.options.extra);
+      break;
+    default:
+      n.relaxRandom(s.random);
+  }
+  ++s.stats.neighbourhoods;
+  if (!openContext()) return false;
+  for (int i = 0; i < s.hostSize; ++i) {
+    if (!n.isRelaxed(i) && !cs_EQ(s.labelled[i], s.labelled.solution()[i])) return false;
+  }
+  return true;
+}
+
+// Complete runs and neighbourhoods take turns, the one that has tried less so far.
+bool isNeighbourhoodsTurn(const CSsearch &s) {
+  return s.options.neighbours != CS_NEIGHBOURS_NONE && hasSolution(s) && s.triedNearby <= s.triedComplete;
+}
+
+void closeRun(CSsearch &s) {
+  const long long tried = s.stats.choicePoints - s.runBegan + 1;
+  (s.inNeighbourhood ? s.triedNearby : s.triedComplete) += tried;
+  s.runBegan = s.stats.choicePoints;
+}
+
+// What the root knows of the objective.
+void noteBound(CSsearch &s) {
+  if (s.objective != nullptr) s.stats.bound = minimizes(s) ? s.objective->min : s.objective->max;
+}
+
+// Begins a run at the root. False when nothing is left there.
+bool beginRun(CSsearch &s) {
+  while (mayGoOn(s)) {
+    s.runFails = 0;
+    s.conflict = -1;
+    if (!postBound(s)) return false;
+    noteBound(s);
+    s.inNeighbourhood = isNeighbourhoodsTurn(s);
+    if (!s.inNeighbourhood) {
+      s.runLimit = s.runLimits.next();
+      return true;
+    }
+    s.runLimit = s.options.neighbourFails;
+    if (enterNeighbourhood(s)) return true;
+    s.neighbourhood.noteExhausted();
+    toRoot(s);
+    closeRun(s);
+  }
+  return false;
+}
+
+// The run has reached its limit, or (`exhausted`) there is nothing left in it. False when that is the end.
+bool anew(CSsearch &s, bool exhausted) {
+  if (!mayGoOn(s) || (exhausted && !s.inNeighbourhood)) return false;
+  toRoot(s);
+  closeRun(s);
+  if (s.inNeighbourhood) {
+    exhausted ? s.neighbourhood.noteExhausted() : s.neighbourhood.noteLeft();
+  } else {
+    ++s.stats.restarts;
+    if (!learnFromPath(s)) return false;
+  }
+  s.path.popTo(0);
+  return beginRun(s);
+}
+
+// A satisfaction problem keeps the run that has found a solution: another run could find it again.
+bool runIsUp(const CSsearch &s) { return s.runFails >= s.runLimit && (s.objective != nullptr || !hasSolution(s)); }
+
+// ----- the whole
+
+CSstatus atSolution(CSsearch &s) {
+  notePeaks(s);
+  s.labelled.keepSolution();
+  if (s.objective != nullptr) s.stats.objective = s.objective->min;
+  if (s.inNeighbourhood) ++s.stats.neighbourhoodsBetter;
+  s.stats.secondsToBest = s.clock.seconds();
+  if (++s.stats.solutions == 1) s.stats.secondsToFirst = s.stats.secondsToBest;
+  return CS_STATUS_SOLUTION;
+}
+
+CSstatus ended(CSsearch &s) {
+  if (memoryExhausted(s)) return CS_STATUS_MEMORY;
+  if (s.ending != CS_STATUS_READY) return s.ending;
+  if (s.objective == nullptr || !hasSolution(s)) return CS_STATUS_EXHAUSTED;
+  s.stats.bound = s.stats.objective;
+  return CS_STATUS_OPTIMAL;
+}
+
+bool begin(CSsearch &s) {
+  if (!lookClosely(s)) return false;
+  if (s.status == CS_STATUS_READY) return beginRun(s);
+  return back(s) || anew(s, true);
+}
+
+}  // namespace
+
+CSstatus goOn(CSsearch &s) {
+  for (bool alive = begin(s); alive;) {
+    if (!mayGoOn(s)) break;
+    if (runIsUp(s)) {
+      alive = anew(s, false);
+      continue;
+    }
+    const int position = choosePosition(s);
+    if (position < 0) return atSolution(s);
+    if (descend(s, position) != Try::kAccepted) alive = back(s) || anew(s, true);
+  }
+  return ended(s);
+}
+
+}  // namespace koru::solve

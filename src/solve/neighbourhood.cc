@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "solve/neighbourhood.h"
+
+#include <algorithm>
+
+namespace koru::solve {
+
+bool Neighbourhood::create(int n, int share) {
+  relaxed_ = Buffer<bool>(n);
+  order_ = Buffer<int>(n);
+  count_ = n;
+  share_ = share * (kWhole / 100);
+  return relaxed_ && order_;
+}
+
+void Neighbourhood::clear() const { std::fill_n(relaxed_.get(), count_, false); }
+
+// At least one variable, when there is any.
+int Neighbourhood::sizeWanted() const {
+  const std::int64_t size = std::int64_t{count_} * share_ / kWhole;
+  return static_cast<int>(std::clamp<std::int64_t>(size, count_ > 0 ? 1 : 0, count_));
+}
+
+// The first elements of a random permutation.
+void Neighbourhood::relaxRandom(Random &random) const {
+  for (int i = 0; i < count_; ++i) order_[i] = i;
+  for (int i = 0; i < sizeWanted(); ++i) {
+    const auto other = i + static_cast<int>(random.below(static_cast<std::uint32_t>(count_ - i)));
+    std::swap(order_[i], order_[other]);
+    relaxed_[order_[i]] = true;
+  }
+}
+
+// Breadth first from a variable drawn at random; where nothing is linked any more, from another one.
+void Neighbourhood::relaxLinked(Random &random, const Weights &weights) const {
+  const int wanted = sizeWanted();
+  int known = 0;
+  const auto relax = [&](int position) {
+    if (known >= wanted || relaxed_[position]) return;
+    relaxed_[position] = true;
+    order_[known++] = position;
+  };
+  for (int next = 0; known < wanted;) {
+    if (next < known) {
+      weights.forEachNeighbour(order_[next++], relax);
+    } else {
+      int from = static_cast<int>(random.below(static_cast<std::uint32_t>(count_)));
+      while (relaxed_[from]) from = from + 1 < count_ ? from + 1 : 0;
+      relax(from);
+    }
+  }
+}
+
+}  // namespace koru::solve

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// Neighbourhoods of the best solution: which variables are let go while the others keep their values (Shaw, "Using
+// Constraint Programming and Local Search Methods to Solve Vehicle Routing Problems", CP 1998). Their size adapts to
+// how the last ones ended, by counts alone.
+#pragma once
+
+#include "core/alloc.h"
+#include "solve/random.h"
+#include "solve/weights.h"
+
+namespace koru::solve {
+
+class Neighbourhood {
+ public:
+  // Over positions 0..n-1; `share` is in per cent. False when memory is exhausted (reported).
+  [[nodiscard]] bool create(int n, int share);
+
+  bool isRelaxed(int position) const { return relaxed_[position]; }
+  bool *relaxed() const { return relaxed_.get(); }
+  void clear() const;
+  void relaxRandom(Random &random) const;
+  void relaxLinked(Random &random, const Weights &weights) const;
+
+  // One was searched through, or left at its limit.
+  void noteExhausted() { share_ = share_ + share_ / 8 + 1 < kMostShare ? share_ + share_ / 8 + 1 : kMostShare; }
+  void noteLeft() { share_ = share_ - share_ / 16 > kLeastShare ? share_ - share_ / 16 : kLeastShare; }
+
+ private:
+  static constexpr int kWhole = 10000;  // shares are kept in hundredths of a per cent
+  static constexpr int kLeastShare = 100;
+  static constexpr int kMostShare = 9000;
+
+  int sizeWanted() const;
+
+  Buffer<bool> relaxed_;
+  Buffer<int> order_;
+  int count_ = 0;
+  int share_ = 0;
+};
+
+}  // namespace koru::solve

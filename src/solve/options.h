@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// Which options a search accepts.
+#pragma once
+
+#include "koru_extras.h"
+
+namespace koru::solve {
+
+bool isAcceptable(const CSsearchOptions &options);
+bool isOrder(int order, const CSsearchOptions &options);
+bool isValueOrder(int value, const CSsearchOptions &options);
+
+// With the defaults in place of zeros.
+CSsearchOptions withDefaults(CSsearchOptions options);
+
+}  // namespace koru::solve

@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+// cs_createSearch and what is done with a search object; the engine is in engine.cc.
+//
+// Deliberate: everything that options ask for is allocated by the first cs_nextSolution, so that an object can be
+// made, told and freed without memory to spare.
+#include "solve/search_object.h"
+
+#include <new>
+
+#include "core/post.h"
+#include "core/solver.h"
+#include "search/branching.h"
+#include "solve/engine.h"
+#include "solve/limits.h"
+#include "solve/options.h"
+
+namespace koru::solve {
+
+namespace {
+
+constinit CSsearch *newest = nullptr;
+
+// ----- life
+
+void destroy(CSsearch *s) {
+  newest = s->older;
+  s->path.destroy();
+  s->~CSsearch();
+  deallocate(s);
+}
+
+// By cs_end, whatever is left.
+void releaseAtEnd(void *) {
+  if (newest != nullptr) destroy(newest);
+}
+
+CSsearch *create(CSint *const *vars, int n) {
+  void *memory = allocate(sizeof(CSsearch));
+  if (memory == nullptr) return nullptr;
+  auto *s = new (memory) CSsearch;
+  s->older = newest;
+  newest = s;
+  s->options = withDefaults({});
+  s->options.size = sizeof(CSsearchOptions);
+  s->stats.secondsToFirst = s->stats.secondsToBest = -1;
+  if (!s->labelled.add(vars, n, CS_ORDER_INPUT, CS_VALUE_MIN) || !openContext()) {
+    destroy(s);
+    return nullptr;
+  }
+  s->root = BranchStamp::now();
+  s->openContexts = solver::contexts.count();
+  s->atEnd = {nullptr, releaseAtEnd, nullptr, false, nullptr};
+  solver::ports.add(&s->atEnd);
+  return s;
+}
+
+// ----- the first call
+
+bool needsWeights(const CSsearch &s) {
+  return s.labelled.usesOrder(CS_ORDER_DOM_WDEG) || s.options.neighbours == CS_NEIGHBOURS_LINKED;
+}
+
+bool prepareLearning(CSsearch &s) {
+  if (s.options.restarts == CS_RESTARTS_NONE || s.labelled.size() == 0) return true;
+  s.noGoods = cs_createNoGoodSet(s.labelled.variables(), s.labelled.size(), nullptr, 0, nullptr, nullptr);
+  return s.noGoods != nullptr;
+}
+
+bool prepare(CSsearch &s) {
+  const CSsearchOptions &o = s.options;
+  s.memoryReports = solver::errors.memoryReports;
+  s.hostSize = s.labelled.size();
+  s.objective = o.minimize != nullptr ? o.minimize : o.maximize;
+  const int value = minimizes(s) ? CS_VALUE_MIN : CS_VALUE_MAX;
+  if (s.objective != nullptr && !s.labelled.add(&s.objective, 1, CS_ORDER_INPUT, value)) return false;
+  s.unsettled = BranchSet(s.labelled.size());
+  if (!s.unsettled || !s.path.create()) return false;
+  if (needsWeights(s) && !s.weights.collect(s.labelled.variables(), s.labelled.size())) return false;
+  if (o.neighbours != CS_NEIGHBOURS_NONE && !s.neighbourhood.create(s.hostSize, o.relaxed)) return false;
+  s.random = Random(o.seed);
+  s.runLimits = RunLimits(o.restarts, o.restartFails, o.restartGrowth);
+  return prepareLearning(s);
+}
+
+// ----- the calls
+
+bool hasBegun(const CSsearch &s) { return s.status != CS_STATUS_READY; }
+bool hasEnded(const CSsearch &s) { return hasBegun(s) && s.status != CS_STATUS_SOLUTION; }
+
+bool isItsTurn(const CSsearch &s) {
+  return &s == newest && !s.running && s.root.stands() && solver::contexts.count() == s.openContexts;
+}
+
+// Everything as it was when the object was made.
+void closeRoot(CSsearch &s) {
+  cs_restoreContextUntil(s.root.level);
+  s.noGoods = nullptr;
+}
+
+void noteFailure(void *search, const Constraint *constraint) {
+  static_cast<CSsearch *>(search)->weights.noteFailure(constraint);
+}
+
+// While the search runs, it is told of the constraints that fail.
+class Listening {
+ public:
+  explicit Listening(CSsearch &s) : before_(solver::ports.failureListener) {
+    if (s.weights.collected()) solver::ports.failureListener = {noteFailure, &s};
+  }
+  Listening(const Listening &) = delete;
+  Listening &operator=(const Listening &) = delete;
+  ~Listening() { solver::ports.failureListener = before_; }
+
+ private:
+  FailureListener before_;
+};
+
+CSstatus next(CSsearch &s) {
+  s.running = true;
+  s.clock.resume();
+  if (!hasBegun(s) && !prepare(s)) {
+    s.status = CS_STATUS_MEMORY;
+  } else {
+    const Listening listening(s);
+    s.status = goOn(s);
+  }
+  if (hasEnded(s)) closeRoot(s);
+  s.openContexts = solver::contexts.count();
+  if (s.status == CS_STATUS_SOLUTION) tellProgress(s);
+  s.clock.pause();
+  s.stats.seconds = s.clock.seconds();
+  s.running = false;
+  return s.status;
+}
+
+constexpr const char *kNames[] = {"ready",      "solution",           "optimal",        "exhausted", "time limit",
+                                  "fail limit", "choice point limit", "solution limit", "stopped",   "memory exhausted",
+                                  "out of turn"};
+
+}  // namespace
+}  // namespace koru::solve
+
+using namespace koru;
+using namespace koru::solve;
+
+CSsearch *cs_createSearch(CSint **vars, int n) {
+  if (!solver::initialised || n < 0 || (n > 0 && (vars == nullptr || !allPresent(vars, n)))) return nullptr;
+  return create(vars, n);
+}
+
+bool cs_setSearchOptions(CSsearch *search, const CSsearchOptions *options) {
+  if (search == nullptr || options == nullptr || hasBegun(*search) || !isAcceptable(*options)) return false;
+  search->options = withDefaults(*options);
+  Phase &first = search->labelled.firstPhase();
+  first.order = options->order;
+  first.value = options->value;
+  return true;
+}
+
+bool cs_addSearchPhase(CSsearch *search, CSint **vars, int n, int order, int value) {
+  if (search == nullptr || hasBegun(*search) || n < 0 || (n > 0 && (vars == nullptr || !allPresent(vars, n))))
+    return false;
+  if (!isOrder(order, search->options) || !isValueOrder(value, search->options)) return false;
+  return search->labelled.add(vars, n, order, value);
+}
+
+bool cs_setSearchHint(CSsearch *search, int index, int value) {
+  if (search == nullptr || hasBegun(*search) || index < 0 || index >= search->labelled.size()) return false;
+  search->labelled.setWish(index, value);
+  return true;
+}
+
+CSstatus cs_nextSolution(CSsearch *search) {
+  if (search == nullptr) return CS_STATUS_REFUSED;
+  if (hasEnded(*search)) return search->status;
+  return isItsTurn(*search) ? next(*search) : CS_STATUS_REFUSED;
+}
+
+CSstatus cs_getSearchStatus(const CSsearch *search) { return search != nullptr ? search->status : CS_STATUS_REFUSED; }
+
+const char *cs_getStatusName(CSstatus status) {
+  const int i = status;
+  return i >= CS_STATUS_READY && i <= CS_STATUS_REFUSED ? kNames[i] : "unknown";
+}
+
+const int *cs_getBestSolution(const CSsearch *search) {
+  return search != nullptr && hasSolution(*search) ? search->labelled.solution() : nullptr;
+}
+
+bool cs_getSearchStats(const CSsearch *search, CSsearchStats *stats, size_t size) {
+  if (search == nullptr || stats == nullptr || size != sizeof(CSsearchStats)) return false;
+  *stats = search->stats;
+  return true;
+}
+
+void cs_stopSearch(CSsearch *search) {
+  if (search != nullptr) search->stopped.store(true, std::memory_order_relaxed);
+}
+
+bool cs_freeSearch(CSsearch *search) {
+  if (search == nullptr || search != newest || search->running) return false;
+  if (search->root.stands()) closeRoot(*search);
+  solver::ports.remove(&search->atEnd);
+  destroy(search);
+  return true;
+}
