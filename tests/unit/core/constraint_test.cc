@@ -12,20 +12,7 @@ using namespace koru;
 using namespace koru::test;
 using namespace koru::test::journal;
 
-class ConstraintTest : public SolverTest {
- protected:
-  Journal journal;
-  std::shared_ptr<int> life = std::make_shared<int>(0);
-  CSint *x = nullptr;
-  CSint *y = nullptr;
-
-  void SetUp() override {
-    SolverTest::SetUp();
-    x = cs_createCSint(0, 99);
-    y = cs_createCSint(0, 99);
-  }
-  bool alive() const { return life.use_count() > 1; }
-};
+using ConstraintTest = JournalTest;
 
 TEST_F(ConstraintTest, TheEventCodesAreTheFixedOnes) {
   EXPECT_EQ(kNewMin, 0);
@@ -200,7 +187,6 @@ TEST_F(ConstraintTest, AQueuedSnapshotKeepsDetachedEntriesToo) {
 
 TEST_F(ConstraintTest, TheEndOfANestedRunLeavesTheGraveyardToTheOutermost) {
   const int mark = solver::trail.count();
-  CSint *z = cs_createCSint(0, 99);
   ASSERT_TRUE(watch(journal, 1, {x}, {}, life) && watch(journal, 2, {x}));
   journal.reactions[2] = [&](const Call &) {
     solver::trail.undoTo(mark);

@@ -24,70 +24,50 @@ class NarrowEventsTest : public SolverTest {
   }
 };
 
-TEST_F(NarrowEventsTest, RaisingTheMinimumSignalsANewMinimum) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(narrowMin(v, 4));
-  expectOnly(v, kNewMin, 0, 4);
+struct OneChange {
+  const char *name;
+  std::vector<int> domain;  // none: 0 to 9, without bits
+  bool (*narrow)(CSint *, int);
+  int value;
+  EventCode code;
+  int oldValue, newValue;
+};
+
+const OneChange kChanges[] = {
+    {"raising the minimum: new minimum", {}, narrowMin, 4, kNewMin, 0, 4},
+    {"raising the minimum into a hole: the value reached", {0, 1, 5, 9}, narrowMin, 2, kNewMin, 0, 5},
+    {"raising the minimum to the maximum: bound", {}, narrowMin, 9, kMinBound, 0, 9},
+    {"raising the minimum over holes to the last value: bound", {0, 1, 9}, narrowMin, 2, kMinBound, 0, 9},
+    {"lowering the maximum: new maximum", {}, narrowMax, 4, kNewMax, 9, 4},
+    {"lowering the maximum into a hole: the value reached", {0, 1, 5, 9}, narrowMax, 4, kNewMax, 9, 1},
+    {"lowering the maximum to the minimum: bound", {}, narrowMax, 0, kMaxBound, 9, 0},
+    {"lowering the maximum over holes to the first value: bound", {0, 8, 9}, narrowMax, 7, kMaxBound, 9, 0},
+    {"binding to the maximum: bound", {}, bindValue, 9, kMinBound, 0, 9},
+    {"binding to the minimum: bound", {}, bindValue, 0, kMaxBound, 9, 0},
+    {"binding to an inner value: both old bounds", {}, bindValue, 4, kBound, 0, 9},
+    {"removing the minimum: new minimum", {}, removeValue, 0, kNewMin, 0, 1},
+    {"removing the minimum beside a hole: the value reached", {0, 5, 9}, removeValue, 0, kNewMin, 0, 5},
+    {"removing the minimum of two values: bound", {0, 5}, removeValue, 0, kMinBound, 0, 5},
+    {"removing the maximum: new maximum", {}, removeValue, 9, kNewMax, 9, 8},
+    {"removing the maximum beside a hole: the value reached", {0, 5, 9}, removeValue, 9, kNewMax, 9, 5},
+    {"removing the maximum of two values: bound", {4, 5}, removeValue, 5, kMaxBound, 5, 4},
+    {"removing an inner value", {}, removeValue, 4, kRemoved, 4, 4},
+};
+
+TEST_F(NarrowEventsTest, EachChangeSignalsOneEvent) {
+  for (const OneChange &change : kChanges) {
+    SCOPED_TRACE(change.name);
+    journal.calls.clear();
+    CSint *v = change.domain.empty() ? watched(cs_createCSint(0, 9)) : watched(change.domain);
+    EXPECT_TRUE(change.narrow(v, change.value));
+    expectOnly(v, change.code, change.oldValue, change.newValue);
+  }
 }
 
-TEST_F(NarrowEventsTest, RaisingTheMinimumIntoAHoleSignalsTheValueReached) {
-  CSint *v = watched({0, 1, 5, 9});
-  EXPECT_TRUE(narrowMin(v, 2));
-  expectOnly(v, kNewMin, 0, 5);
-}
-
-TEST_F(NarrowEventsTest, RaisingTheMinimumToTheMaximumSignalsAnInstantiation) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(narrowMin(v, 9));
-  expectOnly(v, kMinBound, 0, 9);
-}
-
-TEST_F(NarrowEventsTest, RaisingTheMinimumOverHolesToTheLastValueSignalsAnInstantiation) {
-  CSint *v = watched({0, 1, 9});
-  EXPECT_TRUE(narrowMin(v, 2));
-  expectOnly(v, kMinBound, 0, 9);
-}
-
-TEST_F(NarrowEventsTest, LoweringTheMaximumSignalsANewMaximum) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(narrowMax(v, 4));
-  expectOnly(v, kNewMax, 9, 4);
-}
-
-TEST_F(NarrowEventsTest, LoweringTheMaximumIntoAHoleSignalsTheValueReached) {
-  CSint *v = watched({0, 1, 5, 9});
-  EXPECT_TRUE(narrowMax(v, 4));
-  expectOnly(v, kNewMax, 9, 1);
-}
-
-TEST_F(NarrowEventsTest, LoweringTheMaximumToTheMinimumSignalsAnInstantiation) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(narrowMax(v, 0));
-  expectOnly(v, kMaxBound, 9, 0);
-}
-
-TEST_F(NarrowEventsTest, LoweringTheMaximumOverHolesToTheFirstValueSignalsAnInstantiation) {
-  CSint *v = watched({0, 8, 9});
-  EXPECT_TRUE(narrowMax(v, 7));
-  expectOnly(v, kMaxBound, 9, 0);
-}
-
-TEST_F(NarrowEventsTest, BindingToTheMaximumSignalsABoundMinimum) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(bindValue(v, 9));
-  expectOnly(v, kMinBound, 0, 9);
-}
-
-TEST_F(NarrowEventsTest, BindingToTheMinimumSignalsABoundMaximum) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(bindValue(v, 0));
-  expectOnly(v, kMaxBound, 9, 0);
-}
-
-TEST_F(NarrowEventsTest, BindingToAnInnerValueSignalsItWithBothOldBounds) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(bindValue(v, 4));
-  expectOnly(v, kBound, 0, 9);
+TEST_F(NarrowEventsTest, RemovingTheMaximumOfAnIntervalOfTwoSignalsAnInstantiation) {
+  CSint *v = watched(cs_createCSint(4, 5));
+  EXPECT_TRUE(removeValue(v, 5));
+  expectOnly(v, kMaxBound, 5, 4);
 }
 
 TEST_F(NarrowEventsTest, BindingAnInstantiatedVariableSignalsNothing) {
@@ -95,48 +75,6 @@ TEST_F(NarrowEventsTest, BindingAnInstantiatedVariableSignalsNothing) {
   EXPECT_TRUE(bindValue(v, 4));
   EXPECT_FALSE(bindValue(v, 5));
   EXPECT_TRUE(journal.calls.empty());
-}
-
-TEST_F(NarrowEventsTest, RemovingTheMinimumSignalsANewMinimum) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(removeValue(v, 0));
-  expectOnly(v, kNewMin, 0, 1);
-}
-
-TEST_F(NarrowEventsTest, RemovingTheMinimumBesideAHoleSignalsTheValueReached) {
-  CSint *v = watched({0, 5, 9});
-  EXPECT_TRUE(removeValue(v, 0));
-  expectOnly(v, kNewMin, 0, 5);
-}
-
-TEST_F(NarrowEventsTest, RemovingTheMinimumOfTwoValuesSignalsAnInstantiation) {
-  CSint *v = watched({0, 5});
-  EXPECT_TRUE(removeValue(v, 0));
-  expectOnly(v, kMinBound, 0, 5);
-}
-
-TEST_F(NarrowEventsTest, RemovingTheMaximumSignalsANewMaximum) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(removeValue(v, 9));
-  expectOnly(v, kNewMax, 9, 8);
-}
-
-TEST_F(NarrowEventsTest, RemovingTheMaximumBesideAHoleSignalsTheValueReached) {
-  CSint *v = watched({0, 5, 9});
-  EXPECT_TRUE(removeValue(v, 9));
-  expectOnly(v, kNewMax, 9, 5);
-}
-
-TEST_F(NarrowEventsTest, RemovingTheMaximumOfTwoValuesSignalsAnInstantiation) {
-  CSint *v = watched(cs_createCSint(4, 5));
-  EXPECT_TRUE(removeValue(v, 5));
-  expectOnly(v, kMaxBound, 5, 4);
-}
-
-TEST_F(NarrowEventsTest, RemovingAnInnerValueSignalsIt) {
-  CSint *v = watched(cs_createCSint(0, 9));
-  EXPECT_TRUE(removeValue(v, 4));
-  expectOnly(v, kRemoved, 4, 4);
 }
 
 TEST_F(NarrowEventsTest, CallsThatChangeNothingSignalNothing) {

@@ -12,20 +12,7 @@ using namespace koru;
 using namespace koru::test;
 using namespace koru::test::journal;
 
-class PostTest : public SolverTest {
- protected:
-  Journal journal;
-  std::shared_ptr<int> life = std::make_shared<int>(0);
-  CSint *x = nullptr;
-  CSint *y = nullptr;
-
-  void SetUp() override {
-    SolverTest::SetUp();
-    x = cs_createCSint(0, 9);
-    y = cs_createCSint(0, 9);
-  }
-  bool alive() const { return life.use_count() > 1; }
-};
+using PostTest = JournalTest;
 
 // ----- tables
 

@@ -10,25 +10,10 @@ using namespace koru;
 using namespace koru::test;
 using namespace koru::test::journal;
 
-class QueueFailureTest : public SolverTest {
+class QueueFailureTest : public JournalTest {
  protected:
-  Journal journal;
-  CSint *x = nullptr;
-  CSint *y = nullptr;
-  CSint *z = nullptr;
-
   static constexpr Kind kListener{.flags = kConflictListener};
   static constexpr Kind kDeaf{.flags = kNeverWoken};
-
-  void SetUp() override {
-    SolverTest::SetUp();
-    x = cs_createCSint(0, 99);
-    y = cs_createCSint(0, 99);
-    z = cs_createCSint(0, 99);
-  }
-  void fails(int number) {
-    journal.reactions[number] = [](const Call &) { return false; };
-  }
 };
 
 TEST_F(QueueFailureTest, TheFirstFalseEndsTheWalkAndTheRun) {

@@ -10,20 +10,11 @@ using namespace koru;
 using namespace koru::test;
 using namespace koru::test::journal;
 
-class QueueNestedTest : public SolverTest {
+class QueueNestedTest : public JournalTest {
  protected:
-  Journal journal;
-  CSint *x = nullptr;
-  CSint *y = nullptr;
-
   void SetUp() override {
-    SolverTest::SetUp();
-    x = cs_createCSint(0, 99);
-    y = cs_createCSint(0, 99);
+    JournalTest::SetUp();
     ASSERT_TRUE(watch(journal, 1, {x}) && watch(journal, 2, {y}));
-  }
-  void fails(int number) {
-    journal.reactions[number] = [](const Call &) { return false; };
   }
 };
 
@@ -73,7 +64,6 @@ TEST_F(QueueNestedTest, AfterTheContextIsClosedChangesWaitAgain) {
 }
 
 TEST_F(QueueNestedTest, AHandlerOfTheNestedRunOnlyQueuesItsChanges) {
-  CSint *z = cs_createCSint(0, 99);
   ASSERT_TRUE(watch(journal, 3, {z}));
   journal.reactions[1] = [&](const Call &) {
     cs_saveContext();
@@ -156,7 +146,6 @@ TEST_F(QueueNestedTest, AFailureWhileSavingDoesNotEndTheOuterWalk) {
 }
 
 TEST_F(QueueNestedTest, TheMarkOfASaveLiesBehindTheChangesItsDrainMade) {
-  CSint *z = cs_createCSint(0, 99);
   journal.reactions[2] = [&](const Call &) { return narrowMin(z, 5); };
   journal.reactions[1] = [&](const Call &) {
     EXPECT_TRUE(narrowMin(y, 1));
@@ -190,7 +179,6 @@ TEST_F(QueueNestedTest, ANestedRunKeepsAListenerOfItsOwn) {
 }
 
 TEST_F(QueueNestedTest, ARestoreInsideAHandlerDetachesWhatItsContextAttached) {
-  auto life = std::make_shared<int>(0);
   long duringHandler = 0;
   journal.reactions[1] = [&](const Call &) {
     cs_saveContext();

@@ -25,18 +25,13 @@ void PrintTo(const Seen &seen, std::ostream *out) {
   *out << (seen.consistent ? "ok " : "failed ") << seen.site << " event " << seen.code << " of " << seen.variable;
 }
 
-class QueueObserverTest : public SolverTest {
+class QueueObserverTest : public JournalTest {
  protected:
-  Journal journal;
   std::vector<Seen> seen;
   Observer observer{note, nullptr, &seen, true, nullptr};
-  CSint *x = nullptr;
-  CSint *y = nullptr;
 
   void SetUp() override {
-    SolverTest::SetUp();
-    x = cs_createCSint(0, 99);
-    y = cs_createCSint(0, 99);
+    JournalTest::SetUp();
     solver::ports.add(&observer);
   }
   void enable(bool enabled) {
@@ -181,7 +176,6 @@ TEST_F(QueueObserverTest, AListenerThatSwitchesProfilingOnHasTheFailureNoted) {
 
 TEST_F(QueueObserverTest, TheFailingSiteOutlivesAConstraintThatTheFailingHandlerDetached) {
   const int mark = solver::trail.count();
-  auto life = std::make_shared<int>(0);
   ASSERT_TRUE(watch(journal, 1, {x}, {.name = "culprit"}, life));
   journal.reactions[1] = [&](const Call &) {
     solver::trail.undoTo(mark);

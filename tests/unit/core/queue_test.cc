@@ -14,20 +14,8 @@ using namespace koru;
 using namespace koru::test;
 using namespace koru::test::journal;
 
-class QueueTest : public SolverTest {
+class QueueTest : public JournalTest {
  protected:
-  Journal journal;
-  CSint *x = nullptr;
-  CSint *y = nullptr;
-  CSint *z = nullptr;
-
-  void SetUp() override {
-    SolverTest::SetUp();
-    x = cs_createCSint(0, 99);
-    y = cs_createCSint(0, 99);
-    z = cs_createCSint(0, 99);
-  }
-
   // When watcher `number` first runs it does `action` and succeeds if the action does.
   void once(int number, std::function<bool()> action) {
     journal.reactions[number] = [action = std::move(action), done = false](const Call &) mutable {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "core/post.h"
+#include "support/kit/solver_test.h"
 
 namespace koru::test::journal {
 
@@ -83,5 +84,24 @@ inline bool watch(Journal &journal, int number, const std::vector<CSint *> &vari
   for (std::size_t i = 0; i < variables.size(); ++i) held.attach(variables[i], static_cast<int>(i));
   return static_cast<bool>(posting);
 }
+
+// The fixture of tests that post watchers: variables over [0, 99], and a life to hand to a watcher.
+class JournalTest : public SolverTest {
+ protected:
+  Journal journal;
+  std::shared_ptr<int> life = std::make_shared<int>(0);
+  CSint *x = nullptr;
+  CSint *y = nullptr;
+  CSint *z = nullptr;
+
+  void SetUp() override {
+    SolverTest::SetUp();
+    for (CSint **each : {&x, &y, &z}) *each = cs_createCSint(0, 99);
+  }
+  bool alive() const { return life.use_count() > 1; }
+  void fails(int number) {
+    journal.reactions[number] = [](const Call &) { return false; };
+  }
+};
 
 }  // namespace koru::test::journal
