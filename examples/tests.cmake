@@ -499,3 +499,13 @@ koru_example_input(bad_file rcpsp_cut.sm "${text}")
 koru_example_test(rcpsp.bad_cut rcpsp 2 ARGS "${bad_file}" EXPECT_ERROR "^rcpsp: [^\n]*rcpsp_cut.sm:[0-9]+: ")
 koru_example_test(rcpsp.empty rcpsp 2 EXPECT_ERROR "^rcpsp: stdin:1: \"jobs\" is missing\n$")
 koru_example_arguments(rcpsp file)
+
+# --- roster ---
+koru_example_test(roster.drawn roster 0 ARGS --nurses 6 --days 7 --wishes 40
+  EXPECT "^nurse  1  [.ELN]+\n.*nurse  6  [.ELN]+\nbroken wishes weigh 0 \\(optimal\\) [|] ")
+koru_example_test(roster.quiet roster 0 ARGS --quiet --nurses 5 --days 3 --wishes 100
+  EXPECT "^broken wishes weigh 23 \\(optimal\\) [|] [0-9]+ fails, ")
+koru_example_test(roster.month roster 0 ARGS --quiet --seconds 60 EXPECT "^broken wishes weigh 1 \\(optimal\\) [|] ")
+koru_example_test(roster.help roster 0 ARGS --help EXPECT "^usage: roster ")
+koru_example_test(roster.bad_option roster 2 ARGS --fast EXPECT_ERROR "^roster: unknown option --fast\n")
+koru_example_test(roster.bad_number roster 2 ARGS --days 1 EXPECT_ERROR "^roster: 1 is no number from 2 to 56\n")
