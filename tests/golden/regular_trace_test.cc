@@ -3,10 +3,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 
-#include "constraints/global/regular_graph.h"
 #include "support/constraints/automaton.h"
+#include "support/constraints/regular_lists.h"
 #include "support/kit/probe.h"
 
 namespace {
@@ -32,6 +33,7 @@ class RegularTraceTest : public SolverTest {
     for (CSint *&v : x) v = cs_createCSint(0, 2);
     ASSERT_EQ(kShifts.post(x, kLength), 1);
     graph = static_cast<const regular::Graph *>(x[0]->constraints->constraint->record());
+    allLists.emplace(*graph);
   }
 
   static std::string set(CSint *v) {
@@ -54,12 +56,12 @@ class RegularTraceTest : public SolverTest {
   }
 
   // The entries, the support in brackets.
-  static std::string list(const std::string &name, const regular::EdgeList &edges) {
+  static std::string list(const std::string &name, const ListedEdges &list) {
     std::ostringstream text;
     text << name;
-    for (int i = 0; i < edges.size; ++i) {
-      const bool isSupport = i == edges.support;
-      text << (isSupport ? "  [" : "   ") << edges.edges[i].x << "," << edges.edges[i].y << (isSupport ? "]" : " ");
+    for (std::size_t i = 0; i < list.edges.size(); ++i) {
+      const bool isSupport = static_cast<int>(i) == list.support;
+      text << (isSupport ? "  [" : "   ") << list.edges[i].x << "," << list.edges[i].y << (isSupport ? "]" : " ");
     }
     std::string line = text.str();
     line.erase(line.find_last_not_of(' ') + 1);
@@ -68,9 +70,9 @@ class RegularTraceTest : public SolverTest {
 
   std::string lists(int k) const {
     std::string text;
-    for (const int q : values(graph->layer(k))) text += list("source " + std::to_string(q), graph->sources(k)[q]);
-    for (const int q : values(graph->layer(k + 1))) text += list("target " + std::to_string(q), graph->targets(k)[q]);
-    for (const int a : values(x[k])) text += list("symbol " + std::to_string(a), graph->labels(k)[a]);
+    for (const int q : values(graph->layer(k))) text += list("source " + std::to_string(q), allLists->source(k, q));
+    for (const int q : values(graph->layer(k + 1))) text += list("target " + std::to_string(q), allLists->target(k, q));
+    for (const int a : values(x[k])) text += list("symbol " + std::to_string(a), allLists->label(k, a));
     return text;
   }
 
@@ -96,6 +98,7 @@ class RegularTraceTest : public SolverTest {
 
   CSint *x[kLength] = {};
   const regular::Graph *graph = nullptr;
+  std::optional<RegularLists> allLists;
 };
 
 TEST_F(RegularTraceTest, ThePageShowsLayersAndListsAfterPosting) {

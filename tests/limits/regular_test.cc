@@ -14,7 +14,7 @@ class RegularLimitsTest : public SolverTest {
  protected:
   // The table is not read: nothing but small arrays can be allocated.
   void expectExhausted(int states, int symbols) {
-    koru::allocationHook = [](std::size_t size) { return size < 1000000; };
+    koru::allocationHook = [](std::size_t size) { return size < 100000; };
     CSint *x = cs_createCSint(0, 1);
     const int zero = 0;
     memoryReports = 0;

@@ -3,7 +3,7 @@
 // Consistency: domain, when no variable stands twice (Pesant, "A regular language membership constraint for finite
 // sequences of variables", CP 2004).
 // Cost: O(n states symbols) at posting; per event a look at each state of a layer, and a walk along each edge list
-// whose support is lost, from that support on.
+// whose support is lost, from that support on, which passes by edges that the posting found dead.
 // State: the states of each layer, trailed; the support of each edge list, not trailed: one that was found valid
 // deeper in the search is valid further up as well.
 // Wakes: by every event of a variable, on one constraint; by every event of a layer, on another.
@@ -30,83 +30,6 @@ struct OnLayers {
 
 // ----- rules
 
-// Steps on from the current support, around the end of the list, to an edge that lies in both domains.
-static bool findSupport(EdgeList &list, const CSint *x, const CSint *y) {
-  int i = list.support;
-  for (int left = list.size - 1; left > 0; --left) {
-    if (++i == list.size) i = 0;
-    const Edge edge = list.edges[i];
-    if (!contains(x, edge.x) || !contains(y, edge.y)) continue;
-    list.support = i;
-    list.current = edge;
-    return true;
-  }
-  return false;
-}
-
-template <int Edge::*part, class IsStale>
-static bool isSupported(EdgeList &list, IsStale isStale, const CSint *x, const CSint *y) {
-  return !isStale(list.current.*part) || findSupport(list, x, y);
-}
-
-// Visits the states of a layer, 64 at a time: a visit removes no other state than the one it is told.
-template <class Visit>
-static bool forEachState(const CSint *layer, Visit visit) {
-  if (layer->bits == nullptr) return forEachValue(layer, visit);
-  const int first = layer->min;
-  const int last = layer->max;
-  for (int i = first / 64; i <= last / 64; ++i) {
-    std::uint64_t left = layer->bits->words()[i];
-    if (i == first / 64) left &= ~std::uint64_t{0} << (first % 64);
-    if (i == last / 64) left &= ~std::uint64_t{0} >> (63 - last % 64);
-    for (; left != 0; left &= left - 1)
-      if (!visit(i * 64 + std::countr_zero(left))) return false;
-  }
-  return true;
-}
-
-template <int Edge::*part, class IsStale>
-static bool filterSources(const Graph &g, int k, IsStale isStale) {
-  EdgeList *lists = g.sources(k);
-  CSint *layer = g.layer(k);
-  return forEachState(layer, [&](int q) {
-    return isSupported<part>(lists[q], isStale, g.variable(k), g.layer(k + 1)) || removeValue(layer, q);
-  });
-}
-
-template <int Edge::*part, class IsStale>
-static bool filterTargets(const Graph &g, int k, IsStale isStale) {
-  EdgeList *lists = g.targets(k);
-  CSint *layer = g.layer(k + 1);
-  return forEachState(layer, [&](int q) {
-    return isSupported<part>(lists[q], isStale, g.variable(k), g.layer(k)) || removeValue(layer, q);
-  });
-}
-
-template <int Edge::*part, class IsStale>
-static bool filterSymbols(const Graph &g, int k, IsStale isStale) {
-  EdgeList *lists = g.labels(k);
-  CSint *v = g.variable(k);
-  return forEachValue(v, 0, g.symbols() - 1, [&](int a) {
-    return lists[a].size == 0 || isSupported<part>(lists[a], isStale, g.layer(k), g.layer(k + 1)) || removeValue(v, a);
-  });
-}
-
-// ----- handlers; the index is a position for variables and the number of a layer for layers
-
-template <class IsStale>
-static bool filter(const OnVars &c, int k, IsStale isStale) {
-  return filterSources<&Edge::x>(c.graph, k, isStale) && filterTargets<&Edge::x>(c.graph, k, isStale);
-}
-
-template <class IsStale>
-static bool filter(const OnLayers &c, int k, IsStale isStale) {
-  const Graph &g = *c.graph;
-  if (k < g.length() && (!filterSymbols<&Edge::x>(g, k, isStale) || !filterTargets<&Edge::y>(g, k, isStale)))
-    return false;
-  return filterSymbols<&Edge::y>(g, k - 1, isStale) && filterSources<&Edge::y>(g, k - 1, isStale);
-}
-
 // What an event has taken away.
 struct Below {
   int bound;
@@ -129,8 +52,158 @@ struct AllBut {
 struct Only {
   int removed;
   explicit Only(const Event &e) : removed(e.newValue) {}
+  explicit Only(int value) : removed(value) {}
   bool operator()(int value) const { return value == removed; }
 };
+
+// Each steps on from the current support of a list, around its end, to an edge that lies in all domains.
+
+static bool findSource(const Graph &g, int k, int q) {
+  Support &support = g.sources(k)[q];
+  const CSint *targets = g.layer(k + 1);
+  const auto isLost = [&](int a) {
+    const int t = g.transitions().target(q, a);
+    if (t == Transitions::kNone || !contains(targets, t) || !g.labels(k)[a].exists()) return true;
+    support = {a, {a, t}};
+    return false;
+  };
+  const int place = support.place;
+  return !forEachValue(g.variable(k), place + 1, g.symbols() - 1, isLost) ||
+         !forEachValue(g.variable(k), 0, place - 1, isLost);
+}
+
+static bool findLabel(const Graph &g, int k, int a) {
+  Support &support = g.labels(k)[a];
+  const CSint *targets = g.layer(k + 1);
+  const auto isLost = [&](int q) {
+    const int t = g.transitions().target(q, a);
+    if (t == Transitions::kNone || !contains(targets, t)) return true;
+    support = {q, {q, t}};
+    return false;
+  };
+  const int place = support.place;
+  return !forEachValue(g.layer(k), place + 1, kIntMax, isLost) || !forEachValue(g.layer(k), 0, place - 1, isLost);
+}
+
+static bool findTarget(const Graph &g, int k, int t) {
+  Support &support = g.targets(k)[t];
+  const CSint *v = g.variable(k);
+  const CSint *sources = g.layer(k);
+  const Arc *arcs = g.transitions().arcs();
+  const int first = g.transitions().arcsInto(t);
+  const int end = g.transitions().arcsInto(t + 1);
+  int i = support.place;
+  for (int left = end - first - 1; left > 0; --left) {
+    if (++i == end) i = first;
+    const Arc arc = arcs[i];
+    if (!contains(v, arc.symbol) || !contains(sources, arc.source) || !g.labels(k)[arc.symbol].exists()) continue;
+    support = {i, {arc.symbol, arc.source}};
+    return true;
+  }
+  return false;
+}
+
+// Visits the states of a layer, 64 at a time: a visit removes no other state than the one it is told.
+template <class Visit>
+static bool forEachState(const CSint *layer, Visit visit) {
+  if (layer->bits == nullptr) return forEachValue(layer, visit);
+  const int first = layer->min;
+  const int last = layer->max;
+  for (int i = first / 64; i <= last / 64; ++i) {
+    std::uint64_t left = layer->bits->words()[i];
+    if (i == first / 64) left &= ~std::uint64_t{0} << (first % 64);
+    if (i == last / 64) left &= ~std::uint64_t{0} >> (63 - last % 64);
+    for (; left != 0; left &= left - 1)
+      if (!visit(i * 64 + std::countr_zero(left))) return false;
+  }
+  return true;
+}
+
+template <int Edge::*part, class IsStale>
+static bool filterSources(const Graph &g, int k, IsStale isStale) {
+  CSint *layer = g.layer(k);
+  return forEachState(layer, [&g, k, layer, isStale, supports = g.sources(k)](int q) {
+    return !isStale(supports[q].edge.*part) || findSource(g, k, q) || removeValue(layer, q);
+  });
+}
+
+template <int Edge::*part, class IsStale>
+static bool filterTargets(const Graph &g, int k, IsStale isStale) {
+  CSint *layer = g.layer(k + 1);
+  return forEachState(layer, [&g, k, layer, isStale, supports = g.targets(k)](int t) {
+    return !isStale(supports[t].edge.*part) || findTarget(g, k, t) || removeValue(layer, t);
+  });
+}
+
+// A value that came back after the posting may have no edge at all; it stays until the variable is bound to it.
+template <int Edge::*part, class IsStale>
+static bool filterSymbols(const Graph &g, int k, IsStale isStale) {
+  CSint *v = g.variable(k);
+  return forEachValue(v, 0, g.symbols() - 1, [&g, k, v, isStale, supports = g.labels(k)](int a) {
+    const Support &support = supports[a];
+    return !support.exists() || !isStale(support.edge.*part) || findLabel(g, k, a) || removeValue(v, a);
+  });
+}
+
+// The same when nothing but state q of layer k has gone: only states that an arc joins with q can have lost their
+// support. With an arc for each symbol this is a look at as many states, instead of at all of a layer.
+
+static bool filterSourcesInto(const Graph &g, int k, int q) {
+  const int first = g.transitions().arcsInto(q);
+  const int end = g.transitions().arcsInto(q + 1);
+  CSint *layer = g.layer(k);
+  if (end - first >= layer->count) return filterSources<&Edge::y>(g, k, Only{q});
+  for (int i = first; i < end; ++i) {
+    const int source = g.transitions().arc(i).source;
+    if (!contains(layer, source) || g.sources(k)[source].edge.y != q) continue;
+    if (!findSource(g, k, source) && !removeValue(layer, source)) return false;
+  }
+  return true;
+}
+
+// In ascending order, each once, like the walk over the layer.
+static bool filterTargetsFrom(const Graph &g, int k, int q) {
+  constexpr int kMost = 16;
+  CSint *layer = g.layer(k + 1);
+  if (g.symbols() >= layer->count) return filterTargets<&Edge::y>(g, k, Only{q});
+  const Supports supports = g.targets(k);
+  const int *row = g.transitions().row(q);
+  int lost[kMost];
+  int count = 0;
+  for (int a = 0; a < g.symbols(); ++a) {
+    if (row[a] == Transitions::kNone || !contains(layer, row[a]) || supports[row[a]].edge.y != q) continue;
+    if (count == kMost) return filterTargets<&Edge::y>(g, k, Only{q});
+    int i = count++;
+    for (; i > 0 && lost[i - 1] > row[a]; --i) lost[i] = lost[i - 1];
+    lost[i] = row[a];
+  }
+  for (int i = 0; i < count; ++i) {
+    if (i > 0 && lost[i] == lost[i - 1]) continue;
+    if (!findTarget(g, k, lost[i]) && !removeValue(layer, lost[i])) return false;
+  }
+  return true;
+}
+
+// ----- handlers; the index is a position for variables and the number of a layer for layers
+
+template <class IsStale>
+static bool filter(const OnVars &c, int k, IsStale isStale) {
+  return filterSources<&Edge::x>(c.graph, k, isStale) && filterTargets<&Edge::x>(c.graph, k, isStale);
+}
+
+template <class IsStale>
+static bool filter(const OnLayers &c, int k, IsStale isStale) {
+  const Graph &g = *c.graph;
+  if (k < g.length() && (!filterSymbols<&Edge::x>(g, k, isStale) || !filterTargets<&Edge::y>(g, k, isStale)))
+    return false;
+  return filterSymbols<&Edge::y>(g, k - 1, isStale) && filterSources<&Edge::y>(g, k - 1, isStale);
+}
+
+static bool filter(const OnLayers &c, int k, Only gone) {
+  const Graph &g = *c.graph;
+  if (k < g.length() && (!filterSymbols<&Edge::x>(g, k, gone) || !filterTargetsFrom(g, k, gone.removed))) return false;
+  return filterSymbols<&Edge::y>(g, k - 1, gone) && filterSourcesInto(g, k - 1, gone.removed);
+}
 
 template <class Record, class IsStale>
 static bool changed(Record &c, const Event &e) {
@@ -166,7 +239,7 @@ static bool removeUnusedSymbols(const Graph &g) {
     removed = false;
     for (int k = 0; k < g.length(); ++k) {
       const bool consistent = forEachValue(g.variable(k), [&](int a) {
-        if (a >= 0 && a < g.symbols() && g.labels(k)[a].size > 0) return true;
+        if (a >= 0 && a < g.symbols() && g.labels(k)[a].exists()) return true;
         removed = true;
         return removeValue(g.variable(k), a);
       });
@@ -180,7 +253,7 @@ static bool post(const Poster &poster, CSint **vars, int n, const Automaton &aut
   if (!restrictToAlphabet(vars, n, automaton.symbols) || !automaton.isState(automaton.start)) return false;
   Posting posting{poster};
   if (!posting) return false;
-  Graph graph(automaton, vars, n);
+  Graph graph(Transitions(automaton), vars, n);
   if (!graph.build(automaton)) return false;
   auto onVars = posting.add(kTable<OnVars>, OnVars{std::move(graph)});
   for (int k = 0; k < n; ++k) onVars.attach(vars[k], k);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Builds the layered graph: a pass forward finds what the start reaches, a pass backward what reaches a final state and
-// counts the edges left, and the lists are then made to measure. Three looks at each transition of each position.
+// the first edge of each list. Both stop at the first edge that tells, so that an automaton with many transitions costs
+// little more than one look at each state.
 #include "constraints/global/regular_graph.h"
 
 #include "constraints/global/state_sets.h"
@@ -13,145 +14,161 @@ namespace koru::regular {
 class Builder {
  public:
   Builder(Graph &graph, const Automaton &automaton)
-      : graph_(graph), automaton_(automaton), live_(static_cast<std::uint64_t>(graph.n_) + 1, automaton.states) {}
+      : graph_(graph),
+        transitions_(graph.transitions_),
+        live_(static_cast<std::uint64_t>(graph.n_) + 1, automaton.states) {}
 
-  bool run() {
-    if (!live_ || !makeAlphabet() || !makeHeads()) return false;
-    passForward();
-    return acceptFinals() && passBackward() && makeLists() && makeLayers();
+  bool run(const Automaton &automaton) {
+    if (!live_ || !makeAlphabet()) return false;
+    passForward(automaton.start);
+    return acceptFinals(automaton) && makeRows() && passBackward() && makeLayers();
   }
 
  private:
   // The symbols that the variable at a position can take, read once per pass.
   void readAlphabet(int k) {
     count_ = 0;
-    forEachValue(graph_.variable(k), 0, automaton_.symbols - 1, [&](int a) {
+    forEachValue(graph_.variable(k), 0, transitions_.symbols() - 1, [&](int a) {
       alphabet_[count_++] = a;
       return true;
     });
   }
 
-  // Visits (symbol, target) for the transitions from q at the position whose alphabet was read.
-  template <class Visit>
-  void forEachTransition(int q, Visit visit) const {
-    for (int i = 0; i < count_; ++i) {
-      const int target = automaton_.target(q, alphabet_[i]);
-      if (automaton_.isState(target)) visit(alphabet_[i], target);
-    }
-  }
-
-  // Visits (source, symbol, target) for the edges of position k that are live.
-  template <class Visit>
-  void forEachLiveEdge(int k, Visit visit) {
-    readAlphabet(k);
-    live_.forEach(k, [&](int q) {
-      forEachTransition(q, [&](int a, int target) {
-        if (live_.has(k + 1, target)) visit(q, a, target);
-      });
-    });
-  }
-
   bool makeAlphabet() {
-    alphabet_ = Buffer<int>(automaton_.symbols);
+    alphabet_ = Buffer<int>(transitions_.symbols());
     return static_cast<bool>(alphabet_);
   }
 
-  bool makeHeads();
-  void passForward();
-  bool acceptFinals();
+  void passForward(int start);
+  int reachFrom(int k, int q, int left);
+  bool acceptFinals(const Automaton &automaton);
+  bool makeRows();
   bool passBackward();
-  bool makeLists();
+  void findSources(int k);
+  void findTargets(int k);
+  void findLabels(int k);
   bool makeLayers();
-  void placeLists();
   bool keepLive(int k) const;
 
   Graph &graph_;
-  const Automaton &automaton_;
+  const Transitions &transitions_;
   StateSets live_;
   Buffer<int> alphabet_;
   int count_ = 0;
-  std::uint64_t edges_ = 0;
 };
 
-bool Builder::makeHeads() {
-  const std::uint64_t count = static_cast<std::uint64_t>(graph_.n_) * graph_.listsPerPosition();
-  graph_.lists_ = Buffer<EdgeList>(count);
-  if (!graph_.lists_) return false;
-  std::fill_n(graph_.lists_.get(), count, EdgeList{});
-  return true;
-}
-
-void Builder::passForward() {
-  live_.add(0, automaton_.start);
+// Nothing is left to reach when every state with an arc into it has been reached.
+void Builder::passForward(int start) {
+  const int targets = transitions_.targetCount();
+  live_.add(0, start);
   for (int k = 0; k < graph_.n_; ++k) {
     readAlphabet(k);
-    live_.forEach(k, [&](int q) { forEachTransition(q, [&](int, int target) { live_.add(k + 1, target); }); });
+    int left = targets;
+    live_.forEach(k, [&](int q) {
+      if (left > 0) left = reachFrom(k, q, left);
+    });
   }
 }
 
-bool Builder::acceptFinals() {
-  StateSets finals(1, automaton_.states);
+int Builder::reachFrom(int k, int q, int left) {
+  const int *row = transitions_.row(q);
+  for (int i = 0; i < count_ && left > 0; ++i) {
+    const int t = row[alphabet_[i]];
+    if (t != Transitions::kNone && live_.insert(k + 1, t)) --left;
+  }
+  return left;
+}
+
+bool Builder::acceptFinals(const Automaton &automaton) {
+  StateSets finals(1, automaton.states);
   if (!finals) return false;
-  for (int i = 0; i < automaton_.finalCount; ++i)
-    if (automaton_.isState(automaton_.finals[i])) finals.add(0, automaton_.finals[i]);
+  for (int i = 0; i < automaton.finalCount; ++i)
+    if (automaton.isState(automaton.finals[i])) finals.add(0, automaton.finals[i]);
   live_.intersect(graph_.n_, finals);
   return !live_.isEmpty(graph_.n_);
 }
 
-// States without an edge to the next layer go. The edges that are left are counted, list by list.
+// Makes room for the states from the first to the last one reached, and for all symbols.
+bool Builder::makeRows() {
+  graph_.rows_ = Buffer<Graph::Row>(graph_.n_);
+  if (!graph_.rows_) return false;
+  std::uint64_t end = 0;
+  const auto place = [&end](int first, std::int64_t last) {
+    const auto row = static_cast<std::ptrdiff_t>(end) - first;
+    end += static_cast<std::uint64_t>(last - first + 1);
+    return row;
+  };
+  for (int k = 0; k < graph_.n_; ++k) {
+    if (live_.isEmpty(k + 1)) return false;
+    Graph::Row &row = graph_.rows_[k];
+    row.sources = place(live_.first(k), live_.last(k));
+    row.targets = place(live_.first(k + 1), live_.last(k + 1));
+    row.labels = place(0, std::int64_t{transitions_.symbols()} - 1);
+  }
+  graph_.supports_ = Buffer<Support>(end);
+  if (graph_.supports_) std::fill_n(graph_.supports_.get(), end, Support{Transitions::kNone, {}});
+  return static_cast<bool>(graph_.supports_);
+}
+
+// States without an edge to the next layer go.
 bool Builder::passBackward() {
   for (int k = graph_.n_ - 1; k >= 0; --k) {
-    EdgeList *sources = graph_.sources(k);
-    EdgeList *targets = graph_.targets(k);
-    EdgeList *labels = graph_.labels(k);
-    forEachLiveEdge(k, [&](int q, int a, int target) {
-      ++sources[q].size;
-      ++targets[target].size;
-      ++labels[a].size;
-      ++edges_;
-    });
-    live_.forEach(k, [&](int q) {
-      if (sources[q].size == 0) live_.remove(k, q);
-    });
+    readAlphabet(k);
+    findSources(k);
     if (live_.isEmpty(k)) return false;
+    findLabels(k);
+    findTargets(k);
   }
   return true;
 }
 
-// Gives each list its place, as long as it was counted, and empties it.
-void Builder::placeLists() {
-  Edge *next = graph_.edges_.get();
-  EdgeList *end = graph_.sources(graph_.n_);
-  for (EdgeList *list = graph_.sources(0); list != end; ++list) {
-    list->edges = next;
-    next += list->size;
-    list->size = 0;
-  }
+void Builder::findSources(int k) {
+  live_.forEach(k, [&](int q) {
+    const int *row = transitions_.row(q);
+    for (int i = 0; i < count_; ++i) {
+      const int a = alphabet_[i];
+      const int t = row[a];
+      if (t == Transitions::kNone || !live_.has(k + 1, t)) continue;
+      graph_.sources(k)[q] = {a, {a, t}};
+      return;
+    }
+    live_.remove(k, q);
+  });
 }
 
-bool Builder::makeLists() {
-  graph_.edges_ = Buffer<Edge>(3 * edges_);
-  if (!graph_.edges_) return false;
-  placeLists();
-  for (int k = 0; k < graph_.n_; ++k) {
-    EdgeList *sources = graph_.sources(k);
-    EdgeList *targets = graph_.targets(k);
-    EdgeList *labels = graph_.labels(k);
-    forEachLiveEdge(k, [&](int q, int a, int target) {
-      sources[q].append({a, target});
-      targets[target].append({a, q});
-      labels[a].append({q, target});
-    });
-  }
-  return true;
+// The symbols that have no edge yet are kept at the front of the alphabet.
+void Builder::findLabels(int k) {
+  int left = count_;
+  live_.forEach(k, [&](int q) {
+    const int *row = transitions_.row(q);
+    int kept = 0;
+    for (int i = 0; i < left; ++i) {
+      const int a = alphabet_[i];
+      const int t = row[a];
+      if (t != Transitions::kNone && live_.has(k + 1, t))
+        graph_.labels(k)[a] = {q, {q, t}};
+      else
+        alphabet_[kept++] = a;
+    }
+    left = kept;
+  });
+}
+
+// A symbol without a support is not in the alphabet.
+void Builder::findTargets(int k) {
+  live_.forEach(k + 1, [&](int t) {
+    int i = transitions_.arcsInto(t);
+    while (!live_.has(k, transitions_.arc(i).source) || !graph_.labels(k)[transitions_.arc(i).symbol].exists()) ++i;
+    graph_.targets(k)[t] = {i, {transitions_.arc(i).symbol, transitions_.arc(i).source}};
+  });
 }
 
 bool Builder::makeLayers() {
   graph_.layers_ = PrivateVariables(graph_.n_ + 1);
   if (!graph_.layers_) return false;
-  graph_.layers_.init(0, automaton_.start, automaton_.start);
+  graph_.layers_.init(0, live_.first(0), live_.last(0));
   for (int k = 1; k <= graph_.n_; ++k) {
-    graph_.layers_.init(k, 0, automaton_.states - 1);
+    graph_.layers_.init(k, 0, transitions_.states() - 1);
     if (!keepLive(k)) return false;
   }
   return true;
@@ -160,18 +177,20 @@ bool Builder::makeLayers() {
 // The ends first, so that a layer without holes needs no bit array.
 bool Builder::keepLive(int k) const {
   CSint *layer = graph_.layer(k);
-  while (!live_.has(k, layer->min)) removeValueNoTrail(layer, layer->min);
-  while (!live_.has(k, layer->max)) removeValueNoTrail(layer, layer->max);
-  return forEachValue(layer, [&](int q) { return live_.has(k, q) || removeValueNoTrail(layer, q); });
+  while (layer->min < live_.first(k)) removeValueNoTrail(layer, layer->min);
+  while (layer->max > live_.last(k)) removeValueNoTrail(layer, layer->max);
+  for (int q = layer->min + 1; q < layer->max; ++q)
+    if (!live_.has(k, q) && !removeValueNoTrail(layer, q)) return false;
+  return true;
 }
 
-// The size of a list is an int, and so is the number of a layer.
+// The number of a layer is an int.
 bool Graph::build(const Automaton &automaton) {
-  if (std::int64_t{states_} * symbols_ > kIntMax || n_ == kIntMax) {
+  if (n_ == kIntMax) {
     reportMemoryExhausted();
     return false;
   }
-  return Builder(*this, automaton).run();
+  return transitions_ && Builder(*this, automaton).run(automaton);
 }
 
 }  // namespace koru::regular

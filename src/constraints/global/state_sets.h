@@ -22,10 +22,29 @@ class StateSets {
 
   bool has(int layer, int q) const { return (row(layer)[q / 64] >> (q % 64) & 1U) != 0; }
   void add(int layer, int q) { row(layer)[q / 64] |= std::uint64_t{1} << (q % 64); }
+  // False when it was there already.
+  bool insert(int layer, int q) {
+    std::uint64_t &word = row(layer)[q / 64];
+    const std::uint64_t before = word;
+    word |= std::uint64_t{1} << (q % 64);
+    return word != before;
+  }
   void remove(int layer, int q) { row(layer)[q / 64] &= ~(std::uint64_t{1} << (q % 64)); }
 
   bool isEmpty(int layer) const {
     return std::all_of(row(layer), row(layer) + wordsPerLayer_, [](std::uint64_t word) { return word == 0; });
+  }
+
+  // The smallest and the largest state of a layer that is not empty.
+  int first(int layer) const {
+    std::size_t i = 0;
+    while (row(layer)[i] == 0) ++i;
+    return static_cast<int>(i * 64) + std::countr_zero(row(layer)[i]);
+  }
+  int last(int layer) const {
+    std::size_t i = wordsPerLayer_ - 1;
+    while (row(layer)[i] == 0) --i;
+    return static_cast<int>(i * 64) + 63 - std::countl_zero(row(layer)[i]);
   }
 
   void intersect(int layer, const StateSets &other) {

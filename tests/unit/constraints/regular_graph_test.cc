@@ -2,7 +2,7 @@
 // The layered graph of cs_Regular: which states and edges are left, and the order of every list.
 #include "constraints/global/regular_graph.h"
 
-#include "support/kit/probe.h"
+#include "support/constraints/regular_lists.h"
 
 namespace {
 
@@ -12,9 +12,9 @@ using namespace koru::regular;
 
 using Pairs = std::vector<std::pair<int, int>>;
 
-Pairs entries(const EdgeList &list) {
+Pairs entries(const ListedEdges &list) {
   Pairs result;
-  for (int i = 0; i < list.size; ++i) result.emplace_back(list.edges[i].x, list.edges[i].y);
+  for (const Edge &edge : list.edges) result.emplace_back(edge.x, edge.y);
   return result;
 }
 
@@ -23,12 +23,14 @@ class RegularGraphTest : public SolverTest {
   bool build(const std::vector<int> &table, int states, int symbols, const std::vector<int> &finals, int n) {
     while (static_cast<int>(vars.size()) < n) vars.push_back(cs_createCSint(0, symbols - 1));
     const Automaton automaton{table.data(), states, symbols, 0, finals.data(), static_cast<int>(finals.size())};
-    graph = Graph(automaton, vars.data(), n);
+    graph = Graph(Transitions(automaton), vars.data(), n);
     return graph.build(automaton);
   }
 
+  RegularLists lists() const { return RegularLists(graph); }
+
   std::vector<CSint *> vars;
-  Graph graph{Automaton{}, nullptr, 0};
+  Graph graph;
 };
 
 // Words over {0, 1} with at most one 1 in a row: state 1 is "the last symbol was a 1", state 2 is never left.
@@ -49,38 +51,37 @@ TEST_F(RegularGraphTest, ALayerWithAHoleHasBits) {
 
 TEST_F(RegularGraphTest, ListsHoldTheLiveEdgesInOrder) {
   ASSERT_TRUE(build(kNoTwoOnes, 3, 2, {0, 1}, 2));
-  EXPECT_EQ(entries(graph.sources(0)[0]), (Pairs{{0, 0}, {1, 1}}));
-  EXPECT_EQ(entries(graph.sources(1)[0]), (Pairs{{0, 0}, {1, 1}}));
-  EXPECT_EQ(entries(graph.sources(1)[1]), (Pairs{{0, 0}}));
-  EXPECT_EQ(entries(graph.targets(0)[1]), (Pairs{{1, 0}}));
-  EXPECT_EQ(entries(graph.targets(1)[0]), (Pairs{{0, 0}, {0, 1}}));
-  EXPECT_EQ(entries(graph.labels(0)[0]), (Pairs{{0, 0}}));
-  EXPECT_EQ(entries(graph.labels(1)[0]), (Pairs{{0, 0}, {1, 0}}));
-  EXPECT_EQ(entries(graph.labels(1)[1]), (Pairs{{0, 1}}));
+  EXPECT_EQ(entries(lists().source(0, 0)), (Pairs{{0, 0}, {1, 1}}));
+  EXPECT_EQ(entries(lists().source(1, 0)), (Pairs{{0, 0}, {1, 1}}));
+  EXPECT_EQ(entries(lists().source(1, 1)), (Pairs{{0, 0}}));
+  EXPECT_EQ(entries(lists().target(0, 1)), (Pairs{{1, 0}}));
+  EXPECT_EQ(entries(lists().target(1, 0)), (Pairs{{0, 0}, {0, 1}}));
+  EXPECT_EQ(entries(lists().label(0, 0)), (Pairs{{0, 0}}));
+  EXPECT_EQ(entries(lists().label(1, 0)), (Pairs{{0, 0}, {1, 0}}));
+  EXPECT_EQ(entries(lists().label(1, 1)), (Pairs{{0, 1}}));
 }
 
 TEST_F(RegularGraphTest, ListsOfDeadStatesAndUnusedSymbolsAreEmpty) {
   vars = {cs_createCSint(0, 1), fromValues({1})};
   ASSERT_TRUE(build(kNoTwoOnes, 3, 2, {1}, 2));
-  EXPECT_EQ(entries(graph.labels(0)[1]), Pairs{});
-  EXPECT_EQ(entries(graph.labels(1)[0]), Pairs{});
-  EXPECT_EQ(entries(graph.sources(1)[1]), Pairs{});
-  EXPECT_EQ(entries(graph.targets(0)[2]), Pairs{});
+  EXPECT_EQ(entries(lists().label(0, 1)), Pairs{});
+  EXPECT_EQ(entries(lists().label(1, 0)), Pairs{});
+  EXPECT_EQ(entries(lists().source(1, 1)), Pairs{});
+  EXPECT_EQ(entries(lists().target(0, 2)), Pairs{});
   EXPECT_EQ(values(graph.layer(1)), std::vector{0});
 }
 
 TEST_F(RegularGraphTest, SupportsBeginAtTheFirstEntry) {
   ASSERT_TRUE(build(kNoTwoOnes, 3, 2, {0, 1}, 2));
-  const EdgeList &list = graph.targets(1)[0];
-  EXPECT_EQ(list.support, 0);
-  EXPECT_EQ(list.current.x, 0);
-  EXPECT_EQ(list.current.y, 0);
+  EXPECT_EQ(lists().target(1, 0).support, 0);
+  EXPECT_EQ(lists().source(1, 0).support, 0);
+  EXPECT_EQ(lists().label(1, 0).support, 0);
 }
 
 TEST_F(RegularGraphTest, SymbolsInAHoleOfAVariableMakeNoEdge) {
   vars = {fromValues({0, 2})};
   ASSERT_TRUE(build({0, 0, 0}, 1, 3, {0}, 1));
-  EXPECT_EQ(entries(graph.sources(0)[0]), (Pairs{{0, 0}, {2, 0}}));
+  EXPECT_EQ(entries(lists().source(0, 0)), (Pairs{{0, 0}, {2, 0}}));
 }
 
 TEST_F(RegularGraphTest, NoWordIsFalseWithoutAReport) {
@@ -99,7 +100,7 @@ TEST_F(RegularGraphTest, StatesBeyondOneWordAreKeptApart) {
   EXPECT_EQ(values(graph.layer(1)), range(63, 65));
   EXPECT_EQ(values(graph.layer(2)), range(126, 130));
   EXPECT_EQ(values(graph.layer(3)), range(190, 194));
-  EXPECT_EQ(entries(graph.targets(1)[128]), (Pairs{{2, 63}, {1, 64}, {0, 65}}));
+  EXPECT_EQ(entries(lists().target(1, 128)), (Pairs{{2, 63}, {1, 64}, {0, 65}}));
 }
 
 }  // namespace

@@ -160,17 +160,17 @@ TEST_F(RegularTest, OneConstraintIsAttachedToTheVariablesThenOneToTheLayersFromT
   EXPECT_EQ(graph().layer(0)->constraints, nullptr);
 }
 
-// Site, live states, alphabet, finals, list heads, edges, layers, and a record and an entry per variable on each side;
-// the bit arrays of layers with holes.
+// Site, three for the transitions, live states, alphabet, finals, rows, supports, layers, and a record and an entry per
+// variable on each side; the bit arrays of layers with holes.
 TEST_F(RegularTest, EachFailingAllocationIsReportedOnceAndIsZero) {
   struct Operands {
     CSint *x[2];
   };
   const auto prepare = [] { return Operands{{cs_createCSint(0, 3), cs_createCSint(0, 3)}}; };
-  EXPECT_EQ(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 13);
+  EXPECT_EQ(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 16);
   const TestAutomaton even{4, 4, 0, {0, -1, 2, 3, -1, -1, -1, -1, 0, -1, 2, 3, 0, -1, 2, 3}, {0, 2, 3}};
   // Two layers without state 1, and two variables without symbol 1.
-  EXPECT_EQ(failEachAllocation(prepare, [&](Operands &o) { return even.post(o.x, 2) == 1; }), 17);
+  EXPECT_EQ(failEachAllocation(prepare, [&](Operands &o) { return even.post(o.x, 2) == 1; }), 20);
 }
 
 TEST_F(RegularTest, ATrailThatCannotGrowIsReportedOnceAndIsZero) {
@@ -183,7 +183,7 @@ TEST_F(RegularTest, ATrailThatCannotGrowIsReportedOnceAndIsZero) {
       while ((solver::trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
       return operands;
     };
-    EXPECT_GE(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 13);
+    EXPECT_GE(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 16);
   }
 }
 
@@ -320,20 +320,20 @@ TEST_F(RegularTest, RestoringAContextRestoresEveryLayer) {
 TEST_F(RegularTest, SupportsStepOnFromTheLastOneAndStayAfterARestore) {
   makeVariables({range(0, 3)});
   ASSERT_EQ(post({1, 4, 0, {0, 0, 0, 0}, {0}}), 1);
-  const regular::EdgeList &list = graph().sources(0)[0];
-  EXPECT_EQ(list.support, 0);
+  const regular::Support &support = graph().sources(0)[0];
+  EXPECT_EQ(support.place, 0);
   cs_saveContext();
   ASSERT_TRUE(cs_GE(vars[0], 2));
-  EXPECT_EQ(list.support, 2);
+  EXPECT_EQ(support.place, 2);
   cs_restoreContext();
-  EXPECT_EQ(list.support, 2);
+  EXPECT_EQ(support.place, 2);
   ASSERT_TRUE(cs_NEQ(vars[0], 1));
-  EXPECT_EQ(list.support, 2) << "valid, so nothing is searched";
+  EXPECT_EQ(support.place, 2) << "valid, so nothing is searched";
   ASSERT_TRUE(cs_NEQ(vars[0], 2));
-  EXPECT_EQ(list.support, 3);
+  EXPECT_EQ(support.place, 3);
   ASSERT_TRUE(cs_LE(vars[0], 2));
-  EXPECT_EQ(list.support, 0) << "around the end";
-  EXPECT_EQ(list.current.x, 0);
+  EXPECT_EQ(support.place, 0) << "around the end";
+  EXPECT_EQ(support.edge.x, 0);
 }
 
 TEST_F(RegularTest, RestoringDetachesIt) {
