@@ -13,6 +13,8 @@
  *
  *   1. Order of arrays
  *   2. Search objects
+ *   3. Runs that wait
+ *   4. All-different with strong consistency
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -262,6 +264,73 @@ KORU_API void cs_stopSearch(CSsearch *search);
  * @return false, with nothing done, for null or when another search that was created later is still there.
  */
 KORU_API bool cs_freeSearch(CSsearch *search);
+
+/* ==================================================================================================================
+ * 3. Runs that wait
+ *
+ * Most constraints of this header work in a run that waits: it comes once, after all changes that are under way have
+ * been propagated by the constraints that answer each change at once, and cheap runs come before dear ones. A function
+ * that posts such a constraint runs it before it returns; inside a callback, the run comes when the callback and the
+ * propagation that it belongs to are done, or at the next context that is opened.
+ * ================================================================================================================ */
+
+/**
+ * From here on the runs of constraints that are posted or woken wait, until cs_endPosting, or until a context is opened
+ * or a search begins. A model whose constraints are costly is posted faster so: given values, for instance, first
+ * narrow all domains, and then each run comes once.
+ * @return false when the solver is not running, a callback of a propagation is, or a posting is open already; nothing
+ *         is begun then.
+ * Cost: constant.
+ */
+KORU_API bool cs_beginPosting(void);
+
+/**
+ * Ends what cs_beginPosting began; all runs that wait come now. Without an open posting it only tells.
+ * @return false when one of them fails, or memory ran out. A context or a search that ended the posting does not tell
+ *         of that: this function does then, once, as long as what was open when it happened has not been restored.
+ * Until it is told, searches find nothing. Cost: that of the runs.
+ */
+KORU_API bool cs_endPosting(void);
+
+/**
+ * A constraint of the host's own that runs when all other constraints have nothing left to do: @p run is called once
+ * after the changes that are under way, whenever a variable of the array has changed, and once by this call. It may
+ * narrow, post constraints, open contexts and search in them, and restore them. Its own changes do not call it again
+ * unless a variable stands in the array twice: what follows from them, it is to see to itself.
+ *
+ * The array that it is handed is the library's copy.
+ * @return the result of the first call, with all that follows from it; true in a callback of a propagation, which is
+ *         before that call. False also for a null callback or variable, a null array of a positive or a negative size,
+ *         and when memory ran out.
+ * Cost: linear in size at posting, constant per change besides the calls.
+ */
+KORU_API bool cs_eventRun(CSint **array, int size, CSeventAllKnownCallback run, void *extra);
+
+/* ==================================================================================================================
+ * 4. All-different with strong consistency
+ *
+ * All variables of an array take different values, as with cs_AllNeq, which finds out less and is cheaper. What pays
+ * depends on the model: the first of these where there are hardly more values than variables (timetables, Latin
+ * squares), the second where domains are intervals and bounds matter (rulers, schedules).
+ * ================================================================================================================ */
+
+/**
+ * Every value that is left is part of an assignment of different values (domain consistency), as long as the values of
+ * all variables together span at most 2^20; otherwise as cs_AllNeqBounds.
+ * @return false when there is no such assignment, as when a variable stands twice, when the array is null, its size
+ *         negative or a variable null, and when memory runs out.
+ * Cost: memory linear in n and the span. A run takes time between a 64th of the number of values in all domains and
+ * that number.
+ */
+KORU_API bool cs_AllNeqDomain(CSint **vars, int n);
+
+/**
+ * Every bound is part of an assignment of different values within the bounds (bounds consistency). Inner values stay,
+ * also those that other variables are bound to.
+ * @return as for cs_AllNeqDomain.
+ * Cost: memory linear in n. A run takes O(n log n), and that again for each time that a bound moves into a hole.
+ */
+KORU_API bool cs_AllNeqBounds(CSint **vars, int n);
 
 #ifdef __cplusplus
 }

@@ -18,6 +18,7 @@ MAY_INCLUDE = {
     "core": {"core"},
     "constraints/arith": {"constraints/arith", "core"},
     "constraints/global": {"constraints/global", "core"},
+    "constraints/strong": {"constraints/strong", "core"},
     "search": {"search", "core"},
     "nogood": {"nogood", "search", "core"},
     "profiler": {"profiler", "core"},
@@ -31,11 +32,12 @@ CORE_FLOORS = (
     ("context_stack", "domain_bits", "site"),
     ("check", "variable"),
     ("constraint", "domain_walk", "format"),
-    ("log",),
+    ("agenda", "log"),
     ("queue",),
     ("trail",),
-    ("attach", "branch_set", "context", "create", "narrow"),
-    ("invariants", "post", "private_variable"),
+    ("attach", "branch_set", "create", "narrow"),
+    ("domain_words", "posting_phase", "reversible"),
+    ("context", "invariants", "post", "private_variable"),
     ("solver", "user_constraints"),
 )
 FLOOR_OF = {module: floor for floor, modules in enumerate(CORE_FLOORS) for module in modules}

@@ -80,6 +80,7 @@ class BranchSetOn {
 
 class BranchSet : public BranchSetOn {
  public:
+  BranchSet() = default;
   // False as a bool when memory is exhausted (reported).
   explicit BranchSet(int size);
   explicit operator bool() const { return words_ && taken_; }

@@ -24,7 +24,12 @@ enum EventCode : int {
 };
 constexpr int kEventCodes = 6;
 
+struct Constraint;
 struct Entry;
+
+// What the run of a constraint (core/agenda) costs in the number of its variables or values, cheapest first.
+enum class Rank : std::uint8_t { kLinear, kSorting, kQuadratic, kHeavy };
+constexpr int kRanks = 4;
 
 // Returns false to fail the propagation.
 using Handler = bool (*)(CSint *variable, Entry *entry, int oldValue, int newValue);
@@ -33,6 +38,8 @@ struct HandlerTable {
   Handler handlers[kEventCodes];
   void (*destroy)(void *record);  // ends the record's life; null when there is nothing to do
   std::uint8_t heard;             // bit c: slot c does something
+  Rank rank;                      // of the run
+  bool (*run)(Constraint *);      // null for a constraint without one
 };
 
 // Slots that ignore their event hold this handler.

@@ -4,6 +4,7 @@
 #include "core/check.h"
 #include "core/context_stack.h"
 #include "core/lifetime.h"
+#include "core/posting_phase.h"
 #include "core/queue.h"
 #include "core/trail.h"
 
@@ -18,9 +19,11 @@ void closeUntil(int label, Close how) {
   ContextMark mark{};
   while (solver::contexts.count() >= label) mark = *solver::contexts.pop();
   solver::queue.limit = mark.savedLimit;
+  if (how == Close::kRestore && solver::queue.depth > 0) solver::agenda.dropAll();
   if (how == Close::kRestore) solver::trail.undoTo(mark.trailMark);
   if (how == Close::kAccept) {
     if constexpr (kChecked) check::noteAccept();
+    if (label > 1 && solver::trail.count() > mark.trailMark) solver::acceptedInside = true;
     solver::trail.discardTo(mark.trailMark);
   }
   if constexpr (kChecked) check::invariantsWhenIdle();
@@ -31,6 +34,13 @@ void closeIfOpen(int label, Close how) {
 }
 
 void closeNewest(Close how) { closeIfOpen(solver::contexts.count(), how); }
+
+// The run whose own changes are under way is woken by those that are made in the context.
+void settle() {
+  solver::agenda.hush(nullptr);
+  if (solver::agenda.posting()) endPosting();
+  if (solver::queue.head != nullptr || solver::agenda.due()) propagate();
+}
 
 }  // namespace
 }  // namespace koru
@@ -44,7 +54,7 @@ int cs_saveContext(void) {
   if (!solver::initialised) return 0;
   const unsigned savedLimit = solver::queue.limit;
   solver::queue.limit = solver::queue.depth;
-  if (solver::queue.head != nullptr) koru::propagate();
+  if (solver::queue.head != nullptr || solver::agenda.busy()) koru::settle();
   const int trailMark = solver::trail.count();
   if (koru::ContextMark *mark = solver::contexts.push()) *mark = {trailMark, savedLimit, ++solver::contextSerial};
   return solver::contexts.count();

@@ -18,6 +18,7 @@ namespace solver {
 
 inline constinit BlockStack<ContextMark> contexts;
 inline constinit std::uint64_t contextSerial = 0;  // of the newest context ever opened
+inline constinit bool acceptedInside = false;      // changes were made permanent while an outer context was open
 
 }  // namespace solver
 }  // namespace koru

@@ -29,6 +29,15 @@ struct DomainBits {
   void set(int value) { word(value) |= mask(value); }
   void clear(int value) { word(value) &= ~mask(value); }
 
+  // Bit i: value first + i; values outside the range count as absent, except for spare bits.
+  std::uint64_t wordFrom(std::int64_t first) const {
+    const std::int64_t from = first - low;
+    const std::int64_t index = from >> 6;
+    const auto shift = static_cast<unsigned>(from & 63);
+    const std::uint64_t word = wordAt(index) >> shift;
+    return shift == 0 ? word : word | wordAt(index + 1) << (64 - shift);
+  }
+
   std::uint64_t *words() { return reinterpret_cast<std::uint64_t *>(this + 1); }
   const std::uint64_t *words() const { return reinterpret_cast<const std::uint64_t *>(this + 1); }
   std::uint32_t offset(int value) const { return distance(low, value); }
@@ -37,6 +46,9 @@ struct DomainBits {
   static std::size_t sizeOf(int low, int high);
   std::uint64_t &word(int value) { return words()[offset(value) / 64]; }
   const std::uint64_t &word(int value) const { return words()[offset(value) / 64]; }
+  std::uint64_t wordAt(std::int64_t index) const {
+    return index >= 0 && index <= offset(high) / 64 ? words()[index] : 0;
+  }
   std::uint64_t mask(int value) const { return std::uint64_t{1} << (offset(value) % 64); }
 };
 static_assert(sizeof(DomainBits) % alignof(std::uint64_t) == 0);

@@ -69,6 +69,7 @@ void checkContexts() {
 void walkWhenIdle() {
   if (solver::queue.depth != 0 || --solver::checked.untilNext > 0) return;
   solver::checked.untilNext = solver::checked.period;
+  require(!solver::agenda.due(), "nobody waits outside propagation");
   require(solver::queue.head == nullptr, "the queue is empty outside propagation");
   require(solver::graveyard == nullptr, "no detached entry waits outside propagation");
   require(solver::variables.sound() && solver::trail.sound() && solver::contexts.sound() && solver::events.sound(),

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/post.h"
 
+#include <algorithm>
+
 #include "core/check.h"
 #include "core/lifetime.h"
 #include "core/pool.h"
@@ -41,6 +43,13 @@ bool allPresent(CSint *const *variables, int count) {
   for (int i = 0; i < count; ++i)
     if (variables[i] == nullptr) return false;
   return true;
+}
+
+Buffer<CSint *> copyVariables(CSint *const *variables, int count) {
+  if (count < 0 || (count > 0 && (variables == nullptr || !allPresent(variables, count)))) return {};
+  Buffer<CSint *> copy(count);
+  if (copy) std::copy_n(variables, count, copy.get());
+  return copy;
 }
 
 Shared<CSint *> copyArguments(std::va_list arguments, int count) {

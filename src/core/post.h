@@ -6,6 +6,10 @@
 //   c.attach(x);                                one per watched variable
 //   return posting && raiseY(*c) && ...;        first filtering, with the rules that the handlers use
 //
+// A constraint with a run (core/agenda.h) has a record that derives from Deferred, and its poster ends otherwise:
+//   constexpr auto kTable = deferred<filter>(Rank::kHeavy);     bool filter(Record &), asked for by all events
+//   return posting && runSoon(*c);
+//
 // A posting latches its first failure (exhausted memory, already reported): what follows does nothing, so posters need
 // no clean-up code. It holds a reference of its own to what it builds, because a callback during the first filtering
 // may restore a context and detach the constraint; the last owner destroys it.
@@ -19,6 +23,7 @@
 #include "core/attach.h"
 #include "core/create.h"
 #include "core/narrow.h"
+#include "core/queue.h"
 #include "core/trail.h"
 
 namespace koru {
@@ -65,17 +70,62 @@ struct Slots {
 template <class Record>
 struct TableOf : HandlerTable {};
 
+// What a constraint with a run does in it, and what that costs.
 template <class Record>
-constexpr TableOf<Record> handlers(const Slots<Record> &slots) {
+struct Run {
+  bool (*run)(Constraint *) = nullptr;
+  Rank rank = Rank::kLinear;
+};
+
+template <class F>
+struct RunnerOf;
+template <class Record>
+struct RunnerOf<bool (*)(Record &)> {
+  using Type = Record;
+};
+
+// Adapts bool f(Record &) to a run.
+template <auto f>
+constexpr auto runs(Rank rank) {
+  using Record = typename RunnerOf<decltype(f)>::Type;
+  static_assert(std::is_base_of_v<Deferred, Record>);
+  return Run<Record>{[](Constraint *c) { return f(*static_cast<Record *>(c->record())); }, rank};
+}
+
+// For handlers of a constraint with a run, which comes when the queue is empty.
+inline bool ask(Deferred &record) {
+  solver::agenda.ask(record);
+  return true;
+}
+// The handler that does just that.
+template <class Record>
+bool asks(Record &record, const Event &) {
+  return ask(record);
+}
+
+template <class Record>
+constexpr TableOf<Record> handlers(const Slots<Record> &slots, const Run<Record> &run = {}) {
   TableOf<Record> table{{{slots.newMin.handler, slots.newMax.handler, slots.minBound.handler, slots.maxBound.handler,
                           slots.bound.handler, slots.removed.handler},
                          nullptr,
-                         0}};
+                         0,
+                         run.rank,
+                         run.run}};
   if constexpr (!std::is_trivially_destructible_v<Record>)
     table.destroy = [](void *record) { static_cast<Record *>(record)->~Record(); };
   for (int code = 0; code < kEventCodes; ++code)
     if (table.handlers[code] != doNothing) table.heard = static_cast<std::uint8_t>(table.heard | 1 << code);
   return table;
+}
+
+// The table of a constraint all of whose work is its run: the events that `heard` names ask for it.
+template <auto f>
+constexpr auto deferred(Rank rank, std::uint8_t heard = kHearsAnything) {
+  using Record = typename RunnerOf<decltype(f)>::Type;
+  constexpr auto asking = on<asks<Record>>;
+  const auto slot = [=](EventCode code) { return (heard >> code & 1) != 0 ? asking : Slot<Record>{}; };
+  return handlers<Record>(
+      {slot(kNewMin), slot(kNewMax), slot(kMinBound), slot(kMaxBound), slot(kBound), slot(kRemoved)}, runs<f>(rank));
 }
 
 class Posting;
@@ -117,7 +167,10 @@ class Posting {
   Held<Record> add(const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {
     static_assert(alignof(Record) <= alignof(Constraint) && sizeof(Record) < 60000);
     Constraint *c = addConstraint(table, sizeof(Record), flags);
-    if (c != nullptr) new (c->record()) Record(std::move(record));
+    if (c != nullptr) {
+      auto *placed = new (c->record()) Record(std::move(record));
+      if constexpr (std::is_base_of_v<Deferred, Record>) placed->constraint = c;
+    }
     return Held<Record>(*this, c);
   }
 
@@ -136,13 +189,21 @@ class Posting {
   bool consistent_ = false;
 };
 
+// A variable that stands twice in a constraint: the newest entry is of the same posting.
 template <class Record>
 void Held<Record>::attach(CSint *v, int index, std::uint8_t concerned) {
+  if constexpr (std::is_base_of_v<Deferred, Record>) {
+    if (posting_ && v->constraints != nullptr && v->constraints->constraint == constraint_) (*this)->hearsItself = true;
+  }
   posting_.attach(constraint_, v, index, concerned);
 }
 
 // Posters refuse arrays with null variables.
 bool allPresent(CSint *const *variables, int count);
+
+// A copy of an array; empty when memory is exhausted (reported), when the count is negative, or when the array is null
+// though it has elements, or one of them is null.
+Buffer<CSint *> copyVariables(CSint *const *variables, int count);
 
 // The next `count` arguments, each a variable, as an array that a choice point and constraints can share; empty when
 // memory is exhausted (reported) or one of them is null.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/queue.h"
 
+#include <algorithm>
+
 #include "core/check.h"
 #include "core/log.h"
 #include "core/ports.h"
@@ -40,7 +42,7 @@ int exchangeReported(int &reported, int value) {
 
 // What handlers are told, with the last-reported bounds brought up to date. False for an event that a later change of
 // the same variable has made pointless.
-bool open(const EventRecord &event, Arguments &arguments) {
+[[gnu::always_inline]] inline bool open(const EventRecord &event, Arguments &arguments) {
   CSint *v = event.variable;
   const int value = event.value;
   switch (event.code) {  // GCOVR_EXCL_BR_LINE: there is no other code
@@ -96,7 +98,7 @@ Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments,
 
 // Calls the handlers of one event, newest attachment first. Returns the entry whose handler failed, or null. Notes the
 // first conflict listener met.
-Entry *wake(const EventRecord &event, Arguments arguments, Entry *&listener) {
+[[gnu::always_inline]] inline Entry *wake(const EventRecord &event, Arguments arguments, Entry *&listener) {
   const unsigned slot = 1U << event.code;
   Entry *entry = event.entries;
   unsigned ahead = entry->heardFromHere();
@@ -126,31 +128,101 @@ void leave(Queue &queue) {
   if (--queue.depth == 0) emptyGraveyard();
 }
 
-void fail(Queue &queue, EventRecord *event, Entry *failed, Entry *listener, Arguments arguments) {
-  tellListeners(*event, listener, arguments);
-  // The record is read before it is recycled, the site kept while the failed constraint may go.
-  CSint *variable = event->variable;
-  const EventCode code = event->code;
-  Site *site = failed->constraint->site;
-  if (const FailureListener &l = solver::ports.failureListener; l.tell != nullptr)
-    l.tell(l.argument, failed->constraint);
+// Nothing is left to be done. The site is kept while the failed constraint may go.
+void abandon(Queue &queue, CSint *variable, int code, const Constraint *failed) {
+  Site *site = failed->site;
+  if (const FailureListener &l = solver::ports.failureListener; l.tell != nullptr) l.tell(l.argument, failed);
   ++site->references;
-  recycle(queue, event);
   recycleAll(queue);
+  solver::agenda.dropAll();
   ++queue.failures;
   leave(queue);
   if (solver::ports.profiling) solver::ports.notify(false, variable, code, site);
   Site::release(site);
 }
 
-// The outermost change waits for the whole propagation and turns a failure into its own result.
-bool drain(Queue &queue) {
-  const int failuresBefore = queue.failures;
-  propagate();
-  const bool consistent = queue.failures == failuresBefore;
-  queue.failures = failuresBefore;
-  if constexpr (kChecked) check::invariantsWhenIdle();
+void fail(Queue &queue, EventRecord *event, Entry *failed, Entry *listener, Arguments arguments) {
+  tellListeners(*event, listener, arguments);
+  // The record is read before it is recycled.
+  CSint *variable = event->variable;
+  const EventCode code = event->code;
+  recycle(queue, event);
+  abandon(queue, variable, code, failed->constraint);
+}
+
+// Two loops call it, and the one over plain events must not pay for that: it, and what it calls, are inlined into both.
+[[gnu::always_inline]] inline bool handle(Queue &queue, EventRecord *event, Entry *&listener) {
+  Arguments arguments{};
+  if (open(*event, arguments)) {
+    if (Entry *failed = wake(*event, arguments, listener)) {
+      fail(queue, event, failed, listener, arguments);
+      return false;
+    }
+  }
+  recycle(queue, event);
+  return true;
+}
+
+constexpr int kNoCode = -1;
+
+// Runs are told to observers and listeners as calls for the latest event handled; a first run may find there was none.
+struct Latest {
+  EventRecord event{};
+  int code = kNoCode;
+
+  void note(const EventRecord *handled) {
+    if (handled == nullptr) return;
+    event = *handled;
+    code = handled->code;
+  }
+};
+
+// Its changes are queued, also where a callback has left a context open and other changes would propagate at once.
+bool callRun(Queue &queue, Constraint *c) {
+  const unsigned limit = queue.limit;
+  queue.limit = std::min(limit, queue.depth - 1);
+  bool consistent = false;
+  if constexpr (kChecked) {
+    const check::CallbackRules rules;
+    consistent = c->table->run(c);
+    rules.requireKept();
+  } else {
+    consistent = c->table->run(c);
+  }
+  queue.limit = limit;
   return consistent;
+}
+
+bool runFirst(Queue &queue, Deferred &record, const Latest &latest, Entry *listener) {
+  Constraint *c = record.constraint;
+  if (!callRun(queue, c)) {
+    if (latest.code != kNoCode) tellListeners(latest.event, listener, {latest.event.value, latest.event.value});
+    abandon(queue, latest.event.variable, latest.code, c);
+    return false;
+  }
+  if (solver::ports.profiling) solver::ports.notify(true, latest.event.variable, latest.code, c->site);
+  return true;
+}
+
+// The queue is empty and somebody waits: runs and the events that they cause, until nobody does and there are none.
+// `handled` is the latest event of this propagation, recycled, or null.
+[[gnu::noinline]] void runAgenda(Queue &queue, const EventRecord *handled, Entry *listener) {
+  Latest latest;
+  latest.note(handled);
+  while (Deferred *record = solver::agenda.takeFirst()) {
+    if (!runFirst(queue, *record, latest, listener)) return;
+    if (queue.head == nullptr) continue;
+    const EventRecord *lastOwn = queue.tail;
+    if (!record->hearsItself && queue.limit < queue.depth) solver::agenda.hush(record);
+    while (queue.head != nullptr) {
+      EventRecord *event = takeHead(queue);
+      if (!handle(queue, event, listener)) return;
+      if (event == lastOwn) solver::agenda.hush(nullptr);
+      handled = event;
+    }
+    latest.note(handled);
+  }
+  leave(queue);
 }
 
 }  // namespace
@@ -160,15 +232,30 @@ void propagate() {
   ++queue.depth;
   // Set once per run, by the first conflict listener met in any event's list.
   Entry *listener = nullptr;
+  EventRecord *event = nullptr;
   while (queue.head != nullptr) {
-    EventRecord *event = takeHead(queue);
-    Arguments arguments{};
-    if (open(*event, arguments)) {
-      if (Entry *failed = wake(*event, arguments, listener)) return fail(queue, event, failed, listener, arguments);
-    }
-    recycle(queue, event);
+    event = takeHead(queue);
+    if (!handle(queue, event, listener)) return;
   }
+  if (solver::agenda.due()) [[unlikely]]
+    return runAgenda(queue, event, listener);
   leave(queue);
+}
+
+// The outermost change waits for the whole propagation.
+bool propagateNow() {
+  Queue &queue = solver::queue;
+  const int failuresBefore = queue.failures;
+  propagate();
+  const bool consistent = queue.failures == failuresBefore;
+  queue.failures = failuresBefore;
+  if constexpr (kChecked) check::invariantsWhenIdle();
+  return consistent;
+}
+
+bool runSoon(Deferred &record) {
+  solver::agenda.ask(record);
+  return changesWait() || !solver::agenda.due() || propagateNow();
 }
 
 void detachNewest(CSint *v) {
@@ -203,7 +290,7 @@ bool enqueue(CSint *v, EventCode code, int value) {
     return true;
   }
   queue.head = queue.tail = event;
-  return queue.depth > queue.limit || drain(queue);
+  return queue.depth > queue.limit || propagateNow();
 }
 
 }  // namespace koru

@@ -7,6 +7,7 @@
 // change has already superseded the event.
 #pragma once
 
+#include "core/agenda.h"
 #include "core/block_stack.h"
 #include "core/constraint.h"
 #include "core/variable.h"
@@ -54,8 +55,16 @@ inline bool signal(CSint *v, EventCode code, int value) {
   return enqueue(v, code, value);
 }
 
-// Runs the loop. A failure shows only in the failure count.
+// Runs the loop, and those on the agenda (core/agenda) whenever it comes to its end. A failure shows only in the
+// failure count.
 void propagate();
+
+// Runs the loop for a change of its own, which turns a failure into its result.
+bool propagateNow();
+
+// Asks for a constraint's run and, where changes propagate at once, propagates: the last step of its posting. Inside a
+// handler the run comes when the handlers are done. False when the propagation fails.
+bool runSoon(Deferred &record);
 
 // Undoes the newest attachment to v, whichever that is. While handlers run, entry and constraint stay allocated (some
 // list snapshot may contain them) until the outermost propagation ends.

@@ -52,6 +52,7 @@ void cs_init(void) {
 void cs_end(void) {
   if (!solver::initialised) return;
   if constexpr (koru::kChecked) koru::check::noteStartOrEnd();
+  solver::agenda = koru::Agenda{};
   solver::sites.destroy();
   solver::ports.resetLocator();
   solver::ports.releaseObservers();
@@ -63,6 +64,7 @@ void cs_end(void) {
   solver::events.destroy();
   solver::pool.destroy();
   solver::queue = koru::Queue{};
+  solver::acceptedInside = false;
   solver::ownersAlive = 0;
   solver::userSite = nullptr;
   solver::initialised = false;

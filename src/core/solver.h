@@ -5,6 +5,7 @@
 // Nothing below cs_init and cs_end includes this: a module of the core includes the pieces that it works on.
 #pragma once
 
+#include "core/agenda.h"
 #include "core/check.h"
 #include "core/constraint.h"
 #include "core/context_stack.h"
@@ -13,6 +14,7 @@
 #include "core/lifetime.h"
 #include "core/pool.h"
 #include "core/ports.h"
+#include "core/posting_phase.h"
 #include "core/queue.h"
 #include "core/site.h"
 #include "core/trail.h"

@@ -16,6 +16,16 @@ bool Trail::noteCallback(TrailKind kind, CSint *v, int index, CSbacktrackCallbac
   return true;
 }
 
+bool Trail::noteWord(std::uint64_t *word) {
+  TrailRecord *record = push();
+  if (record == nullptr) return false;
+  record->word = word;
+  record->kind = TrailKind::kWord;
+  record->value = static_cast<int>(*word);
+  record->oldCount = static_cast<int>(*word >> 32);
+  return true;
+}
+
 bool Trail::noteBuffer(SharedBlock *buffer) {
   TrailRecord *record = push();
   if (record == nullptr) {
@@ -46,6 +56,11 @@ static void undoRemoved(const TrailRecord &record) {
   if (v->bits != nullptr && v->bits->covers(record.value)) v->bits->set(record.value);
 }
 
+static void undoWord(const TrailRecord &record) {
+  const std::uint64_t high = static_cast<std::uint32_t>(record.oldCount);
+  *record.word = high << 32 | static_cast<std::uint32_t>(record.value);
+}
+
 void Trail::dropBuffer(const TrailRecord &record) {
   --buffers_;
   dropShare(record.buffer);
@@ -69,6 +84,8 @@ void Trail::undo(const TrailRecord &record) {
       return;
     case TrailKind::kBuffer:
       return dropBuffer(record);
+    case TrailKind::kWord:
+      return undoWord(record);
     case TrailKind::kReserved:
     case TrailKind::kReservedToo:
       return;

@@ -21,10 +21,14 @@ enum class TrailKind : int {
   kReservedToo = 8,   // nothing to undo
   kBuffer = 9,        // a share of a buffer, dropped when the record is popped; no variable
   kCallbackExt = 10,  // as kCallback
+  kWord = 11,         // a word of a constraint's own; value and oldCount: its 64 old bits
 };
 
 struct TrailRecord {
-  CSint *variable;
+  union {
+    CSint *variable;
+    std::uint64_t *word;
+  };
   TrailKind kind;
   int value;
   union {
@@ -42,6 +46,7 @@ class Trail : public BlockStack<TrailRecord> {
   bool noteRemoved(CSint *v, int value) { return note(v, TrailKind::kRemoved, value); }
   bool noteAttached(CSint *v) { return note(v, TrailKind::kAttached, 0); }
   bool noteCallback(TrailKind kind, CSint *v, int index, CSbacktrackCallback callback);
+  bool noteWord(std::uint64_t *word);
   bool noteBuffer(SharedBlock *buffer);  // takes over the caller's share, also on failure
 
   // Take back, or make permanent, everything noted since the trail had `mark` records.

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
-// cs_eventAllKnown, cs_eventKnown, cs_eventNewMin, cs_eventNewMax, cs_eventNeq, cs_eventConflict: constraints that the
-// host writes itself, as callbacks on an array of variables.
-// Consistency: the callback's.  Cost: O(1) and a call per event; cs_eventAllKnown looks for another free variable when
-// the one that it watches is bound.  State: that watched variable, which is no worse after a restore.
-// Wakes: when a variable is bound, moves a bound, loses an inner value, or when propagation fails.
+// cs_eventAllKnown, cs_eventKnown, cs_eventNewMin, cs_eventNewMax, cs_eventNeq, cs_eventConflict, cs_eventRun:
+// constraints that the host writes itself, as callbacks on an array of variables. Consistency: the callback's.  Cost:
+// O(1) and a call per event; cs_eventAllKnown looks for another free variable when the one that it watches is bound.
+// State: that watched variable, which is no worse after a restore. Wakes: when a variable is bound, moves a bound,
+// loses an inner value, or when propagation fails; a run at any of these but the last, when the queue is empty.
 // Deliberate: the site name of cs_eventNeq is "cs_eventNewMax".
 // Deliberate: a conflict callback cannot change the outcome; it hears of the event whose propagation failed.
 #include "core/post.h"
+#include "koru_extras.h"
 
 namespace koru::user_constraints {
 
@@ -38,6 +39,15 @@ struct AllKnown : Registration<CSeventAllKnownCallback> {
 struct Known : Registration<CSeventKnownCallback> {};
 struct Forward : Registration<CSeventBoundCallback> {};
 struct Conflict : Registration<CSeventConflictCallback> {};
+
+// Of its array, a copy is kept.
+struct HostRun : Deferred {
+  Buffer<CSint *> array;
+  int size;
+  CSeventAllKnownCallback callback;
+  void *extra;
+  Site *site;
+};
 
 static bool isFree(const CSint *v) { return v->count > 1; }
 
@@ -105,6 +115,13 @@ constexpr auto kConflictTable = handlers<Conflict>({.newMin = on<conflict<CS_CON
                                                     .bound = on<conflict<CS_CONFLICT_KNOWN>>,
                                                     .removed = on<conflict<CS_CONFLICT_REMOVED>>});
 
+static bool callRun(HostRun &c) {
+  const RunningCallback running(c.site);
+  return c.callback(c.array.get(), c.size, c.extra);
+}
+
+constexpr auto kRunTable = deferred<callRun>(Rank::kHeavy);
+
 // ----- registration
 
 template <class Record>
@@ -152,6 +169,17 @@ static void post(const Poster &poster, const TableOf<Record> &table, Record reco
   attachToAll(c, record);
 }
 
+static bool postRun(const Poster &poster, CSint **array, int size, CSeventAllKnownCallback run, void *extra) {
+  if (run == nullptr) return false;
+  Buffer<CSint *> copy = copyVariables(array, size);
+  Posting posting{poster};
+  if (!copy || !posting) return false;
+  auto c = posting.add(kRunTable, HostRun{{}, std::move(copy), size, run, extra, posting.site()});
+  for (int i = 0; i < size; ++i) c.attach(array[i], i);
+  if (!posting) return false;
+  return size > 0 ? runSoon(*c) : callRun(*c);  // without variables it dies here
+}
+
 }  // namespace koru::user_constraints
 
 using namespace koru::user_constraints;
@@ -178,4 +206,8 @@ void cs_eventNeq(CSint **array, int size, CSeventBoundCallback neq, void *extra)
 
 void cs_eventConflict(CSint **array, int size, CSeventConflictCallback conflict, void *extra) {
   post("cs_eventConflict", kConflictTable, Conflict{{array, size, conflict, extra}}, koru::kConflictListener);
+}
+
+bool cs_eventRun(CSint **array, int size, CSeventAllKnownCallback run, void *extra) {
+  return postRun("cs_eventRun", array, size, run, extra);
 }

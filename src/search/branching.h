@@ -37,9 +37,10 @@ class Values {
   bool more_;
 };
 
-// Opens the context that a search closes again. False when there is no memory for it (reported): then none was opened,
-// and the search must close none.
+// Opens the context that a search closes again. False when a posting that it ends fails, or when there is no memory for
+// the context (reported): then none was opened, and the search must close none.
 inline bool openContext() {
+  if (solver::agenda.postingUnsettled() && !endPosting()) return false;
   const int open = solver::contexts.count();
   return cs_saveContext() > open;
 }

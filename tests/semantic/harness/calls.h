@@ -40,10 +40,16 @@ class Listener {
     return std::uint64_t{static_cast<std::uint32_t>(first)} << 32 | static_cast<std::uint32_t>(second);
   }
 
+  // No event has been handled before it.
+  static void noteRun(bool consistent, std::ostream *list, Site *site) {
+    if (list != nullptr) *list << (consistent ? "  " : "! ") << site->name() << " runs\n";
+  }
+
   static void note(void *self, bool consistent, CSint *v, int code, Site *site) {
     const auto &[calls, list, observer] = *static_cast<Listener *>(self);
     ++calls.count;
     calls.add(pair(code, consistent ? 1 : 0));
+    if (v == nullptr) return noteRun(consistent, list, site);
     calls.add(pair(v->initialMin, v->initialMax));
     calls.add(pair(v->min, v->max));
     calls.add(pair(v->count, v->constraintCount));

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// A matching of variables with values that are all different, and the values that some such matching uses (Regin, A
+// filtering algorithm for constraints of difference in CSPs, 1994), on words of 64 values (Gent, Miguel, Nightingale,
+// Generalised arc consistency for the alldifferent constraint, 2008).
+//
+// The matching is not trailed: a value that a variable is matched with is in its domain after a restore as well, and
+// where it is not, a run repairs the matching. Values are offsets from `low`.
+#pragma once
+
+#include "core/alloc.h"
+#include "core/branch_set.h"
+#include "core/domain_words.h"
+
+namespace koru {
+
+class Matching {
+ public:
+  Matching() = default;
+  // For variables whose values lie within [low, low + span). False as a bool when memory is exhausted (reported).
+  Matching(int count, int low, int span);
+  explicit operator bool() const { return static_cast<bool>(open_); }
+
+  // Whether all variables lie within the range of the values still.
+  bool covers(CSint *const *vars);
+  // Leaves each variable the values that it has in a solution. False when there is none or memory is exhausted
+  // (reported).
+  bool filter(CSint *const *vars);
+
+ private:
+  static constexpr int kNone = -1;
+
+  struct Node {
+    int number;  // in the order of the depth-first search, 0 before it
+    int lowest;  // number that is reached
+    int parent;
+    int word;  // the next to look at
+  };
+
+  std::uint64_t domain(const CSint *v, int word) const { return domainWord(v, low_ + std::int64_t{word} * kWordBits); }
+  int firstWord(const CSint *v) const;
+  int lastWord(const CSint *v) const;
+  bool holds(const CSint *v, int value) const { return contains(v, low_ + value); }
+
+  bool repair();
+  bool augment(int start);
+  void exchange(int value, int start);
+
+  bool separate();
+  void startSets();
+  void enter(int node, int parent);
+  bool visitFrom(int root);
+  int nextChild(int node);
+  void settleLowest(int node, int root);
+  bool closeComponent(int node);
+  bool keepMatched(int begin, std::uint64_t *allowed) const;
+
+  CSint *const *vars_ = nullptr;  // during a run
+  int count_ = 0;                 // also the node that stands for all values that nobody is matched with
+  int low_ = 0;
+  int span_ = 0;
+  int words_ = 0;
+  Buffer<int> match_;  // by position
+  Buffer<int> owner_;  // by value
+  Buffer<int> via_;    // by value: the position that reached it
+  Buffer<int> stack_;  // positions, of the search for a path; nodes, of components
+  Buffer<Node> nodes_;
+  Buffer<std::uint64_t> sets_;
+  BranchSet open_;  // positions but those that were bound and whose value nobody else has
+
+  std::uint64_t *unseen_ = nullptr;   // values of nodes not visited
+  std::uint64_t *onStack_ = nullptr;  // values of nodes on the stack
+  std::uint64_t *free_ = nullptr;     // values that nobody is matched with
+  std::uint64_t *allowed_ = nullptr;  // values of one component
+  int stacked_ = 0;
+  int numbered_ = 0;
+  bool someFree_ = false;
+};
+
+}  // namespace koru
