@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Runs the same random programmes on the solver and on its twin, and compares what both say.
+// Runs the same random programs on the solver and on its twin, and compares what both say.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 
 namespace koru::test::model {
 
-struct Programmes {
+struct Programs {
   std::uint64_t firstSeed;
   int count;
   int steps;
@@ -27,16 +27,16 @@ std::vector<Line> transcribe(std::uint64_t seed, int steps, Choices... choices) 
 }
 
 // `choices` are those of the world. Returns how many lines of that kind were compared, so that a test can see that its
-// programmes do something.
+// programs do something.
 template <class Solver, class Twin, class... Choices>
-std::size_t compareWithTwin(const Programmes &programmes, std::string_view counted, Choices... choices) {
+std::size_t compareWithTwin(const Programs &programs, std::string_view counted, Choices... choices) {
   std::size_t lines = 0;
-  for (int i = 0; i < programmes.count; ++i) {
-    const std::uint64_t seed = programmes.firstSeed + static_cast<std::uint64_t>(i);
+  for (int i = 0; i < programs.count; ++i) {
+    const std::uint64_t seed = programs.firstSeed + static_cast<std::uint64_t>(i);
     cs_init();
-    const std::vector<Line> solverSaid = transcribe<Solver>(seed, programmes.steps, choices...);
+    const std::vector<Line> solverSaid = transcribe<Solver>(seed, programs.steps, choices...);
     cs_end();
-    const std::vector<Line> twinSaid = transcribe<Twin>(seed, programmes.steps, choices...);
+    const std::vector<Line> twinSaid = transcribe<Twin>(seed, programs.steps, choices...);
     for (const Line &line : twinSaid) lines += line.what == counted;
     if (solverSaid == twinSaid) continue;
     ADD_FAILURE() << "seed " << seed << '\n' << difference(solverSaid, twinSaid);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The propagation engine against its twin: the same sequence of handler calls with the same arguments, the same
-// results, domains and last-reported bounds, on random programmes whose handlers narrow, post, create, fail and open
+// results, domains and last-reported bounds, on random programs whose handlers narrow, post, create, fail and open
 // choice points.
 #include "model/compare.h"
 #include "model/sides.h"
@@ -17,10 +17,10 @@ void compareEnginesWithTwin(std::uint64_t firstSeed, int count, int steps) {
 TEST(EngineTwin, SeesTheSameHandlerCallsDomainsAndReportedBounds) {
   totalCalls = 0;
   compareEnginesWithTwin(1, 4000, 30);
-  EXPECT_GT(totalCalls, 50000U) << "the programmes do something";
+  EXPECT_GT(totalCalls, 50000U) << "the programs do something";
 }
 
-TEST(EngineTwin, HeavySeesTheSameHandlerCallsOnManyMoreProgrammes) { compareEnginesWithTwin(1000000, 30000, 40); }
+TEST(EngineTwin, HeavySeesTheSameHandlerCallsOnManyMorePrograms) { compareEnginesWithTwin(1000000, 30000, 40); }
 
 }  // namespace
 }  // namespace koru::test::model

@@ -72,30 +72,39 @@ class ObservedSide : public SolverEngine {
   Observer observer_{hear, nullptr, this, true, nullptr};
 };
 
-class ObservedTwin : public TwinEngine {
+class ObservedTwin : public NaiveEngine {
  public:
   World<ObservedTwin> *world = nullptr;
 
-  ObservedTwin() {
-    handler = [this](int c, int v, int code, int, int, int newValue) {
-      const Rule rule = posted_[static_cast<std::size_t>(c)].second;
-      return woken(*this, rule, v, code, newValue);
-    };
-    observer = [this](bool consistent, int v, int code, int c) {
-      world->observed(consistent, v, code, posted_[static_cast<std::size_t>(c)].first);
-    };
-  }
+  bool narrowMin(int v, int bound) { return told(Engine::narrowMin(v, bound)); }
+  bool narrowMax(int v, int bound) { return told(Engine::narrowMax(v, bound)); }
+  bool bind(int v, int value) { return told(Engine::bind(v, value)); }
+  bool remove(int v, int value) { return told(Engine::remove(v, value)); }
 
   bool post(int id, const Rule &rule, int) {
     if (rule.kind == Kind::kSum) return postSum(id, rule);
-    const int c = addConstraint(0);
-    posted_.emplace_back(id, rule);
-    attach(c, rule.x, -1);
-    attach(c, rule.y, -1);
-    return filterFirst(*this, rule);
+    attachAll(id, rule, {rule.x, rule.y});
+    return told(filterFirst(engine(), rule));
   }
 
  private:
+  // The engine without a word to the world.
+  NaiveEngine &engine() { return *this; }
+
+  bool told(bool result) {
+    for (const Call &c : calls)
+      world->observed(c.consistent, c.var, c.code, ids_[static_cast<std::size_t>(c.constraint)]);
+    calls.clear();
+    return result;
+  }
+
+  void attachAll(int id, const Rule &rule, const std::vector<int> &variables) {
+    const int c = addConstraint(
+        [this, rule](const Event &e) { return woken(engine(), rule, e.var, e.code, static_cast<int>(e.newValue)); });
+    ids_.push_back(id);
+    for (const int v : variables) attach(c, v, -1);
+  }
+
   bool postSum(int id, const Rule &rule) {
     const int a = rule.y;
     const int b = rule.z;
@@ -106,11 +115,7 @@ class ObservedTwin : public TwinEngine {
     } else if (isBoundIn(*this, b)) {
       copyHoles(s, a, min(b));
     }
-    const int c = addConstraint(0);
-    posted_.emplace_back(id, Rule{Kind::kSum, s, a, b});
-    attach(c, s, -1);
-    attach(c, a, -1);
-    attach(c, b, -1);
+    attachAll(id, {Kind::kSum, s, a, b}, {s, a, b});
     return true;
   }
 
@@ -119,7 +124,7 @@ class ObservedTwin : public TwinEngine {
       if (!has(from, value)) dropUnseen(s, value + shift);
   }
 
-  std::vector<std::pair<int, Rule>> posted_;
+  std::vector<int> ids_;  // of the constraints
 };
 
 }  // namespace koru::test::model

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
-// A random programme of narrowings and choice-point operations, run on the solver and on a model at the same time.
-// Everything observable is compared after each step; the steps taken are kept as text, so that a failing seed can be
-// printed as the programme it is.
+// A random program of narrowings and choice-point operations, run on the solver and on a model at the same time; with
+// constraints, if the model has them. Everything observable is compared after each step; the steps taken are kept as
+// text, so that a failing seed can be printed as the program it is.
+//
+// A Model has create or adopt, view, relate or take, registerCallback, save, close and compare, as those of state.h and
+// snapshot.h.
 #pragma once
 
+#include <algorithm>
+#include <deque>
 #include <string>
 
 #include "core/solver.h"
@@ -27,15 +32,15 @@ inline void onUndo(CSint *v, int index) { noteUndone(v, index, false); }
 inline void onUndoExt(CSint *v, int index) { noteUndone(v, index, true); }
 
 template <class Model>
-class Programme {
+class Program {
  public:
-  explicit Programme(std::uint64_t seed) : random_(seed) {}
+  explicit Program(std::uint64_t seed) : random_(seed) {}
 
   void run(int steps) {
     callbackVariables.clear();
     undoneCalls.clear();
     cs_init();
-    for (int i = 0; i < 3; ++i) create();
+    for (int i = 0; i < 3 || (Model::kPosts && i < 4); ++i) create();
     for (int i = 0; i < steps && !stopped_ && !::testing::Test::HasFailure(); ++i) step();
     cs_end();
     EXPECT_TRUE(undoneCalls.empty()) << "ending the solver calls nobody back";
@@ -43,39 +48,40 @@ class Programme {
   }
 
  private:
-  static constexpr int kRelations = 6;
-
   void say(const std::string &line) { text_ += line + "\n"; }
 
   void step() {
     const int choice = random_.below(100);
-    if (choice < 55) return narrow();
+    if (choice < 55) return Model::kPosts && random_.chance(40) ? post() : narrow();
     if (choice < 70) return save();
     if (choice < 90) return close();
     if (choice < 96) return registerCallback();
-    if (model_.variables() < 8) create();
+    if (model_.variables() < (Model::kPosts ? 12 : 8)) create();
   }
 
-  // Mostly small domains; some span words of a bit array, some lie at an end of the int range.
+  // Mostly small domains; some span words of a bit array, some lie at an end of the int range. Sums of those would have
+  // more values than can be looked at after each step.
   void create() {
-    const int width = random_.chance(20) ? random_.between(60, 140) : random_.between(0, 9);
+    const int width = !Model::kPosts && random_.chance(20) ? random_.between(60, 140) : random_.between(0, 9);
     int low = random_.between(-5, 5);
-    if (random_.chance(8)) low = INT_MIN;
-    if (random_.chance(8)) low = INT_MAX - width;
+    if (!Model::kPosts && random_.chance(8)) low = INT_MIN;
+    if (!Model::kPosts && random_.chance(8)) low = INT_MAX - width;
     const bool holes = random_.chance(30);
     std::set<int> values;
     for (int offset = 0; offset <= width; ++offset)
       if (!holes || random_.chance(60)) values.insert(low + offset);
     if (values.empty()) values.insert(low);
-    if (*values.rbegin() - *values.begin() + 1 == static_cast<int>(values.size())) {
-      callbackVariables.push_back(cs_createCSint(*values.begin(), *values.rbegin()));
-    } else {
-      callbackVariables.push_back(fromValues({values.rbegin(), values.rend()}));
-    }
-    model_.create(values);
+    const bool interval = *values.rbegin() - *values.begin() + 1 == static_cast<int>(values.size());
     std::string list;
     for (int value : values) list += " " + std::to_string(value);
-    say("v" + std::to_string(model_.variables() - 1) + " = create" + list);
+    say("v" + std::to_string(model_.variables()) + " = create" + list);
+    CSint *v =
+        interval ? cs_createCSint(*values.begin(), *values.rbegin()) : fromValues({values.rbegin(), values.rend()});
+    callbackVariables.push_back(v);
+    if constexpr (Model::kPosts)
+      model_.adopt(v);
+    else
+      model_.create(values);
     compare(model_.variables() - 1);
   }
 
@@ -89,35 +95,65 @@ class Programme {
     return value < INT_MIN ? INT_MIN : value > INT_MAX ? INT_MAX : static_cast<int>(value);
   }
 
-  static bool relate(CSint *v, Relation relation, int value) {
-    switch (relation) {
-      case Relation::kEQ:
-        return cs_EQ(v, value);
-      case Relation::kNEQ:
-        return cs_NEQ(v, value);
-      case Relation::kLE:
-        return cs_LE(v, value);
-      case Relation::kLT:
-        return cs_LT(v, value);
-      case Relation::kGE:
-        return cs_GE(v, value);
-      case Relation::kGT:
-        return cs_GT(v, value);
-    }
-    return false;
-  }
-
   void narrow() {
-    static const char *const kNames[kRelations] = {"EQ", "NEQ", "LE", "LT", "GE", "GT"};
+    static const char *const kNames[] = {"EQ", "NEQ", "LE", "LT", "GE", "GT"};
     const int i = someVariable();
     // Removals are the commonest: they make holes.
-    const int relation = random_.chance(50) ? 1 : random_.below(kRelations);
+    const int relation = random_.chance(50) ? 1 : random_.below(6);
     const int value = someValue(model_.view(i));
     say(std::string(kNames[relation]) + "(v" + std::to_string(i) + ", " + std::to_string(value) + ")");
-    const bool expected = model_.relate(i, static_cast<Relation>(relation), value);
-    if (!stillMeaningful()) return;
-    EXPECT_EQ(relate(solverVariable(i), static_cast<Relation>(relation), value), expected);
+    CSint *v = solverVariable(i);
+    if constexpr (Model::kPosts) {
+      const bool result = twin::kRelationOf[relation](v, value);
+      model_.take(callbackVariables);
+      EXPECT_TRUE(!result || allSatisfy(v, {relation, value}));
+    } else {
+      const bool expected = model_.relate(i, relation, value);
+      if (!stillMeaningful()) return;
+      EXPECT_EQ(twin::kRelationOf[relation](v, value), expected);
+    }
     compare(i);
+  }
+
+  static bool allSatisfy(CSint *v, const CSvalueSelection &r) {
+    const std::vector<int> all = values(v);
+    copies::Domain domain(all.begin(), all.end());
+    return copies::keep(domain, r) && domain.size() == all.size();
+  }
+
+  void post() {
+    if constexpr (Model::kPosts) {
+      const int kind = random_.below(8);
+      const int i = someVariable();
+      const int j = someVariable();
+      say("post " + std::to_string(kind) + " on v" + std::to_string(i) + ", v" + std::to_string(j));
+      post(kind, solverVariable(i), solverVariable(j));
+      model_.take(callbackVariables);
+    }
+  }
+
+  void post(int kind, CSint *x, CSint *y) {
+    const auto bounds = [](CSint *v) { return std::pair(cs_getMin(v), cs_getMax(v)); };
+    const auto below = [&](auto a, auto b, int gap) { return a.first + gap <= b.first && a.second + gap <= b.second; };
+    EXPECT_TRUE(kind != 0 || !cs_Neq(x, y) || x != y);
+    EXPECT_TRUE(kind != 1 || !cs_Le(x, y) || below(bounds(x), bounds(y), 0));
+    EXPECT_TRUE(kind != 2 || !cs_Lt(x, y) || below(bounds(x), bounds(y), 1));
+    EXPECT_TRUE(kind != 3 || !cs_Eq(x, y) || values(x) == values(y));
+    if (model_.variables() >= 16) return;
+    if (kind == 4) adopt(cs_Add(x, y));
+    if (kind == 5) adopt(cs_Sub(x, y));
+    if (kind == 6) adopt(cs_VAdd(3, x, y, solverVariable(someVariable())));
+    if (kind != 7) return;
+    arrays_.emplace_back();
+    for (int n = random_.between(1, 5); n > 0; --n) arrays_.back().push_back(solverVariable(someVariable()));
+    cs_AllNeq(arrays_.back().data(), static_cast<int>(arrays_.back().size()) - 1);
+  }
+
+  // The result of a function, which may be an operand or none.
+  void adopt(CSint *v) {
+    if (v == nullptr || std::ranges::find(callbackVariables, v) != callbackVariables.end()) return;
+    callbackVariables.push_back(v);
+    model_.adopt(v);
   }
 
   void save() {
@@ -207,6 +243,7 @@ class Programme {
   void compare(int i) {
     CSint *v = solverVariable(i);
     const View expected = model_.view(i);
+    if constexpr (Model::kPosts) model_.compare(i, v);
     EXPECT_EQ(cs_getMin(v), expected.min) << "v" << i;
     EXPECT_EQ(cs_getMax(v), expected.max) << "v" << i;
     EXPECT_EQ(cs_getNbElements(v), expected.count) << "v" << i;
@@ -223,13 +260,14 @@ class Programme {
   Model model_;
   std::string text_;
   bool stopped_ = false;
+  std::deque<std::vector<CSint *>> arrays_;  // constraints keep them
 };
 
 template <class Model>
-void runProgrammes(std::uint64_t firstSeed, int count, int steps) {
+void runPrograms(std::uint64_t firstSeed, int count, int steps) {
   for (int i = 0; i < count; ++i) {
     SCOPED_TRACE("seed " + std::to_string(firstSeed + static_cast<std::uint64_t>(i)));
-    Programme<Model>(firstSeed + static_cast<std::uint64_t>(i)).run(steps);
+    Program<Model>(firstSeed + static_cast<std::uint64_t>(i)).run(steps);
     if (::testing::Test::HasFailure()) return;
   }
 }

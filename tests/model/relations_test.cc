@@ -16,10 +16,10 @@ void compareRelationsWithTwin(std::uint64_t firstSeed, int count, int steps) {
 TEST(RelationsTwin, ObserversHearTheSameHandlerRunsAndAllDomainsAgree) {
   observed = 0;
   compareRelationsWithTwin(1, 3000, 30);
-  EXPECT_GT(observed, 50000U) << "the programmes do something";
+  EXPECT_GT(observed, 50000U) << "the programs do something";
 }
 
-TEST(RelationsTwin, HeavyObserversHearTheSameOnManyMoreProgrammes) { compareRelationsWithTwin(1000000, 30000, 40); }
+TEST(RelationsTwin, HeavyObserversHearTheSameOnManyMorePrograms) { compareRelationsWithTwin(1000000, 30000, 40); }
 
 }  // namespace
 }  // namespace koru::test::model

@@ -7,8 +7,8 @@
 #include "core/post.h"
 #include "core/solver.h"
 #include "koru.h"
-#include "model/engine.h"
 #include "model/world.h"
+#include "support/twins/engine.h"
 
 namespace koru::test::model {
 
@@ -85,32 +85,31 @@ inline bool RecordingSide::post(int id, const Rule &rule, int flags) {
   return posting && filterFirst(*this, rule);
 }
 
-class TwinSide : public TwinEngine {
+// The naive engine, with ints.
+class NaiveEngine : public twin::Engine {
+ public:
+  int min(int v) const { return static_cast<int>(Engine::min(v)); }
+  int max(int v) const { return static_cast<int>(Engine::max(v)); }
+  int count(int v) const { return static_cast<int>(Engine::count(v)); }
+  int reportedMin(int v) const { return static_cast<int>(Engine::reportedMin(v)); }
+  int reportedMax(int v) const { return static_cast<int>(Engine::reportedMax(v)); }
+};
+
+class TwinSide : public NaiveEngine {
  public:
   World<TwinSide> *world = nullptr;
 
-  TwinSide() {
-    handler = [this](int c, int v, int code, int index, int oldValue, int newValue) {
-      const auto &[id, rule] = posted_[static_cast<std::size_t>(c)];
-      return world->called(id, Rule{rule}, v, code, index, oldValue, newValue);
-    };
-  }
-
   bool post(int id, const Rule &rule, int flags) {
-    const int c = addConstraint(flags);
-    posted_.push_back({id, rule});
+    const auto handler = [this, id, rule](const Event &e) {
+      return world->called(id, rule, e.var, e.code, e.index, static_cast<int>(e.oldValue),
+                           static_cast<int>(e.newValue));
+    };
+    const int c = addConstraint(handler, flags);
     attach(c, rule.x, 10);
     attach(c, rule.y, 11);
     if (rule.kind == Kind::kSum) attach(c, rule.z, 12);
     return filterFirst(*this, rule);
   }
-
- private:
-  struct Posted {
-    int id;
-    Rule rule;
-  };
-  std::vector<Posted> posted_;
 };
 
 }  // namespace koru::test::model

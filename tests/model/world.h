@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A random programme over numbered variables and constraints that any engine can run. Every choice is drawn from the
+// A random program over numbered variables and constraints that any engine can run. Every choice is drawn from the
 // seed and from what the engine answers, so two engines that agree write the same transcript, and the first line in
 // which they differ is the first thing they disagree about.
 //

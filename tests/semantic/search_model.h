@@ -9,6 +9,7 @@
 
 #include "koru.h"
 #include "support/kit/random.h"
+#include "support/twins/copies.h"
 
 namespace koru::test::search {
 
@@ -57,12 +58,15 @@ struct Posted {
 };
 
 // The problem in the model.
-class Model {
+class Model : public copies::CopiesOf<copies::Domain> {
  public:
-  using Domain = std::set<int>;
+  using Domain = copies::Domain;
 
   explicit Model(const Problem &p) : problem(p) {
-    for (const auto &domain : p.domains) domains_.emplace_back(domain.begin(), domain.end());
+    for (const auto &domain : p.domains) {
+      const Domain values(domain.begin(), domain.end());
+      create(values, values);
+    }
     consistent = propagate();
   }
 
@@ -70,56 +74,18 @@ class Model {
   bool consistent;
 
   int size() const { return static_cast<int>(problem.order.size()); }
-  const Domain &variable(int v) const { return domains_[static_cast<std::size_t>(v)]; }
   const Domain &element(int i) const { return variable(variableAt(i)); }
   int variableAt(int i) const { return problem.order[static_cast<std::size_t>(i)]; }
 
-  int save() {
-    contexts_.push_back(domains_);
-    return contexts();
-  }
-  void restore() {
-    domains_ = contexts_.back();
-    contexts_.pop_back();
-  }
-  void accept() { contexts_.pop_back(); }
-  void restoreUntil(int label) {
-    while (contexts() >= label) restore();
-  }
-  int contexts() const { return static_cast<int>(contexts_.size()); }
-
   // Keeps the values of a variable that satisfy a comparison; false when propagation refuses that.
-  bool post(int v, const CSvalueSelection &r) {
-    Domain kept;
-    for (const int value : variable(v))
-      if (satisfies(value, r)) kept.insert(value);
-    domains_[static_cast<std::size_t>(v)] = kept;
-    return propagate();
-  }
+  bool post(int v, const CSvalueSelection &r) { return copies::keep(variable(v), r) && propagate(); }
 
  private:
-  static bool satisfies(int value, const CSvalueSelection &r) {
-    switch (r.method) {
-      case CS_METHOD_EQ:
-        return value == r.value;
-      case CS_METHOD_NEQ:
-        return value != r.value;
-      case CS_METHOD_LE:
-        return value <= r.value;
-      case CS_METHOD_LT:
-        return value < r.value;
-      case CS_METHOD_GE:
-        return value >= r.value;
-      default:
-        return value > r.value;
-    }
-  }
-
   bool isBoundTo(int v, int value) const { return variable(v).size() == 1 && variable(v).count(value) == 1; }
-  bool remove(int v, int value) { return domains_[static_cast<std::size_t>(v)].erase(value) == 1; }
 
-  // True when it took a value away.
-  bool differ(int x, int y) { return variable(x).size() == 1 && remove(y, *variable(x).begin()); }
+  // These are true when they took a value away.
+  bool erase(int v, int value) { return variable(v).erase(value) == 1; }
+  bool differ(int x, int y) { return variable(x).size() == 1 && erase(y, *variable(x).begin()); }
 
   bool propagateOnce() {
     bool changed = false;
@@ -128,8 +94,8 @@ class Model {
       changed = differ(y, x) || changed;
     }
     for (const auto &[x, y, a, b] : problem.never) {
-      changed = (isBoundTo(x, a) && remove(y, b)) || changed;
-      changed = (isBoundTo(y, b) && remove(x, a)) || changed;
+      changed = (isBoundTo(x, a) && erase(y, b)) || changed;
+      changed = (isBoundTo(y, b) && erase(x, a)) || changed;
     }
     return changed;
   }
@@ -137,13 +103,10 @@ class Model {
   bool propagate() {
     bool changed = true;
     while (changed) changed = propagateOnce();
-    for (const Domain &domain : domains_)
-      if (domain.empty()) return false;
+    for (int v = 0; v < variables(); ++v)
+      if (variable(v).empty()) return false;
     return true;
   }
-
-  std::vector<Domain> domains_;
-  std::vector<std::vector<Domain>> contexts_;
 };
 
 }  // namespace koru::test::search

@@ -93,7 +93,7 @@ struct Engines {
       model.restore();
       model.save();
     }
-    model.accept();
+    model.close();
     return false;
   }
 
@@ -116,7 +116,7 @@ struct Engines {
       model.restore();
       model.save();
     }
-    model.accept();
+    model.close();
   }
 
   bool minimize(Select select, int cost) {
@@ -158,7 +158,7 @@ struct Engines {
       model.restore();
       model.save();
     }
-    model.accept();
+    model.close();
     return false;
   }
 

@@ -10,6 +10,7 @@
 
 #include "nogood/no_good_set.h"
 #include "support/kit/probe.h"
+#include "support/twins/copies.h"
 
 namespace koru::test::nogood {
 
@@ -34,22 +35,7 @@ inline std::ostream &operator<<(std::ostream &out, const Literal &l) {
   return out << "x" << l.index << kSigns[l.method] << l.value;
 }
 
-inline bool holds(const Literal &l, int value) {
-  switch (l.method) {
-    case 0:
-      return value == l.value;
-    case 1:
-      return value != l.value;
-    case 2:
-      return value <= l.value;
-    case 3:
-      return value < l.value;
-    case 4:
-      return value >= l.value;
-    default:
-      return value > l.value;
-  }
-}
+inline bool holds(const Literal &l, int value) { return copies::satisfies(value, {l.method, l.value}); }
 
 // A no-good forbids the assignments in which all its literals hold.
 inline bool forbids(const Literals &literals, const std::vector<int> &assignment) {

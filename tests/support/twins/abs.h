@@ -13,7 +13,7 @@ struct Abs {
 
   bool raise(int v, Wide bound) const { return bound <= e.min(v) || e.narrowMin(v, bound); }
   bool lower(int v, Wide bound) const { return bound >= e.max(v) || e.narrowMax(v, bound); }
-  bool remove(int v, Wide value) const { return !e.has(v, value) || e.removeValue(v, value); }
+  bool remove(int v, Wide value) const { return !e.has(v, value) || e.remove(v, value); }
 
   bool xMoved() const {
     const Wide min = e.min(x);
@@ -24,7 +24,7 @@ struct Abs {
   }
   bool xBound() const {
     const Wide v = e.min(x) < 0 ? -e.min(x) : e.min(x);
-    return e.has(z, v) && e.bindValue(z, v);
+    return e.has(z, v) && e.bind(z, v);
   }
   bool xRemoved(Wide w) const { return e.has(x, -w) || remove(z, w > -w ? w : -w); }
 
@@ -44,8 +44,8 @@ struct Abs {
   }
   bool zBound() const {
     const Wide v = e.min(z);
-    if (!e.has(x, v)) return e.has(x, -v) && e.bindValue(x, -v);
-    if (!e.has(x, -v)) return e.bindValue(x, v);
+    if (!e.has(x, v)) return e.has(x, -v) && e.bind(x, -v);
+    if (!e.has(x, -v)) return e.bind(x, v);
     if (!raise(x, -v) || !lower(x, v)) return false;
     for (Wide k = -v + 1; k < v; ++k)
       if (!remove(x, k)) return false;
@@ -75,7 +75,7 @@ inline int postAbs(Engine &e, int x, bool withBits) {
   std::vector<int> values;
   for (Wide v = low; v <= high; ++v)
     if (!withBits || e.has(x, v) || e.has(x, -v)) values.push_back(static_cast<int>(v));
-  const Abs rule{e, e.add(values), x};
+  const Abs rule{e, e.create(values), x};
   e.attach(e.addConstraint([rule](const Engine::Event &event) { return rule.onX(event); }), x, -1);
   e.attach(e.addConstraint([rule](const Engine::Event &event) { return rule.onZ(event); }), rule.z, -1);
   return rule.z;

@@ -85,7 +85,7 @@ inline std::optional<int> postScalProd(Engine &e, const std::vector<int> &x, con
   ScalProd p{e, -1, x, c};
   const auto totals = p.totals();
   if (!totals.has_value()) return std::nullopt;
-  p.s = e.add(clamped(totals->first), clamped(totals->second));
+  p.s = e.create(clamped(totals->first), clamped(totals->second));
   e.attach(e.addConstraint([p](const Engine::Event &event) {
     if (event.code == 5) return true;
     if (event.code == 4) return p.sumRaised() && p.sumLowered();
@@ -149,7 +149,7 @@ struct SumOf {
 
 inline int postSum(Engine &e, const std::vector<int> &a) {
   SumOf p{e, -1, a};
-  p.s = e.add(clamped(p.minima()), clamped(p.maxima()));
+  p.s = e.create(clamped(p.minima()), clamped(p.maxima()));
   const auto handler = [p](const Engine::Event &event) {
     if (event.code == 5) return true;
     if (event.code == 4) return p.minRule(event.index) && p.maxRule(event.index);
@@ -227,7 +227,7 @@ inline void postProduct(Engine &e, int p, int a, int b, std::vector<int> order) 
 
 inline int postMul(Engine &e, int x, int y) {
   const Interval bounds = productOf(e.min(x), e.max(x), e.min(y), e.max(y));
-  const int z = e.add(bounds.low, bounds.high);
+  const int z = e.create(bounds.low, bounds.high);
   postProduct(e, z, x, y, {z, x, y});
   return z;
 }
@@ -236,7 +236,7 @@ inline std::optional<int> postDiv(Engine &e, int x, int y) {
   Interval bounds{INT_MIN, INT_MAX};
   if (e.min(y) > 0 || e.max(y) < 0) bounds = quotientOf(e.min(x), e.max(x), e.min(y), e.max(y));
   if (bounds.low > bounds.high || bounds.low > INT_MAX) return std::nullopt;
-  const int z = e.add(bounds.low, clamped(bounds.high));
+  const int z = e.create(bounds.low, clamped(bounds.high));
   postProduct(e, x, z, y, {z, x, y});
   return z;
 }

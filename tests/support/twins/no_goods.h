@@ -99,21 +99,9 @@ class TwinSet {
   bool unit(const Literal &l) {
     if (entailed(l)) return false;
     if (satisfying(l) == 0) return true;
-    const int v = variable(l);
-    switch (l.method) {
-      case 0:
-        return engine_.removeValue(v, l.value);
-      case 1:
-        return engine_.bindValue(v, l.value);
-      case 2:
-        return engine_.narrowMin(v, twin::Wide{l.value} + 1);
-      case 3:
-        return engine_.narrowMin(v, l.value);
-      case 4:
-        return engine_.narrowMax(v, twin::Wide{l.value} - 1);
-      default:
-        return engine_.narrowMax(v, l.value);
-    }
+    static constexpr int kOpposite[] = {CS_METHOD_NEQ, CS_METHOD_EQ, CS_METHOD_GT,
+                                        CS_METHOD_GE,  CS_METHOD_LT, CS_METHOD_LE};
+    return engine_.relate(variable(l), kOpposite[l.method], l.value);
   }
 
   int newWatch(const NoGood &n, int other) const {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The reified comparisons and conditional equality beside a second implementation, on twin sets of variables: after
-// every step of a random programme both sides have the same domains, the same result and the same handler calls.
+// every step of a random program both sides have the same domains, the same result and the same handler calls.
 #include <memory>
 #include <random>
 #include <sstream>
@@ -183,7 +183,7 @@ class Trial {
   Side twin_{false};
 };
 
-TEST(ReifTwin, RandomProgrammesOnBothImplementationsCannotBeToldApart) {
+TEST(ReifTwin, RandomProgramsOnBothImplementationsCannotBeToldApart) {
   Seen seen;
   for (unsigned seed = 1; seed <= 1500; ++seed) {
     cs_init();
