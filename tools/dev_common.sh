@@ -36,6 +36,9 @@ with_verdict() {
   shift
   SECONDS=0
   trap 'verdict '"$name"' $?' EXIT
+  # Without these an interrupted command would be said to have passed.
+  trap 'exit 130' INT
+  trap 'exit 143' TERM
   "$@"
 }
 
