@@ -115,7 +115,8 @@ TEST(SemanticCases, ReachFiveMillionStatesTogether) {
   EXPECT_GE(states, kWanted);
 }
 
-// The sections of the header whose functions state nothing about variables, and functions of these that do.
+// The sections of the headers whose functions state nothing about variables, and functions of these that do. What a run
+// that waits states is its callback's; tests/unit/core/agenda_posting_test.cc has it.
 const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "Lifecycle, version and errors",
                                              "Variables: creation, names, queries",
@@ -126,7 +127,9 @@ const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "Search notification",
                                              "No-goods and restarts",
                                              "Profiler",
-                                             "Formatted output"};
+                                             "Formatted output",
+                                             "Search objects",
+                                             "Runs that wait"};
 const std::set<std::string> kStateAllTheSame = {"cs_createNoGoodSet", "cs_addNoGood"};
 
 // " * 5. Relations" is the title of a section, " *   5. Relations" a line of the table of contents.
