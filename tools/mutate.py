@@ -7,10 +7,10 @@
     mutate.py --list                                          all of them
 
 The build tree is a complete one, whose tests pass. A mutant is one file compiled, and test programs linked with it in
-the place of the original. One that does not compile, or compiles to the same object, does not count and is replaced by
-the next one drawn; lines that are marked as out of every test's reach are left alone. The tests of the mutant's own room
-run first, the others after them, until one fails; a test program that takes five times as long as it should has failed,
-too. Exit status 1 when fewer than --floor percent of the mutants are killed.
+the place of the original. One that does not compile or link, or compiles to the same object, does not count and is
+replaced by the next one drawn; lines that are marked as out of every test's reach are left alone. The tests of the
+mutant's own room run first, the others after them, until one fails; a test program that takes five times as long as it
+should has failed, too. Exit status 1 when fewer than --floor percent of the mutants are killed.
 """
 import argparse
 import concurrent.futures
@@ -201,13 +201,14 @@ class Bench:
         return self.compile(mutant.path, mutant.text, folder) not in (None, self.originals[mutant.path])
 
     def link(self, name, folder):
-        """The program with the mutant: what it defines is not taken from the library any more."""
+        """The program with the mutant: what it defines is not taken from the library any more. None when something that
+        the original defines is missing."""
         words, library = self.links[name]
         program = folder / f"test_{name}"
         words = [*words[:library], str(folder / "mutant.o"), *words[library:]]
         words[words.index("-o") + 1] = str(program)
-        subprocess.run(words, cwd=self.build, capture_output=True, check=True)
-        return program
+        done = subprocess.run(words, cwd=self.build, capture_output=True, check=False)
+        return program if done.returncode == 0 else None
 
     def judge(self, mutant):
         """The program whose tests failed; "survived", or "no mutant" when there is none."""
@@ -218,6 +219,8 @@ class Bench:
                 return "no mutant"
             for each in sorted(self.programs, key=lambda program: program != own):
                 program = self.link(each, folder)
+                if program is None:
+                    return "no mutant"
                 if not self.run(program, self.limits[each]):
                     return each
                 program.unlink()
