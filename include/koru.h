@@ -47,6 +47,10 @@
  *
  * What holds everywhere:
  *
+ * - Look at every result. A function that answers false (or null, or 0) has not imposed what it was asked for, and
+ *   nothing remembers that: a search that is begun all the same may return true, with values that break the constraint.
+ *   Where KORU_WARN_UNUSED is defined before this header is included, gcc and clang warn when the result of a function
+ *   that posts (of sections 5 to 15 all but cs_Occur, of section 21 cs_eventKnown and cs_eventAllKnown) is thrown away.
  * - There is one solver per process. No call may run while another one runs in a different thread.
  * - `cs_init` comes first. Before it, and after `cs_end`, a function that needs the solver returns its
  *   failure value (null, 0 or false) and does nothing.
@@ -65,6 +69,10 @@
  *   They must not call `cs_init` or `cs_end`, nor close a choice point that they did not open. A callback that leaves
  *   by longjmp or a C++ exception leaves the solver fit only for `cs_end`.
  * - Domain changes, choice points and constraints posted are undone by restoring a choice point; see section 4.
+ *   Variables are not: they stay, with their names and bit arrays, until `cs_end`. A program that runs for long makes
+ *   its variables once, or calls cs_end and cs_init between problems; docs/search.md shows both.
+ * - Counters (fails, choice points, constraints of a variable, runs and failures of a profile) are 32-bit ints and wrap
+ *   to negative numbers beyond 2147483647, which a search at full speed reaches in a minute or two.
  * - The same calls in the same order lead to the same tree, the same counters and the same texts on every platform. Of
  *   several calls among the arguments of another one, C leaves open which comes first: to fix that as well, make them
  *   one after the other.
@@ -93,6 +101,13 @@
 #define KORU_API __attribute__((visibility("default")))
 #else
 #define KORU_API
+#endif
+
+/* A function that posts: a host that defines KORU_WARN_UNUSED is warned when it throws the result away. */
+#if defined(KORU_WARN_UNUSED) && defined(__GNUC__)
+#define KORU_POST_API KORU_API __attribute__((warn_unused_result))
+#else
+#define KORU_POST_API KORU_API
 #endif
 
 #ifdef __cplusplus
@@ -151,8 +166,9 @@ typedef void (*CSfoundCostCallback)(CSint **array, int size, CSint *cost);
 /**
  * Start the solver. Called again while it runs, keeps all variables, constraints and choice points. In either case the
  * error code becomes 0 and the three error handlers their defaults, so install your own afterwards.
- * On failure (memory) the error code is CS_ERR_MEMORY, nothing is printed, and the solver is unusable until a later
- * cs_init succeeds. Cost: five allocations, about 130 KB.
+ * On failure (memory) the error code is CS_ERR_MEMORY, no handler is called, and the solver is unusable until a later
+ * cs_init succeeds. If the last of the allocations was the only one to fail, the solver runs all the same, but profiles
+ * do not list the relations with an int that callbacks impose. Cost: five allocations, about 130 KB.
  */
 KORU_API void cs_init(void);
 
@@ -196,7 +212,9 @@ KORU_API CSerrHandler cs_setErrHandler(int code, CSerrHandler handler, void *ext
  * @return the variable; null when min > max (no error is reported) or memory is exhausted.
  * The number of elements is kept as an int: a variable over more than INT_MAX values reports a wrapped number (0 for
  * the whole int range), counts as neither free nor instantiated until it is narrowed, and is safe to use.
- * Cost: constant; 64 bytes.
+ * Cost: constant; 64 bytes. The first value that is removed from between the bounds adds a bit array over the whole
+ * range that the variable was created with, a bit a value, which stays until cs_end: 250 MB for 0..2,000,000,000. The
+ * same goes for the variables that functions return, so give operands the ranges that they need.
  */
 KORU_API CSint *cs_createCSint(int min, int max);
 
@@ -280,8 +298,8 @@ KORU_API bool cs_isIn(CSint *vint, int val);
 /**
  * The values of the domain in increasing order: a new array of cs_getNbElements values that the caller frees with
  * cs_freeDomain. Null, with CS_ERR_MEMORY reported, when it cannot be allocated or the domain has more than INT_MAX
- * values. Should the recorded number of elements exceed the real one (possible only after accepting an inner choice
- * point and restoring an outer one), the entries past the last value hold the maximum.
+ * values. Should the recorded number of elements exceed the real one (see section 4), the entries past the last value
+ * hold the maximum.
  */
 KORU_API int *cs_getDomain(CSint *vint);
 
@@ -295,11 +313,18 @@ KORU_API void cs_freeDomain(int *array);
  * label 1. Restoring undoes domain changes, detaches constraints posted since, frees arrays of cs_createCSintArray
  * and calls back what cs_backtrack registered; accepting makes changes permanent even for enclosing contexts;
  * forgetting hands them to the enclosing context. Cost: linear in the number of changes undone or discarded.
+ *
+ * After an inner context was accepted and an outer one restored, a number of elements may be higher than that of the
+ * values which are left, and from then on a bound may come to lie on a value that is not in the domain (cs_isIn knows).
+ * Accept a context when none that will be restored is open around it.
  * ================================================================================================================ */
 
 /**
- * Open a context. Changes that were queued by a running constraint are propagated first.
- * @return its label; 0 without a running solver.
+ * Open a context. Changes that were queued by a running constraint are propagated first; should that fail, the
+ * constraint's propagation fails when it returns.
+ * @return its label; 0 without a running solver. When memory is exhausted, CS_ERR_MEMORY is reported, nothing is opened
+ * and the number of contexts already open is returned, that is the label of the newest one: restoring it would close a
+ * context that this call has not opened. The label of a context is one more than that of the one before it.
  */
 KORU_API int cs_saveContext(void);
 
@@ -349,40 +374,40 @@ KORU_API void cs_backtrackExt(CSint *vint, int index, CSbacktrackCallback callba
  * ================================================================================================================ */
 
 /** x = v. False, x untouched, when v is not in the domain. */
-KORU_API bool cs_EQ(CSint *x, int v);
+KORU_POST_API bool cs_EQ(CSint *x, int v);
 
 /** x != v. False when v is the only value left. */
-KORU_API bool cs_NEQ(CSint *x, int v);
+KORU_POST_API bool cs_NEQ(CSint *x, int v);
 
 /** x <= v. */
-KORU_API bool cs_LE(CSint *x, int v);
+KORU_POST_API bool cs_LE(CSint *x, int v);
 
 /** x < v. Always true, and without effect, for v = INT_MIN: v - 1 wraps. */
-KORU_API bool cs_LT(CSint *x, int v);
+KORU_POST_API bool cs_LT(CSint *x, int v);
 
 /** x >= v. */
-KORU_API bool cs_GE(CSint *x, int v);
+KORU_POST_API bool cs_GE(CSint *x, int v);
 
 /** x > v. Always true, and without effect, for v = INT_MAX: v + 1 wraps. */
-KORU_API bool cs_GT(CSint *x, int v);
+KORU_POST_API bool cs_GT(CSint *x, int v);
 
 /** x = y, domain-consistent: every value is kept in both or neither. True at once for the same variable twice. */
-KORU_API bool cs_Eq(CSint *x, CSint *y);
+KORU_POST_API bool cs_Eq(CSint *x, CSint *y);
 
 /** x != y, forward checking: acts when one side is bound. False at once for the same variable twice. */
-KORU_API bool cs_Neq(CSint *x, CSint *y);
+KORU_POST_API bool cs_Neq(CSint *x, CSint *y);
 
 /** x <= y, bounds-consistent. True at once for the same variable twice. */
-KORU_API bool cs_Le(CSint *x, CSint *y);
+KORU_POST_API bool cs_Le(CSint *x, CSint *y);
 
 /** x < y, bounds-consistent. False at once for the same variable twice. */
-KORU_API bool cs_Lt(CSint *x, CSint *y);
+KORU_POST_API bool cs_Lt(CSint *x, CSint *y);
 
 /** x >= y, bounds-consistent. True at once for the same variable twice. */
-KORU_API bool cs_Ge(CSint *x, CSint *y);
+KORU_POST_API bool cs_Ge(CSint *x, CSint *y);
 
 /** x > y, bounds-consistent. False at once for the same variable twice. */
-KORU_API bool cs_Gt(CSint *x, CSint *y);
+KORU_POST_API bool cs_Gt(CSint *x, CSint *y);
 
 /* ==================================================================================================================
  * 6. Arithmetic
@@ -392,78 +417,83 @@ KORU_API bool cs_Gt(CSint *x, CSint *y);
  * ================================================================================================================ */
 
 /**
- * x + y. Bounds-consistent; while one operand is bound, holes pass between the other one and the sum. A sum that is
- * already decided is a constant and posts nothing.
+ * x + y. Bounds-consistent. Holes of an operand are copied to the sum at posting when the other one is bound then, and
+ * a value that is removed from between the bounds passes between two of the three variables while the third is bound;
+ * holes that are older than the binding do not. A sum that is already decided is a constant and posts nothing.
  */
-KORU_API CSint *cs_Add(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_Add(CSint *x, CSint *y);
 
 /** x - y; as cs_Add. */
-KORU_API CSint *cs_Sub(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_Sub(CSint *x, CSint *y);
 
 /**
  * The sum of the @p n variables that follow (each a `CSint *`), bounds-consistent. n = 1 returns the variable itself,
  * n < 1 a constant 0. Every change of a variable costs time linear in n.
  */
-KORU_API CSint *cs_VAdd(int n, ...);
+KORU_POST_API CSint *cs_VAdd(int n, ...);
 
 /**
  * The first of the @p n variables that follow less the sum of the others, bounds-consistent. n < 1 returns a
  * constant 0.
  */
-KORU_API CSint *cs_VSub(int n, ...);
+KORU_POST_API CSint *cs_VSub(int n, ...);
 
 /**
- * x * y, bounds-consistent. Nothing is narrowed at posting. A bound of the product outside the int range is the int
- * nearest to it.
+ * x * y, on bounds: the product lies between the least and the greatest product of bounds, an operand between the
+ * quotients of bounds unless the other one can be 0. When the product cannot be 0, a 0 that is a bound of an operand
+ * goes. A bound need not be part of a solution. Nothing is narrowed at posting. A bound of the product outside the int
+ * range is the int nearest to it.
  */
-KORU_API CSint *cs_Mul(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_Mul(CSint *x, CSint *y);
 
 /**
  * The product of the @p n variables from @p x1 on (each a `CSint *`), built from left to right by cs_Mul under one
  * site. x1 itself for n < 2.
  */
-KORU_API CSint *cs_VMul(int n, CSint *x1, ...);
+KORU_POST_API CSint *cs_VMul(int n, CSint *x1, ...);
 
 /**
- * The exact quotient of x and y: z with x = z * y, bounds-consistent. While y can be 0 it says nothing, and z then
+ * The exact quotient of x and y: z with x = z * y, on bounds as cs_Mul. While y can be 0 it says nothing, and z then
  * ranges over all ints.
  * @return z; null, with no error reported, when no int is a quotient of values within the bounds of x and y.
  */
-KORU_API CSint *cs_Div(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_Div(CSint *x, CSint *y);
 
 /**
  * The exact quotient of @p x1 by the n - 1 variables that follow it, one after the other. x1 itself for n < 2.
  */
-KORU_API CSint *cs_VDiv(int n, CSint *x1, ...);
+KORU_POST_API CSint *cs_VDiv(int n, CSint *x1, ...);
 
 /**
- * The absolute value of x. Holes pass both ways for a domain that has them at posting, later removals in any case.
- * The smallest int, which has no absolute value, leaves x.
- * Cost at posting: linear in the width of a domain that has a bit array.
+ * The absolute value of x. Bounds-consistent; holes pass both ways for a domain that has them at posting, later
+ * removals in any case, but a value that a moved bound of x has taken away on one side stays in the result although the
+ * other side has lost it too. The smallest int, which has no absolute value, leaves x. Cost at posting: linear in the
+ * width of a domain that has a bit array.
  */
-KORU_API CSint *cs_Abs(CSint *x);
+KORU_POST_API CSint *cs_Abs(CSint *x);
 
 /* ==================================================================================================================
  * 7. Linear sums
  *
- * Bounds-consistent; totals are computed in 64 bits, anew at every change: an event costs time linear in the number of
+ * Bounds-consistent, over the reals when a coefficient is other than 1, 0 and -1: then a bound need not be part of a
+ * solution in ints. Totals are computed in 64 bits, anew at every change: an event costs time linear in the number of
  * terms. A bound of the sum outside the int range is the int nearest to it. Null on failure.
  * ================================================================================================================ */
 
 /**
  * The sum of the @p n variables of @p array, which is kept. n = 1 returns the variable itself, n < 1 a constant 0.
  */
-KORU_API CSint *cs_Sigma(CSint **array, int n);
+KORU_POST_API CSint *cs_Sigma(CSint **array, int n);
 
 /**
  * coeffs[0] * vars[0] + ... + coeffs[n-1] * vars[n-1]. Both arrays are kept. A term with the coefficient 0 is attached
  * and never narrowed. n < 1 returns a constant 0, n = 1 a new variable.
  * @return the sum; null with CS_ERR_OVERFLOW reported when its bounds leave the 64-bit range.
  */
-KORU_API CSint *cs_ScalProd(CSint **vars, int *coeffs, int n);
+KORU_POST_API CSint *cs_ScalProd(CSint **vars, int *coeffs, int n);
 
 /** As cs_ScalProd over @p n variables (each a `CSint *`) followed by n coefficients (each an int). */
-KORU_API CSint *cs_VScalProd(int n, ...);
+KORU_POST_API CSint *cs_VScalProd(int n, ...);
 
 /* ==================================================================================================================
  * 8. Reified comparisons
@@ -474,40 +504,40 @@ KORU_API CSint *cs_VScalProd(int n, ...);
  * ================================================================================================================ */
 
 /** b <=> x = v. Constant time per event, like all of those with an int. */
-KORU_API CSint *cs_ReifEQ(CSint *x, int v);
+KORU_POST_API CSint *cs_ReifEQ(CSint *x, int v);
 
 /** b <=> x != v. */
-KORU_API CSint *cs_ReifNEQ(CSint *x, int v);
+KORU_POST_API CSint *cs_ReifNEQ(CSint *x, int v);
 
 /** b <=> x < v. */
-KORU_API CSint *cs_ReifLT(CSint *x, int v);
+KORU_POST_API CSint *cs_ReifLT(CSint *x, int v);
 
 /** b <=> x <= v. */
-KORU_API CSint *cs_ReifLE(CSint *x, int v);
+KORU_POST_API CSint *cs_ReifLE(CSint *x, int v);
 
 /** b <=> x > v. */
-KORU_API CSint *cs_ReifGT(CSint *x, int v);
+KORU_POST_API CSint *cs_ReifGT(CSint *x, int v);
 
 /** b <=> x >= v. */
-KORU_API CSint *cs_ReifGE(CSint *x, int v);
+KORU_POST_API CSint *cs_ReifGE(CSint *x, int v);
 
 /** b <=> x = y; x = y is imposed on all values, x != y once one side is bound. Linear in domains with holes. */
-KORU_API CSint *cs_ReifEq(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_ReifEq(CSint *x, CSint *y);
 
 /** b <=> x != y; as cs_ReifEq with b inverted. */
-KORU_API CSint *cs_ReifNeq(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_ReifNeq(CSint *x, CSint *y);
 
 /** b <=> x < y, on bounds, in constant time per event like the next three. */
-KORU_API CSint *cs_ReifLt(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_ReifLt(CSint *x, CSint *y);
 
 /** b <=> x <= y. */
-KORU_API CSint *cs_ReifLe(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_ReifLe(CSint *x, CSint *y);
 
 /** b <=> x > y. */
-KORU_API CSint *cs_ReifGt(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_ReifGt(CSint *x, CSint *y);
 
 /** b <=> x >= y. */
-KORU_API CSint *cs_ReifGe(CSint *x, CSint *y);
+KORU_POST_API CSint *cs_ReifGe(CSint *x, CSint *y);
 
 /* ==================================================================================================================
  * 9. Conditional equality
@@ -515,11 +545,11 @@ KORU_API CSint *cs_ReifGe(CSint *x, CSint *y);
  * Forward checking: both act when x or y is bound and prune nothing on bounds alone. True when posted and consistent.
  * ================================================================================================================ */
 
-/** x = a exactly when y = b. */
-KORU_API bool cs_IfEq(CSint *x, CSint *y, int a, int b);
+/** x = a exactly when y = b. With the same variable as x and y, and a other than b, the value b passes all the same. */
+KORU_POST_API bool cs_IfEq(CSint *x, CSint *y, int a, int b);
 
 /** Never x = a and y = b together. */
-KORU_API bool cs_IfNeq(CSint *x, CSint *y, int a, int b);
+KORU_POST_API bool cs_IfNeq(CSint *x, CSint *y, int a, int b);
 
 /* ==================================================================================================================
  * 10. All-different
@@ -533,7 +563,7 @@ KORU_API bool cs_IfNeq(CSint *x, CSint *y, int a, int b);
  * @return 1 when posted and consistent, or when count < 1 (nothing is posted); 0 on failure.
  * Cost: linear in count at posting and whenever a variable becomes bound.
  */
-KORU_API int cs_AllNeq(CSint **vars, int count);
+KORU_POST_API int cs_AllNeq(CSint **vars, int count);
 
 /* ==================================================================================================================
  * 11. Element, index and membership
@@ -543,38 +573,44 @@ KORU_API int cs_AllNeq(CSint **vars, int count);
  * ================================================================================================================ */
 
 /**
- * values[index], over the @p n ints of @p values, which are kept like an array of variables. Domain-consistent: index
- * is narrowed to 0..n-1, and each value stays while a position holds it, each position while its value stays.
+ * values[index], over the @p n ints of @p values, which are kept like an array of variables. The index is narrowed to
+ * 0..n-1; each value stays while a position holds it, each position while its value stays. That is domain-consistent as
+ * long as nothing else narrows the index within one propagation. A position that was removed from between the bounds of
+ * the index, and passed by a bound before this constraint was told, is not noticed: its value may then stay with no
+ * position, until the index or the value is bound. Two elements on one index do that to each other; cs_VarElement over
+ * constants is domain-consistent there as well, so a table stated by columns is better stated with it.
  * @return the value variable, created over the values that index reaches: the memory of its bit array grows with their
  * span. Null when n < 1, no position of index lies in the array, or memory is exhausted.
  * Cost: n log n at posting, 12 bytes an int; per value or position that goes logarithmic in n, besides the positions
  * of the same value that are gone already.
  */
-KORU_API CSint *cs_Element(CSint *index, const int *values, int n);
+KORU_POST_API CSint *cs_Element(CSint *index, const int *values, int n);
 
 /**
  * A position at which the @p n variables of @p vars hold @p val: a new variable over the indices of those that can
- * take it. A position goes when its variable loses the value; bound, it binds its variable. Other variables may take
- * the value too. The array is kept.
+ * take it. A position goes when its variable loses the value, unless a bound had passed the value before this
+ * constraint was told of its removal; when the position becomes bound, its variable is bound to val or the constraint
+ * fails. A position that is the only one from the start imposes nothing: a removal that is not noticed is then
+ * accepted. Other variables may take the value too. The array is kept.
  * @return null when n < 1, no variable can take the value, or memory is exhausted. Cost: linear in n at posting, then
  * constant per event.
  */
-KORU_API CSint *cs_Index(CSint **vars, int n, int val);
+KORU_POST_API CSint *cs_Index(CSint **vars, int n, int val);
 
 /**
  * Keep of v what stands in @p values, which is read during the call. n < 1 fails.
  * Cost: a pass over the array for each value of v between its ends.
  */
-KORU_API int cs_InArray(CSint *v, const int *values, int n);
+KORU_POST_API int cs_InArray(CSint *v, const int *values, int n);
 
 /** Remove from v what stands in @p values, in array order. 1 for n < 1. */
-KORU_API int cs_NotInArray(CSint *v, const int *values, int n);
+KORU_POST_API int cs_NotInArray(CSint *v, const int *values, int n);
 
 /** lo <= v <= hi. */
-KORU_API int cs_InInterval(CSint *v, int lo, int hi);
+KORU_POST_API int cs_InInterval(CSint *v, int lo, int hi);
 
 /** Remove lo..hi from v, one by one in increasing order; 1 for lo > hi. Cost: linear in the overlap with v's bounds. */
-KORU_API int cs_NotInInterval(CSint *v, int lo, int hi);
+KORU_POST_API int cs_NotInInterval(CSint *v, int lo, int hi);
 
 /* ==================================================================================================================
  * 12. Occurrence, minimum and maximum
@@ -583,21 +619,23 @@ KORU_API int cs_NotInInterval(CSint *v, int lo, int hi);
  * ================================================================================================================ */
 
 /**
- * The least of @p n variables: a new variable r over the smallest minimum to the smallest maximum. Bounds-consistent,
- * but the maximum of r narrows nothing: a bound r fails when no variable can take its value. Of no variable (n < 1)
- * the largest int. Null on failure. Cost: linear in n per event on r; constant for the array but for a scan, now and
- * then, when the last variable known at the minimum of r has left it.
+ * The least of @p n variables: a new variable r over the smallest minimum to the smallest maximum. No variable is below
+ * the minimum of r, and the maximum of r follows the smallest maximum. The maximum of r narrows nothing (a bound r
+ * fails when no variable can take its value), and the minimum of r may stay behind the smallest minimum when r was
+ * narrowed by someone else and a variable has jumped further. Of no variable (n < 1) the largest int. Null on failure.
+ * Cost: linear in n per event on r; constant for the array but for a scan, now and then, when the last variable known
+ * at the minimum of r has left it.
  */
-KORU_API CSint *cs_Min(CSint **vars, int n);
+KORU_POST_API CSint *cs_Min(CSint **vars, int n);
 
 /** As cs_Min over the @p n variables that follow (each a `CSint *`). */
-KORU_API CSint *cs_VMin(int n, ...);
+KORU_POST_API CSint *cs_VMin(int n, ...);
 
 /** The greatest of @p n variables, as cs_Min with the bounds exchanged; of no variable the smallest int. */
-KORU_API CSint *cs_Max(CSint **vars, int n);
+KORU_POST_API CSint *cs_Max(CSint **vars, int n);
 
 /** As cs_Max over the @p n variables that follow (each a `CSint *`). */
-KORU_API CSint *cs_VMax(int n, ...);
+KORU_POST_API CSint *cs_VMax(int n, ...);
 
 /**
  * count = how many of the variables are @p val; @p count may be one of them. The bounds of count follow the variables
@@ -609,13 +647,13 @@ KORU_API CSint *cs_VMax(int n, ...);
 KORU_API int cs_Occur(CSint *count, int val, CSint **vars, int n);
 
 /** As cs_Occur with a new variable for the count, which is returned; null on failure. */
-KORU_API CSint *cs_OccurDomain(int val, CSint **vars, int n);
+KORU_POST_API CSint *cs_OccurDomain(int val, CSint **vars, int n);
 
 /**
  * As cs_Occur. @return true when posted and consistent. Cost: linear in n at posting and when count decides, else
  * constant per event; two bits a variable.
  */
-KORU_API bool cs_OccurConstraints(CSint *count, int val, CSint **vars, int n);
+KORU_POST_API bool cs_OccurConstraints(CSint *count, int val, CSint **vars, int n);
 
 /* ==================================================================================================================
  * 13. Automata
@@ -636,8 +674,8 @@ KORU_API bool cs_OccurConstraints(CSint *count, int val, CSint **vars, int n);
  * Cost: time linear in n * states * symbols, and 24 bytes for each transition of each position that lies on an accepted
  * word, besides 24 for each state and symbol of each position. An event costs a look at the states of its layer.
  */
-KORU_API int cs_Regular(CSint **vars, int n, const int *table, int states, int symbols, int start, const int *finals,
-                        int finalCount);
+KORU_POST_API int cs_Regular(CSint **vars, int n, const int *table, int states, int symbols, int start,
+                             const int *finals, int finalCount);
 
 /* ==================================================================================================================
  * 14. Variable element
@@ -654,13 +692,13 @@ KORU_API int cs_Regular(CSint **vars, int n, const int *table, int states, int s
  * exhausted.
  * Cost: memory of n ints, and one int per value between the smallest and the largest that can be selected.
  */
-KORU_API CSint *cs_VarElement(CSint *index, CSint **vars, int n);
+KORU_POST_API CSint *cs_VarElement(CSint *index, CSint **vars, int n);
 
 /**
  * As cs_VarElement on bounds only: the result starts as an interval, and a bound index aligns its bounds with those of
  * the selected variable. Constant memory; holes are met when a variable is bound.
  */
-KORU_API CSint *cs_VarElementRange(CSint *index, CSint **vars, int n);
+KORU_POST_API CSint *cs_VarElementRange(CSint *index, CSint **vars, int n);
 
 /* ==================================================================================================================
  * 15. Scheduling
@@ -668,12 +706,14 @@ KORU_API CSint *cs_VarElementRange(CSint *index, CSint **vars, int n);
  * Tasks with a start, a duration and a use, all of them variables; a task runs from its start to before
  * start + duration. Arrays and variables are kept.
  *
- * A schedule that is not feasible is never accepted. Deliberate: while variables are still being bound, a rule that
- * moves a task to the next point at which another one may end or begin refuses a feasible schedule now and then: in
- * about one of 3,000 random problems of four to six tasks, of tight disjunctive ones in one of 600. So a search may
- * miss solutions, and a proof of optimality may be wrong. Where that matters, state the resource otherwise (for a
- * machine: cs_ReifLe for both orders of each two tasks, and cs_Neq of the two); docs/cumulative.md has figures and
- * more.
+ * A proof that was made with these constraints is no proof. A schedule that is not feasible is never accepted; but
+ * while variables are still being bound, a rule that moves a task to the next point at which another one may end or
+ * begin refuses a feasible schedule now and then, and a search that has gone through everything may have missed the
+ * best. With a cs_Disjunctive for each machine, the makespan called best was too long in 13 of 200 random job shops of
+ * 5 jobs on 5 machines, and, with the orders of tasks labelled as well, in 8 of 200, in 5 of 100 of 6 jobs and in 4 of
+ * 40 of 7 jobs. Of single constraints over four to six tasks one in 3,000 refuses something, of tight disjunctive ones
+ * one in 600. Where that matters, state the resource otherwise (for a machine: cs_ReifLe for both orders of each two
+ * tasks, and cs_Neq of the two); docs/cumulative.md has more.
  *
  * Quotients of energies (time times use) are ints: keep (latest end - earliest start) * capacity below 2^31, or scale
  * uses and capacity down; beyond it feasible tasks may be refused.
@@ -688,25 +728,39 @@ KORU_API CSint *cs_VarElementRange(CSint *index, CSint **vars, int n);
  * @return true when posted and consistent, or when n < 1 (nothing is posted).
  * Cost: per change of a bound a sweep over all pairs of tasks at worst; memory linear in n.
  */
-KORU_API bool cs_Cumulative(CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity);
+KORU_POST_API bool cs_Cumulative(CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity);
 
 /**
  * No two of the @p n tasks of positive duration run at the same time: cs_Cumulative with uses and capacity 1, and
  * everything said there.
  */
-KORU_API bool cs_Disjunctive(CSint **starts, CSint **durations, int n);
+KORU_POST_API bool cs_Disjunctive(CSint **starts, CSint **durations, int n);
 
 /* ==================================================================================================================
  * 16. Search, variable selection and statistics
  *
  * The searches label an array of variables depth first: they let @p f pick a variable, open a context and try its
  * values in increasing order. They allocate nothing and use one native stack frame per level. The array must not change
- * while the search runs: a built-in selection is not offered variables again that were bound at a level above.
+ * while the search runs: a built-in selection may leave out variables that were bound at a level above.
  *
  * A true result leaves the solution in place, with one open context per level: undo it with cs_restoreAll, or
  * cs_restoreContextUntil with a label saved before. A false result after the whole tree was searched leaves everything
- * as before the call. One that comes from cs_cancelSearch or the fail limit leaves the state of the last branch and
- * its contexts open: restore it in the same way.
+ * as before the call. After cs_cancelSearch, and when the fail limit was reached, contexts are left open and the
+ * domains as they happen to be: open a context before the search and restore it after,
+ *
+ *     int label = cs_saveContext();
+ *     bool any = cs_findAll(x, n, cs_findFreeVar, stopAfterThree);
+ *     cs_restoreContextUntil(label);
+ *
+ * With a built-in selection, a search returns false at once when the array or one of its variables is null (unless size
+ * is below 1). A selection of the host's own may be given any array: the engines look only at the variables that it
+ * picks.
+ *
+ * A change that a callback of a search makes is propagated at once, like one made outside of any callback, when the
+ * search was started outside of user-defined constraints. In one that a callback of section 21 has started, changes
+ * made before the first level has opened its context (in the search's start, the first selection, `enter` and `init`,
+ * and in a solution of a search that has nothing to label) are propagated when that context is opened, or else after
+ * the callback.
  * ================================================================================================================ */
 
 /** Find one solution. @return true if one was reached. With size < 1 the built-in selections find it at once. */
@@ -724,7 +778,8 @@ KORU_API bool cs_Vsearch(int nbVars, CSint *var1, ...);
 
 /**
  * Visit all solutions: @p found, which may be null, is called at each one with (array, size), the variables hold it
- * only during that call. Returns with everything as before.
+ * only during that call. Returns with everything as before, but for a cancel: to stop after so many solutions is
+ * common, and leaves contexts open that are to be restored as shown above.
  * @return true if there was at least one.
  */
 KORU_API bool cs_findAll(CSint **array, int size, CSfindFreeVar f, CSfoundCallback found);
@@ -744,10 +799,13 @@ KORU_API CSint *cs_findFreeVarNbElementsMin(CSint **array, int size);
 /** Selection: a free variable with the largest cs_getNbConstraints, the first of them in array order. */
 KORU_API CSint *cs_findFreeVarNbConstraints(CSint **array, int size);
 
-/** The number of values that propagation refused, since the last search began. */
+/**
+ * The number of fails since the last search began: decisions that propagation refused, solutions that a `found` hook
+ * rejected, and choices of a criteria search that had no value left to try.
+ */
 KORU_API int cs_getNbFails(void);
 
-/** The number of values tried, since the last search began. */
+/** The number of decisions (values, choices) tried, since the last search began. */
 KORU_API int cs_getNbChoicePoints(void);
 
 /** cs_fprintStats to the standard output. */
@@ -834,6 +892,9 @@ typedef struct CSvalueSelection {
  * of the size of a pointer that belongs to the level of the search tree, zero at first.
  * Init is called once when the search reaches the variable, and false abandons the level; next stores the next
  * decision in @p r, or returns false when there is none; end is called when the level is left, and false makes it fail.
+ * End is not called by a level that init refused, that notices a cancel, or that could not open a context. So if init
+ * allocates, keep track of what it has allocated (in a list of one's own, say, from which end takes what it frees) and
+ * free the rest when the search has returned.
  */
 typedef bool (*CSvalueSelectorInit)(int index, CSint **array, int size, void *state);
 typedef bool (*CSvalueSelectorNext)(CSvalueSelection *r, int index, CSint **array, int size, void *state);
@@ -855,7 +916,8 @@ enum {
   CS_SELECT_DESCENDING = 1, /**< = each value, from the maximum down */
   CS_SELECT_LOWER_HALF = 2, /**< <= the middle of the bounds (rounded down), then > it */
   CS_SELECT_UPPER_HALF = 3, /**< >= the middle of the bounds (above the minimum), then < it */
-  CS_SELECT_MEDIAN = 4      /**< = the middle element (the lower one of two), then != it */
+  CS_SELECT_MEDIAN = 4      /**< = the middle element (the lower one of two), then != it; for a variable over more than
+                               INT_MAX values, whose number of elements has wrapped, = its minimum and nothing else */
 };
 
 /** Make a selector of three functions, to be freed with cs_freeValueSelector. Null with CS_ERR_MEMORY reported. */
@@ -920,7 +982,8 @@ typedef void (*CSafterValueSelectionHook)(bool result, int depth, int index, con
 
 /**
  * Enter: the variable of a level was chosen. Leave: the level's decisions are exhausted; not called when it succeeds,
- * nor when the run stops at its fail limit, by a cancel, or by an init or end that refuses.
+ * when the run stops at its fail limit, or when init or end refuses. After a cancel the level that notices it does not
+ * call it; a level above whose last decision has failed so is exhausted, and calls end and leave like any other.
  */
 typedef void (*CSlevelHook)(int depth, int index, CSint **array, int size, void *extra);
 
@@ -1076,8 +1139,9 @@ KORU_API bool cs_searchValueSelectorRestartNG(CSint **array, CSvalueSelector **s
  * What a callback may do, of these and of all others that the library calls:
  *
  *   query, print, create variables       yes
- *   narrow, post constraints             yes; propagated when the callback has returned, or at once inside a choice
- *                                        point that the callback opens
+ *   narrow, post constraints             yes; in callbacks of this section propagated when the callback has returned,
+ *                                        or at once inside a choice point that the callback opens; in those of a
+ *                                        search at once, except as section 16 says
  *   save and restore choice points       yes, in balance
  *   search                               yes; counters and the cancel flag are those of the newest search
  *   cs_cancelSearch                      yes
@@ -1095,7 +1159,8 @@ typedef bool (*CSeventKnownCallback)(int value, int index, CSint **array, int si
 
 /**
  * Called when @p vint, which is array[index], has lost its minimum, its maximum or an inner value. @p old is the
- * minimum or maximum as callbacks saw it last, or the value removed. @return false to fail the propagation.
+ * minimum or maximum as callbacks saw it last, or the value removed; the domain is as it is by now, which may be after
+ * further changes. @return false to fail the propagation.
  */
 typedef bool (*CSeventBoundCallback)(CSint *vint, int index, int old, CSint **array, int size, void *extra);
 
@@ -1112,39 +1177,63 @@ typedef struct CSconflictInfo {
   int value; /**< see there */
 } CSconflictInfo;
 
-/** Called when the propagation of a change of @p vint, which is array[index], has failed. */
+/**
+ * Called when the propagation of a change of @p vint has failed. @p vint need not be in the array: @p index is the
+ * place of the first listened-to variable that this propagation had reached, not that of vint.
+ */
 typedef void (*CSeventConflictCallback)(CSint *vint, int index, CSconflictInfo *info, CSint **array, int size,
                                         void *extra);
 
 /**
  * Runs @p allKnown as soon as no variable of the array is free. When none is now, it runs at once and nothing is
- * posted.
+ * posted. It may run several times in one propagation, once for each variable that was bound in it.
  * @return its result then; otherwise true, or false when memory ran out.
  * Cost: linear in size at posting and whenever the free variable that is watched becomes bound.
  */
-KORU_API bool cs_eventAllKnown(CSint **array, int size, CSeventAllKnownCallback allKnown, void *extra);
+KORU_POST_API bool cs_eventAllKnown(CSint **array, int size, CSeventAllKnownCallback allKnown, void *extra);
 
 /**
- * Runs @p known for each variable that becomes instantiated, and now, in array order, for those that are.
+ * Runs @p known for each variable that becomes instantiated, and now, in array order, for those that are. A variable
+ * that such a call binds may be told of twice: as a change, and when the walk comes to it.
  * @return false when one of these calls returns false or memory ran out; true when size < 1, with nothing posted.
  */
-KORU_API bool cs_eventKnown(CSint **array, int size, CSeventKnownCallback known, void *extra);
+KORU_POST_API bool cs_eventKnown(CSint **array, int size, CSeventKnownCallback known, void *extra);
 
-/** Runs @p newMin whenever the minimum of a variable is raised, also onto its maximum. Nothing when size < 1. */
+/**
+ * Runs @p newMin when the minimum of a variable is raised, also onto its maximum: once for several raises that follow
+ * each other before the call. It is not run when a variable is bound to a value strictly between its bounds, nor for a
+ * raise that such a binding overtakes; only cs_eventKnown is. So a constraint on bounds registers that as well. x <= y,
+ * over xy = {x, y}:
+ *
+ *     bool bounds(CSint *v, int index, int old, CSint **xy, int size, void *extra) {
+ *       return cs_GE(xy[1], cs_getMin(xy[0])) && cs_LE(xy[0], cs_getMax(xy[1]));
+ *     }
+ *     bool known(int value, int index, CSint **xy, int size, void *extra) {
+ *       return bounds(xy[index], index, value, xy, size, extra);
+ *     }
+ *     ...
+ *     cs_eventNewMin(xy, 2, bounds, NULL);
+ *     cs_eventNewMax(xy, 2, bounds, NULL);
+ *     bool consistent = cs_eventKnown(xy, 2, known, NULL);
+ *
+ * Nothing when size < 1.
+ */
 KORU_API void cs_eventNewMin(CSint **array, int size, CSeventBoundCallback newMin, void *extra);
 
-/** Runs @p newMax whenever the maximum of a variable is lowered, also onto its minimum. Nothing when size < 1. */
+/** Runs @p newMax when the maximum of a variable is lowered, also onto its minimum; as cs_eventNewMin in all else. */
 KORU_API void cs_eventNewMax(CSint **array, int size, CSeventBoundCallback newMax, void *extra);
 
 /**
- * Runs @p neq whenever a value strictly between the bounds of a variable is removed. Nothing when size < 1. Profiles
- * list it under the name "cs_eventNewMax".
+ * Runs @p neq when a value strictly between the bounds of a variable is removed, unless a bound has passed the value
+ * before the call: of such a value nobody is told. Nothing when size < 1. Profiles list it under the name
+ * "cs_eventNewMax".
  */
 KORU_API void cs_eventNeq(CSint **array, int size, CSeventBoundCallback neq, void *extra);
 
 /**
- * Runs @p conflict when a propagation has failed and the array's variables were among those it had reached; domains are
- * as the failure left them. The outcome stays a failure. Nothing when size < 1.
+ * Runs @p conflict when a propagation has failed that had reached a variable of the array; domains are as the failure
+ * left them. Of all variables that anybody listens to only the first one that the propagation came to counts: its
+ * listeners are told, newest first, others are not. The outcome stays a failure. Nothing when size < 1.
  */
 KORU_API void cs_eventConflict(CSint **array, int size, CSeventConflictCallback conflict, void *extra);
 
@@ -1185,8 +1274,9 @@ KORU_API void cs_enableProfiler(CSprofiler *profiler);
 KORU_API void cs_disableProfiler(CSprofiler *profiler);
 
 /**
- * Stop counting for good. Deliberately releases nothing: the profiler can still be read, its counts until cs_end, and
- * its memory is not given back. To keep memory bounded, leave profilers to cs_end, which releases them.
+ * Stop counting. Deliberately releases nothing: the profiler can still be read, its counts until cs_end, and its memory
+ * is not given back. To keep memory bounded, leave profilers to cs_end, which releases them. A deleted profiler that is
+ * disabled and then enabled counts again.
  */
 KORU_API void cs_deleteProfiler(CSprofiler *profiler);
 

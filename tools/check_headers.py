@@ -24,7 +24,9 @@ def jobs(cc, cxx):
         for compiler, language, standards in ((cc, "c", C_STANDARDS), (cxx, "c++", CXX_STANDARDS)):
             for standard in standards:
                 flags = [f"-std={standard}", f"-I{ROOT}/include", *PUBLIC_WARNINGS]
-                yield f"{header.name} as {standard}", [compiler, "-x", language, *flags], header.name
+                for build in ([], ["-DKORU_WARN_UNUSED"]):
+                    label = " ".join([header.name, "as", standard, *build])
+                    yield label, [compiler, "-x", language, *flags, *build], header.name
     for header in sorted((ROOT / "src").rglob("*.h")):
         name = header.relative_to(ROOT / "src").as_posix()
         flags = ["-std=c++20", "-fno-rtti", f"-I{ROOT}/include", f"-I{ROOT}/src", *INNER_WARNINGS]

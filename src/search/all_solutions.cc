@@ -41,7 +41,7 @@ struct AllSolutions {
 bool cs_findAll(CSint **array, int size, CSfindFreeVar f, CSfoundCallback found) {
   koru::beginSearch();
   koru::searchState.solutionFound = false;
-  if (f == nullptr) return false;
+  if (!koru::Selection::canChoose(array, size, f)) return false;
   koru::AllSolutions{array, size, {array, size, f}, found}.label();
   return koru::searchState.solutionFound;
 }

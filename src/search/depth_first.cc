@@ -40,7 +40,7 @@ struct DepthFirst {
 
 bool searchDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit) {
   beginSearch();
-  return select != nullptr && labelDepthFirst(array, size, select, failLimit);
+  return Selection::canChoose(array, size, select) && labelDepthFirst(array, size, select, failLimit);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 // exhausted.  Below the smallest int there is no cost to look for, though cs_LT would accept that bound.
 #include "search/branching.h"
 #include "search/depth_first.h"
+#include "search/selection.h"
 
 namespace koru {
 
@@ -44,5 +45,6 @@ struct Minimize {
 
 bool cs_minimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfoundCostCallback found) {
   koru::beginSearch();
-  return f != nullptr && cost != nullptr && koru::Minimize{array, size, f, cost, found}.search();
+  return koru::Selection::canChoose(array, size, f) && cost != nullptr &&
+         koru::Minimize{array, size, f, cost, found}.search();
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "search/selection.h"
 
+#include "core/post.h"
 #include "search/select_variable.h"
 #include "search/state.h"
 
@@ -33,6 +34,11 @@ Selection::Step Selection::stepFor(CSfindFreeVar select) {
   if (select == cs_findFreeVarNbElementsMin) return scan<FewestElementsThenLowest>;
   if (select == cs_findFreeVarNbConstraints) return scan<MostConstraints>;
   return askHost;
+}
+
+bool Selection::canChoose(CSint **array, int size, CSfindFreeVar select) {
+  if (select == nullptr) return false;
+  return stepFor(select) == askHost || size < 1 || (array != nullptr && allPresent(array, size));
 }
 
 Selection::Selection(CSint **array, int size, CSfindFreeVar select)

@@ -21,6 +21,10 @@ class Selection {
 
   CSint *next() { return step_(*this); }
 
+  // False for a built-in selection without an array, or with a null variable in it: it would leave out what it cannot
+  // read, and call the rest a solution. A function of the host's decides for itself.
+  static bool canChoose(CSint **array, int size, CSfindFreeVar select);
+
  private:
   using Step = CSint *(*)(Selection &);
 

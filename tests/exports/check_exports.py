@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Compare what the public headers declare and what libkoru.so or koru.dll exports and needs with what they should.
 
-    check_exports.py header  koru.h     --list exports.txt                       names declared with KORU_API
+    check_exports.py header  koru.h     --list exports.txt                       names declared with KORU_API or KORU_POST_API
     check_exports.py library libkoru.so --list exports.txt exports_extras.txt    dynamic symbols defined
     check_exports.py needed  libkoru.so                                          libraries it is linked with
 
@@ -40,7 +40,7 @@ def declared_names(path):
     text = re.sub(r"/\*.*?\*/|//[^\n]*", " ", text, flags=re.S)
     text = re.sub(r"^[ \t]*#(?:[^\n]*\\\n)*[^\n]*", "", text, flags=re.M)
     text = re.sub(r"__attribute__\s*\(\(.*?\)\)", " ", text, flags=re.S)
-    return re.findall(r"\bKORU_API\b[^;(]*?\b(\w+)\s*\(", text)
+    return re.findall(r"\bKORU_(?:API|POST_API)\b[^;(]*?\b(\w+)\s*\(", text)
 
 
 def exported_names(path, objdump):

@@ -20,14 +20,17 @@ int firstRow(CSint ***rows, int nbRows, int) { return nbRows > 0 && firstFree(ro
 int firstColumn(int, CSint **row, int) { return firstFree(row, 3); }
 
 // Without constraints every search finds a solution, unless it lacks a callback: pointer 0 is the array, and where
-// there is none, nothing is left to label.
+// there is none, these selections of the host's own leave nothing to label.
 bool finds(bool found, const Arguments &a) { return found == !a.anyNullBut(0); }
 
+// A built-in selection needs the array, unless it is empty.
+bool findsByBuiltIn(bool found, const Arguments &a) { return found == !(a[0] < 1 ? a.anyNullBut(0) : a.anyNull()); }
+
 bool search(Operands &o, const Arguments &a) {
-  return finds(cs_search(a.pointer(0, o.array), a[0], a.pointer(1, &cs_findFreeVar)), a);
+  return findsByBuiltIn(cs_search(a.pointer(0, o.array), a[0], a.pointer(1, &cs_findFreeVar)), a);
 }
 bool searchLimited(Operands &o, const Arguments &a) {
-  return finds(cs_searchFail(a.pointer(0, o.array), a[0], a.pointer(1, &cs_findFreeVar), a[1]), a);
+  return findsByBuiltIn(cs_searchFail(a.pointer(0, o.array), a[0], a.pointer(1, &cs_findFreeVar), a[1]), a);
 }
 bool searchThese(Operands &o, const Arguments &a) {
   const CSfindFreeVar select = a.pointer(0, &cs_findFreeVar);
@@ -36,12 +39,12 @@ bool searchThese(Operands &o, const Arguments &a) {
   return a[0] == 2 ? cs_Vsearch(2, o.x, o.y, select) : cs_Vsearch(3, o.x, o.y, o.b, select);
 }
 bool findAll(Operands &o, const Arguments &a) {
-  return finds(cs_findAll(a.pointer(0, o.array), a[0], a.pointer(1, &cs_findFreeVar), nullptr), a);
+  return findsByBuiltIn(cs_findAll(a.pointer(0, o.array), a[0], a.pointer(1, &cs_findFreeVar), nullptr), a);
 }
 bool minimize(Operands &o, const Arguments &a) {
   const bool found =
       cs_minimize(a.pointer(0, o.array), a[0], a.pointer(1, &cs_findFreeVar), a.pointer(2, o.w), nullptr);
-  return finds(found, a);
+  return findsByBuiltIn(found, a);
 }
 bool byCriteria(Operands &o, const Arguments &a) {
   return finds(cs_searchCriteria(a.pointer(0, o.array), a[0], a.pointer(1, &firstFree), a.pointer(2, &anyScore)), a);
