@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/post.h"
+#include "traces/calls.h"
 #include "traces/machine.h"
 #include "traces/show.h"
 
@@ -10,6 +12,13 @@ namespace koru::traces {
 namespace {
 
 bool isRelated(const Row &row) { return row.group == Group::kRelation || row.group == Group::kFunction; }
+
+// Of the array and size that a search is given: with a null in it, a built-in selection refuses it.
+bool holdsNoNull(Machine &m, const Line &line) {
+  Reader in(m, line);
+  CSint **array = in.next<CSint **>();
+  return array != nullptr && allPresent(array, in.next<int>());
+}
 
 }  // namespace
 
@@ -157,7 +166,7 @@ void Machine::observeSearch(const Line &line, int depth) {
   const bool complete = name == "cs_search" || name == "cs_findAll" || name == "cs_minimize" || name == "cs_Vsearch";
   const bool proper = line.args[0].number != kNull && line.args[1].number > 0 && line.args[2].number >= 0 &&
                       line.args[2].number < 4 && (name != "cs_minimize" || variable(line.args[4].number) != nullptr);
-  if (complete && proper && answer_ == 0 && !refused_) {
+  if (complete && proper && answer_ == 0 && !refused_ && holdsNoNull(*this, line)) {
     std::vector<CSint *> variables;
     const auto solutions = solutions_.all(variables);
     if (solutions && !solutions->empty() && !solutions_.mayRefuse())
