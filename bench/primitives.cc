@@ -94,7 +94,7 @@ void trailPushUndo(benchmark::State &state) {
   const PerOperation measured(state, depth);
   for (auto _ : state) {
     const int mark = solver::trail.count();
-    for (int i = 0; i < depth; ++i) solver::trail.noteMin(v);
+    for (int i = 0; i < depth; ++i) benchmark::DoNotOptimize(solver::trail.noteMin(v));
     solver::trail.undoTo(mark);
   }
 }
@@ -158,7 +158,7 @@ struct Burst {
 
 // Queues an event for each target while the loop runs, which then pops them one by one.
 bool queueAll(Burst &c, const Event &) {
-  for (CSint *v : *c.targets) enqueue(v, kNewMin, 0);
+  for (CSint *v : *c.targets) benchmark::DoNotOptimize(enqueue(v, kNewMin, 0));
   return true;
 }
 constexpr auto kBurst = handlers<Burst>({.newMin = on<queueAll>});
@@ -175,7 +175,7 @@ void queueAndCall(benchmark::State &state) {
     c.attach(trigger);
   }
   const PerOperation measured(state, kBatch);
-  for (auto _ : state) enqueue(trigger, kNewMin, 0);
+  for (auto _ : state) benchmark::DoNotOptimize(enqueue(trigger, kNewMin, 0));
 }
 
 BENCHMARK(queueAndCall<1>)->Name("event: queue, pop, call; one handler");
@@ -194,7 +194,7 @@ void walkList(benchmark::State &state, bool deaf) {
       listen(kHearsMin<0>, v);
   }
   const PerOperation measured(state, length);
-  for (auto _ : state) enqueue(v, kNewMin, 0);
+  for (auto _ : state) benchmark::DoNotOptimize(enqueue(v, kNewMin, 0));
 }
 
 BENCHMARK_CAPTURE(walkList, all entries hear, false)->Arg(10)->Arg(100)->Arg(1000);

@@ -25,6 +25,10 @@ function(koru_library target)
   if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(${target} PRIVATE -fno-omit-frame-pointer)
   endif()
+  # A clock of 64 bits in 32-bit code, which the GNU C library has since 2.34.
+  if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_definitions(${target} PRIVATE _TIME_BITS=64 _FILE_OFFSET_BITS=64)
+  endif()
   set_target_properties(
     ${target}
     PROPERTIES POSITION_INDEPENDENT_CODE ON

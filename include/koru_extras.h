@@ -15,6 +15,7 @@
  *   2. Search objects
  *   3. Runs that wait
  *   4. All-different with strong consistency
+ *   5. Failures that were not looked at
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -331,6 +332,29 @@ KORU_API bool cs_AllNeqDomain(CSint **vars, int n);
  * Cost: memory linear in n. A run takes O(n log n), and that again for each time that a bound moves into a hole.
  */
 KORU_API bool cs_AllNeqBounds(CSint **vars, int n);
+
+/* ==================================================================================================================
+ * 5. Failures that were not looked at
+ * ================================================================================================================ */
+
+/**
+ * The number of postings and relations that were refused and are part of the state as it stands: calls that returned
+ * false, 0 or null to the host, among the functions that post a constraint or state a relation (cs_EQ to cs_GT and
+ * cs_selectValue, membership, every constraint, the events of user-defined constraints, cs_createNoGoodSet). Those that
+ * return nothing, and cs_Occur, count as well. A model with a refusal says less than it reads, or nothing: whoever
+ * looks here once, before the search, cannot overlook one.
+ *
+ *     cs_Neq(x, y);
+ *     cs_EQ(cs_Add(x, y), 10);
+ *     if (cs_getNbRefused() > 0) return no_solution();
+ *     found = cs_search(array, n, cs_findFreeVar);
+ *
+ * A call counts once, whatever it is made of. What is refused inside a search, a handler, another callback of
+ * propagation or an undo does not count. Closing a context with a restore gives the number back that held when it was
+ * opened; accepting and forgetting leave it as it is.
+ * @return 0 or more; 0 after cs_init and cs_end. A refusal without a solver counts until then.
+ */
+KORU_API int cs_getNbRefused(void);
 
 #ifdef __cplusplus
 }

@@ -35,7 +35,7 @@ CORE_FLOORS = (
     ("agenda", "log"),
     ("queue",),
     ("trail",),
-    ("attach", "branch_set", "create", "narrow"),
+    ("attach", "branch_set", "create", "narrow", "refusal"),
     ("domain_words", "posting_phase", "reversible"),
     ("context", "invariants", "post", "private_variable"),
     ("solver", "user_constraints"),

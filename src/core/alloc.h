@@ -14,8 +14,8 @@
 namespace koru {
 
 // Null when memory is exhausted (reported) or the size does not fit. A size of 0 is a size of 1.
-void *allocate(std::size_t size);
-void *allocateArray(std::size_t header, std::uint64_t count, std::size_t elementSize);
+[[nodiscard]] void *allocate(std::size_t size);
+[[nodiscard]] void *allocateArray(std::size_t header, std::uint64_t count, std::size_t elementSize);
 void deallocate(void *block);
 
 // Test builds ask this hook, when set, before every allocation; false makes the allocation fail. They count the blocks

@@ -22,7 +22,7 @@ class BlockStack {
   static constexpr int kCapacity = 1024;
 
   // Allocates the first block, unless it is there already. False when memory is exhausted.
-  bool create();
+  [[nodiscard]] bool create();
   void destroy();
 
   // The new record, its contents left to the caller; null when the stack was never created (no report) or a new block

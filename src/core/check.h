@@ -23,7 +23,7 @@ void require(bool holds, const char *what);
 // After each outermost propagation, restore and accept; does nothing while handlers run.
 void invariantsWhenIdle();
 
-// Contexts were accepted while others remain open?
+// To be called after contexts were accepted: if others remain open, counts may lag from now on.
 void noteAccept();
 
 // Rules that callbacks are bound by: no cs_init and cs_end, and no context closed that was open before. Made before a

@@ -6,6 +6,7 @@
 #include "core/lifetime.h"
 #include "core/posting_phase.h"
 #include "core/queue.h"
+#include "core/refusal.h"
 #include "core/trail.h"
 
 namespace koru {
@@ -20,7 +21,10 @@ void closeUntil(int label, Close how) {
   while (solver::contexts.count() >= label) mark = *solver::contexts.pop();
   solver::queue.limit = mark.savedLimit;
   if (how == Close::kRestore && solver::queue.depth > 0) solver::agenda.dropAll();
-  if (how == Close::kRestore) solver::trail.undoTo(mark.trailMark);
+  if (how == Close::kRestore) {
+    solver::refusals = mark.refusals;
+    solver::trail.undoTo(mark.trailMark);
+  }
   if (how == Close::kAccept) {
     if constexpr (kChecked) check::noteAccept();
     if (label > 1 && solver::trail.count() > mark.trailMark) solver::acceptedInside = true;
@@ -56,7 +60,8 @@ int cs_saveContext(void) {
   solver::queue.limit = solver::queue.depth;
   if (solver::queue.head != nullptr || solver::agenda.busy()) koru::settle();
   const int trailMark = solver::trail.count();
-  if (koru::ContextMark *mark = solver::contexts.push()) *mark = {trailMark, savedLimit, ++solver::contextSerial};
+  if (koru::ContextMark *mark = solver::contexts.push())
+    *mark = {trailMark, savedLimit, ++solver::contextSerial, solver::refusals};
   return solver::contexts.count();
 }
 

@@ -12,6 +12,7 @@ struct ContextMark {
   int trailMark;
   unsigned savedLimit;   // the propagation limit in force before the context was opened
   std::uint64_t serial;  // no two contexts have the same
+  int refusals;          // counted before it was opened
 };
 
 namespace solver {

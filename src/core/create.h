@@ -11,12 +11,12 @@ namespace koru {
 CSint intervalOf(int min, int max);
 
 // Null when the solver is not running, min > max or memory is exhausted (reported).
-CSint *createVariable(int min, int max);
+[[nodiscard]] CSint *createVariable(int min, int max);
 
 // A variable over the values that `bits` holds, which it takes over also on failure; null too when there are none.
 // Deliberate: its last-reported bounds are the ends of the bits' range, because handlers are told of the first change
 // as if it had begun as that interval.
-CSint *createFromBits(DomainBits *bits);
+[[nodiscard]] CSint *createFromBits(DomainBits *bits);
 
 // Gives holes to an interval that nobody has seen yet.
 class DomainBuilder {

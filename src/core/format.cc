@@ -2,7 +2,11 @@
 // Formatted output: printf with three conversions more, for variables.
 //
 // A format is a sequence of pieces, each from one conversion up to the next; "%%" never starts one. Deliberate: in the
-// leading piece and after %A, %D and %T, "%%" is written as two percent signs; after a standard conversion as one.
+// leading piece and after %A, %D and %T, "%%" is written as two percent signs, because only pieces that begin with a
+// standard conversion go through printf; after a standard conversion as one.
+// A conversion that is refused (%n) or unknown takes one argument besides those of its stars, of the type that its
+// letters say, else an int. One that has no letter before the
+// text ends or the next one begins takes none.
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -78,6 +82,7 @@ struct Conversion {
   const char *end;  // past the letter
   int stars;        // width and precision taken from the arguments
   Argument argument;
+  bool isStandard;  // else it is printed as text, and its argument is taken and dropped
 };
 
 const char *skipNumber(const char *s, int &stars) {
@@ -97,15 +102,13 @@ char readLength(const char *&s) {
   return length;
 }
 
+// What a length modifier says of an integer; "L", which says nothing of one in standard C, means the longest here.
 Argument integerArgument(char length) {
   switch (length) {
-    case 0:
-    case 'h':
-    case 'H':
-      return Argument::kInt;
     case 'l':
       return Argument::kLong;
     case 'q':
+    case 'L':
       return Argument::kLongLong;
     case 'j':
       return Argument::kMax;
@@ -114,33 +117,37 @@ Argument integerArgument(char length) {
     case 't':
       return Argument::kDifference;
     default:
-      return Argument::kNone;
+      return Argument::kInt;
   }
 }
 
-// kNone for whatever is not a conversion of the C standard, and for %n, which would write through a pointer.
+bool isOneOf(char letter, const char *letters) { return letter != '\0' && std::strchr(letters, letter) != nullptr; }
+
+// The type that a conversion's letter says, whatever stands before it; that of the length for a letter that is none.
 Argument argumentOf(char letter, char length) {
-  if (letter == '\0') return Argument::kNone;
-  if (std::strchr("diouxX", letter) != nullptr) return integerArgument(length);
-  if (std::strchr("fFeEgGaA", letter) != nullptr) {
-    if (length == 'L') return Argument::kLongDouble;
-    return length == 0 || length == 'l' ? Argument::kDouble : Argument::kNone;
-  }
-  if (letter == 'c' && length == 'l') return Argument::kWide;
-  if (letter == 'c' && length == 0) return Argument::kInt;
-  if (letter == 's' && (length == 0 || length == 'l')) return Argument::kPointer;
-  return letter == 'p' && length == 0 ? Argument::kPointer : Argument::kNone;
+  if (letter == '\0' || letter == '%') return Argument::kNone;
+  if (isOneOf(letter, "spn")) return Argument::kPointer;
+  if (isOneOf(letter, "fFeEgGaA")) return length == 'L' ? Argument::kLongDouble : Argument::kDouble;
+  if (letter == 'c') return length == 'l' ? Argument::kWide : Argument::kInt;
+  const bool isInteger = isOneOf(letter, "diouxX");
+  return length == 'L' && !isInteger ? Argument::kLongDouble : integerArgument(length);
+}
+
+// A conversion of the C standard, but for %n, which would write through a pointer. `length` as from readLength.
+bool isStandard(char letter, char length) {
+  if (isOneOf(letter, "diouxX")) return length != 'L';
+  if (isOneOf(letter, "fFeEgGaA")) return length == 0 || length == 'l' || length == 'L';
+  if (isOneOf(letter, "cs")) return length == 0 || length == 'l';
+  return letter == 'p' && length == 0;
 }
 
 Conversion readConversion(const char *percent) {
-  Conversion conversion{percent + 1, 0, Argument::kNone};
+  int stars = 0;
   const char *s = percent + 1 + std::strspn(percent + 1, "-+ #0");
-  s = skipNumber(s, conversion.stars);
-  if (*s == '.') s = skipNumber(s + 1, conversion.stars);
+  s = skipNumber(s, stars);
+  if (*s == '.') s = skipNumber(s + 1, stars);
   const char length = readLength(s);
-  conversion.argument = argumentOf(*s, length);
-  if (conversion.argument != Argument::kNone) conversion.end = s + 1;
-  return conversion;
+  return {s + 1, stars, argumentOf(*s, length), isStandard(*s, length)};
 }
 
 // ----- pieces
@@ -185,42 +192,56 @@ struct Arguments {
   std::va_list list;
 };
 
+// Takes the next argument and hands it to `use` as what it is.
+template <class Use>
+void takeArgument(Argument argument, Arguments &arguments, Use use) {
+  switch (argument) {  // GCOVR_EXCL_BR_LINE: there is no other type
+    case Argument::kNone:
+      return;
+    case Argument::kInt:
+      return use(va_arg(arguments.list, int));
+    case Argument::kLong:
+      return use(va_arg(arguments.list, long));
+    case Argument::kLongLong:
+      return use(va_arg(arguments.list, long long));
+    case Argument::kMax:
+      return use(va_arg(arguments.list, std::intmax_t));
+    case Argument::kSize:
+      return use(va_arg(arguments.list, std::size_t));
+    case Argument::kDifference:
+      return use(va_arg(arguments.list, std::ptrdiff_t));
+    case Argument::kDouble:
+      return use(va_arg(arguments.list, double));
+    case Argument::kLongDouble:
+      return use(va_arg(arguments.list, long double));
+    case Argument::kPointer:
+      return use(va_arg(arguments.list, void *));
+    case Argument::kWide:
+      return use(va_arg(arguments.list, decltype(+std::wint_t{})));  // as promoted: it may be narrower than int
+  }
+}
+
 void printStandard(std::FILE *stream, const char *format, const Conversion &conversion, Arguments &arguments) {
   int stars[2] = {0, 0};
   for (int i = 0; i < conversion.stars; ++i) stars[i] = va_arg(arguments.list, int);
-  const auto print = [&](auto argument) { printOne(stream, format, stars, conversion.stars, argument); };
-  switch (conversion.argument) {  // GCOVR_EXCL_BR_LINE: see below
-    case Argument::kInt:
-      return print(va_arg(arguments.list, int));
-    case Argument::kLong:
-      return print(va_arg(arguments.list, long));
-    case Argument::kLongLong:
-      return print(va_arg(arguments.list, long long));
-    case Argument::kMax:
-      return print(va_arg(arguments.list, std::intmax_t));
-    case Argument::kSize:
-      return print(va_arg(arguments.list, std::size_t));
-    case Argument::kDifference:
-      return print(va_arg(arguments.list, std::ptrdiff_t));
-    case Argument::kDouble:
-      return print(va_arg(arguments.list, double));
-    case Argument::kLongDouble:
-      return print(va_arg(arguments.list, long double));
-    case Argument::kPointer:
-      return print(va_arg(arguments.list, void *));
-    case Argument::kWide:
-      return print(va_arg(arguments.list, decltype(+std::wint_t{})));  // as promoted: it may be narrower than int
-    case Argument::kNone:  // GCOVR_EXCL_LINE: what is no conversion is not printed here
-      return;              // GCOVR_EXCL_LINE
-  }
+  takeArgument(conversion.argument, arguments,
+               [&](auto argument) { printOne(stream, format, stars, conversion.stars, argument); });
+}
+
+// As text. Its arguments are taken all the same, so that those behind it go to the conversions that they are meant for.
+void printRefused(std::FILE *stream, const char *percent, const char *end, const Conversion &conversion,
+                  Arguments &arguments) {
+  for (int i = 0; i < conversion.stars; ++i) static_cast<void>(va_arg(arguments.list, int));
+  takeArgument(conversion.argument, arguments, [](auto) {});
+  std::fputc('%', stream);
+  writeUnescaped(stream, percent + 1, end);
 }
 
 // False when memory for the conversion's text cannot be had (reported).
 bool printStandardPiece(std::FILE *stream, const char *percent, const char *end, Arguments &arguments) {
   const Conversion conversion = readConversion(percent);
-  if (conversion.argument == Argument::kNone) {
-    std::fputc('%', stream);
-    writeUnescaped(stream, percent + 1, end);
+  if (!conversion.isStandard) {
+    printRefused(stream, percent, end, conversion, arguments);
     return true;
   }
   const auto length = static_cast<std::size_t>(conversion.end - percent);

@@ -10,47 +10,51 @@
 
 namespace koru {
 
-bool raiseMin(CSint *v, int bound);      // min < bound <= max
-bool lowerMax(CSint *v, int bound);      // min <= bound < max
-bool bindFree(CSint *v, int value);      // value within the bounds, not instantiated
-bool removeInside(CSint *v, int value);  // value within the bounds
+[[nodiscard]] bool raiseMin(CSint *v, int bound);      // min < bound <= max
+[[nodiscard]] bool lowerMax(CSint *v, int bound);      // min <= bound < max
+[[nodiscard]] bool bindFree(CSint *v, int value);      // value within the bounds, not instantiated
+[[nodiscard]] bool removeInside(CSint *v, int value);  // value within the bounds
 
 // Removes every value below `bound`.
-inline bool narrowMin(CSint *v, int bound) {
+[[nodiscard]] inline bool narrowMin(CSint *v, int bound) {
   if (bound <= v->min) return true;
   return bound <= v->max && raiseMin(v, bound);
 }
 
 // Removes every value above `bound`.
-inline bool narrowMax(CSint *v, int bound) {
+[[nodiscard]] inline bool narrowMax(CSint *v, int bound) {
   if (bound >= v->max) return true;
   return bound >= v->min && lowerMax(v, bound);
 }
 
 // Reduces the domain to `value`.
-inline bool bindValue(CSint *v, int value) {
+[[nodiscard]] inline bool bindValue(CSint *v, int value) {
   if (value < v->min || value > v->max) return false;
   return isInstantiated(v) || bindFree(v, value);
 }
 
 // Removes `value`.
-inline bool removeValue(CSint *v, int value) {
+[[nodiscard]] inline bool removeValue(CSint *v, int value) {
   if (value < v->min || value > v->max) return true;
   return removeInside(v, value);
 }
 
+// Removes `value`, which may be absent. Unlike removeValue it then holds also for the last value of a domain whose
+// count was written back too low.
+[[nodiscard]] inline bool removeIfPresent(CSint *v, int value) { return !contains(v, value) || removeValue(v, value); }
+
 // Removes `value` without trail and signal, for constraints that build a domain of their own. False only when the bit
 // array cannot be had. Deliberate: an emptied domain goes unnoticed, the caller tests for it.
-bool removeValueNoTrail(CSint *v, int value);
+[[nodiscard]] bool removeValueNoTrail(CSint *v, int value);
 
 // The bounds of linear rules, computed in 64 bits: nothing to do when the bound does not tighten, failure without a
 // narrowing when it lies past the other bound.
-inline bool narrowMin64(CSint *v, std::int64_t bound) {
+[[nodiscard]] inline bool narrowMin64(CSint *v, std::int64_t bound) {
   if (bound <= v->min) return true;
   return bound <= v->max && raiseMin(v, static_cast<int>(bound));
 }
 
-inline bool narrowMax64(CSint *v, std::int64_t bound) {
+[[nodiscard]] inline bool narrowMax64(CSint *v, std::int64_t bound) {
   if (bound >= v->max) return true;
   return bound >= v->min && lowerMax(v, static_cast<int>(bound));
 }

@@ -13,7 +13,7 @@ namespace koru {
 class Pool {
  public:
   // Null when memory is exhausted (reported). Aligned for pointers and 64-bit ints.
-  void *take(std::size_t size);
+  [[nodiscard]] void *take(std::size_t size);
   // size: as it was taken. Null is ignored.
   void give(void *record, std::size_t size);
   void destroy();

@@ -24,6 +24,8 @@ Posting::~Posting() {
   if constexpr (kChecked) --solver::checked.posters;
 }
 
+bool Posting::holdsOfNothing() const { return consistent_ || !solver::initialised; }
+
 Constraint *Posting::addConstraint(const HandlerTable &table, std::size_t recordSize, ConstraintFlags flags) {
   if (!consistent_) return nullptr;
   const std::size_t size = sizeof(Constraint) + recordSize;

@@ -24,6 +24,7 @@
 #include "core/create.h"
 #include "core/narrow.h"
 #include "core/queue.h"
+#include "core/refusal.h"
 #include "core/trail.h"
 
 namespace koru {
@@ -162,6 +163,8 @@ class Posting {
 
   explicit operator bool() const { return consistent_; }
   Site *site() const { return site_; }  // null only when the posting has failed
+  // The result of a posting without variables: it holds, also when there is no solver, unless memory is exhausted.
+  [[nodiscard]] bool holdsOfNothing() const;
 
   template <class Record>
   Held<Record> add(const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {
@@ -199,7 +202,7 @@ void Held<Record>::attach(CSint *v, int index, std::uint8_t concerned) {
 }
 
 // Posters refuse arrays with null variables.
-bool allPresent(CSint *const *variables, int count);
+[[nodiscard]] bool allPresent(CSint *const *variables, int count);
 
 // A copy of an array; empty when memory is exhausted (reported), when the count is negative, or when the array is null
 // though it has elements, or one of them is null.
@@ -207,6 +210,6 @@ Buffer<CSint *> copyVariables(CSint *const *variables, int count);
 
 // The next `count` arguments, each a variable, as an array that a choice point and constraints can share; empty when
 // memory is exhausted (reported) or one of them is null.
-Shared<CSint *> copyArguments(std::va_list arguments, int count);
+[[nodiscard]] Shared<CSint *> copyArguments(std::va_list arguments, int count);
 
 }  // namespace koru

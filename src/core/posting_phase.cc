@@ -4,6 +4,7 @@
 #include "core/agenda.h"
 #include "core/lifetime.h"
 #include "core/queue.h"
+#include "core/refusal.h"
 #include "koru_extras.h"
 
 namespace koru {
@@ -34,5 +35,5 @@ bool cs_endPosting(void) {
   if (!solver::initialised) return false;
   const bool consistent = koru::endPosting();
   solver::agenda.setUntold(false);
-  return consistent;
+  return koru::door(consistent);
 }

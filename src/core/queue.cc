@@ -128,7 +128,14 @@ void leave(Queue &queue) {
   if (--queue.depth == 0) emptyGraveyard();
 }
 
-// Nothing is left to be done. The site is kept while the failed constraint may go.
+// How a failure travels. The loop that meets it cleans up here and counts it; it returns nothing, for it may have been
+// started by cs_saveContext, which has no result to give, or by propagateNow, for the change that set it off.
+// propagateNow compares the count with what it was before its loop, and turns a difference into `false` for the change.
+// It then puts the count back, so that a failure which has been told of is not told again by one further out: a handler
+// may have asked for the impossible inside a context of its own and gone on. What a loop of cs_saveContext has counted
+// stays, and makes the change fail whose handler opened that context.
+//
+// abandon: nothing is left to be done. The site is kept while the failed constraint may go.
 void abandon(Queue &queue, CSint *variable, int code, const Constraint *failed) {
   Site *site = failed->site;
   if (const FailureListener &l = solver::ports.failureListener; l.tell != nullptr) l.tell(l.argument, failed);

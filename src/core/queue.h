@@ -28,7 +28,7 @@ struct Queue {
   EventRecord *free = nullptr;
   unsigned depth = 0;  // propagation loops running, one inside the other
   unsigned limit = 0;  // a change made at a greater depth waits for the loop that runs
-  int failures = 0;
+  int failures = 0;    // of loops whose outcome nobody has been told yet; see fail in queue.cc
 };
 
 namespace solver {
@@ -43,10 +43,10 @@ inline constinit Entry *graveyard = nullptr;  // entries detached while handlers
 inline bool changesWait() { return solver::queue.depth > solver::queue.limit; }
 
 // Queues an event and, at a depth within the limit, propagates. False when that fails or memory runs out (reported).
-bool enqueue(CSint *v, EventCode code, int value);
+[[nodiscard]] bool enqueue(CSint *v, EventCode code, int value);
 
 // A variable without constraints has nobody to tell: only its last-reported bounds are brought up to date.
-inline bool signal(CSint *v, EventCode code, int value) {
+[[nodiscard]] inline bool signal(CSint *v, EventCode code, int value) {
   if (v->constraints == nullptr) {
     v->reportedMin = v->min;
     v->reportedMax = v->max;

@@ -42,6 +42,7 @@ void cs_init(void) {
   if (!solver::initialised) {
     if (!koru::createStacks()) return;
     solver::queue = koru::Queue{};
+    solver::refusals = 0;
     solver::sites.create();
     solver::initialised = true;
   }
@@ -67,6 +68,7 @@ void cs_end(void) {
   solver::acceptedInside = false;
   solver::ownersAlive = 0;
   solver::userSite = nullptr;
+  solver::refusals = solver::busy = 0;
   solver::initialised = false;
   if constexpr (koru::kChecked) koru::check::afterEnd();
 }

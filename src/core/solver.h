@@ -16,6 +16,7 @@
 #include "core/ports.h"
 #include "core/posting_phase.h"
 #include "core/queue.h"
+#include "core/refusal.h"
 #include "core/site.h"
 #include "core/trail.h"
 #include "core/variable.h"

@@ -38,6 +38,10 @@ bool Trail::noteBuffer(SharedBlock *buffer) {
   return true;
 }
 
+// An undone bound is at once the one that handlers have been told last: no event tells of an undo, and the next change
+// is reported as seen from the restored bound. What was noted is the count, not recomputed from the bits, so a restore
+// costs the same for every domain; after an inner context was accepted and an outer one is restored, it may be too
+// high.
 static void undoMin(const TrailRecord &record) {
   CSint *v = record.variable;
   v->min = v->reportedMin = record.value;
@@ -50,6 +54,7 @@ static void undoMax(const TrailRecord &record) {
   v->count = record.oldCount;
 }
 
+// The bit array, made by the first removal, is not taken away again: with all bits set it means the same as none.
 static void undoRemoved(const TrailRecord &record) {
   CSint *v = record.variable;
   v->count = record.oldCount;
@@ -99,6 +104,8 @@ void Trail::undoTo(int mark) {
   --undoing_;
 }
 
+// Only buffers have anything to end, so records are looked at until the last of those is gone, and the rest is cut off.
+// It may belong to an enclosing context: then the whole part is walked.
 void Trail::discardTo(int mark) {
   while (buffers_ > 0 && count() > mark) {
     const TrailRecord *record = pop();
@@ -112,10 +119,15 @@ void Trail::discardTo(int mark) {
 namespace solver = koru::solver;
 using koru::TrailKind;
 
+// Without memory for the record the call is not undone, and the memory handler has been told.
+static void noteCall(TrailKind kind, CSint *v, int index, CSbacktrackCallback callback) {
+  if (solver::initialised) static_cast<void>(solver::trail.noteCallback(kind, v, index, callback));
+}
+
 void cs_backtrack(CSint *vint, int index, CSbacktrackCallback callback) {
-  if (solver::initialised) solver::trail.noteCallback(TrailKind::kCallback, vint, index, callback);
+  noteCall(TrailKind::kCallback, vint, index, callback);
 }
 
 void cs_backtrackExt(CSint *vint, int index, CSbacktrackCallback callback) {
-  if (solver::initialised) solver::trail.noteCallback(TrailKind::kCallbackExt, vint, index, callback);
+  noteCall(TrailKind::kCallbackExt, vint, index, callback);
 }

@@ -41,13 +41,13 @@ struct TrailRecord {
 class Trail : public BlockStack<TrailRecord> {
  public:
   // Each is false when memory is exhausted (reported).
-  bool noteMin(CSint *v) { return note(v, TrailKind::kMin, v->min); }
-  bool noteMax(CSint *v) { return note(v, TrailKind::kMax, v->max); }
-  bool noteRemoved(CSint *v, int value) { return note(v, TrailKind::kRemoved, value); }
-  bool noteAttached(CSint *v) { return note(v, TrailKind::kAttached, 0); }
-  bool noteCallback(TrailKind kind, CSint *v, int index, CSbacktrackCallback callback);
-  bool noteWord(std::uint64_t *word);
-  bool noteBuffer(SharedBlock *buffer);  // takes over the caller's share, also on failure
+  [[nodiscard]] bool noteMin(CSint *v) { return note(v, TrailKind::kMin, v->min); }
+  [[nodiscard]] bool noteMax(CSint *v) { return note(v, TrailKind::kMax, v->max); }
+  [[nodiscard]] bool noteRemoved(CSint *v, int value) { return note(v, TrailKind::kRemoved, value); }
+  [[nodiscard]] bool noteAttached(CSint *v) { return note(v, TrailKind::kAttached, 0); }
+  [[nodiscard]] bool noteCallback(TrailKind kind, CSint *v, int index, CSbacktrackCallback callback);
+  [[nodiscard]] bool noteWord(std::uint64_t *word);
+  [[nodiscard]] bool noteBuffer(SharedBlock *buffer);  // takes over the caller's share, also on failure
 
   // Take back, or make permanent, everything noted since the trail had `mark` records.
   void undoTo(int mark);
@@ -60,7 +60,7 @@ class Trail : public BlockStack<TrailRecord> {
   void undo(const TrailRecord &record);
   void dropBuffer(const TrailRecord &record);
 
-  bool note(CSint *v, TrailKind kind, int value) {
+  [[nodiscard]] bool note(CSint *v, TrailKind kind, int value) {
     TrailRecord *record = push();
     if (record == nullptr) [[unlikely]]
       return false;

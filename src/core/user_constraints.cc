@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // cs_eventAllKnown, cs_eventKnown, cs_eventNewMin, cs_eventNewMax, cs_eventNeq, cs_eventConflict, cs_eventRun:
-// constraints that the host writes itself, as callbacks on an array of variables. Consistency: the callback's.  Cost:
-// O(1) and a call per event; cs_eventAllKnown looks for another free variable when the one that it watches is bound.
-// State: that watched variable, which is no worse after a restore. Wakes: when a variable is bound, moves a bound,
-// loses an inner value, or when propagation fails; a run at any of these but the last, when the queue is empty.
-// Deliberate: the site name of cs_eventNeq is "cs_eventNewMax".
-// Deliberate: a conflict callback cannot change the outcome; it hears of the event whose propagation failed.
+// constraints that the host writes itself, as callbacks on an array of variables.
+// Consistency: the callback's.  Cost: O(1) and a call per event; cs_eventAllKnown looks for another free variable when
+// the one that it watches is bound.  State: that watched variable, which is no worse after a restore.
+// Wakes: when a variable is bound, moves a bound, loses an inner value, or when propagation fails; a run at any of
+// these but the last, when the queue is empty. Deliberate: the site name of cs_eventNeq is "cs_eventNewMax", so that a
+// profile lists inner removals with the bounds. Deliberate: the site comes first, also when there is no variable to
+// wait for: the host's locator is asked once per registration. Deliberate: a conflict callback cannot change the
+// outcome, which stands when it is called; it hears of the event whose propagation failed.
 #include "core/post.h"
 #include "koru_extras.h"
 
@@ -48,8 +50,6 @@ struct HostRun : Deferred {
   void *extra;
   Site *site;
 };
-
-static bool isFree(const CSint *v) { return v->count > 1; }
 
 // ----- calls
 
@@ -148,8 +148,8 @@ static bool postAllKnown(const Poster &poster, AllKnown record) {
 
 static bool postKnown(const Poster &poster, Known record) {
   if (refused(record)) return false;
-  if (record.size < 1) return true;
   Posting posting{poster};
+  if (record.size < 1) return posting.holdsOfNothing();
   record.site = posting.site();
   auto c = posting.add(kKnownTable, record);
   attachToAll(c, record);
@@ -161,12 +161,14 @@ static bool postKnown(const Poster &poster, Known record) {
 }
 
 template <class Record>
-static void post(const Poster &poster, const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {
-  if (refused(record) || record.size < 1) return;
+static bool post(const Poster &poster, const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {
+  if (refused(record)) return false;
   Posting posting{poster};
+  if (record.size < 1) return posting.holdsOfNothing();
   record.site = posting.site();
   auto c = posting.add(table, record, flags);
   attachToAll(c, record);
+  return static_cast<bool>(posting);
 }
 
 static bool postRun(const Poster &poster, CSint **array, int size, CSeventAllKnownCallback run, void *extra) {
@@ -182,30 +184,31 @@ static bool postRun(const Poster &poster, CSint **array, int size, CSeventAllKno
 
 }  // namespace koru::user_constraints
 
+using koru::door;
 using namespace koru::user_constraints;
 
 bool cs_eventAllKnown(CSint **array, int size, CSeventAllKnownCallback allKnown, void *extra) {
-  return postAllKnown("cs_eventAllKnown", {{array, size, allKnown, extra}, nullptr});
+  return door(postAllKnown("cs_eventAllKnown", {{array, size, allKnown, extra}, nullptr}));
 }
 
 bool cs_eventKnown(CSint **array, int size, CSeventKnownCallback known, void *extra) {
-  return postKnown("cs_eventKnown", {{array, size, known, extra}});
+  return door(postKnown("cs_eventKnown", {{array, size, known, extra}}));
 }
 
 void cs_eventNewMin(CSint **array, int size, CSeventBoundCallback newMin, void *extra) {
-  post("cs_eventNewMin", kNewMinTable, Forward{{array, size, newMin, extra}});
+  door(post("cs_eventNewMin", kNewMinTable, Forward{{array, size, newMin, extra}}));
 }
 
 void cs_eventNewMax(CSint **array, int size, CSeventBoundCallback newMax, void *extra) {
-  post("cs_eventNewMax", kNewMaxTable, Forward{{array, size, newMax, extra}});
+  door(post("cs_eventNewMax", kNewMaxTable, Forward{{array, size, newMax, extra}}));
 }
 
 void cs_eventNeq(CSint **array, int size, CSeventBoundCallback neq, void *extra) {
-  post("cs_eventNewMax", kRemovedTable, Forward{{array, size, neq, extra}});
+  door(post("cs_eventNewMax", kRemovedTable, Forward{{array, size, neq, extra}}));
 }
 
 void cs_eventConflict(CSint **array, int size, CSeventConflictCallback conflict, void *extra) {
-  post("cs_eventConflict", kConflictTable, Conflict{{array, size, conflict, extra}}, koru::kConflictListener);
+  door(post("cs_eventConflict", kConflictTable, Conflict{{array, size, conflict, extra}}, koru::kConflictListener));
 }
 
 bool cs_eventRun(CSint **array, int size, CSeventAllKnownCallback run, void *extra) {

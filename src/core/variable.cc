@@ -53,7 +53,7 @@ void cs_setName(CSint *vint, const char *name) {
 
 char *cs_getName(CSint *vint) { return vint != nullptr ? vint->name : nullptr; }
 
-bool cs_isFree(CSint *vint) { return vint != nullptr && vint->count > 1; }
+bool cs_isFree(CSint *vint) { return vint != nullptr && isFree(vint); }
 bool cs_isInstantiated(CSint *vint) { return vint != nullptr && isInstantiated(vint); }
 int cs_getMin(CSint *vint) { return vint != nullptr ? vint->min : 0; }
 int cs_getMax(CSint *vint) { return vint != nullptr ? vint->max : 0; }

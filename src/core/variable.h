@@ -36,6 +36,8 @@ void destroyDomain(CSint &v);
 
 // count == 1 is what "instantiated" means; min == max may also hold for a count that was written back too high.
 inline bool isInstantiated(const CSint *v) { return v->count == 1; }
+// count > 1 is what "free" means. A count that has wrapped is neither.
+inline bool isFree(const CSint *v) { return v->count > 1; }
 inline bool isBound(const CSint *v) { return v->min == v->max; }
 // The value of a variable that is bound.
 inline int valueOf(const CSint *v) { return v->min; }

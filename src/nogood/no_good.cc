@@ -19,7 +19,7 @@ bool isUndecided(const CSvalueSelection &decision, const CSint *v) {
   switch (decision.method) {
     case CS_METHOD_EQ:
     case CS_METHOD_NEQ:
-      return v->count > 1 && contains(v, value);
+      return isFree(v) && contains(v, value);
     case CS_METHOD_LE:
     case CS_METHOD_GT:
       return v->min <= value && value < v->max;
@@ -29,7 +29,7 @@ bool isUndecided(const CSvalueSelection &decision, const CSint *v) {
 }
 
 CSnoGood *createNoGood(int count) {
-  void *memory = allocateArray(sizeof(CSnoGood), static_cast<std::size_t>(count), sizeof(Element));
+  void *memory = allocateArray(sizeof(CSnoGood), static_cast<std::size_t>(count), sizeof(NoGoodElement));
   if (memory == nullptr) return nullptr;
   auto *noGood = new (memory) CSnoGood{};
   noGood->count = count;
@@ -37,7 +37,7 @@ CSnoGood *createNoGood(int count) {
   return noGood;
 }
 
-static bool equal(const Element &a, const Element &b) {
+static bool equal(const NoGoodElement &a, const NoGoodElement &b) {
   return a.decision.method == b.decision.method && a.decision.value == b.decision.value && a.index == b.index;
 }
 

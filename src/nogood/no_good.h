@@ -12,7 +12,7 @@
 namespace koru {
 
 // A decision and the position of its variable in the set's array.
-struct Element {
+struct NoGoodElement {
   CSvalueSelection decision;
   int index;
 };
@@ -75,8 +75,8 @@ struct CSnoGood {
   CSnoGood *older;
   CSnoGood *nextDeleted;
 
-  koru::Element *elements() { return reinterpret_cast<koru::Element *>(this + 1); }
-  const koru::Element *elements() const { return reinterpret_cast<const koru::Element *>(this + 1); }
+  koru::NoGoodElement *elements() { return reinterpret_cast<koru::NoGoodElement *>(this + 1); }
+  const koru::NoGoodElement *elements() const { return reinterpret_cast<const koru::NoGoodElement *>(this + 1); }
 };
 
 namespace koru {

@@ -3,7 +3,8 @@
 // Consistency: unit propagation.  Cost and state: see watches.h; an insertion looks at every no-good there is.
 // Wakes: at every event.  A no-good that is added while its elements hold already is not looked at before one of its
 // two watched variables changes.
-// Deliberate: cs_addNoGood takes only indexes below the number of elements; recorded no-goods may have any.
+// Deliberate: cs_addNoGood takes only indexes below the number of elements as well as of variables, and hosts may rely
+// on the rest being discarded; recorded no-goods may have any.
 #include "nogood/no_good_set.h"
 
 #include <algorithm>
@@ -145,8 +146,8 @@ void makeNewest(CSnoGoodSet &set, CSnoGood &noGood) {
   linkNewest(set, noGood);
 }
 
-void addNoGood(CSnoGoodSet &set, const Element *elements, int count) {
-  const auto isOutside = [&](const Element &e) { return e.index < 0 || e.index >= set.size; };
+void addNoGood(CSnoGoodSet &set, const NoGoodElement *elements, int count) {
+  const auto isOutside = [&](const NoGoodElement &e) { return e.index < 0 || e.index >= set.size; };
   if (std::any_of(elements, elements + count, isOutside)) return;
   CSnoGood *added = createNoGood(count);
   if (added == nullptr) return;
@@ -160,7 +161,7 @@ using namespace koru;
 
 CSnoGoodSet *cs_createNoGoodSet(CSint **array, int size, CSnoGoodFilter filter, int maxNbNoGoods,
                                 CSnoGoodRelease release, void *extra) {
-  return post("cs_createNoGoodSet", array, size, filter, maxNbNoGoods, release, extra);
+  return door(post("cs_createNoGoodSet", array, size, filter, maxNbNoGoods, release, extra));
 }
 
 void cs_addNoGood(CSnoGoodSet *set, const int *indexes, const CSvalueSelection *decisions, int n) {

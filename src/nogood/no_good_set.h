@@ -45,7 +45,7 @@ class Hold {
 
 // Copies the elements, count of them, and inserts the no-good unless the filter refuses it, an older one subsumes it,
 // an index lies outside the array or memory is exhausted (reported).
-void addNoGood(CSnoGoodSet &set, const Element *elements, int count);
+void addNoGood(CSnoGoodSet &set, const NoGoodElement *elements, int count);
 
 void makeNewest(CSnoGoodSet &set, CSnoGood &noGood);
 

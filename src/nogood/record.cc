@@ -25,8 +25,8 @@ void Recorder::record(const LevelNode &deepest, int depth) {
 // The old array goes first, whether or not the new one can be had.
 bool Recorder::reserve(int count) {
   if (count <= capacity_) return true;
-  scratch_ = Buffer<Element>{};
-  scratch_ = Buffer<Element>(count);
+  scratch_ = Buffer<NoGoodElement>{};
+  scratch_ = Buffer<NoGoodElement>(count);
   capacity_ = scratch_ ? count : 0;
   return capacity_ > 0;
 }

@@ -36,7 +36,7 @@ class Recorder {
   void recordWith(const LevelNode &level, const CSvalueSelection &decision);
 
   CSnoGoodSet *set_;
-  Buffer<Element> scratch_;
+  Buffer<NoGoodElement> scratch_;
   int capacity_ = 0;
   unsigned reportsBefore_ = 0;
 };

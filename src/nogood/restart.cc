@@ -36,12 +36,13 @@ struct Restarts {
   }
 
   bool search() {
+    const AtWork atWork;
     Recorder recorder(set);
     run.recorder = recorder.hook();
     int limit = limitOf(argument);
     if (!openContext()) return false;
     const int label = solver::contexts.count();
-    beginSearch();
+    resetCounters();
     for (;; limit = limitOf(argument), shortenSet()) {
       recorder.beginRun();
       if (runOnce(limit)) return true;

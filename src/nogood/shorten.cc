@@ -10,7 +10,7 @@ namespace koru {
 namespace {
 
 bool post(const CSnoGoodSet &set, const CSnoGood &noGood, int i) {
-  const Element &e = noGood.elements()[i];
+  const NoGoodElement &e = noGood.elements()[i];
   return cs_selectValue(set.array[e.index], &e.decision);
 }
 

@@ -5,9 +5,13 @@ namespace koru {
 
 namespace {
 
-const Element &watchedElement(const CSnoGood &noGood, int which) { return noGood.elements()[noGood.watched[which]]; }
+const NoGoodElement &watchedElement(const CSnoGood &noGood, int which) {
+  return noGood.elements()[noGood.watched[which]];
+}
 
-bool isEntailedElement(const CSnoGoodSet &set, const Element &e) { return isEntailed(e.decision, set.array[e.index]); }
+bool isEntailedElement(const CSnoGoodSet &set, const NoGoodElement &e) {
+  return isEntailed(e.decision, set.array[e.index]);
+}
 
 void watch(CSnoGoodSet &set, CSnoGood &noGood, int which, int element) {
   noGood.watched[which] = element;
@@ -26,7 +30,7 @@ int findWatch(const CSnoGoodSet &set, const CSnoGood &noGood, int other) {
 }
 
 // All other elements hold, so this one must not.
-bool imposeNegation(const CSnoGoodSet &set, const Element &e) {
+bool imposeNegation(const CSnoGoodSet &set, const NoGoodElement &e) {
   CSint *v = set.array[e.index];
   if (!isUndecided(e.decision, v)) return !isEntailed(e.decision, v);
   const CSvalueSelection negation = negationOf(e.decision);
@@ -34,7 +38,7 @@ bool imposeNegation(const CSnoGoodSet &set, const Element &e) {
 }
 
 bool isTriggered(const CSnoGoodSet &set, const CSnoGood &noGood, int which, int position) {
-  const Element &e = watchedElement(noGood, which);
+  const NoGoodElement &e = watchedElement(noGood, which);
   return e.index == position && isEntailedElement(set, e);
 }
 

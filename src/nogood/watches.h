@@ -17,6 +17,6 @@ void stopWatching(CSnoGood &noGood);
 
 // What the no-goods conclude from a change of the variable at the position. The first that fails ends it and becomes
 // the newest, unless somebody walks over the set.
-bool propagateNoGoods(CSnoGoodSet &set, int position);
+[[nodiscard]] bool propagateNoGoods(CSnoGoodSet &set, int position);
 
 }  // namespace koru

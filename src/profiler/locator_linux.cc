@@ -8,6 +8,8 @@
 #include <link.h>
 #include <unwind.h>
 
+#include <ctime>
+
 #include "profiler/platform.h"
 
 #if KORU_HAS_BACKTRACE
@@ -121,6 +123,15 @@ bool find(const void *returnAddress, Place &place) {
   if (place.file == nullptr) place.file = module.dli_fname;
   if (place.function == nullptr) place.function = module.dli_sname;
   return place.file != nullptr;
+}
+
+// Nothing that can be closed: what has been read of the modules stays.
+void close() {}
+
+// 32-bit code is compiled for it; see cmake/KoruTarget.cmake.
+std::int64_t now() {
+  static_assert(sizeof(std::time_t) == sizeof(std::int64_t));
+  return std::time(nullptr);
 }
 
 std::uint64_t unloads() { return countModules().unloads; }

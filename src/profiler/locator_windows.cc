@@ -3,7 +3,8 @@
 // or does not work, every place is unknown.
 //
 // dbghelp knows the modules that were loaded when a session with it began. A new one begins when an address is in a
-// module that the present one has not heard of, and whenever modules have been unloaded.
+// module that the present one has not heard of, and whenever modules have been unloaded. cs_end ends the session and
+// closes the process handle, dbghelp.dll and the subscription to unloads, so that a host can unload this library.
 #ifndef WIN32_LEAN_AND_MEAN
 #define WIN32_LEAN_AND_MEAN
 #endif
@@ -14,6 +15,7 @@
 // clang-format on
 
 #include <atomic>
+#include <ctime>
 
 #include "profiler/platform.h"
 
@@ -40,22 +42,24 @@ bool fetch(HMODULE module, const char *name, Function &function) {
   return function != nullptr;
 }
 
-// Told by the loader, in whichever thread unloads something, for as long as this library is there.
+// Told by the loader, in whichever thread unloads something, between start and stop.
 class UnloadCounter {
  public:
   constexpr UnloadCounter() = default;
   UnloadCounter(const UnloadCounter &) = delete;
   UnloadCounter &operator=(const UnloadCounter &) = delete;
-  ~UnloadCounter() {
-    LONG(NTAPI * unsubscribe)(void *);
-    if (cookie_ != nullptr && fetch(GetModuleHandleA("ntdll.dll"), "LdrUnregisterDllNotification", unsubscribe))
-      unsubscribe(cookie_);
-  }
+  ~UnloadCounter() { stop(); }
 
   void start() {
     LONG(NTAPI * subscribe)(ULONG, void(CALLBACK *)(ULONG, const void *, void *), void *, void **);
     if (cookie_ == nullptr && fetch(GetModuleHandleA("ntdll.dll"), "LdrRegisterDllNotification", subscribe))
       subscribe(0, hear, this, &cookie_);
+  }
+  void stop() {
+    LONG(NTAPI * unsubscribe)(void *);
+    if (cookie_ != nullptr && fetch(GetModuleHandleA("ntdll.dll"), "LdrUnregisterDllNotification", unsubscribe))
+      unsubscribe(cookie_);
+    cookie_ = nullptr;
   }
   std::uint32_t count() const { return count_; }
 
@@ -80,7 +84,7 @@ struct Symbol {
 // A process handle of its own keeps the session apart from those of others that use dbghelp.
 class DebugHelp {
  public:
-  // False when there is none and will never be one.
+  // False when there is none, nor will be one before it is closed.
   bool isReady() {
     if (state_ == State::kNew) state_ = open() ? State::kReady : State::kBroken;
     if (state_ == State::kReady && seenUnloads_ != unloadCounter.count()) beginAgain();
@@ -111,12 +115,20 @@ class DebugHelp {
     if (getSymbol_(process_, address, &distance, &symbol.info) != 0) place.function = symbol.info.Name;
   }
 
+  // The texts of places that were found are gone with it.
+  void close() {
+    if (state_ == State::kReady) cleanUp_(process_);
+    if (process_ != nullptr) CloseHandle(process_);
+    if (library_ != nullptr) FreeLibrary(library_);
+    *this = DebugHelp{};
+  }
+
  private:
   enum class State { kNew, kReady, kBroken };
 
   bool open() {
-    const HMODULE library = LoadLibraryExA("dbghelp.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-    if (library == nullptr || !fetchAll(library)) return false;
+    library_ = LoadLibraryExA("dbghelp.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    if (library_ == nullptr || !fetchAll(library_)) return false;
     process_ = OpenProcess(PROCESS_ALL_ACCESS, FALSE, GetCurrentProcessId());
     return process_ != nullptr && begin();
   }
@@ -141,6 +153,7 @@ class DebugHelp {
 
   State state_ = State::kNew;
   std::uint32_t seenUnloads_ = 0;
+  HMODULE library_ = nullptr;
   HANDLE process_ = nullptr;
   decltype(&SymSetOptions) setOptions_ = nullptr;
   decltype(&SymInitialize) initialize_ = nullptr;
@@ -165,6 +178,13 @@ bool find(const void *returnAddress, Place &place) {
   debugHelp.findFunction(address, place);
   return true;
 }
+
+void close() {
+  debugHelp.close();
+  unloadCounter.stop();
+}
+
+std::int64_t now() { return _time64(nullptr); }
 
 std::uint64_t unloads() { return unloadCounter.count(); }
 

@@ -2,7 +2,7 @@
 // The built-in locator: from the address that a posting function returns to, to the text of the place.
 //
 // Nothing is looked up while constraints are posted. A report asks for the texts, and so does the site table, whose key
-// they are part of; what was found is kept by address until cs_end.
+// they are part of; what was found is kept by address until cs_end, which also ends the session with the platform.
 #include <cstdio>
 #include <cstring>
 
@@ -70,6 +70,7 @@ void forgetPlaces() {
       bucket = next;
     }
   }
+  platform::close();
 }
 
 }  // namespace koru

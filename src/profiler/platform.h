@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the built-in locator asks of the platform. One of locator_linux.cc, locator_windows.cc and locator_generic.cc is
-// compiled.
+// What the profiler and its built-in locator ask of the platform. One of locator_linux.cc, locator_windows.cc and
+// locator_generic.cc is compiled.
 #pragma once
 
 #include <cstdint>
@@ -39,6 +39,12 @@ bool find(const void *returnAddress, Place &place);
 inline const void *callBefore(const void *returnAddress) {
   return reinterpret_cast<const void *>(reinterpret_cast<std::uintptr_t>(returnAddress) - 1);
 }
+
+// Closes what look-ups have opened; the next one opens it again.
+void close();
+
+// The time in seconds, 64 bits of it also where the C library's time is narrower.
+std::int64_t now();
 
 // How often modules have been unloaded: an address may mean something else afterwards.
 std::uint64_t unloads();

@@ -2,14 +2,13 @@
 // cs_createProfiler, cs_enableProfiler, cs_disableProfiler, cs_deleteProfiler: profilers as observers of propagation.
 //
 // Cost: nothing while no profiler is enabled; a hash look-up per handler run and enabled profiler else.
-// Deliberate: the first enabling sets the start time, every disabling the end time.
+// Deliberate: the first enabling sets the start time, every disabling the end time: a profile spans all its runs.
 // Deliberate: cs_deleteProfiler releases nothing. A deleted profiler can still be read; its counts end with the sites
 // that they are about, its record is never freed.
 #include "profiler/profiler.h"
 
-#include <ctime>
-
 #include "core/solver.h"
+#include "profiler/platform.h"
 
 namespace koru {
 
@@ -96,14 +95,14 @@ CSprofiler *cs_createProfiler(int kind) {
 void cs_enableProfiler(CSprofiler *profiler) {
   if (profiler == nullptr || profiler->enabled) return;
   profiler->enabled = true;
-  if (profiler->startTime == 0) profiler->startTime = std::time(nullptr);
+  if (profiler->startTime == 0) profiler->startTime = platform::now();
   setCounting(profiler, true);
 }
 
 void cs_disableProfiler(CSprofiler *profiler) {
   if (profiler == nullptr || !profiler->enabled) return;
   profiler->enabled = false;
-  profiler->endTime = std::time(nullptr);
+  profiler->endTime = platform::now();
   setCounting(profiler, false);
 }
 

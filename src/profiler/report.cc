@@ -5,7 +5,6 @@
 // place. Deliberate: the format is called "windows_pdb" on every platform, unless the host's locator has a name for its
 // own: file, line, address and function, separated by tabs.
 #include <cstdio>
-#include <ctime>
 
 #include "core/alloc.h"
 #include "core/solver.h"
@@ -24,7 +23,7 @@ void writeTime(std::FILE *f, const char *name, std::int64_t seconds) {
 void writeHead(std::FILE *f, const CSprofiler &profiler) {
   std::fprintf(f, "Koru Profiler: Constraint 1.0\nKoru Version: %s\n", cs_getVersion());
   writeTime(f, "start_time", profiler.startTime);
-  writeTime(f, "end_time", profiler.enabled ? std::time(nullptr) : profiler.endTime);
+  writeTime(f, "end_time", profiler.enabled ? platform::now() : profiler.endTime);
   const char *format = locatorFormat();
   const bool builtIn = solver::ports.locator.text == nullptr;
   std::fprintf(f, "%sformat: %s\n__DATA__\n", builtIn ? platform::kReportHead : "platform: generic\n",

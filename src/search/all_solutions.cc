@@ -39,7 +39,7 @@ struct AllSolutions {
 }  // namespace koru
 
 bool cs_findAll(CSint **array, int size, CSfindFreeVar f, CSfoundCallback found) {
-  koru::beginSearch();
+  const koru::SearchRun run;
   koru::searchState.solutionFound = false;
   if (!koru::Selection::canChoose(array, size, f)) return false;
   koru::AllSolutions{array, size, {array, size, f}, found}.label();

@@ -39,14 +39,14 @@ class Values {
 
 // Opens the context that a search closes again. False when a posting that it ends fails, or when there is no memory for
 // the context (reported): then none was opened, and the search must close none.
-inline bool openContext() {
+[[nodiscard]] inline bool openContext() {
   if (solver::agenda.postingUnsettled() && !endPosting()) return false;
   const int open = solver::contexts.count();
   return cs_saveContext() > open;
 }
 
 // Tries one value: counts the choice point and, when propagation refuses the value, the fail.
-inline bool tryValue(CSint *v, int value) {
+[[nodiscard]] inline bool tryValue(CSint *v, int value) {
   if (cs_EQ(v, value)) return true;
   ++searchState.fails;
   return false;

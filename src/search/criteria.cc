@@ -35,6 +35,6 @@ bool cs_searchCriteria(CSint **array, int size, CSfindFreeVarIndex f, CScriteria
 }
 
 bool cs_searchCriteriaFail(CSint **array, int size, CSfindFreeVarIndex f, CScriteria criteria, int nbFailsMax) {
-  koru::beginSearch();
+  const koru::SearchRun run;
   return f != nullptr && criteria != nullptr && koru::CriteriaSearch{array, size, f, criteria, nbFailsMax}.label();
 }

@@ -53,7 +53,7 @@ class Untried {
 
 // One level; `score(value)` rates a value, `descend()` labels the rest. A null variable fails.
 template <class Score, class Descend>
-bool tryInScoreOrder(CSint *v, int failLimit, const Score &score, const Descend &descend) {
+[[nodiscard]] bool tryInScoreOrder(CSint *v, int failLimit, const Score &score, const Descend &descend) {
   if (v == nullptr) return false;
   int left = v->count;
   const Untried untried(v);

@@ -39,7 +39,7 @@ struct DepthFirst {
 };
 
 bool searchDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit) {
-  beginSearch();
+  const SearchRun run;
   return Selection::canChoose(array, size, select) && labelDepthFirst(array, size, select, failLimit);
 }
 

@@ -8,6 +8,6 @@
 namespace koru {
 
 // A fail limit below 1 is none. `select` must not be null.
-bool labelDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit);
+[[nodiscard]] bool labelDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit);
 
 }  // namespace koru

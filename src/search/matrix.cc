@@ -43,7 +43,7 @@ bool cs_searchMatrix(CSint ***matrix, int nbRows, int extra, CSfindFreeRow findF
 
 bool cs_searchMatrixFail(CSint ***matrix, int nbRows, int extra, CSfindFreeRow findFreeRow,
                          CSfindFreeVarInRow findFreeVarInRow, CSmatrixCriteria criteria, int nbFailsMax) {
-  koru::beginSearch();
+  const koru::SearchRun run;
   if (findFreeRow == nullptr || findFreeVarInRow == nullptr || criteria == nullptr) return false;
   const koru::MatrixSearch search{matrix, nbRows, extra, findFreeRow, findFreeVarInRow, criteria, nbFailsMax};
   return search.label(search.nextRow());

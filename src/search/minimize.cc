@@ -44,7 +44,7 @@ struct Minimize {
 }  // namespace koru
 
 bool cs_minimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfoundCostCallback found) {
-  koru::beginSearch();
+  const koru::SearchRun run;
   return koru::Selection::canChoose(array, size, f) && cost != nullptr &&
          koru::Minimize{array, size, f, cost, found}.search();
 }

@@ -24,7 +24,6 @@ struct FirstFree {
 struct BestOfFree {
   CSint *best = nullptr;
 
-  static bool isFree(const CSint *v) { return v->count >= 2; }
   static bool isSettled(const CSint *v) { return isInstantiated(v); }
 };
 

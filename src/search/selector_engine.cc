@@ -103,7 +103,7 @@ bool SelectorRun::label(const LevelNode *parent, int depth) {
 
 bool cs_searchValueSelectorFail(CSint **array, CSvalueSelector **selectors, int size, CSfindFreeVarIndex f,
                                 int nbFailsMax, const CSsearchNotify *notify) {
-  koru::beginSearch();
+  const koru::SearchRun searching;
   if (f == nullptr) return false;
   const CSsearchNotify &hooks = notify != nullptr ? *notify : koru::noHooks();
   if (hooks.searchStart != nullptr) hooks.searchStart(nbFailsMax, array, size, hooks.extra);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "core/branch_set.h"
+#include "core/refusal.h"
 
 namespace koru {
 
@@ -27,11 +28,20 @@ struct SearchState {
 
 extern constinit SearchState searchState;
 
-// Every search begins with it. `solutionFound` belongs to cs_findAll alone, which may have another search inside it.
-inline void beginSearch() {
+// `solutionFound` belongs to cs_findAll alone, which may have another search inside it.
+inline void resetCounters() {
   searchState.fails = 0;
   searchState.choicePoints = 0;
   searchState.cancelled = false;
 }
+
+// Every search has one while it runs.
+class SearchRun {
+ public:
+  SearchRun() { resetCounters(); }
+
+ private:
+  AtWork atWork_;
+};
 
 }  // namespace koru

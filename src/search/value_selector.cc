@@ -1,53 +1,48 @@
 // SPDX-License-Identifier: MIT
 // Value selectors: the record, the six decisions that it can ask for, and the five built-in ones.
 //
-// A built-in selector keeps a cursor in the word that the engine gives each level: the next value to look at (kinds 0
-// and 1), else the number of decisions produced.  Cost per decision: a step to the next present value; for kind 4,
-// which counts up to the median, one for each value below it where the domain has holes. Deliberate: all figures are
-// those of the domain as it is at each call.  A variable whose count has wrapped has no second element, so kind 4 tries
-// its minimum and nothing else.
+// A built-in selector keeps a cursor in the word that the engine gives each level, as an int: the next value to look at
+// (kinds 0 and 1), else the number of decisions produced.  Cost per decision: a step to the next present value; for
+// kind 4, which counts up to the median, one for each value below it where the domain has holes. Deliberate: all
+// figures are those of the domain as it is at each call.  A variable whose count has wrapped has no second element, so
+// kind 4 tries its minimum and nothing else.
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 
 #include "core/alloc.h"
+#include "core/refusal.h"
 #include "core/variable.h"
 
 namespace koru {
 
 namespace {
 
-// As wide as a pointer. With more bits than an int it may stand one step past either end of the int range; otherwise
-// a value near the other end means this, to a variable that does not reach so far. One that does begins again.
-using Cursor = std::intptr_t;
-constexpr bool kHasRoom = sizeof(Cursor) > sizeof(int);
+// What a cursor says that has gone past an end of the int range: a value near the other end, to a variable that does
+// not reach so far. Deliberate: to one that does it says that value, so the decisions begin again; it would have to
+// hold nearly all ints. The cursor is an int all the same, since a host may set it as one.
 constexpr int kPastMax = kIntMin + 2;
 constexpr int kPastMin = kIntMax - 2;
 
-Cursor above(int value) { return kHasRoom || value < kIntMax ? Cursor{value} + 1 : kPastMax; }
-Cursor below(int value) { return kHasRoom || value > kIntMin ? Cursor{value} - 1 : kPastMin; }
-bool isAbove(Cursor cursor, const CSint &v) {
-  return cursor > v.max || (!kHasRoom && cursor == kPastMax && v.min > kPastMax);
-}
-bool isBelow(Cursor cursor, const CSint &v) {
-  return cursor < v.min || (!kHasRoom && cursor == kPastMin && v.max < kPastMin);
-}
+int above(int value) { return value < kIntMax ? value + 1 : kPastMax; }
+int below(int value) { return value > kIntMin ? value - 1 : kPastMin; }
+bool isAbove(int cursor, const CSint &v) { return cursor > v.max || (cursor == kPastMax && v.min > kPastMax); }
+bool isBelow(int cursor, const CSint &v) { return cursor < v.min || (cursor == kPastMin && v.max < kPastMin); }
 
 template <auto start>
 bool init(int index, CSint **array, int, void *state) {
   if (array == nullptr || index < 0 || state == nullptr) return false;
-  *static_cast<Cursor *>(state) = start(array[index]);
+  *static_cast<int *>(state) = start(array[index]);
   return true;
 }
 
 int atFirst(CSint *) { return 0; }
 
-using Produce = bool (*)(CSvalueSelection &, const CSint &, Cursor &);
+using Produce = bool (*)(CSvalueSelection &, const CSint &, int &);
 
 template <Produce produce>
 bool next(CSvalueSelection *r, int index, CSint **array, int, void *state) {
   if (r == nullptr || array == nullptr || index < 0 || array[index] == nullptr || state == nullptr) return false;
-  return produce(*r, *array[index], *static_cast<Cursor *>(state));
+  return produce(*r, *array[index], *static_cast<int *>(state));
 }
 
 bool produceValue(CSvalueSelection &r, const CSint &v, int value) {
@@ -55,17 +50,17 @@ bool produceValue(CSvalueSelection &r, const CSint &v, int value) {
   return contains(&v, value);
 }
 
-bool ascending(CSvalueSelection &r, const CSint &v, Cursor &cursor) {
+bool ascending(CSvalueSelection &r, const CSint &v, int &cursor) {
   if (isAbove(cursor, v)) return false;
-  int value = cursor < v.min ? v.min : static_cast<int>(cursor);
+  int value = cursor < v.min ? v.min : cursor;
   if (!contains(&v, value)) value = valueAfter(&v, value);
   cursor = above(value);
   return produceValue(r, v, value);
 }
 
-bool descending(CSvalueSelection &r, const CSint &v, Cursor &cursor) {
+bool descending(CSvalueSelection &r, const CSint &v, int &cursor) {
   if (isBelow(cursor, v)) return false;
-  int value = cursor > v.max ? v.max : static_cast<int>(cursor);
+  int value = cursor > v.max ? v.max : cursor;
   if (!contains(&v, value)) value = valueBefore(&v, value);
   cursor = below(value);
   return produceValue(r, v, value);
@@ -79,7 +74,7 @@ struct Split {
 };
 
 template <Split (*splitOf)(const CSint &)>
-bool firstThenSecond(CSvalueSelection &r, const CSint &v, Cursor &cursor) {
+bool firstThenSecond(CSvalueSelection &r, const CSint &v, int &cursor) {
   if (cursor < 0 || cursor > 1) return false;
   const Split split = splitOf(v);
   if (cursor == 1 && !split.hasSecond) return false;
@@ -97,13 +92,13 @@ Split lowerHalfFirst(const CSint &v) {
 
 Split upperHalfFirst(const CSint &v) {
   int mid = middle(v);
-  if (v.count >= 2 && mid == v.min) mid = wrapAdd(mid, 1);
+  if (isFree(&v) && mid == v.min) mid = wrapAdd(mid, 1);
   return {{CS_METHOD_GE, mid}, {CS_METHOD_LT, mid}, mid > v.min};
 }
 
 // The k-th present value from the minimum on, k = (count + 1) / 2; the maximum should the count be too high for that.
 int median(const CSint &v) {
-  const int steps = v.count > 1 ? (v.count - 1) / 2 : 0;
+  const int steps = isFree(&v) ? (v.count - 1) / 2 : 0;
   if (v.bits == nullptr) return static_cast<int>(std::min(std::int64_t{v.min} + steps, std::int64_t{v.max}));
   int value = v.min;
   for (int i = 0; i < steps && value < v.max; ++i) value = valueAfter(&v, value);
@@ -112,7 +107,7 @@ int median(const CSint &v) {
 
 Split medianFirst(const CSint &v) {
   const int m = median(v);
-  return {{CS_METHOD_EQ, m}, {CS_METHOD_NEQ, m}, v.count >= 2};
+  return {{CS_METHOD_EQ, m}, {CS_METHOD_NEQ, m}, isFree(&v)};
 }
 
 CSvalueSelector builtIn[] = {
@@ -157,7 +152,7 @@ bool cs_endValueSelector(CSvalueSelector *vs, int index, CSint **array, int size
 }
 
 bool cs_selectValue(CSint *v, const CSvalueSelection *r) {
-  if (r == nullptr) return false;
+  if (r == nullptr) return door(false);
   switch (r->method) {  // GCOVR_EXCL_BR_LINE: see below
     case CS_METHOD_EQ:
       return cs_EQ(v, r->value);

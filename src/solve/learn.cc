@@ -9,7 +9,7 @@ namespace {
 
 class Learner {
  public:
-  Learner(CSsearch &s, Buffer<Element> &elements) : s_(s), elements_(elements) {}
+  Learner(CSsearch &s, Buffer<NoGoodElement> &elements) : s_(s), elements_(elements) {}
 
   // The refuted part of the step under the decisions gathered so far, then its own decision.
   bool take(const Step &step) {
@@ -26,15 +26,15 @@ class Learner {
     return {step.upwards ? CS_METHOD_LE : CS_METHOD_GE, last};
   }
 
-  const CSint *variableOf(const Element &e) const { return s_.labelled[e.index]; }
-  bool isExcluded(const Element &e) const { return isEntailed(negationOf(e.decision), variableOf(e)); }
+  const CSint *variableOf(const NoGoodElement &e) const { return s_.labelled[e.index]; }
+  bool isExcluded(const NoGoodElement &e) const { return isEntailed(negationOf(e.decision), variableOf(e)); }
 
-  void gather(const Element &e) {
+  void gather(const NoGoodElement &e) {
     if (isExcluded(e)) settled_ = true;  // whatever is under it can't come back
     if (!isEntailed(e.decision, variableOf(e))) elements_[count_++] = e;
   }
 
-  bool forbid(const Element &e) {
+  bool forbid(const NoGoodElement &e) {
     if (isExcluded(e)) return true;
     if (isEntailed(e.decision, variableOf(e))) return forbidGathered(count_);
     elements_[count_] = e;
@@ -53,7 +53,7 @@ class Learner {
   }
 
   CSsearch &s_;
-  Buffer<Element> &elements_;
+  Buffer<NoGoodElement> &elements_;
   int count_ = 0;
   bool settled_ = false;
 };
@@ -61,7 +61,7 @@ class Learner {
 }  // namespace
 
 bool learnFromPath(CSsearch &s) {
-  Buffer<Element> elements(s.path.count() + 1);
+  Buffer<NoGoodElement> elements(s.path.count() + 1);
   if (!elements) return true;  // reported: the search ends for want of memory
   Learner learner(s, elements);
   bool consistent = true;

@@ -8,6 +8,7 @@
 #include <new>
 
 #include "core/post.h"
+#include "core/refusal.h"
 #include "core/solver.h"
 #include "search/branching.h"
 #include "solve/engine.h"
@@ -173,6 +174,7 @@ bool cs_setSearchHint(CSsearch *search, int index, int value) {
 CSstatus cs_nextSolution(CSsearch *search) {
   if (search == nullptr) return CS_STATUS_REFUSED;
   if (hasEnded(*search)) return search->status;
+  const AtWork atWork;
   return isItsTurn(*search) ? next(*search) : CS_STATUS_REFUSED;
 }
 

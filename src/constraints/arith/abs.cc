@@ -4,7 +4,8 @@
 // that a moved bound of x has left behind stays in z.  Cost: O(1) per event, O(d) when z drops values on both sides.
 // State: none.  Wakes: on every event, one constraint on x and one on z, under one site.
 // Deliberate: the smallest int, whose absolute value is none, leaves x at posting.
-// Deliberate: a raised minimum of z is spelled out as removals from x only while x spans 0 and both sides reach it.
+// Deliberate: a raised minimum of z is spelled out as removals from x only while x spans 0 and both sides reach it;
+// otherwise a bound of x says the same.
 #include <algorithm>
 
 #include "core/post.h"
@@ -25,7 +26,7 @@ static bool containsValue(const CSint *v, std::int64_t value) {
 }
 
 static bool removeIfPresent(CSint *v, std::int64_t value) {
-  return !containsValue(v, value) || removeValue(v, static_cast<int>(value));
+  return value < v->min || value > v->max || koru::removeIfPresent(v, static_cast<int>(value));
 }
 
 // ----- x changed, act on z
@@ -148,4 +149,7 @@ static CSint *post(const Poster &poster, CSint *x) {
 
 }  // namespace koru::abs
 
-CSint *cs_Abs(CSint *x) { return koru::abs::post("cs_Abs", x); }
+using koru::door;
+using namespace koru::abs;
+
+CSint *cs_Abs(CSint *x) { return door(post("cs_Abs", x)); }

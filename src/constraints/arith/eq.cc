@@ -2,7 +2,7 @@
 // cs_Eq: x = y.
 // Consistency: domain.  Cost: O(1) per event; posting O(d) when a side has a bit array, d the width of the domains.
 // State: none.  Wakes: on every event.
-// Deliberate: the same variable twice -> true, nothing posted.
+// Deliberate: the same variable twice -> true, nothing posted: it always equals itself.
 #include "constraints/arith/eq.h"
 
 #include "core/post.h"
@@ -44,10 +44,7 @@ static bool newMin(Eq &c, const Event &e) { return narrowMin(other(c, e.var), e.
 static bool newMax(Eq &c, const Event &e) { return narrowMax(other(c, e.var), e.var->max); }
 static bool bound(Eq &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
 
-static bool removed(Eq &c, const Event &e) {
-  CSint *v = other(c, e.var);
-  return !contains(v, e.newValue) || removeValue(v, e.newValue);
-}
+static bool removed(Eq &c, const Event &e) { return removeIfPresent(other(c, e.var), e.newValue); }
 
 constexpr auto kTable = handlers<Eq>({.newMin = on<newMin>,
                                       .newMax = on<newMax>,
@@ -68,4 +65,7 @@ static bool post(const Poster &poster, CSint *x, CSint *y) {
 
 }  // namespace koru::eq
 
-bool cs_Eq(CSint *x, CSint *y) { return koru::eq::post("cs_Eq", x, y); }
+using koru::door;
+using namespace koru::eq;
+
+bool cs_Eq(CSint *x, CSint *y) { return door(post("cs_Eq", x, y)); }

@@ -2,7 +2,7 @@
 // cs_Neq: x != y.
 // Consistency: forward checking, acts when one side is bound.  Cost: O(1) per event.  State: none.
 // Wakes: when a side becomes bound.
-// Deliberate: the same variable twice -> false, nothing posted.
+// Deliberate: the same variable twice -> false, nothing posted: it never differs from itself.
 #include "core/post.h"
 
 namespace koru::neq {
@@ -34,4 +34,7 @@ static bool post(const Poster &poster, CSint *x, CSint *y) {
 
 }  // namespace koru::neq
 
-bool cs_Neq(CSint *x, CSint *y) { return koru::neq::post("cs_Neq", x, y); }
+using koru::door;
+using namespace koru::neq;
+
+bool cs_Neq(CSint *x, CSint *y) { return door(post("cs_Neq", x, y)); }

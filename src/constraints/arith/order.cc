@@ -2,7 +2,7 @@
 // cs_Le, cs_Lt, cs_Ge, cs_Gt: x + gap <= y, the gap being 0 or 1; cs_Ge and cs_Gt post with the operands exchanged.
 // Consistency: bounds.  Cost: O(1) per event.  State: none.
 // Wakes: when the minimum of x or the maximum of y moves, or either is bound.
-// Deliberate: the same variable twice -> true for a gap of 0, false for 1, nothing posted.
+// Deliberate: the same variable twice -> true for a gap of 0, false for 1, nothing posted, for that is decided.
 #include "core/post.h"
 
 namespace koru::order {
@@ -13,7 +13,8 @@ struct Order {
   CSint *y;
 };
 
-// No bound below overflows: x.min + 1 is taken only when x.min < INT_MAX or the rule fails for want of room.
+// The bounds are computed in 64 bits, where x.min + 1 and y.max - 1 are never wrong; one that is no int lies past the
+// other bound, and the rule fails.
 template <int gap>
 static bool raiseY(Order<gap> &c) {
   return narrowMin64(c.y, std::int64_t{c.x->min} + gap);
@@ -59,9 +60,10 @@ static bool post(const Poster &poster, CSint *x, CSint *y) {
 
 }  // namespace koru::order
 
-using koru::order::post;
+using koru::door;
+using namespace koru::order;
 
-bool cs_Le(CSint *x, CSint *y) { return post<0>("cs_Le", x, y); }
-bool cs_Lt(CSint *x, CSint *y) { return post<1>("cs_Lt", x, y); }
-bool cs_Ge(CSint *x, CSint *y) { return post<0>("cs_Ge", y, x); }
-bool cs_Gt(CSint *x, CSint *y) { return post<1>("cs_Gt", y, x); }
+bool cs_Le(CSint *x, CSint *y) { return door(post<0>("cs_Le", x, y)); }
+bool cs_Lt(CSint *x, CSint *y) { return door(post<1>("cs_Lt", x, y)); }
+bool cs_Ge(CSint *x, CSint *y) { return door(post<0>("cs_Ge", y, x)); }
+bool cs_Gt(CSint *x, CSint *y) { return door(post<1>("cs_Gt", y, x)); }

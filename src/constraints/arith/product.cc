@@ -2,7 +2,8 @@
 // cs_Mul, cs_VMul, cs_Div, cs_VDiv: p = a * b. z = x * y is {z, x, y}; the exact quotient z = x / y is {x, z, y}.
 // Consistency: bounds, of the four corners.  Cost: O(1) per event.  State: none.
 // Wakes: when a bound moves or a variable is bound.
-// Deliberate: nothing is narrowed at posting; a product that is decided is posted all the same.
+// Deliberate: nothing is narrowed at posting, since the result is made with what the operands allow; a product that is
+// decided is posted all the same, which keeps the number of constraints independent of the domains.
 // Deliberate: a divisor that includes 0 says nothing, so its quotient ranges over all ints.
 #include <cstdarg>
 
@@ -93,17 +94,18 @@ static CSint *postChain(const Poster &poster, Operation operation, int n, CSint 
 
 }  // namespace koru::product
 
+using koru::door;
 using namespace koru::product;
 
-CSint *cs_Mul(CSint *x, CSint *y) { return post("cs_Mul", multiply, x, y); }
-CSint *cs_Div(CSint *x, CSint *y) { return post("cs_Div", divide, x, y); }
+CSint *cs_Mul(CSint *x, CSint *y) { return door(post("cs_Mul", multiply, x, y)); }
+CSint *cs_Div(CSint *x, CSint *y) { return door(post("cs_Div", divide, x, y)); }
 
 CSint *cs_VMul(int n, CSint *x1, ...) {
   std::va_list others;
   va_start(others, x1);
   CSint *result = postChain("cs_VMul", multiply, n, x1, others);
   va_end(others);
-  return result;
+  return door(result);
 }
 
 CSint *cs_VDiv(int n, CSint *x1, ...) {
@@ -111,5 +113,5 @@ CSint *cs_VDiv(int n, CSint *x1, ...) {
   va_start(others, x1);
   CSint *result = postChain("cs_VDiv", divide, n, x1, others);
   va_end(others);
-  return result;
+  return door(result);
 }

@@ -28,7 +28,7 @@ constexpr auto kControlTable =
 // x has lost values; `gone`: v is among them.
 static bool lost(Watch &w, bool gone) {
   if (!gone) return true;
-  return reify::isFree(w.b) ? bindValue(w.b, 1 - w.equal) : valueOf(w.b) != w.equal;
+  return isFree(w.b) ? bindValue(w.b, 1 - w.equal) : valueOf(w.b) != w.equal;
 }
 
 static bool newMin(Watch &w, const Event &) { return lost(w, w.x->min > w.v); }
@@ -37,7 +37,7 @@ static bool removed(Watch &w, const Event &e) { return lost(w, e.newValue == w.v
 
 static bool bound(Watch &w, const Event &) {
   const int outcome = valueOf(w.x) == w.v ? w.equal : 1 - w.equal;
-  return reify::isFree(w.b) ? bindValue(w.b, outcome) : valueOf(w.b) == outcome;
+  return isFree(w.b) ? bindValue(w.b, outcome) : valueOf(w.b) == outcome;
 }
 
 constexpr auto kWatchTable = handlers<Watch>({.newMin = on<newMin>,
@@ -58,7 +58,8 @@ static CSint *post(const Poster &poster, CSint *x, int v, int equal) {
 
 }  // namespace koru::reif_const_eq
 
-using koru::reif_const_eq::post;
+using koru::door;
+using namespace koru::reif_const_eq;
 
-CSint *cs_ReifEQ(CSint *x, int v) { return post("cs_ReifEQ", x, v, 1); }
-CSint *cs_ReifNEQ(CSint *x, int v) { return post("cs_ReifNEQ", x, v, 0); }
+CSint *cs_ReifEQ(CSint *x, int v) { return door(post("cs_ReifEQ", x, v, 1)); }
+CSint *cs_ReifNEQ(CSint *x, int v) { return door(post("cs_ReifNEQ", x, v, 0)); }

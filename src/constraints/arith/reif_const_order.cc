@@ -5,7 +5,7 @@
 // Consistency: bounds.  Cost: O(1) per event.  State: none.
 // Wakes: control when b is bound; watch when a bound of x moves or x is bound.
 // Deliberate: once b is bound the watch only checks that x agrees, since the control has narrowed it.
-// Deliberate: the site is made also when the outcome is decided at posting.
+// Deliberate: the site is made also when the outcome is decided at posting: a host's locator is asked once per call.
 #include "constraints/arith/reify.h"
 
 namespace koru::reif_const_order {
@@ -31,12 +31,12 @@ constexpr auto kControlTable =
 static bool agrees(const Watch &w) { return valueOf(w.b) == w.low ? w.x->min <= w.limit : w.x->max > w.limit; }
 
 static bool newMin(Watch &w, const Event &) {
-  if (!reify::isFree(w.b)) return agrees(w);
+  if (!isFree(w.b)) return agrees(w);
   return w.x->min <= w.limit || bindValue(w.b, 1 - w.low);  // GCOVR_EXCL_BR_LINE: a free one takes either
 }
 
 static bool newMax(Watch &w, const Event &) {
-  if (!reify::isFree(w.b)) return agrees(w);
+  if (!isFree(w.b)) return agrees(w);
   return w.x->max > w.limit || bindValue(w.b, w.low);  // GCOVR_EXCL_BR_LINE: a free one takes either
 }
 
@@ -57,9 +57,10 @@ static CSint *post(const Poster &poster, CSint *x, std::int64_t limit, int low) 
 
 }  // namespace koru::reif_const_order
 
-using koru::reif_const_order::post;
+using koru::door;
+using namespace koru::reif_const_order;
 
-CSint *cs_ReifLE(CSint *x, int v) { return post("cs_ReifLE", x, v, 1); }
-CSint *cs_ReifLT(CSint *x, int v) { return post("cs_ReifLT", x, std::int64_t{v} - 1, 1); }
-CSint *cs_ReifGE(CSint *x, int v) { return post("cs_ReifGE", x, std::int64_t{v} - 1, 0); }
-CSint *cs_ReifGT(CSint *x, int v) { return post("cs_ReifGT", x, v, 0); }
+CSint *cs_ReifLE(CSint *x, int v) { return door(post("cs_ReifLE", x, v, 1)); }
+CSint *cs_ReifLT(CSint *x, int v) { return door(post("cs_ReifLT", x, std::int64_t{v} - 1, 1)); }
+CSint *cs_ReifGE(CSint *x, int v) { return door(post("cs_ReifGE", x, std::int64_t{v} - 1, 0)); }
+CSint *cs_ReifGT(CSint *x, int v) { return door(post("cs_ReifGT", x, v, 0)); }

@@ -37,7 +37,8 @@ static bool bothBoundToOne(const CSint *x, const CSint *y) {
   return isBound(x) && isBound(y) && valueOf(x) == valueOf(y);
 }
 
-// Deliberate: the walk ends where x ended before it, also when a removal has moved that bound meanwhile.
+// Deliberate: the walk ends where x ended before it, also when a removal has moved that bound meanwhile: y loses
+// what lies between in the same walk.
 static bool equalise(CSint *x, CSint *y) {
   if (!narrowMin(x, y->min) || !narrowMin(y, x->min) || !narrowMax(y, x->max) || !narrowMax(x, y->max)) return false;
   if (!hasHoles(x) && !hasHoles(y)) return true;
@@ -64,7 +65,7 @@ constexpr auto kControlTable =
     handlers<Control>({.minBound = on<controlBound>, .maxBound = on<controlBound>, .bound = on<controlBound>});
 
 static bool changed(Watch &w, const Event &) {
-  if (!reify::isFree(w.b)) return imposeAsSaid(w, w.b);
+  if (!isFree(w.b)) return imposeAsSaid(w, w.b);
   if (!shareValue(w.x, w.y)) return bindValue(w.b, 1 - w.equal);
   return !bothBoundToOne(w.x, w.y) || bindValue(w.b, w.equal);  // GCOVR_EXCL_BR_LINE: a free one takes either
 }
@@ -90,7 +91,8 @@ static CSint *post(const Poster &poster, CSint *x, CSint *y, int equal) {
 
 }  // namespace koru::reif_eq
 
-using koru::reif_eq::post;
+using koru::door;
+using namespace koru::reif_eq;
 
-CSint *cs_ReifEq(CSint *x, CSint *y) { return post("cs_ReifEq", x, y, 1); }
-CSint *cs_ReifNeq(CSint *x, CSint *y) { return post("cs_ReifNeq", x, y, 0); }
+CSint *cs_ReifEq(CSint *x, CSint *y) { return door(post("cs_ReifEq", x, y, 1)); }
+CSint *cs_ReifNeq(CSint *x, CSint *y) { return door(post("cs_ReifNeq", x, y, 0)); }

@@ -8,7 +8,6 @@
 
 namespace koru::reify {
 
-inline bool isFree(const CSint *b) { return b->count > 1; }
 inline CSint *decided(bool holds) { return createVariable(holds ? 1 : 0, holds ? 1 : 0); }
 
 // b, with the control constraint on b and the watch constraint on x and, for two variables, y; null on failure.

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 // cs_EQ, cs_NEQ, cs_LE, cs_LT, cs_GE, cs_GT: x op v for an int v.
 // Consistency: domain.  Cost: one narrowing.  State: none, nothing is posted.
-// Deliberate: v - 1 and v + 1 wrap, so cs_LT(x, INT_MIN) and cs_GT(x, INT_MAX) are true and change nothing.
+// Deliberate: v - 1 and v + 1 wrap, so cs_LT(x, INT_MIN) and cs_GT(x, INT_MAX) are true and change nothing; hosts may
+// count on it, and cs_minimize stops before it would ask.
 // Deliberate: while profiling, a call made from inside a user-defined constraint's callback is counted under a site of
 // its own, a call that changes nothing included.
 #include "core/narrow.h"
+#include "core/refusal.h"
 #include "core/solver.h"
 
 namespace koru::relation_const {
@@ -55,11 +57,12 @@ static bool post(const Poster &poster, CSint *x, int v) {
 
 }  // namespace koru::relation_const
 
+using koru::door;
 using namespace koru::relation_const;
 
-bool cs_EQ(CSint *x, int v) { return post<equal, codeOfEqual>("cs_EQ", x, v); }
-bool cs_NEQ(CSint *x, int v) { return post<notEqual, codeOfNotEqual>("cs_NEQ", x, v); }
-bool cs_LE(CSint *x, int v) { return post<lessOrEqual, codeOfMax>("cs_LE", x, v); }
-bool cs_LT(CSint *x, int v) { return post<less, codeOfMax>("cs_LT", x, v); }
-bool cs_GE(CSint *x, int v) { return post<greaterOrEqual, codeOfMin>("cs_GE", x, v); }
-bool cs_GT(CSint *x, int v) { return post<greater, codeOfMin>("cs_GT", x, v); }
+bool cs_EQ(CSint *x, int v) { return door(post<equal, codeOfEqual>("cs_EQ", x, v)); }
+bool cs_NEQ(CSint *x, int v) { return door(post<notEqual, codeOfNotEqual>("cs_NEQ", x, v)); }
+bool cs_LE(CSint *x, int v) { return door(post<lessOrEqual, codeOfMax>("cs_LE", x, v)); }
+bool cs_LT(CSint *x, int v) { return door(post<less, codeOfMax>("cs_LT", x, v)); }
+bool cs_GE(CSint *x, int v) { return door(post<greaterOrEqual, codeOfMin>("cs_GE", x, v)); }
+bool cs_GT(CSint *x, int v) { return door(post<greater, codeOfMin>("cs_GT", x, v)); }

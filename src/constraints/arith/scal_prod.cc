@@ -3,9 +3,9 @@
 // Consistency: bounds.  Cost: O(n) per event: totals are computed anew, in 64 bits; a division only for a term whose
 // bound moves.  State: none.
 // Wakes: when a bound moves, on one constraint for s and one for the terms, under one site.
-// Deliberate: a term's binding inside its bounds runs the terms' handler twice; n = 1 is no special case.
-// Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not guarded against later, when the totals can
-// only lie between those of the posting.
+// Deliberate: a term's binding inside its bounds moves both its bounds, and runs the terms' handler for each; n = 1 is
+// no special case, for it has a coefficient. Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not
+// guarded against later, when the totals can only lie between those of the posting.
 #include <algorithm>
 #include <cstdarg>
 #include <utility>
@@ -192,29 +192,37 @@ static CSint *postCopy(Posting &posting, const Shared<CSint *> &vars, const Shar
   return post(posting, {nullptr, coefficients.get(), vars.get(), n, coefficients, vars});
 }
 
-}  // namespace koru::scal_prod
-
-using namespace koru;
-
-CSint *cs_ScalProd(CSint **vars, int *coeffs, int n) {
+static CSint *postArrays(const Poster &poster, CSint **vars, const int *coefficients, int n) {
   if (n < 1) return createVariable(0, 0);
-  if (vars == nullptr || coeffs == nullptr || !allPresent(vars, n)) return nullptr;
-  Posting posting{"cs_ScalProd"};
-  return scal_prod::post(posting, {nullptr, coeffs, vars, n, {}, {}});
+  if (vars == nullptr || coefficients == nullptr || !allPresent(vars, n)) return nullptr;
+  Posting posting{poster};
+  return post(posting, {nullptr, coefficients, vars, n, {}, {}});
 }
 
-CSint *cs_VScalProd(int n, ...) {
+static CSint *postArguments(const Poster &poster, std::va_list arguments, int n) {
   if (n < 1) return createVariable(0, 0);
-  Posting posting{"cs_VScalProd"};
+  Posting posting{poster};
   if (!posting) return nullptr;
   const Shared<CSint *> vars(n);
   if (!vars) return nullptr;
   const Shared<int> coefficients(n);
   if (!coefficients) return nullptr;
-  std::va_list arguments;
-  va_start(arguments, n);
   for (int i = 0; i < n; ++i) vars.get()[i] = va_arg(arguments, CSint *);
   for (int i = 0; i < n; ++i) coefficients.get()[i] = va_arg(arguments, int);
+  return postCopy(posting, vars, coefficients, n);
+}
+
+}  // namespace koru::scal_prod
+
+using koru::door;
+using namespace koru::scal_prod;
+
+CSint *cs_ScalProd(CSint **vars, int *coeffs, int n) { return door(postArrays("cs_ScalProd", vars, coeffs, n)); }
+
+CSint *cs_VScalProd(int n, ...) {
+  std::va_list arguments;
+  va_start(arguments, n);
+  CSint *sum = postArguments("cs_VScalProd", arguments, n);
   va_end(arguments);
-  return scal_prod::postCopy(posting, vars, coefficients, n);
+  return door(sum);
 }

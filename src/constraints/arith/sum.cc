@@ -5,7 +5,8 @@
 // Wakes: on every event.
 // Deliberate: a decided result is a constant and nothing is posted; operands are not narrowed at posting; with both
 // operands unbound the result is an interval even when they have holes.
-// Deliberate: bounds saturate at the int range, except that max s - min a (and min b) wraps.
+// Deliberate: bounds saturate at the int range, except that max s - min a (and min b) wraps; the two differ
+// only where the difference is no int.
 #include "constraints/arith/sum.h"
 
 namespace koru::sum {
@@ -33,9 +34,7 @@ static bool lowerOperandWrapping(const Sum &c, CSint *operand, const CSint *othe
   return narrowMax(operand, wrapSub(c.s->max, other->min));
 }
 
-static bool removeIfPresent(CSint *v, int value) { return !contains(v, value) || removeValue(v, value); }
-
-// `changed` lost w; `other` is the second operand.
+// One operand lost w; `other` is the other one.
 static bool removedFromOperand(const Sum &c, CSint *other, int w) {
   if (isBound(c.s) && !removeIfPresent(other, satSub(valueOf(c.s), w))) return false;
   return !isBound(other) || removeIfPresent(c.s, satAdd(valueOf(other), w));
@@ -154,5 +153,8 @@ static CSint *subtract(const Poster &poster, CSint *x, CSint *y) {
 
 }  // namespace koru::sum
 
-CSint *cs_Add(CSint *x, CSint *y) { return koru::sum::add("cs_Add", x, y); }
-CSint *cs_Sub(CSint *x, CSint *y) { return koru::sum::subtract("cs_Sub", x, y); }
+using koru::door;
+using namespace koru::sum;
+
+CSint *cs_Add(CSint *x, CSint *y) { return door(add("cs_Add", x, y)); }
+CSint *cs_Sub(CSint *x, CSint *y) { return door(subtract("cs_Sub", x, y)); }

@@ -6,6 +6,6 @@
 namespace koru::sum {
 
 // x - y as a new variable under the posting's site; null on failure.
-CSint *postDifference(Posting &posting, CSint *x, CSint *y);
+[[nodiscard]] CSint *postDifference(Posting &posting, CSint *x, CSint *y);
 
 }  // namespace koru::sum

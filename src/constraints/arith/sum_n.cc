@@ -3,7 +3,7 @@
 // Consistency: bounds.  Cost: O(n) per event: totals are computed anew, in 64 bits.  State: none.
 // Wakes: when a bound moves, on one constraint for s and one for the addends, under one site.
 // Deliberate: totals must reflect changes whose events are still queued, so none are kept from event to event.
-// Deliberate: the site name of cs_VAdd is "cs_Vadd".
+// Deliberate: the site name of cs_VAdd is "cs_Vadd", which is how profiles know it.
 #include "constraints/arith/sum_n.h"
 
 #include "constraints/arith/sum.h"
@@ -130,35 +130,46 @@ static CSint *postCopy(Posting &posting, const Shared<CSint *> &addends, int n) 
   return post(posting, addends.get(), n, addends);
 }
 
-}  // namespace koru::sum_n
-
-using namespace koru;
-
-CSint *cs_VAdd(int n, ...) {
-  Posting posting{"cs_Vadd"};
-  if (!posting) return nullptr;
-  std::va_list arguments;
-  va_start(arguments, n);
-  const Shared<CSint *> addends = copyArguments(arguments, n);
-  va_end(arguments);
-  return sum_n::postCopy(posting, addends, n);
+static CSint *postArray(const Poster &poster, CSint **addends, int n) {
+  if (n > 0 && (addends == nullptr || !allPresent(addends, n))) return nullptr;
+  Posting posting{poster};
+  return post(posting, addends, n, {});
 }
 
-CSint *cs_VSub(int n, ...) {
+static CSint *postArguments(const Poster &poster, std::va_list arguments, int n) {
+  Posting posting{poster};
+  return posting ? postCopy(posting, copyArguments(arguments, n), n) : nullptr;
+}
+
+// The first argument less the sum of the others.
+static CSint *postDifference(const Poster &poster, std::va_list arguments, int n) {
   if (n < 1) return createVariable(0, 0);
-  Posting posting{"cs_VSub"};
+  Posting posting{poster};
   if (!posting) return nullptr;
-  std::va_list arguments;
-  va_start(arguments, n);
   CSint *x = va_arg(arguments, CSint *);
-  const Shared<CSint *> subtrahends = copyArguments(arguments, n - 1);
-  va_end(arguments);
-  CSint *total = sum_n::postCopy(posting, subtrahends, n - 1);
+  CSint *total = postCopy(posting, copyArguments(arguments, n - 1), n - 1);
   return x != nullptr && total != nullptr ? sum::postDifference(posting, x, total) : nullptr;
 }
 
-CSint *cs_Sigma(CSint **array, int n) {
-  if (n > 0 && (array == nullptr || !allPresent(array, n))) return nullptr;
-  Posting posting{"cs_Sigma"};
-  return sum_n::post(posting, array, n, {});
+}  // namespace koru::sum_n
+
+using koru::door;
+using namespace koru::sum_n;
+
+CSint *cs_VAdd(int n, ...) {
+  std::va_list arguments;
+  va_start(arguments, n);
+  CSint *sum = postArguments("cs_Vadd", arguments, n);
+  va_end(arguments);
+  return door(sum);
 }
+
+CSint *cs_VSub(int n, ...) {
+  std::va_list arguments;
+  va_start(arguments, n);
+  CSint *difference = postDifference("cs_VSub", arguments, n);
+  va_end(arguments);
+  return door(difference);
+}
+
+CSint *cs_Sigma(CSint **array, int n) { return door(postArray("cs_Sigma", array, n)); }

@@ -54,7 +54,7 @@ static bool eliminate(AllNeq &c, const CSint *x, int position) {
   c.open.refresh();
   const bool consistent = c.open.forEach([=](int i) {
     CSint *v = vars[i];
-    return v == x || !contains(v, value) || removeValue(v, value);
+    return v == x || removeIfPresent(v, value);
   });
   if (consistent) c.open.takeOut(position);
   return consistent;
@@ -102,4 +102,7 @@ static int post(const Poster &poster, CSint **vars, int count) {
 
 }  // namespace koru::all_neq
 
-int cs_AllNeq(CSint **vars, int count) { return koru::all_neq::post("cs_AllNeq", vars, count); }
+using koru::door;
+using namespace koru::all_neq;
+
+int cs_AllNeq(CSint **vars, int count) { return door(post("cs_AllNeq", vars, count)); }

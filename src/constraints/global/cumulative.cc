@@ -6,7 +6,8 @@
 // lowered, each when bound; four constraints under one site.
 // Deliberate: the energetic rules jump to the next point at which something may change, and may so refuse a schedule
 // that is feasible; the recheck aborts when a use has been left less than nothing.
-// Deliberate: a use variable that stands for other roles as well is narrowed like any other.
+// Deliberate: a use variable that stands for other roles as well is narrowed like any other, since a rule knows roles,
+// not variables.
 #include "constraints/global/cumulative.h"
 
 #include <algorithm>
@@ -45,26 +46,27 @@ bool refuseTooLarge(const Resource &r, const Task &task) {
 
 bool raiseCapacity(const Resource &r, std::int64_t height) { return narrowMin64(r.capacity, height); }
 
-// The profile where the compulsory part of a task meets that of task i, renewed when a narrowing may have changed it.
+// The profile where the compulsory part of a task meets that of task i.
 class PartCheck {
  public:
-  PartCheck(Resource &r, int i) : r_(r), task_(r.tasks[i]) { build(); }
+  PartCheck(Resource &r, int i) : r_(r), task_(r.tasks[i]) {
+    r_.notes.coverProfile(r_.tasks, {task_.lst(), task_.ect()});
+    readHeight();
+  }
 
   bool run() {
-    const std::int64_t height = height_;
     const int before = r_.capacity->min;
-    if (!raiseCapacity(r_, height)) return false;
-    stale_ = r_.capacity->min != before && !r_.notesHold();
+    if (!raiseCapacity(r_, height_)) return false;
+    if (r_.capacity->min != before) renew();
     for (int j = 0; j < r_.tasks.n; ++j)
       if (!boundUse(r_.tasks[j])) return false;
     return true;
   }
 
  private:
-  void build() {
-    r_.profile.build(r_.tasks, task_.lst(), task_.ect());
-    height_ = r_.profile.height(task_.lst(), task_.ect());
-    stale_ = false;
+  void readHeight() { height_ = r_.notes.profile.height(task_.lst(), task_.ect()); }
+  void renew() {
+    if (r_.afterNarrowing()) readHeight();
   }
 
   // Task j has what the capacity leaves beside the others. Its own part of the profile is no higher than the whole.
@@ -72,21 +74,19 @@ class PartCheck {
     const Time from = std::max(task_.lst(), task.lst());
     const Time to = std::min(task_.ect(), task.ect());
     if (from >= to) return true;
-    if (stale_) build();
     const std::int64_t capacity = r_.capacity->max;
     const std::int64_t range = std::int64_t{task.use->max} - task.umin();
     if (range <= capacity - height_) return true;
-    const std::int64_t slack = capacity - r_.profile.height(from, to);
+    const std::int64_t slack = capacity - r_.notes.profile.height(from, to);
     if (range <= slack) return true;
     if (!narrowMax64(task.use, task.umin() + slack)) return false;
-    stale_ = !r_.notesHold();
+    renew();
     return true;
   }
 
   Resource &r_;
   Task task_;
   std::int64_t height_ = 0;
-  bool stale_ = false;
 };
 
 bool checkPart(Resource &r, int i) {
@@ -121,12 +121,12 @@ bool capAll(const Resource &r, Horizon &horizon) {
 bool boundUses(Resource &r) {
   for (int i = 0; i < r.tasks.n; ++i) {
     const Task task = r.tasks[i];
-    if (!task.hasCompulsoryPart() || task.use->count < 2 || task.use->max < 1) continue;
-    const std::int64_t slack = r.capacity->max - r.profile.height(task.lst(), task.ect());
+    if (!task.hasCompulsoryPart() || !isFree(task.use) || task.use->max < 1) continue;
+    const std::int64_t slack = r.capacity->max - r.notes.profile.height(task.lst(), task.ect());
     if (slack < 0) std::abort();
     const int before = task.use->max;
     if (!narrowMax64(task.use, task.umin() + slack)) return false;
-    if (task.use->max != before && !r.notesHold()) r.profile.build(r.tasks);
+    if (task.use->max != before) r.afterNarrowing();
   }
   return true;
 }
@@ -134,8 +134,8 @@ bool boundUses(Resource &r) {
 bool recheckAndSweep(Resource &r) {
   Horizon horizon;
   if (!capAll(r, horizon)) return false;
-  r.profile.build(r.tasks);
-  return r.profile.height(horizon.from, horizon.to) <= r.capacity->max && boundUses(r) &&
+  r.notes.coverProfile(r.tasks, {-kFar, kFar});
+  return r.notes.profile.height(horizon.from, horizon.to) <= r.capacity->max && boundUses(r) &&
          sweep(r, horizon.from, horizon.to);
 }
 
@@ -180,7 +180,8 @@ constexpr auto kCapacityTable = handlers<OnCapacity>(
 
 // ----- posting
 
-// Before anything is attached. Deliberate: no task is too early for its use to count, only too short.
+// Before anything is attached. Deliberate: no task is too early for its use to count, only too short, for
+// all of them run at some time.
 bool capAtPosting(const Resource &r) {
   int greatest = kIntMin;
   for (int i = 0; i < r.tasks.n; ++i) {
@@ -214,10 +215,10 @@ bool allocateState(Resource &r) {
   if (!r.windows) return false;
   r.order = Buffer<Rank>(n);
   if (!r.order) return false;
-  r.profile = Profile(n);
-  if (!r.profile) return false;
-  r.candidates = Buffer<Candidate>(n);
-  if (!r.candidates) return false;
+  r.notes.profile = Profile(n);
+  if (!r.notes.profile) return false;
+  r.notes.candidates = Buffer<Candidate>(n);
+  if (!r.notes.candidates) return false;
   for (int i = 0; i < n; ++i) {
     const Task task = r.tasks[i];
     r.order[i] = {0, 0, i};
@@ -242,8 +243,8 @@ void attachAll(Posting &posting, const SharedRecord<Resource> &resource, const P
 
 // The capacity holds the parts that stand already.
 bool raiseToProfile(Resource &r, const Horizon &horizon) {
-  r.profile.build(r.tasks);
-  return raiseCapacity(r, r.profile.height(horizon.from, horizon.to));
+  r.notes.coverProfile(r.tasks, {-kFar, kFar});
+  return raiseCapacity(r, r.notes.profile.height(horizon.from, horizon.to));
 }
 
 }  // namespace
@@ -266,15 +267,21 @@ bool post(Posting &posting, const Tasks &tasks, CSint *capacity, Unit unit) {
   return posting && recheckAndSweep(*resource);
 }
 
+// Deliberate: the site is made for no task as well, since the host's locator is asked once per call.
+static bool postArrays(const Poster &poster, const Tasks &tasks, CSint *capacity) {
+  Posting posting{poster};
+  if (tasks.n < 1) return posting.holdsOfNothing();
+  if (!posting || capacity == nullptr) return false;
+  for (CSint **array : {tasks.starts, tasks.durations, tasks.uses})
+    if (array == nullptr || !allPresent(array, tasks.n)) return false;
+  return post(posting, tasks, capacity, {});
+}
+
 }  // namespace koru::cumulative
 
-using namespace koru;
+using koru::door;
+using namespace koru::cumulative;
 
 bool cs_Cumulative(CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity) {
-  Posting posting{"cs_Cumulative"};
-  if (!posting) return false;
-  if (n < 1) return true;
-  for (CSint **array : {starts, durations, uses})
-    if (array == nullptr || !allPresent(array, n)) return false;
-  return capacity != nullptr && cumulative::post(posting, {starts, durations, uses, n}, capacity, {});
+  return door(postArrays("cs_Cumulative", {starts, durations, uses, n}, capacity));
 }

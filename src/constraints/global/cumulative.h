@@ -14,6 +14,6 @@ struct Unit {
 };
 
 // Posts under the posting's site on n >= 1 tasks. The arrays are kept. `unit` is empty when the uses are the host's.
-bool post(Posting &posting, const Tasks &tasks, CSint *capacity, Unit unit);
+[[nodiscard]] bool post(Posting &posting, const Tasks &tasks, CSint *capacity, Unit unit);
 
 }  // namespace koru::cumulative

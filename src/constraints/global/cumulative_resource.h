@@ -52,6 +52,20 @@ struct Range {
   }
 };
 
+// What is known of the tasks while a handler runs, so that it asks no variable twice.
+struct Notes {
+  Range range;  // that the profile and the candidates cover
+  Profile profile;
+  Buffer<Candidate> candidates;
+  int count = 0;
+  int from = 0;  // the position in the order from which on the candidates are noted
+
+  void coverProfile(const Tasks &tasks, const Range &all) {
+    range = all;
+    profile.build(tasks, range.from, range.to);
+  }
+};
+
 struct Resource {
   Tasks tasks{};
   CSint *capacity = nullptr;
@@ -60,15 +74,16 @@ struct Resource {
   Buffer<CSint *> ownUses;   // when the uses are not the host's
   PrivateVariables windows;  // per task: earliest start, latest end
   Buffer<Rank> order;        // not trailed: it only steers the order of work
-  Range range;               // that the profile and the notes cover
-  Profile profile;
-  Buffer<Candidate> candidates;
-  int candidateCount = 0;
-  int notedFrom = 0;  // the position from which on the candidates are noted
+  Notes notes;
 
-  // After a use or the capacity was narrowed: what was noted of the tasks still holds. The change waits for the
-  // handler that made it, and touches nothing else.
-  bool notesHold() const { return rolesDisjoint && changesWait(); }
+  // To be called after a use or the capacity was narrowed. False when all notes hold: the change waits for the handler
+  // that made it, and touches nothing else. Otherwise anything may have moved: the profile is built anew, over all
+  // time, and the caller renews what it has read off it.
+  bool afterNarrowing() {
+    if (rolesDisjoint && changesWait()) return false;
+    notes.coverProfile(tasks, {-kFar, kFar});
+    return true;
+  }
 
   bool startNoEarlier(int i, Time t) const { return narrowMin64(windows[i], t); }
   bool endNoLater(int i, Time t) const { return narrowMax64(windows[i], t); }

@@ -2,8 +2,8 @@
 // The sweep: sort the tasks, bring their windows up to date, tighten these by the energy left beside compulsory parts
 // and by that left in the window of each task, raise the capacity, and write the windows back.
 // Cost: O(n log n) and two passes over all tasks for each window, O(n^2).
-// Deliberate: the keys of the sort are 32-bit products.
-// Deliberate: one of three write-backs per task and sweep; what is left is done when the change comes round.
+// Deliberate: the keys of the sort are 32-bit products; for huge tasks they wrap, which changes the order of work
+// alone. Deliberate: one of three write-backs per task and sweep; what is left is done when the change comes round.
 #include "constraints/global/cumulative_sweep.h"
 
 #include "constraints/global/cumulative_windows.h"
@@ -45,7 +45,7 @@ bool refreshWindows(const Resource &r) {
 
 bool windowHolds(const Resource &r, int i) { return r.latestEnd(i) - r.earliestStart(i) >= r.tasks[i].dmin(); }
 
-// Deliberate: only the first that applies.
+// Deliberate: only the first that applies: its event brings the next sweep.
 bool writeBack(const Resource &r, int i) {
   const Task task = r.tasks[i];
   if (task.est() < r.earliestStart(i)) return narrowMin64(task.start, r.earliestStart(i));
@@ -57,7 +57,7 @@ bool writeBack(const Resource &r, int i) {
 // ----- beside compulsory parts
 
 Energy freeEnergy(const Resource &r, Time a, Time b) {
-  return r.freeEnergy(a, b, r.profile.energyTo(a), r.profile.energyTo(b));
+  return r.freeEnergy(a, b, r.notes.profile.energyTo(a), r.notes.profile.energyTo(b));
 }
 
 // A task that starts at its latest must have room before its compulsory part, or start later;
@@ -108,7 +108,7 @@ bool sweep(Resource &r, Time a, Time b) {
   Time least = r.capacity->min;
   sortOrder(r);
   if (!refreshWindows(r)) return false;
-  buildProfile(r, rangeOfInterest(r, a, b));
+  r.notes.coverProfile(r.tasks, rangeOfInterest(r, a, b));
   if (!boundBesideParts(r) || !checkWindows(r, a, b, least)) return false;
   if (!narrowMin64(r.capacity, least)) return false;
   for (int i = 0; i < r.tasks.n; ++i)

@@ -6,6 +6,6 @@
 namespace koru::cumulative {
 
 // The main propagation, caused by a change of a task that lies in [a, b). False: fail.
-bool sweep(Resource &r, Time a, Time b);
+[[nodiscard]] bool sweep(Resource &r, Time a, Time b);
 
 }  // namespace koru::cumulative

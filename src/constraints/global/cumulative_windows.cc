@@ -4,16 +4,11 @@
 //
 // Each window takes two passes over the tasks that may move. Their bounds are noted before the first, with the energy
 // of the profile up to their latest start and earliest end, so that a pass asks no variable and searches nothing. Notes
-// are renewed when a use was narrowed and the change may have reached them. Deliberate: the terms of a window's energy
-// are 32-bit products.
+// are renewed when a use was narrowed and the change may have reached them (Resource::afterNarrowing). Deliberate: the
+// terms of a window's energy are 32-bit products, whose wrapping decides what is found for huge tasks.
 #include "constraints/global/cumulative_windows.h"
 
 namespace koru::cumulative {
-
-void buildProfile(Resource &r, const Range &range) {
-  r.range = range;
-  r.profile.build(r.tasks, range.from, range.to);
-}
 
 namespace {
 
@@ -42,37 +37,38 @@ Time overlap(Time from, Time to, Time a, Time b) { return std::max(std::min(to, 
 Candidate note(const Resource &r, int i) {
   const Task task = r.tasks[i];
   const Time free = std::min(task.dmin(), task.lst() - task.est());
-  return {task.est(),
-          task.lst(),
-          task.ect(),
-          task.leastEnd(),
-          task.lct(),
-          task.est() + free,
-          task.leastEnd() - free,
-          r.earliestStart(i),
-          r.latestEnd(i),
-          task.est(),
-          r.profile.energyTo(task.lst()),
-          r.profile.energyTo(task.ect()),
-          task.duration->min,
-          task.umin(),
-          task.use->max,
-          i,
-          0};
+  return {.est = task.est(),
+          .lst = task.lst(),
+          .ect = task.ect(),
+          .leastEnd = task.leastEnd(),
+          .lct = task.lct(),
+          .earlyEnd = task.est() + free,
+          .lateStart = task.leastEnd() - free,
+          .windowMin = r.earliestStart(i),
+          .windowMax = r.latestEnd(i),
+          .reach = task.est(),
+          .energyToLst = r.notes.profile.energyTo(task.lst()),
+          .energyToEct = r.notes.profile.energyTo(task.ect()),
+          .dmin = task.duration->min,
+          .use = task.umin(),
+          .useMax = task.use->max,
+          .task = i,
+          .position = 0};
 }
 
 // Notes the candidates from a position on, those that lie outside the range left out. The reach covers the other tasks
 // too: a pass ends at the first of all.
 void noteFrom(Resource &r, int position) {
-  r.candidateCount = 0;
-  r.notedFrom = position;
+  Notes &notes = r.notes;
+  notes.count = 0;
+  notes.from = position;
   Time reach = kIntMin;
-  for (int k = position; k < r.tasks.n && reach < r.range.to; ++k) {
+  for (int k = position; k < r.tasks.n && reach < notes.range.to; ++k) {
     const int i = r.order[k].task;
     const Task task = r.tasks[i];
     reach = std::max(reach, task.est());
-    if (task.isFixed() || !task.demands() || task.lct() <= r.range.from) continue;
-    Candidate &candidate = r.candidates[r.candidateCount++];
+    if (task.isFixed() || !task.demands() || task.lct() <= notes.range.from) continue;
+    Candidate &candidate = notes.candidates[notes.count++];
     candidate = note(r, i);
     candidate.reach = reach;
     candidate.position = k;
@@ -80,15 +76,15 @@ void noteFrom(Resource &r, int position) {
 }
 
 void readProfile(const Resource &r, Check &c) {
-  c.toA = r.profile.energyTo(c.a);
-  c.toB = r.profile.energyTo(c.b);
+  c.toA = r.notes.profile.energyTo(c.a);
+  c.toB = r.notes.profile.energyTo(c.b);
 }
 
 // ----- rules
 
 bool addEnclosed(const Resource &r, Check &c) {
-  for (int k = 0; k < r.candidateCount && r.candidates[k].reach < c.b; ++k) {
-    const Candidate &t = r.candidates[k];
+  for (int k = 0; k < r.notes.count && r.notes.candidates[k].reach < c.b; ++k) {
+    const Candidate &t = r.notes.candidates[k];
     if (t.leastEnd <= c.a) continue;
     const Time least = std::min(overlap(t.est, t.earlyEnd, c.a, c.b), overlap(t.lateStart, t.leastEnd, c.a, c.b));
     c.enclosed = wrapAdd64(c.enclosed, wrap(least * t.use));
@@ -194,12 +190,11 @@ bool boundWindow(const Resource &r, const Check &c, Candidate &t, const Share &s
 // Narrows the use of the k-th candidate. When that may have changed other tasks, its window is bound here as well, and
 // only the candidates behind it are noted anew.
 bool lowerUse(Resource &r, Check &c, int k, const Share &share) {
-  const Candidate &t = r.candidates[k];
+  const Candidate &t = r.notes.candidates[k];
   const int i = t.task;
   const int next = t.position + 1;
   if (!narrowMax64(r.tasks[i].use, quotient(share.slack, share.least))) return false;
-  if (r.notesHold()) return boundWindow(r, c, r.candidates[k], share);
-  buildProfile(r, {-kFar, kFar});
+  if (!r.afterNarrowing()) return boundWindow(r, c, r.notes.candidates[k], share);
   readProfile(r, c);
   Candidate now = note(r, i);
   noteFrom(r, next);
@@ -207,8 +202,8 @@ bool lowerUse(Resource &r, Check &c, int k, const Share &share) {
 }
 
 bool boundTasks(Resource &r, Check &c) {
-  for (int k = 0; k < r.candidateCount && r.candidates[k].reach < c.b; ++k) {
-    Candidate &t = r.candidates[k];
+  for (int k = 0; k < r.notes.count && r.notes.candidates[k].reach < c.b; ++k) {
+    Candidate &t = r.notes.candidates[k];
     if (t.lct <= c.a) continue;
     const Share share = shareOf(c, t);
     if (useFits(c, t, share)) {
@@ -217,13 +212,13 @@ bool boundTasks(Resource &r, Check &c) {
     }
     const int position = t.position;
     if (!lowerUse(r, c, k, share)) return false;
-    if (r.notedFrom > position) k = -1;
+    if (r.notes.from > position) k = -1;
   }
   return true;
 }
 
 bool checkWindow(Resource &r, Time a, Time b, Time &least) {
-  if (r.notedFrom > 0) noteFrom(r, 0);
+  if (r.notes.from > 0) noteFrom(r, 0);
   Check c{a, b, 0, 0, 0, 0};
   readProfile(r, c);
   c.available = r.freeEnergy(a, b, c.toA, c.toB);

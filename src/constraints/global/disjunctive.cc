@@ -13,6 +13,9 @@ struct Holder {
 constexpr auto kHolderTable = handlers<Holder>({});
 
 static bool post(const Poster &poster, CSint **starts, CSint **durations, int n) {
+  if (n < 1) return true;
+  if (starts == nullptr || durations == nullptr) return false;
+  if (!allPresent(starts, n) || !allPresent(durations, n)) return false;
   Posting posting{poster};
   if (!posting) return false;
   cumulative::Unit unit{PrivateVariables(1), {}};
@@ -30,9 +33,9 @@ static bool post(const Poster &poster, CSint **starts, CSint **durations, int n)
 
 }  // namespace koru::disjunctive
 
+using koru::door;
+using namespace koru::disjunctive;
+
 bool cs_Disjunctive(CSint **starts, CSint **durations, int n) {
-  if (n < 1) return true;
-  if (starts == nullptr || durations == nullptr) return false;
-  if (!koru::allPresent(starts, n) || !koru::allPresent(durations, n)) return false;
-  return koru::disjunctive::post("cs_Disjunctive", starts, durations, n);
+  return door(post("cs_Disjunctive", starts, durations, n));
 }

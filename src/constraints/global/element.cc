@@ -81,10 +81,6 @@ static bool forEachSupport(const Element &c, int first, int value, Visit visit) 
   return true;
 }
 
-static bool dropPosition(const Element &c, int position) {
-  return !contains(c.index, position) || removeValue(c.index, position);
-}
-
 // ----- rules
 
 // A position has left the index: its value, if it is there, goes when no other position supports it.
@@ -114,14 +110,14 @@ static bool indexLowered(const Element &c, int from, int to) {
 static bool valueRaised(Element &c, int min) {
   int k = c.below.known();
   for (; c.pairs[k].value < min; ++k)
-    if (!dropPosition(c, c.pairs[k].position)) return false;
+    if (!removeIfPresent(c.index, c.pairs[k].position)) return false;
   return c.below.note(k);
 }
 
 static bool valueLowered(Element &c, int max) {
   int k = c.above.known();
   for (; c.pairs[c.n - 1 - k].value > max; ++k)
-    if (!dropPosition(c, c.pairs[c.n - 1 - k].position)) return false;
+    if (!removeIfPresent(c.index, c.pairs[c.n - 1 - k].position)) return false;
   return c.above.note(k);
 }
 
@@ -222,6 +218,7 @@ static CSint *post(const Poster &poster, CSint *index, const int *values, int n)
 
 }  // namespace koru::element
 
-CSint *cs_Element(CSint *index, const int *values, int n) {
-  return koru::element::post("cs_Element", index, values, n);
-}
+using koru::door;
+using namespace koru::element;
+
+CSint *cs_Element(CSint *index, const int *values, int n) { return door(post("cs_Element", index, values, n)); }

@@ -3,7 +3,8 @@
 // Consistency: forward checking, acts when a variable is bound; neither a nor b is pruned on bounds or holes alone.
 // Cost: O(1) per event.  State: none.  Wakes: when x or y is bound.
 // Deliberate: the value that cs_IfEq requires may be missing, and that fails; for cs_IfNeq it is then satisfied.
-// Deliberate: nothing special for the same variable twice; for it only the rule from x to y is woken.
+// Deliberate: nothing special for the same variable twice; for it only the rule from x to y is woken, which says all
+// that there is to say of one variable.
 #include "core/post.h"
 
 namespace koru::if_eq {
@@ -61,7 +62,8 @@ static bool post(const Poster &poster, const Values &values) {
 
 }  // namespace koru::if_eq
 
+using koru::door;
 using namespace koru::if_eq;
 
-bool cs_IfEq(CSint *x, CSint *y, int a, int b) { return post<IfEq, demand>("cs_IfEq", {x, y, a, b}); }
-bool cs_IfNeq(CSint *x, CSint *y, int a, int b) { return post<IfNeq, forbid>("cs_IfNeq", {x, y, a, b}); }
+bool cs_IfEq(CSint *x, CSint *y, int a, int b) { return door(post<IfEq, demand>("cs_IfEq", {x, y, a, b})); }
+bool cs_IfNeq(CSint *x, CSint *y, int a, int b) { return door(post<IfNeq, forbid>("cs_IfNeq", {x, y, a, b})); }

@@ -3,11 +3,11 @@
 // Consistency: a position goes when its variable loses the value; the value is imposed once position is bound.
 // Cost: O(1) per event, O(n) at posting.  State: none.
 // Wakes: when position is bound, and at every change of a variable, on two constraints under one site.
-// Deliberate: the site name is "cs_Cumulative".
-// Deliberate: binding another variable to the value says nothing about position.
-// Deliberate: position's last-reported bounds are 0 and n - 1 at first, whatever its domain.
-// Deliberate: the removal of val is not heard when a bound of the variable moved past it before the event came, nor
-// does that bound's event tell, for val is no longer there; the position stays and fails when it is bound.
+// Deliberate: the site name is "cs_Cumulative", under which profiles count these constraints.
+// Deliberate: binding another variable to the value says nothing about position: several may take the value.
+// Deliberate: position's last-reported bounds are 0 and n - 1 at first, whatever its domain, since it is made from
+// bits. Deliberate: the removal of val is not heard when a bound of the variable moved past it before the event came,
+// nor does that bound's event tell, for val is no longer there; the position stays and fails when it is bound.
 #include "core/lifetime.h"
 #include "core/post.h"
 
@@ -25,14 +25,12 @@ struct OnVars : Record {};
 
 // ----- rules
 
-static bool dropPosition(const Record &c, int i) { return !contains(c.position, i) || removeValue(c.position, i); }
-
 // Whether a variable whose bounds lately enclosed `value` held it, as far as its holes tell.
 static bool held(const CSint *v, int value) { return v->bits == nullptr || v->bits->has(value); }
 
 // The variable at position i has lost the values from `low` to `high`.
 static bool lost(const OnVars &c, const Event &e, std::int64_t low, std::int64_t high) {
-  return c.val < low || c.val > high || !held(e.var, c.val) || dropPosition(c, e.index);
+  return c.val < low || c.val > high || !held(e.var, c.val) || removeIfPresent(c.position, e.index);
 }
 
 // ----- handlers
@@ -51,7 +49,7 @@ static bool newMax(OnVars &c, const Event &e) { return lost(c, e, std::int64_t{e
 // The event holds both old bounds.
 static bool bound(OnVars &c, const Event &e) { return valueOf(e.var) == c.val || lost(c, e, e.oldValue, e.newValue); }
 
-static bool removed(OnVars &c, const Event &e) { return e.newValue != c.val || dropPosition(c, e.index); }
+static bool removed(OnVars &c, const Event &e) { return e.newValue != c.val || removeIfPresent(c.position, e.index); }
 
 constexpr auto kVarsTable = handlers<OnVars>({.newMin = on<newMin>,
                                               .newMax = on<newMax>,
@@ -84,4 +82,7 @@ static CSint *post(const Poster &poster, CSint **vars, int n, int val) {
 
 }  // namespace koru::index
 
-CSint *cs_Index(CSint **vars, int n, int val) { return koru::index::post("cs_Cumulative", vars, n, val); }
+using koru::door;
+using namespace koru::index;
+
+CSint *cs_Index(CSint **vars, int n, int val) { return door(post("cs_Cumulative", vars, n, val)); }

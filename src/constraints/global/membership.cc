@@ -2,10 +2,12 @@
 // cs_InArray, cs_NotInArray, cs_InInterval, cs_NotInInterval: v in a set, or not.
 // Consistency: domain, once.  Cost: per value that is looked at, and for cs_InArray a scan of the array.
 // State: none, nothing is posted: they are made of cs_GE, cs_LE and cs_NEQ, which is what a profiler counts.
-// Deliberate: cs_InArray of no value fails, cs_NotInArray of no value and a reversed cs_NotInInterval change nothing.
-// Deliberate: what is not in the array goes from both ends of the domain inwards, the lower end first.
+// Deliberate: cs_InArray of no value fails, cs_NotInArray of no value and a reversed cs_NotInInterval change nothing:
+// no value is in the empty set, and all are outside it. Deliberate: what is not in the array goes from both ends of the
+// domain inwards, the lower end first, so that the bounds move at once and most removals need no bit array.
 #include <algorithm>
 
+#include "core/refusal.h"
 #include "core/variable.h"
 
 namespace koru::membership {
@@ -46,22 +48,28 @@ static bool keepInside(CSint *v, const Values &values) {
 }
 
 static bool inArray(CSint *v, const int *values, int n) {
+  const AtWork atWork;
   if (v == nullptr || values == nullptr || n < 1) return false;
   const auto [smallest, largest] = std::minmax_element(values, values + n);
   return cs_GE(v, *smallest) && cs_LE(v, *largest) && keepInside(v, {values, values + n});
 }
 
 static bool notInArray(CSint *v, const int *values, int n) {
+  const AtWork atWork;
   if (v == nullptr || (values == nullptr && n > 0)) return false;
   for (int i = 0; i < n; ++i)
     if (!cs_NEQ(v, values[i])) return false;
   return true;
 }
 
-static bool inInterval(CSint *v, int low, int high) { return cs_GE(v, low) && cs_LE(v, high); }
+static bool inInterval(CSint *v, int low, int high) {
+  const AtWork atWork;
+  return cs_GE(v, low) && cs_LE(v, high);
+}
 
 // Values beyond the bounds, which move as the walk goes on, are passed over.
 static bool notInInterval(CSint *v, int low, int high) {
+  const AtWork atWork;
   if (v == nullptr) return false;
   for (std::int64_t value = low; value <= high; ++value) {
     if (value < v->min) value = v->min;
@@ -73,9 +81,10 @@ static bool notInInterval(CSint *v, int low, int high) {
 
 }  // namespace koru::membership
 
+using koru::door;
 using namespace koru::membership;
 
-int cs_InArray(CSint *v, const int *values, int n) { return inArray(v, values, n) ? 1 : 0; }
-int cs_NotInArray(CSint *v, const int *values, int n) { return notInArray(v, values, n) ? 1 : 0; }
-int cs_InInterval(CSint *v, int lo, int hi) { return inInterval(v, lo, hi) ? 1 : 0; }
-int cs_NotInInterval(CSint *v, int lo, int hi) { return notInInterval(v, lo, hi) ? 1 : 0; }
+int cs_InArray(CSint *v, const int *values, int n) { return door(inArray(v, values, n) ? 1 : 0); }
+int cs_NotInArray(CSint *v, const int *values, int n) { return door(notInArray(v, values, n) ? 1 : 0); }
+int cs_InInterval(CSint *v, int lo, int hi) { return door(inInterval(v, lo, hi) ? 1 : 0); }
+int cs_NotInInterval(CSint *v, int lo, int hi) { return door(notInInterval(v, lo, hi) ? 1 : 0); }

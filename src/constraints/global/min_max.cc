@@ -8,7 +8,7 @@
 // pass nothing.
 // Deliberate: the near bound of r follows a variable only when that one's old bound was r's own, so it stays behind
 // when r was narrowed past it by someone else before the event came.
-// Deliberate: of no variable r is the largest (smallest) int.
+// Deliberate: of no variable r is the largest (smallest) int, the neutral value.
 #include <algorithm>
 
 #include "core/post.h"
@@ -118,7 +118,8 @@ static bool varFar(OnVars<Side> &c, const Event &e) {
   return Side::narrowFar(c.r, e.newValue);
 }
 
-// The event holds both old bounds. Deliberate: either way r's minimum is narrowed before its maximum.
+// The event holds both old bounds. Deliberate: either way r's minimum is narrowed before its
+// maximum, for hosts see the order of events.
 template <class Side>
 static bool varBound(OnVars<Side> &c, const Event &e) {
   const int value = valueOf(e.var);
@@ -183,17 +184,18 @@ static CSint *postCopy(const Poster &poster, std::va_list arguments, int n) {
 
 }  // namespace koru::min_max
 
+using koru::door;
 using namespace koru::min_max;
 
-CSint *cs_Min(CSint **vars, int n) { return postArray<Least>("cs_Min", vars, n); }
-CSint *cs_Max(CSint **vars, int n) { return postArray<Greatest>("cs_Max", vars, n); }
+CSint *cs_Min(CSint **vars, int n) { return door(postArray<Least>("cs_Min", vars, n)); }
+CSint *cs_Max(CSint **vars, int n) { return door(postArray<Greatest>("cs_Max", vars, n)); }
 
 CSint *cs_VMin(int n, ...) {
   std::va_list arguments;
   va_start(arguments, n);
   CSint *least = postCopy<Least>("cs_VMin", arguments, n);
   va_end(arguments);
-  return least;
+  return door(least);
 }
 
 CSint *cs_VMax(int n, ...) {
@@ -201,5 +203,5 @@ CSint *cs_VMax(int n, ...) {
   va_start(arguments, n);
   CSint *greatest = postCopy<Greatest>("cs_VMax", arguments, n);
   va_end(arguments);
-  return greatest;
+  return door(greatest);
 }

@@ -156,15 +156,16 @@ static CSint *countOf(const Poster &poster, int val, CSint **vars, int n) {
 
 }  // namespace koru::occurrence
 
+using koru::door;
 using namespace koru::occurrence;
 
 int cs_Occur(CSint *count, int val, CSint **vars, int n) {
-  constrain("cs_Occur", count, val, vars, n);
+  door(constrain("cs_Occur", count, val, vars, n));
   return 0;
 }
 
-CSint *cs_OccurDomain(int val, CSint **vars, int n) { return countOf("cs_OccurDomain", val, vars, n); }
+CSint *cs_OccurDomain(int val, CSint **vars, int n) { return door(countOf("cs_OccurDomain", val, vars, n)); }
 
 bool cs_OccurConstraints(CSint *count, int val, CSint **vars, int n) {
-  return constrain("cs_OccurConstraints", count, val, vars, n);
+  return door(constrain("cs_OccurConstraints", count, val, vars, n));
 }

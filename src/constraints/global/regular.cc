@@ -250,6 +250,8 @@ static bool removeUnusedSymbols(const Graph &g) {
 }
 
 static bool post(const Poster &poster, CSint **vars, int n, const Automaton &automaton) {
+  if (n < 1) return true;
+  if (vars == nullptr || automaton.table == nullptr || !allPresent(vars, n) || !hasFinal(automaton)) return false;
   if (!restrictToAlphabet(vars, n, automaton.symbols) || !automaton.isState(automaton.start)) return false;
   Posting posting{poster};
   if (!posting) return false;
@@ -265,10 +267,10 @@ static bool post(const Poster &poster, CSint **vars, int n, const Automaton &aut
 
 }  // namespace koru::regular
 
+using koru::door;
+using namespace koru::regular;
+
 int cs_Regular(CSint **vars, int n, const int *table, int states, int symbols, int start, const int *finals,
                int finalCount) {
-  if (n < 1) return 1;
-  const koru::regular::Automaton automaton{table, states, symbols, start, finals, finalCount};
-  if (vars == nullptr || table == nullptr || !koru::allPresent(vars, n) || !hasFinal(automaton)) return 0;
-  return koru::regular::post("cs_Regular", vars, n, automaton) ? 1 : 0;
+  return door(post("cs_Regular", vars, n, {table, states, symbols, start, finals, finalCount}) ? 1 : 0);
 }

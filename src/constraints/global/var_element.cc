@@ -317,6 +317,7 @@ static CSint *post(const Poster &poster, CSint *index, CSint **vars, int n) {
 
 }  // namespace koru::var_element
 
-CSint *cs_VarElement(CSint *index, CSint **vars, int n) {
-  return koru::var_element::post("cs_VarElement", index, vars, n);
-}
+using koru::door;
+using namespace koru::var_element;
+
+CSint *cs_VarElement(CSint *index, CSint **vars, int n) { return door(post("cs_VarElement", index, vars, n)); }

@@ -63,18 +63,18 @@ inline Extremes extremesOf(const Selection &c) {
 }
 
 // The rules for a bound index: the selected variable and the value share their bounds.
-inline bool alignBounds(CSint *selected, CSint *value) {
+[[nodiscard]] inline bool alignBounds(CSint *selected, CSint *value) {
   return narrowMin(selected, value->min) && narrowMax(selected, value->max) && narrowMin(value, selected->min) &&
          narrowMax(value, selected->max);
 }
 
 // Deliberate: one side per call; the other one waits for an event of its own.
-inline bool tightenOneSide(CSint *selected, const CSint *value) {
+[[nodiscard]] inline bool tightenOneSide(CSint *selected, const CSint *value) {
   return selected->min < value->min ? narrowMin(selected, value->min) : narrowMax(selected, value->max);
 }
 
 // What comes before a posting: refuses what cannot be posted, and takes positions outside the array from the index.
-inline bool prepare(const Selection &c) {
+[[nodiscard]] inline bool prepare(const Selection &c) {
   return c.n > 0 && c.index != nullptr && c.vars != nullptr && allPresent(c.vars, c.n) && narrowMin(c.index, 0) &&
          narrowMax(c.index, c.n - 1);
 }
@@ -82,8 +82,8 @@ inline bool prepare(const Selection &c) {
 // One constraint for the index, one for the value, and one for the variables at the positions that are open, which are
 // their indices in the entries.
 template <class OnIndex, class OnValue, class OnVars, class Record>
-CSint *attach(Posting &posting, const Record &c, const TableOf<OnIndex> &indexTable, const TableOf<OnValue> &valueTable,
-              const TableOf<OnVars> &varsTable) {
+[[nodiscard]] CSint *attach(Posting &posting, const Record &c, const TableOf<OnIndex> &indexTable,
+                            const TableOf<OnValue> &valueTable, const TableOf<OnVars> &varsTable) {
   auto onIndex = posting.add(indexTable, OnIndex{c});
   onIndex.attach(c.index);
   auto onValue = posting.add(valueTable, OnValue{c});

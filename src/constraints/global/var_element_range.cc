@@ -48,9 +48,13 @@ static bool refreshMax(const Range &c, const Extremes &extremes) {
   return true;
 }
 
+// Both bounds move before either supplier is noted: when the second cannot, the first is as it was.
 static bool refresh(const Range &c) {
   const Extremes extremes = extremesOf(c);
-  return refreshMin(c, extremes) && refreshMax(c, extremes);
+  if (extremes.lowAt == kNoPosition || !narrowMin(c.value, extremes.low) || !narrowMax(c.value, extremes.high))
+    return false;
+  c.suppliers() = {extremes.lowAt, extremes.highAt};
+  return true;
 }
 
 // Takes the positions from the index whose variable is not kept.
@@ -151,6 +155,9 @@ static CSint *postRange(const Poster &poster, CSint *index, CSint **vars, int n)
 
 }  // namespace koru::var_element
 
+using koru::door;
+using namespace koru::var_element;
+
 CSint *cs_VarElementRange(CSint *index, CSint **vars, int n) {
-  return koru::var_element::postRange("cs_VarElementRange", index, vars, n);
+  return door(postRange("cs_VarElementRange", index, vars, n));
 }

@@ -34,4 +34,7 @@ static bool post(const Poster &poster, CSint **vars, int count) {
 
 }  // namespace koru::all_neq_bounds
 
-bool cs_AllNeqBounds(CSint **vars, int n) { return koru::all_neq_bounds::post("cs_AllNeqBounds", vars, n); }
+using koru::door;
+using namespace koru::all_neq_bounds;
+
+bool cs_AllNeqBounds(CSint **vars, int n) { return door(post("cs_AllNeqBounds", vars, n)); }

@@ -59,4 +59,7 @@ static bool post(const Poster &poster, CSint **vars, int count) {
 
 }  // namespace koru::all_neq_domain
 
-bool cs_AllNeqDomain(CSint **vars, int n) { return koru::all_neq_domain::post("cs_AllNeqDomain", vars, n); }
+using koru::door;
+using namespace koru::all_neq_domain;
+
+bool cs_AllNeqDomain(CSint **vars, int n) { return door(post("cs_AllNeqDomain", vars, n)); }

@@ -16,6 +16,12 @@ TEST_F(CumulativeTest, NoTaskIsTrueAndPostsNothing) {
   EXPECT_EQ(cs_getNbConstraints(capacity), 0);
 }
 
+TEST_F(CumulativeTest, NoTaskIsTrueWithoutASolverLikeItsKin) {
+  cs_end();
+  EXPECT_TRUE(cs_Cumulative(nullptr, nullptr, nullptr, 0, nullptr));
+  EXPECT_TRUE(cs_Disjunctive(nullptr, nullptr, 0));
+}
+
 TEST_F(CumulativeTest, TheSiteIsMadeBeforeTheTasksAreCounted) {
   const FailingAllocation failing(0);
   EXPECT_FALSE(cs_Cumulative(nullptr, nullptr, nullptr, 0, nullptr));

@@ -34,6 +34,29 @@ TEST_F(VarElementRangeTest, ThreeConstraintsUnderOneSiteAreAttachedToIndexResult
   checkAttached(cs_VarElementRange, "cs_VarElementRange", "01234");
 }
 
+// ----- state
+
+// The record of each of its constraints, as far as the test looks.
+struct RangeRecord {
+  CSint *value;
+  CSint *index;
+  CSint **vars;
+  int n;
+  Shared<int> suppliers;
+};
+
+// The minimum that is left would do; the maximum would not.
+TEST_F(VarElementRangeTest, ARefreshThatFailsLeavesBothRememberedPositionsAsTheyWere) {
+  make(cs_VarElementRange, range(0, 2), {range(0, 9), range(1, 3), {2}});
+  const auto *record = static_cast<const RangeRecord *>(value->constraints->constraint->record());
+  const int *suppliers = record->suppliers.get();
+  ASSERT_EQ(suppliers[0], 0);
+  ASSERT_EQ(suppliers[1], 0);
+  EXPECT_FALSE(together([&] { return cs_NEQ(index, 0) && cs_GE(value, 5); }));
+  EXPECT_EQ(suppliers[0], 0);
+  EXPECT_EQ(suppliers[1], 0);
+}
+
 // ----- events: V = 0..9 from {0..4}, {3..7} and {6, 9}
 
 class VarElementRangeEventTest : public RowTest {

@@ -217,16 +217,30 @@ TEST_F(FormatTest, StandardAndVariableConversionsTakeTheirArgumentsInOrder) {
 
 TEST_F(FormatTest, WritingThroughAPointerIsRefused) {
   int written = 77;
-  EXPECT_EQ(text("ab%n", &written), "ab%n");
-  EXPECT_EQ(text("ab%lln|", &written), "ab%lln|");
+  EXPECT_EQ(text("ab%n|%d", &written, 5), "ab%n|5");
+  EXPECT_EQ(text("ab%lln|%d", &written, 5), "ab%lln|5");
   EXPECT_EQ(written, 77);
 }
 
-TEST_F(FormatTest, UnknownConversionsArePrintedAsTheyStandAndTakeNoArgument) {
-  EXPECT_EQ(text("%y|%d", 5), "%y|5");
-  EXPECT_EQ(text("%5q|%d", 5), "%5q|5");
-  for (const std::string what : {"%Ld", "%hs", "%jjd", "%zzd", "%hf", "%hc", "%Lc", "%lp"})
-    EXPECT_EQ(text((what + "|%d").c_str(), 5), what + "|5");
+TEST_F(FormatTest, UnknownConversionsArePrintedAsTheyStandAndTakeAnInt) {
+  EXPECT_EQ(text("%y|%d", 1, 5), "%y|5");
+  EXPECT_EQ(text("%5q|%d", 1, 5), "%5q|5");
+  EXPECT_EQ(text("%y%D%y%D", 1, CSINT(3), 2, CSINT(4)), "%y3%y4");
+}
+
+TEST_F(FormatTest, RefusedConversionsTakeOneArgumentOfTheSizeThatTheirLettersSay) {
+  const char *const pointer = "text";
+  EXPECT_EQ(text("%Ld|%d", 1LL, 5), "%Ld|5");
+  EXPECT_EQ(text("%hs|%lp|%d", pointer, pointer, 5), "%hs|%lp|5");
+  EXPECT_EQ(text("%jjd|%zzd|%d", std::intmax_t{1}, std::size_t{1}, 5), "%jjd|%zzd|5");
+  EXPECT_EQ(text("%hf|%zg|%d %.1f", 1.5, 2.5, 5, 3.5), "%hf|%zg|5 3.5");
+  EXPECT_EQ(text("%hc|%Lc|%d", 'a', 'b', 5), "%hc|%Lc|5");
+  EXPECT_EQ(text("%ly|%lly|%ty|%d", 1L, 1LL, std::ptrdiff_t{1}, 5), "%ly|%lly|%ty|5");
+  EXPECT_EQ(text("%Ly|%.1Lf|%d", 1.5L, 2.5L, 5), "%Ly|2.5|5");
+}
+
+TEST_F(FormatTest, TheStarsOfRefusedConversionsTakeTheirArgumentsToo) {
+  EXPECT_EQ(text("%*.*y|%d", 8, 2, 1, 5), "%*.*y|5");
 }
 
 TEST_F(FormatTest, AnUnfinishedConversionIsPrintedAsItStands) {

@@ -276,6 +276,32 @@ TEST_F(UserConstraintsTest, AnEmptyArrayRegistersNothing) {
   expectNothingPosted();
 }
 
+const char *countPlace(void *count) {
+  ++*static_cast<int *>(count);
+  return "place";
+}
+
+TEST_F(UserConstraintsTest, EveryRegistrationMakesItsSiteAlsoForNoVariable) {
+  int asked = 0;
+  cs_setProfilerLocator("own", countPlace, &asked);
+  EXPECT_TRUE(cs_eventAllKnown(x, 0, allKnown, &script));
+  EXPECT_TRUE(cs_eventKnown(x, 0, known, &script));
+  EXPECT_EQ(asked, 2);
+  cs_eventNewMin(x, 0, moved, &script);
+  cs_eventNewMax(x, 0, moved, &script);
+  cs_eventNeq(x, 0, moved, &script);
+  cs_eventConflict(x, 0, conflicted, &script);
+  EXPECT_EQ(asked, 6);
+  expectNothingPosted();
+}
+
+TEST_F(UserConstraintsTest, NoVariablesAreKnownWithoutASolverToo) {
+  cs_end();
+  EXPECT_TRUE(cs_eventKnown(x, 0, known, &script));
+  EXPECT_FALSE(cs_eventAllKnown(x, 0, allKnown, &script)) << "its callback would run without a solver";
+  EXPECT_TRUE(script.told.empty());
+}
+
 TEST_F(UserConstraintsTest, NullCallbacksArraysAndVariablesAreRefused) {
   CSint *holed[] = {x[0], nullptr, x[1]};
   for (CSint **array : {static_cast<CSint **>(nullptr), holed}) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Value selectors without a search: the decisions of the built-in ones, the record, and the posting of a decision.
 #include <climits>
+#include <cstring>
 #include <functional>
 #include <string>
 
@@ -139,28 +140,46 @@ TEST_F(ValueSelectorTest, ACountThatIsTooHighLeadsToNoValueAboveTheMaximum) {
 TEST_F(ValueSelectorTest, ACursorThatTheCallerHasSpoiledEndsTheDecisions) {
   CSint *v = cs_createCSint(0, 9);
   CSvalueSelection r{};
-  for (const std::intptr_t cursor : {-1, 2}) {
-    std::intptr_t state = cursor;
+  for (int state : {-1, 2}) {
+    const int cursor = state;
     EXPECT_FALSE(cs_selectNextValue(&r, cs_getValueSelector(CS_SELECT_LOWER_HALF), 0, &v, 1, &state)) << cursor;
   }
 }
 
-TEST_F(ValueSelectorTest, TheCursorCanBeReadAsAnInt) {
+// Nothing behind the int is written, as in a host's own state.
+TEST_F(ValueSelectorTest, TheCursorIsAnInt) {
   CSint *v = cs_createCSint(3, 8);
   CSvalueSelection r{};
-  void *state = nullptr;
-  const auto cursor = [&] { return *reinterpret_cast<const std::intptr_t *>(&state); };
-  cs_initValueSelector(cs_getValueSelector(0), 0, &v, 1, &state);
+  int state[2] = {0, 12345};
+  const auto cursor = [&] {
+    EXPECT_EQ(state[1], 12345);
+    return state[0];
+  };
+  cs_initValueSelector(cs_getValueSelector(0), 0, &v, 1, state);
   EXPECT_EQ(cursor(), 3);
-  cs_selectNextValue(&r, cs_getValueSelector(0), 0, &v, 1, &state);
+  cs_selectNextValue(&r, cs_getValueSelector(0), 0, &v, 1, state);
   EXPECT_EQ(cursor(), 4);
-  cs_initValueSelector(cs_getValueSelector(1), 0, &v, 1, &state);
+  cs_initValueSelector(cs_getValueSelector(1), 0, &v, 1, state);
   EXPECT_EQ(cursor(), 8);
-  cs_selectNextValue(&r, cs_getValueSelector(1), 0, &v, 1, &state);
+  cs_selectNextValue(&r, cs_getValueSelector(1), 0, &v, 1, state);
   EXPECT_EQ(cursor(), 7);
   for (int kind = 2; kind <= 4; ++kind) {
-    cs_initValueSelector(cs_getValueSelector(kind), 0, &v, 1, &state);
+    cs_initValueSelector(cs_getValueSelector(kind), 0, &v, 1, state);
     EXPECT_EQ(cursor(), 0);
+  }
+}
+
+TEST_F(ValueSelectorTest, ACursorThatTheCallerSetsAsAnIntIsUnderstood) {
+  CSint *v = cs_createCSint(-5, 8);
+  CSvalueSelection r{};
+  void *word = nullptr;
+  for (const int kind : {CS_SELECT_ASCENDING, CS_SELECT_DESCENDING}) {
+    cs_initValueSelector(cs_getValueSelector(kind), 0, &v, 1, &word);
+    for (const int cursor : {2, -2}) {
+      std::memcpy(&word, &cursor, sizeof cursor);
+      ASSERT_TRUE(cs_selectNextValue(&r, cs_getValueSelector(kind), 0, &v, 1, &word));
+      EXPECT_EQ(r.value, cursor);
+    }
   }
 }
 

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// Refusals: postings and relations that returned their failure value to the host itself, which may have overlooked it.
+//
+// Each door to them, the exported function at the bottom of its file, hands its result through door(). A refusal counts
+// while the solver is at rest; inside a search or a callback it is that one's to deal with. A restored context takes
+// the refusals since it was opened away, with what was refused.
+// Cost: a test of the result; the rest only when it is a refusal.
+#pragma once
+
+namespace koru {
+
+namespace solver {
+
+inline constinit int refusals = 0;
+inline constinit int busy = 0;  // searches and calls that answer for the refusals inside them, one inside the other
+
+}  // namespace solver
+
+// Counts a refusal, unless the solver is at work.
+[[gnu::cold, gnu::noinline]] void noteRefusal();
+
+// The result of a door: false, 0 or null is a refusal.
+template <class Result>
+Result door(Result result) {
+  if (!result) [[unlikely]]
+    noteRefusal();
+  return result;
+}
+
+// While one lives, refusals do not count.
+class AtWork {
+ public:
+  AtWork() { ++solver::busy; }
+  AtWork(const AtWork &) = delete;
+  AtWork &operator=(const AtWork &) = delete;
+  ~AtWork() { --solver::busy; }
+};
+
+}  // namespace koru
