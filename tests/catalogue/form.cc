@@ -77,6 +77,8 @@ bool Form::holds(std::span<const int> x, int z) const {
   return row_->meaning.value(t) == Value(z);
 }
 
+Value Form::value(std::span<const int> x) const { return row_->meaning.value(terms(x)); }
+
 std::vector<Actual> Form::actuals(CSint **x) const {
   std::vector<Actual> result(lengths_.size());
   std::size_t size = 0;

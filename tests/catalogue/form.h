@@ -21,9 +21,10 @@ class Form {
   std::size_t arity() const { return arity_; }  // variables, without the result
   std::string text() const;                     // "cs_IfEq 1 2"
 
-  // The position of the first variable of each array or single variable, by argument.
+  std::span<const std::vector<Wide>> lists() const { return constants_->lists; }
   Terms terms(std::span<const int> x, int z = 0) const;
   bool holds(std::span<const int> x, int z = 0) const;  // the result counts where there is one
+  Value value(std::span<const int> x) const;            // where the row has one
 
   // What the call is given for variables that lie one behind the other.
   std::vector<Actual> actuals(CSint **x) const;

@@ -22,6 +22,7 @@ struct Weighted {
     const auto n = static_cast<int>(a[1].number);
     if (a[0].variables != nullptr) std::copy_n(a[0].variables, std::clamp(n, 0, 4), x);
     if (n < 1) return answer(cs_VScalProd(n));
+    if (c == nullptr) return {};
     if (n == 1) return answer(cs_VScalProd(1, x[0], c[0]));
     if (n == 2) return answer(cs_VScalProd(2, x[0], x[1], c[0], c[1]));
     if (n == 3) return three(x, c);
@@ -36,6 +37,13 @@ Value absolute(T t) { return t.x[0] < 0 ? -Wide{t.x[0]} : t.x[0]; }
 Row variadic(const char *name, Door door, Meaning meaning, Consistency consistency, Example example, int fewest) {
   Row row{name, "an", door, meaning, consistency, std::move(example)};
   row.fewest = fewest;
+  row.most = 4;
+  return row;
+}
+
+Row weighted() {
+  Row row{"cs_VScalProd", "ank", kWeighted, scalarProduct, kKnown, {{1, 1, 1, 9}, {}, {}, {{2, 3, 5}}}};
+  row.most = 4;
   return row;
 }
 
@@ -55,10 +63,16 @@ const Row kArithmetic[] = {
     variadic("cs_VMul", spread<cs_VMul>, product, kNone, {{2, 3, 4, 5}}, 1),
     {"cs_Div", "vv", door<cs_Div>, quotient, kNone, {{6, 3, 4}}},
     variadic("cs_VDiv", spread<cs_VDiv>, quotient, kNone, {{8, 2, 2, 1}}, 1),
-    {"cs_Abs", "v", door<cs_Abs>, absolute, kBounds, {{2, 3}}},
+    {.name = "cs_Abs",
+     .kinds = "v",
+     .door = door<cs_Abs>,
+     .meaning = absolute,
+     .consistency = kBounds,
+     .example = {{2, 3}},
+     .results = {0, 4}},
     {"cs_Sigma", "an", door<cs_Sigma>, sum, kBounds, {{1, 2, 3, 4}}},
     {"cs_ScalProd", "akn", door<cs_ScalProd>, scalarProduct, kKnown, {{1, 1, 1, 9}, {}, {}, {{2, 3, 5}}}},
-    {"cs_VScalProd", "ank", kWeighted, scalarProduct, kKnown, {{1, 1, 1, 9}, {}, {}, {{2, 3, 5}}}},
+    weighted(),
 };
 
 Row comparison(const char *name, const char *kinds, Door door, Meaning outcome, Consistency consistency,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Constraints over arrays, and those of the host's own.
+// What the catalogue does not say of constraints over arrays, and those of the host's own.
 #include <algorithm>
 #include <cstdint>
 #include <set>
@@ -14,19 +14,6 @@ namespace {
 CSint **arrayOf(Operands &o, const Arguments &a) {
   o.array[0] = a.pointer(1, o.x);
   return a.pointer(0, o.array);
-}
-
-bool allDifferent(Operands &o, const Arguments &a) {
-  return cs_AllNeq(arrayOf(o, a), a[0]) == (a.anyNull() ? 0 : 1) && cs_AllNeq(o.wide, std::min(a[0], 2)) == 1;
-}
-
-bool element(Operands &o, const Arguments &a) {
-  const int *const table = o.keep({a[1], a[2], a[3]});
-  CSint *const v = cs_Element(a.pointer(0, o.x), a.pointer(1, table), a[0]);
-  if (a.anyNull() || a[0] < 1) return v == nullptr;
-  const auto [min, max] = std::minmax_element(table, table + a[0]);
-  if (std::int64_t{*max} - *min > 1000000) return v == nullptr && refused();
-  return v != nullptr && cs_getMin(v) == *min && cs_getMax(v) == *max;
 }
 
 // x and y over -5..5, b over 0..1: the last position that can hold the value.
@@ -102,9 +89,6 @@ int most(int n, int value) {
 }
 
 bool occurs(Operands &o, const Arguments &a) { return cs_Occur(a.pointer(2, o.w), a[1], arrayOf(o, a), a[0]) == 0; }
-bool occurrences(Operands &o, const Arguments &a) {
-  return isBetween(cs_OccurDomain(a[1], arrayOf(o, a), a[0]), a, {0, most(a[0], a[1])});
-}
 bool occurrencesAre(Operands &o, const Arguments &a) {
   const bool posted = cs_OccurConstraints(a.pointer(2, o.w), a[1], arrayOf(o, a), a[0]);
   return posted == !a.anyNull() && (!posted || (cs_getMin(o.w) == 0 && cs_getMax(o.w) == most(a[0], a[1])));
@@ -139,26 +123,12 @@ bool regular(Operands &o, const Arguments &a) {
   return result == (a[0] < 1 || someWordIsAccepted(a, table, finals) ? 1 : 0);
 }
 
-template <auto post>
-bool selects(Operands &o, const Arguments &a) {
-  CSint *const index = a.pointer(2, o.y);
-  CSint *const v = post(index, arrayOf(o, a), a[0]);
-  if (a.anyNull() || a[0] < 1) return v == nullptr;
-  return v != nullptr && cs_getMin(v) == -5 && cs_getMax(v) == 5;
-}
-
 // Tasks of lengths and uses 0..1 that may run at any time.
 bool cumulative(Operands &o, const Arguments &a) {
   static CSint *some[3];
   std::fill_n(some, 3, o.b);
   return cs_Cumulative(arrayOf(o, a), a.pointer(2, some), a.pointer(3, some), a[0], a.pointer(4, CSINT(1))) ==
          !a.anyNull();
-}
-
-bool disjunctive(Operands &o, const Arguments &a) {
-  static CSint *some[3];
-  std::fill_n(some, 3, o.b);
-  return cs_Disjunctive(arrayOf(o, a), a.pointer(2, some), a[0]) == !a.anyNull();
 }
 
 // Nothing is bound, so no callback is called by the registration; all are free, so one is watched.
@@ -195,8 +165,6 @@ bool hearsConflicts(Operands &o, const Arguments &a) {
 
 std::vector<LimitsRow> globalRows() {
   return {
-      {"cs_AllNeq", "s", 2, allDifferent},
-      {"cs_Element", "svvv", 2, element},
       {"cs_Index", "sv", 2, indexOf},
       {"cs_InArray", "svvv", 2, inArray},
       {"cs_NotInArray", "svvv", 2, notInArray},
@@ -207,13 +175,9 @@ std::vector<LimitsRow> globalRows() {
       {"cs_VMin", "s", 1, leastOfThese},
       {"cs_VMax", "s", 1, greatestOfThese},
       {"cs_Occur", "sv", 3, occurs},
-      {"cs_OccurDomain", "sv", 2, occurrences},
       {"cs_OccurConstraints", "sv", 3, occurrencesAre},
       {"cs_Regular", "sssvs", 4, regular},
-      {"cs_VarElement", "s", 3, selects<cs_VarElement>},
-      {"cs_VarElementRange", "s", 3, selects<cs_VarElementRange>},
       {"cs_Cumulative", "s", 5, cumulative},
-      {"cs_Disjunctive", "s", 3, disjunctive},
       {"cs_eventAllKnown", "s", 3, hearsAllKnown},
       {"cs_eventKnown", "s", 3, hearsKnown},
       {"cs_eventNewMin", "s", 3, hearsOfBounds<cs_eventNewMin>},

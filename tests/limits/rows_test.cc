@@ -14,22 +14,32 @@
 namespace koru::test::limits {
 namespace {
 
-std::vector<LimitsRow> allRows() {
+std::vector<LimitsRow> rowsByHand() {
   std::vector<LimitsRow> rows;
   for (const auto part : {variableRows, arithmeticRows, globalRows, searchRows})
     for (const LimitsRow &row : part()) rows.push_back(row);
   return rows;
 }
 
+std::vector<LimitsRow> catalogueRows() {
+  std::set<std::string_view> byHand;
+  for (const LimitsRow &row : rowsByHand()) byHand.insert(row.function);
+  std::vector<LimitsRow> rows;
+  for (const catalogue::Row *row : catalogue::rows())
+    if (!byHand.contains(row->name)) rows.push_back(defaultRow(*row));
+  return rows;
+}
+
 // The orthogonal array of a prime number of levels: the first column is one number, the others it plus multiples of
 // another, so every two columns show every pair (Bose, "On the Application of the Properties of Galois Fields", 1938).
-std::vector<std::vector<int>> pairwise(const char *kinds) {
+std::vector<std::vector<int>> pairwise(const std::string &kinds) {
   std::vector<std::vector<int>> calls;
   for (int a = 0; a < kLevels; ++a) {
     for (int b = 0; b < kLevels; ++b) {
       std::vector<int> ints;
-      for (int column = 0; kinds[column] != '\0'; ++column)
-        ints.push_back(valueOf(kinds[column], column == 0 ? a : (b + a * (column - 1)) % kLevels));
+      for (int column = 0; column < std::ssize(kinds); ++column)
+        ints.push_back(
+            valueOf(kinds[static_cast<std::size_t>(column)], column == 0 ? a : (b + a * (column - 1)) % kLevels));
       calls.push_back(ints);
     }
   }
@@ -78,12 +88,14 @@ TEST_P(LimitsTable, EveryPairOfValuesGivesTheSpecifiedResult) {
 }
 
 TEST_P(LimitsTable, EachPointerMayBeNull) {
-  const std::size_t count = std::strlen(GetParam().ints);
+  const std::size_t count = GetParam().ints.size();
   for (int null = 0; null < GetParam().pointers; ++null) run(Arguments(std::vector<int>(count, 1), null));
 }
 
-INSTANTIATE_TEST_SUITE_P(, LimitsTable, ::testing::ValuesIn(allRows()),
-                         [](const auto &row) { return std::string(row.param.function); });
+std::string nameOf(const ::testing::TestParamInfo<LimitsRow> &row) { return row.param.function; }
+
+INSTANTIATE_TEST_SUITE_P(, LimitsTable, ::testing::ValuesIn(rowsByHand()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Catalogue, LimitsTable, ::testing::ValuesIn(catalogueRows()), nameOf);
 
 TEST(PairwiseValues, ShowEveryPairOfLevelsInEveryTwoColumns) {
   const auto calls = pairwise("vvvvv");
@@ -97,9 +109,9 @@ TEST(PairwiseValues, ShowEveryPairOfLevelsInEveryTwoColumns) {
 }
 
 // The declarations in the header, from "KORU_API" to the semicolon.
-std::vector<std::string> declarations() {
+std::vector<std::string> declarations(const char *file) {
   const auto root = std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
-  std::ifstream header(root / "include" / "koru.h");
+  std::ifstream header(root / "include" / file);
   EXPECT_TRUE(header) << "the test runs inside the source tree";
   std::vector<std::string> found;
   bool inside = false;
@@ -114,8 +126,11 @@ std::vector<std::string> declarations() {
 
 TEST(LimitsTableRows, NameEveryFunctionWithParametersToSet) {
   std::set<std::string> rows;
-  for (const LimitsRow &row : allRows()) rows.insert(row.function);
-  for (const std::string &declaration : declarations()) {
+  for (const LimitsRow &row : rowsByHand()) rows.insert(row.function);
+  for (const LimitsRow &row : catalogueRows()) rows.insert(row.function);
+  std::vector<std::string> declared = declarations("koru.h");
+  for (std::string &each : declarations("koru_extras.h")) declared.push_back(std::move(each));
+  for (const std::string &declaration : declared) {
     const std::size_t open = declaration.find('(');
     const std::string parameters = declaration.substr(open);
     if (parameters.find("int ") == std::string::npos && parameters.find('*') == std::string::npos) continue;

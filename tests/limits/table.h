@@ -5,10 +5,12 @@
 
 #include <climits>
 #include <deque>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
 
+#include "catalogue/row.h"
 #include "core/solver.h"
 #include "support/kit/solver_test.h"
 
@@ -40,7 +42,10 @@ struct Operands {
   CSint *w = cs_createCSint(INT_MIN, INT_MAX);
   CSint *array[3] = {x, y, b};
   CSint *wide[3] = {w, x, w};
-  std::deque<std::vector<int>> ints;  // arrays of ints that are kept
+  // Arrays that are kept.
+  std::deque<std::vector<int>> ints;
+  std::deque<std::vector<long long>> longs;
+  std::deque<std::vector<CSint *>> arrays;
 
   int *keep(std::vector<int> values) {
     ints.push_back(std::move(values));
@@ -75,15 +80,18 @@ class Arguments {
 // `call` answers whether the result is the specified one.
 struct LimitsRow {
   const char *function;
-  const char *ints;
+  std::string ints;
   int pointers;
-  bool (*call)(Operands &o, const Arguments &a);
+  std::function<bool(Operands &o, const Arguments &a)> call;
 };
 
 inline void PrintTo(const LimitsRow &row, std::ostream *out) { *out << row.function; }
 
 // Exhausted memory is the specified answer where a set of far-apart values would be needed.
 inline bool refused() { return cs_getErr() == CS_ERR_MEMORY; }
+
+// What the catalogue says about a constraint.
+LimitsRow defaultRow(const catalogue::Row &row);
 
 // The rows of a file each.
 std::vector<LimitsRow> variableRows();

@@ -74,6 +74,7 @@ class Generator {
   int depth_ = 0;
   Range last_{0, 4};
   std::size_t lastSize_ = 0;
+  int lastRows_ = 0;
   bool acting_ = false;  // scripts change what is outside of them
 };
 

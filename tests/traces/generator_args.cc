@@ -64,7 +64,32 @@ void Generator::fillArg(const Line &line, char kind, Arg &arg) {
     case 'Q':
       for (std::size_t i = 0; i < lastSize_; ++i) arg.list.push_back(someOf('q'));
       return;
+    case 'o':
+      arg.number = random_.chance(30) ? kNull : someVariable();
+      return;
+    case 'O':
+      arg.list = someVariables();
+      if (lastSize_ > 0) arg.list.resize(lastSize_, someVariable());
+      if (random_.chance(30)) arg.number = kNull;
+      return;
+    case 'm':
+      for (std::size_t i = lastSize_ * static_cast<std::size_t>(random_.below(5)); i > 0; --i)
+        arg.list.push_back(value());
+      lastRows_ = static_cast<int>(arg.list.size() / std::max<std::size_t>(lastSize_, 1));
+      if (wrong()) arg.number = kNull;
+      return;
+    case 'r':
+      arg.number = wrong() ? extreme() : lastRows_;
+      return;
+    case 'b':
+      arg.number = random_.below(2);
+      return;
+    case 'c':
+      arg.number = wrong() ? extreme() : random_.below(6);
+      return;
     case 'k':
+    case 'L':
+    case 'T':
       for (int i = random_.chance(90) ? random_.between(1, 5) : 0; i > 0; --i) arg.list.push_back(value());
       lastSize_ = arg.list.size();
       if (wrong()) arg.number = kNull;
@@ -73,6 +98,7 @@ void Generator::fillArg(const Line &line, char kind, Arg &arg) {
       arg.number = wrong() ? extreme() : static_cast<int>(lastSize_);
       return;
     case 'i':
+    case 'l':
       arg.number = value();
       return;
     case 't':
@@ -191,12 +217,10 @@ void Generator::target(Line &line) {
 }
 
 Generator::Range Generator::resultRange(const Line &line) const {
-  const std::string_view name = line.row->name;
   if (line.row->group == Group::kCreate) return last_;
-  if (name.starts_with("cs_Reif")) return {0, 1};
-  if (name == "cs_Index" || name == "cs_OccurDomain") return {0, 3};
-  if (name == "cs_Element" || name == "cs_Abs") return {0, 4};
-  return {-6, 8};
+  if (line.row->constraint == nullptr) return {-6, 8};
+  const catalogue::Span span = line.row->constraint->results;
+  return {span.low, span.high};
 }
 
 }  // namespace koru::traces

@@ -31,7 +31,7 @@ struct Settings {
 
 // What has been called, for the figures; indexed by row.
 struct Tally {
-  static constexpr std::size_t kRows = 256;
+  static constexpr std::size_t kRows = 512;
   std::uint64_t calls[kRows];
   std::uint64_t skipped[kRows];
   std::uint64_t solved;    // comparisons of all solutions
@@ -45,6 +45,7 @@ struct Kept {
   std::deque<std::vector<CSint *>> variables;
   std::deque<std::vector<CSint **>> matrices;
   std::deque<std::vector<int>> ints;
+  std::deque<std::vector<long long>> longs;
   std::deque<std::vector<CSvalueSelector *>> selectors;
 };
 
@@ -71,6 +72,7 @@ class Machine {
   Kept &kept() { return kept_; }
   std::FILE *scratch();  // its contents go to the transcript after the call
 
+  void callConstraint(const Line &line);
   void answer(const Line &line, int number);
   void answer(const Line &line, const char *text);
   void answer(const Line &line, CSint *v);
@@ -108,7 +110,7 @@ class Machine {
     int refused;
     bool lacking;  // a relation without one of its variables
     std::vector<Twin::Mark> marks;
-    Posted relation;
+    std::optional<Posted> relation;  // of a constraint
   };
 
   struct Script {
@@ -134,7 +136,6 @@ class Machine {
   void observeSearch(const Line &line, int depth);
   void observeCreation(const Line &line);
   Posted posted(const Line &line) const;
-  static std::vector<std::size_t> lengths(const Line &line);
   bool lacksVariable(const Line &line) const;
   static bool usual(const Posted &relation);
   void runScript(const Script &script);

@@ -79,8 +79,8 @@ bool Machine::allowedWide(const Line &line) {
   std::size_t i = 0;
   for (const char *kind = line.row->kinds; *kind != '\0'; ++kind) {
     const Arg &arg = line.args[i++];
-    if (*kind == 'v') add(arg.number);
-    if (*kind == 'a') std::ranges::for_each(arg.list, add);
+    if (catalogue::isVariable(*kind)) add(arg.number);
+    if (catalogue::isArray(*kind)) std::ranges::for_each(arg.list, add);
   }
   if (wide.empty() || all < 2) return true;
   if (line.target != kNull && wideTies_ > 3) return false;

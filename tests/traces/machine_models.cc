@@ -11,8 +11,6 @@
 namespace koru::traces {
 namespace {
 
-bool isRelated(const Row &row) { return row.group == Group::kRelation || row.group == Group::kFunction; }
-
 // Of the array and size that a search is given: with a null in it, a built-in selection refuses it.
 bool holdsNoNull(Machine &m, const Line &line) {
   Reader in(m, line);
@@ -26,9 +24,9 @@ bool holdsNoNull(Machine &m, const Line &line) {
 // what was known of the contexts, is noted before.
 Machine::Before Machine::look(const Line &line) {
   twin_.follow();
-  Before before{solver::contexts.count(), refusedRequests(), false, {}, {}};
+  Before before{solver::contexts.count(), refusedRequests(), false, {}, std::nullopt};
   if (line.row->group == Group::kContext) before.marks = twin_.marks();
-  if (isRelated(*line.row)) {
+  if (line.row->constraint != nullptr) {
     before.lacking = lacksVariable(line);
     before.relation = posted(line);
   }
@@ -56,8 +54,8 @@ void Machine::tellTwin(const Line &line, const Before &before) {
 void Machine::tellSolutions(const Line &line, Before &before) {
   const Row &row = *line.row;
   if (before.lacking && answer_ != 0) fail(std::string("accepted without a variable: ") + row.name);
-  if (isRelated(row) && !before.lacking && solver::initialised)
-    observeRelation(line, std::move(before.relation), before.depth);
+  if (row.constraint != nullptr && !before.lacking && solver::initialised)
+    observeRelation(line, std::move(*before.relation), before.depth);
   if (row.group == Group::kSearch || row.group == Group::kNoGood) observeSearch(line, before.depth);
   if (row.group == Group::kEvent && row.result == 'b' && answer_ == 0) effect(before.depth);
   if (row.name == std::string_view("cs_selectValue")) effect(before.depth);
@@ -148,7 +146,7 @@ void Machine::observeRelation(const Line &line, Posted relation, int depth) {
     tally_.refuted += solutions_.checked() ? 1 : 0;
     return;
   }
-  if (relation.z != nullptr && line.row->meaning.value == nullptr && std::ranges::count(relation.x, relation.z) == 0 &&
+  if (relation.z != nullptr && !line.row->computes() && std::ranges::count(relation.x, relation.z) == 0 &&
       relation.z->count <= 40 && relation.z->count > 0)
     solutions_.created(relation.z, valuesOf(relation.z));
   solutions_.post(std::move(relation));

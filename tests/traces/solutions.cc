@@ -42,10 +42,10 @@ struct Solutions::Search {
 
   bool holds(const Posted &p) const {
     const std::vector<int> x = arguments(p);
-    const Terms terms{x, p.k, p.lists, p.z != nullptr ? values[position.at(p.z)] : 0};
-    if (p.row->meaning.holds != nullptr) return p.row->meaning.holds(terms) != wrong(x);
-    const auto value = p.row->meaning.value(terms);
-    return p.z != nullptr ? value == terms.z : value && *value >= INT_MIN && *value <= INT_MAX;
+    const int z = p.z != nullptr ? values[position.at(p.z)] : 0;
+    if (!p.row->computes()) return p.form.holds(x, z) != wrong(x);
+    const catalogue::Value value = p.form.value(x);
+    return p.z != nullptr ? value == z : value && *value >= INT_MIN && *value <= INT_MAX;
   }
 
   bool wrong(const std::vector<int> &x) const { return model.wrong_ && x.size() == 2 && x[0] == 3; }
@@ -55,7 +55,7 @@ struct Solutions::Search {
     if (i == variables.size()) return found.push_back(values);
     if (defining[i] != nullptr) {
       const std::vector<int> x = arguments(*defining[i]);
-      const auto value = defining[i]->row->meaning.value({x, defining[i]->k, defining[i]->lists});
+      const auto value = defining[i]->form.value(x);
       if (value && *value >= INT_MIN && *value <= INT_MAX) attempt(i, static_cast<int>(*value));
       return;
     }
@@ -75,15 +75,11 @@ void Solutions::clear() {
   *this = Solutions(wrong);
 }
 
-void Solutions::post(Posted posted) {
-  if (posted.row->meaning.known()) posted_.push_back(std::move(posted));
-}
+void Solutions::post(Posted posted) { posted_.push_back(std::move(posted)); }
 
 std::string Solutions::refused(Posted posted, int depth) {
   checked_ = false;
-  const bool asked =
-      sure() && posted.row->meaning.known() &&
-      !(posted.z == nullptr && posted.row->group == Group::kFunction && posted.row->meaning.value == nullptr);
+  const bool asked = sure() && !(posted.z == nullptr && posted.row->isFunction() && !posted.row->computes());
   std::vector<CSint *> variables;
   std::optional<std::vector<Tuple>> solutions;
   posted_.push_back(std::move(posted));
@@ -104,7 +100,7 @@ void Solutions::restored(int label) {
   const auto at = static_cast<std::size_t>(label - 1);
   while (at < marks_.size() && posted_.size() > marks_[at]) {
     const Posted &last = posted_.back();
-    if (last.row->meaning.value == nullptr && last.z != nullptr) domains_.erase(last.z);
+    if (!last.row->computes() && last.z != nullptr) domains_.erase(last.z);
     posted_.pop_back();
   }
   marks_.resize(std::min(marks_.size(), at));
@@ -125,7 +121,7 @@ bool Solutions::none() {
 }
 
 bool Solutions::mayRefuse() const {
-  return std::ranges::any_of(posted_, [](const Posted &p) { return p.row->meaning.mayRefuse; });
+  return std::ranges::any_of(posted_, [](const Posted &p) { return p.row->constraint->mayRefuse; });
 }
 
 bool Solutions::place(CSint *v, std::vector<CSint *> &result) const {
@@ -133,7 +129,7 @@ bool Solutions::place(CSint *v, std::vector<CSint *> &result) const {
   if (domains_.count(v) != 0) return result.push_back(v), true;
   const auto defining = std::ranges::find_if(
       posted_, [&](const Posted &p) { return p.z == v && std::ranges::find(p.x, v) == p.x.end(); });
-  if (defining == posted_.end() || defining->row->meaning.value == nullptr) return false;
+  if (defining == posted_.end() || !defining->row->computes()) return false;
   for (CSint *x : defining->x)
     if (!place(x, result)) return false;
   result.push_back(v);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/form.h"
 #include "koru.h"
 #include "traces/table.h"
 
@@ -18,10 +19,9 @@ namespace koru::traces {
 
 struct Posted {
   const Row *row;
+  catalogue::Form form;
   std::vector<CSint *> x;  // the arguments that are variables
-  std::vector<int> k;
-  std::vector<std::vector<int>> lists;
-  CSint *z = nullptr;  // the result
+  CSint *z = nullptr;      // the result
 };
 
 using Tuple = std::vector<int>;

@@ -41,6 +41,8 @@ char referenceLetter(char kind) {
   switch (kind) {
     case 'a':
     case 'A':
+    case 'o':
+    case 'O':
       return 'v';
     case 'Q':
       return 'q';

@@ -3,12 +3,11 @@
 // generator and model are driven by it, so a new export is one row.
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
+#include "catalogue/row.h"
 #include "traces/trace.h"
 
 namespace koru::traces {
@@ -31,27 +30,10 @@ enum class Group {
   kHarness,
 };
 
-// The arguments of a relation that is given as a row, with values in place of variables.
-struct Terms {
-  std::span<const int> x;                   // of the variables, in order, those of arrays included
-  std::span<const int> k;                   // ints that are no sizes
-  std::span<const std::vector<int>> lists;  // arrays of ints
-  int z = 0;                                // of the result
-  int at(std::size_t i) const { return x[i]; }
-};
-
-// What must hold, written without a look at the library. One of the two; neither when only the library could tell.
-struct Meaning {
-  bool (*holds)(const Terms &) = nullptr;                         // with the result, if there is one
-  std::optional<std::int64_t> (*value)(const Terms &) = nullptr;  // of the result; none when there is no solution
-  bool mayRefuse = false;                                         // a solution may be refused by design
-  bool known() const { return holds != nullptr || value != nullptr; }
-};
-
 // Kinds of arguments, a letter each:
 //   i int   n size of the arrays before it (cut down to theirs)   v variable   a array of variables   A one without
 //   nulls k array of ints   s callback   q value selector   Q array of them   h search hooks   g no-good set   p
-//   profiler t text   x supplied by the interpreter, not in the text
+//   profiler t text   x supplied by the interpreter, not in the text; and those of the catalogue of constraints
 // Kinds of results: those of references, and b number, a array of variables, d domain, t text, - nothing.
 struct Row {
   const char *name;
@@ -60,7 +42,10 @@ struct Row {
   Group group;
   int weight;  // how often the generator takes it within its group
   void (*run)(Machine &, const Line &);
-  Meaning meaning = {};
+  const catalogue::Row *constraint = nullptr;
+  bool isFunction() const { return constraint != nullptr && constraint->makes(); }
+  // Its result follows from its arguments.
+  bool computes() const { return constraint != nullptr && constraint->meaning.value != nullptr; }
 };
 
 std::span<const Row> coreRows();

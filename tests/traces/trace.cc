@@ -19,14 +19,16 @@ std::string reference(char letter, int number) {
 
 std::string item(char letter, int number) { return letter == 0 ? std::to_string(number) : reference(letter, number); }
 
+bool isInts(char kind) { return catalogue::isList(kind); }
+
 std::string printList(char kind, const Arg &arg) {
   if (arg.number == kNull) return "null";
   std::string result;
   for (const int number : arg.list) result += (result.empty() ? "" : " ") + item(referenceLetter(kind), number);
-  return kind == 'k' ? "{" + result + "}" : "[" + result + "]";
+  return isInts(kind) ? "{" + result + "}" : "[" + result + "]";
 }
 
-bool isList(char kind) { return std::string_view("aAQk").find(kind) != std::string_view::npos; }
+bool isList(char kind) { return isInts(kind) || std::string_view("aAOQ").find(kind) != std::string_view::npos; }
 
 std::string printArg(char kind, const Arg &arg) {
   if (isList(kind)) return printList(kind, arg);
@@ -88,8 +90,8 @@ bool parseItem(std::string_view word, char kind, int &number) {
 bool parseList(Words &words, std::string_view word, char kind, Arg &arg) {
   arg.number = word == "null" ? kNull : 0;
   if (word == "null") return true;
-  if (word != (kind == 'k' ? "{" : "[")) return false;
-  const std::string_view close = kind == 'k' ? "}" : "]";
+  if (word != (isInts(kind) ? "{" : "[")) return false;
+  const std::string_view close = isInts(kind) ? "}" : "]";
   for (word = words.next(); word != close; word = words.next())
     if (!parseItem(word, kind, arg.list.emplace_back())) return false;
   return true;

@@ -103,7 +103,7 @@ inline Constraint constraintOf(const catalogue::Form &form) {
   Constraint c{form.text(), static_cast<int>(n), solution, [form](CSint **x, CSint *&z) { return form.post(x, z); }};
   if (row.makes() && row.meaning.value != nullptr)
     c.results = [form](Values t) {
-      const catalogue::Value value = form.row().meaning.value(form.terms(t));
+      const catalogue::Value value = form.value(t);
       return value ? std::vector{static_cast<int>(*value)} : std::vector<int>{};
     };
   else if (row.makes())
