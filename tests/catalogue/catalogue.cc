@@ -17,10 +17,19 @@ const std::vector<const Row *> &rows() {
   return all;
 }
 
+const std::vector<const Row *> &rowsWithModels() {
+  static const std::vector<const Row *> all = [] {
+    std::vector<const Row *> result = rows();
+    for (const Row &row : modelRows()) result.push_back(&row);
+    return result;
+  }();
+  return all;
+}
+
 const std::vector<const Row *> &postingRows() {
   static const std::vector<const Row *> all = [] {
     std::vector<const Row *> result;
-    for (const Row *row : rows())
+    for (const Row *row : rowsWithModels())
       if (!row->postsNothing) result.push_back(row);
     for (const Row &row : hostRows()) result.push_back(&row);
     return result;

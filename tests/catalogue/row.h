@@ -83,10 +83,13 @@ std::span<const Row> reifiedRows();
 std::span<const Row> arrayRows();
 std::span<const Row> extraRows();  // of koru_extras.h
 
-std::span<const Row> hostRows();  // what a host writes itself; not among the following
+std::span<const Row> hostRows();   // what a host writes itself; not among the following
+std::span<const Row> modelRows();  // to copy; tested as the others are, but not exported
 
 const std::vector<const Row *> &rows();
-// Those that post, the host's included.
+// And the models.
+const std::vector<const Row *> &rowsWithModels();
+// Those that post, the models and the host's included.
 const std::vector<const Row *> &postingRows();
 const Row &rowOf(std::string_view name);  // ends the program when there is none
 const Row *findRow(std::string_view name);

@@ -58,12 +58,13 @@ Table countAllocations() {
   return counted;
 }
 
-// A constraint of koru_extras.h may go without.
+// A constraint of koru_extras.h may go without, and so do the models.
 bool needsLine(const std::string &scenario) {
-  return std::ranges::none_of(catalogue::extraRows(), [&](const catalogue::Row &row) {
+  const auto isOf = [&](const catalogue::Row &row) {
     const std::string name = row.name;
     return scenario.starts_with(name + "/") || scenario.starts_with("narrowing/" + name + "-");
-  });
+  };
+  return std::ranges::none_of(catalogue::extraRows(), isOf) && std::ranges::none_of(catalogue::modelRows(), isOf);
 }
 
 // The lines of the table that are wrong, as they should be.
@@ -87,7 +88,8 @@ void pin(const Table &counted) {
   std::ifstream old(kTable);
   std::string text;
   for (std::string line; std::getline(old, line) && line[0] == '#';) text += line + "\n";
-  for (const auto &[name, allocations] : counted) text += name + " " + std::to_string(allocations) + "\n";
+  for (const auto &[name, allocations] : counted)
+    if (needsLine(name)) text += name + " " + std::to_string(allocations) + "\n";
   std::ofstream(kTable) << text;
 }
 

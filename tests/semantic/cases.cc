@@ -11,7 +11,7 @@ bool isStated(const Cases &cases, const std::string &function) {
 
 // What no family has a case for.
 void addDefaults(Cases &cases) {
-  for (const catalogue::Row *row : catalogue::rows())
+  for (const catalogue::Row *row : catalogue::rowsWithModels())
     if (!isStated(cases, row->name)) cases.push_back(defaultCase(*row));
 }
 

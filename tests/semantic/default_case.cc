@@ -69,7 +69,7 @@ std::vector<Constraint> formsOf(const Row &row) {
 }  // namespace
 
 Case defaultCase(const Row &row) {
-  Case c{std::string(row.name).substr(3), {row.name}, formsOf(row), {}, 0};
+  Case c{std::string(row.name).substr(std::string(row.name).find('_') + 1), {row.name}, formsOf(row), {}, 0};
   const int greatest = std::ranges::max_element(c.forms, {}, &Constraint::arity)->arity;
   c.rooms = {{row.domain.low, row.domain.high - row.domain.low + (greatest < 3 ? 2 : 1)}};
   c.fewPatternsFrom = 5;

@@ -83,7 +83,8 @@ class Sweep {
 
   long long states = 0;
   long long postings = 0;
-  Calls calls;  // of three postings in four; one that nobody observes may take another way
+  Calls calls;                 // of three postings in four; one that nobody observes may take another way
+  Measure *measure = nullptr;  // adds up what has no support, if it is there
   bool single() const { return only_ != 0; }
   std::string finding;  // empty when nothing was
 
@@ -144,6 +145,7 @@ class Sweep {
     Effort effort = case_.effort;
     if (effort.depth > 0 && scale_.deeper > 0 && number_ % scale_.deeper == 0) ++effort.depth;
     Run run(posting);
+    run.measure = measure;
     std::optional<Listener> listener;
     if (number_ % 4 != 0) listener.emplace(calls, single() ? list_ : nullptr);
     run.post([&](const Node &root) { Visits(run, effort, static_cast<unsigned>(number_)).all(root); });

@@ -9,6 +9,7 @@
 
 #include <sstream>
 
+#include "semantic/harness/measure.h"
 #include "semantic/harness/solution_table.h"
 #include "semantic/harness/step.h"
 #include "support/kit/batch.h"
@@ -40,6 +41,7 @@ class Run {
   Run &operator=(const Run &) = delete;
 
   long long states = 0;
+  Measure *measure = nullptr;  // adds up what has no support, if it is there
 
   // The first thing that was wrong, with all that is needed to see it again; empty when nothing was.
   const std::string &finding() const { return finding_; }
@@ -183,6 +185,8 @@ class Run {
   void expectPromises(const Node &node, bool complete) {
     const Constraint &c = posting_.constraint;
     const Left now = left(node);
+    if (measure != nullptr && sound() && !complete && !isShared())
+      measure->add(now, c.results != nullptr, supportsOf(now, [](Mask mask) { return mask; }), supportsOf(now, hullOf));
     if (!sound() || complete || (now.branch.unheard && !c.alsoTogether) || (isShared() && !c.alsoShared)) return;
     if (c.strength) expectStrength(now);
     if (c.supported)

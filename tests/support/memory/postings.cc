@@ -66,7 +66,7 @@ void addRow(Scenarios &scenarios, const Row &row) {
 
 void addPostings(Scenarios &scenarios) {
   const std::vector<Scenario> byFamily = scenarios.all();
-  for (const Row *row : catalogue::rows()) {
+  for (const Row *row : catalogue::rowsWithModels()) {
     const auto isOfRow = [&](const Scenario &each) { return each.function() == row->name; };
     if (std::ranges::none_of(byFamily, isOfRow)) addRow(scenarios, *row);
   }
