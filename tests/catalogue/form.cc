@@ -18,7 +18,17 @@ Form::Form(const Row &row, std::vector<int> sizes, std::vector<Wide> k, std::vec
     constants_->ints.back().resize(list.size() + 4);  // an empty array has an address, too
   }
   constants_->lists = std::move(lists);
+  refused_ = sizesAreRefused();
   for (const int length : lengths_ = lengths()) arity_ += static_cast<std::size_t>(length);
+}
+
+// A negative size is an empty array to koru.h, and none to koru_extras.h.
+bool Form::sizesAreRefused() const {
+  const auto isOf = [&](std::span<const Row> rows) {
+    return std::ranges::any_of(rows, [&](const Row &row) { return &row == row_; });
+  };
+  const bool strict = isOf(extraRows()) || isOf(modelRows());
+  return std::ranges::any_of(sizes_, [&](int n) { return std::max(n, 0) < row_->fewest || (strict && n < 0); });
 }
 
 // An array is as long as the next size says.
@@ -73,11 +83,12 @@ Terms Form::terms(std::span<const int> x, int z) const {
 
 bool Form::holds(std::span<const int> x, int z) const {
   const Terms t = terms(x, z);
+  if (refused_) return false;
   if (row_->meaning.holds != nullptr) return row_->meaning.holds(t);
   return row_->meaning.value(t) == Value(z);
 }
 
-Value Form::value(std::span<const int> x) const { return row_->meaning.value(terms(x)); }
+Value Form::value(std::span<const int> x) const { return refused_ ? std::nullopt : row_->meaning.value(terms(x)); }
 
 std::vector<Actual> Form::actuals(CSint **x) const {
   std::vector<Actual> result(lengths_.size());

@@ -18,13 +18,15 @@ class Form {
        unsigned nulls = 0);
 
   const Row &row() const { return *row_; }
+  bool isRefused() const { return refused_; }   // for its sizes
   std::size_t arity() const { return arity_; }  // variables, without the result
   std::string text() const;                     // "cs_IfEq 1 2"
 
   std::span<const std::vector<Wide>> lists() const { return constants_->lists; }
   Terms terms(std::span<const int> x, int z = 0) const;
-  bool holds(std::span<const int> x, int z = 0) const;  // the result counts where there is one
-  Value value(std::span<const int> x) const;            // where the row has one
+  // The result counts where there is one. Nothing holds with sizes that are refused.
+  bool holds(std::span<const int> x, int z = 0) const;
+  Value value(std::span<const int> x) const;  // where the row has one
 
   // What the call is given for variables that lie one behind the other.
   std::vector<Actual> actuals(CSint **x) const;
@@ -39,6 +41,7 @@ class Form {
   };
 
   std::vector<int> lengths() const;
+  bool sizesAreRefused() const;
 
   const Row *row_;
   std::vector<int> sizes_;
@@ -47,6 +50,7 @@ class Form {
   unsigned nulls_;
   std::vector<int> lengths_;  // of variables, by argument
   std::size_t arity_ = 0;
+  bool refused_;
 };
 
 // How long the lists are that go with sizes and ints.

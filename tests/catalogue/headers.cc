@@ -19,7 +19,8 @@ const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "No-goods and restarts",
                                              "Profiler",
                                              "Formatted output",
-                                             "Search objects"};
+                                             "Search objects",
+                                             "Runs that wait"};
 const std::set<std::string> kStateAllTheSame = {"cs_createNoGoodSet", "cs_addNoGood"};
 
 // " * 5. Relations" is the title of a section, " *   5. Relations" a line of the table of contents.

@@ -54,9 +54,9 @@ struct Row {
 
   // ----- what most rows leave as it is
   Consistency ofResult = consistency;
-  const char *site = name;    // what profiles call it
-  int most = 1000000;         // no more variables are handed over
-  int fewest = 0;             // with less than so many elements it is refused; from 0 on its meaning counts
+  const char *site = name;  // what profiles call it
+  int most = 1000000;       // no more variables are handed over
+  int fewest = 0;  // with less elements it is refused; a negative size is 0 in koru.h, and refused in koru_extras.h
   Span results = {-6, 8};     // where results mostly lie
   Span domain = {-1, 2};      // values of variables for which the meaning is of interest
   bool alsoShared = true;     // the consistency is promised with a variable in several places as well,

@@ -67,9 +67,6 @@ class Call {
 
   // With what the sizes leave of the arrays.
   Form form() const { return {row_, sizes_, k_, lists_}; }
-  bool tooFew() const {
-    return std::ranges::any_of(sizes_, [&](int n) { return std::max(n, 0) < row_.fewest; });
-  }
   const std::vector<CSint *> &variables() const { return x_; }
   catalogue::Answer run() const { return row_.door.call(actuals_.data()); }
 
@@ -221,8 +218,8 @@ bool agrees(const Row &row, Operands &o, const Arguments &a, bool wide) {
   const Call call(row, o, a, wide);
   const catalogue::Answer answer = call.run();
   const bool accepted = answer.number != 0;
-  if (a.anyNull() || call.tooFew()) return row.saysNothing || !accepted;
   const Form form = call.form();
+  if (a.anyNull() || form.isRefused()) return row.saysNothing || !accepted;
   const Needed needed(form, call.variables(), o);
   if (!accepted && !row.saysNothing) return !needed.any || row.mayRefuse || refused() || cs_getErr() == CS_ERR_OVERFLOW;
   const bool exact = !wide && needed.any && needed.fits && needed.distinct() && row.makes() &&

@@ -22,8 +22,9 @@ constexpr auto kTable = deferred<filter>(Rank::kSorting, events(kNewMin, kNewMax
 
 static bool post(const Poster &poster, CSint **vars, int count) {
   Buffer<CSint *> copy = copyVariables(vars, count);
+  if (!copy) return false;
   Posting posting{poster};
-  if (!copy || !posting) return false;
+  if (!posting) return false;
   if (count < 2) return true;
   HallBounds bounds(count);
   if (!bounds) return false;

@@ -47,8 +47,9 @@ static bool createMatching(AllNeqDomain &c) {
 
 static bool post(const Poster &poster, CSint **vars, int count) {
   Buffer<CSint *> copy = copyVariables(vars, count);
+  if (!copy) return false;
   Posting posting{poster};
-  if (!copy || !posting) return false;
+  if (!posting) return false;
   if (count < 2) return true;
   AllNeqDomain record{{}, std::move(copy), count, {}, HallBounds(count)};
   if (!record.bounds || !createMatching(record)) return false;

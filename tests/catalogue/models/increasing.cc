@@ -47,7 +47,7 @@ constexpr auto kTable = handlers<Increasing>(
 // ----- posting
 
 static bool post(const Poster &poster, CSint **vars, int n) {
-  if (n <= 0) return true;
+  if (n <= 0) return n == 0;
   if (vars == nullptr || !allPresent(vars, n)) return false;
   Posting posting{poster};
   if (!posting) return false;
