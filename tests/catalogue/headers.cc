@@ -7,7 +7,8 @@
 namespace koru::catalogue {
 namespace {
 
-// The sections of the header whose functions state nothing about variables, and functions of these that do.
+// The sections of the headers whose functions state nothing about variables, and functions of these that do. What a run
+// that waits states is its callback's; tests/unit/core/agenda_posting_test.cc has it.
 const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "Lifecycle, version and errors",
                                              "Variables: creation, names, queries",
