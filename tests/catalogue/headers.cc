@@ -21,7 +21,8 @@ const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "Profiler",
                                              "Formatted output",
                                              "Search objects",
-                                             "Runs that wait"};
+                                             "Runs that wait",
+                                             "Failures that were not looked at"};
 const std::set<std::string> kStateAllTheSame = {"cs_createNoGoodSet", "cs_addNoGood"};
 
 // " * 5. Relations" is the title of a section, " *   5. Relations" a line of the table of contents.

@@ -8,9 +8,11 @@
 
 namespace koru {
 
-HallBounds::HallBounds(int count)
-    : byMin_(count), byMax_(count), points_(std::uint64_t{2} * static_cast<unsigned>(count) + 2) {
-  if (byMin_ && byMax_ && points_) room_ = Buffer<Interval>(count);
+// One after the other: the first request that fails is the last.
+HallBounds::HallBounds(int count) : byMin_(count) {
+  if (byMin_) byMax_ = decltype(byMax_)(count);
+  if (byMax_) points_ = decltype(points_)(std::uint64_t{2} * static_cast<unsigned>(count) + 2);
+  if (points_) room_ = Buffer<Interval>(count);
 }
 
 // By bound, and by position where bounds are equal: events come in the same order everywhere.

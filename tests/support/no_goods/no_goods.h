@@ -66,7 +66,7 @@ inline void add(CSnoGoodSet *set, const Literals &literals) {
 
 // As cs_addNoGood, without its demand that indexes are below the number of elements.
 inline void addFreely(CSnoGoodSet *set, const Literals &literals) {
-  std::vector<Element> elements;
+  std::vector<NoGoodElement> elements;
   for (const Literal &l : literals) elements.push_back({{l.method, l.value}, l.index});
   addNoGood(*set, elements.data(), static_cast<int>(elements.size()));
 }
