@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_Mul, cs_VMul, cs_Div, cs_VDiv: p = a * b. z = x * y is {z, x, y}; the exact quotient z = x / y is {x, z, y}.
-// Consistency: bounds, of the four corners.  Cost: O(1) per event.  State: none.
+// Consistency: the bounds of the four corners, which need not be part of a solution; nothing for an operand while the
+// other one can be 0.  Cost: O(1) per event.  State: none.
 // Wakes: when a bound moves or a variable is bound.
 // Deliberate: nothing is narrowed at posting, since the result is made with what the operands allow; a product that is
 // decided is posted all the same, which keeps the number of constraints independent of the domains.

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // cs_ScalProd, cs_VScalProd: s = c1 * x1 + ... + cn * xn.
-// Consistency: bounds.  Cost: O(n) per event: totals are computed anew, in 64 bits; a division only for a term whose
-// bound moves.  State: none.
+// Consistency: bounds over the reals; over the ints when every coefficient is 1, 0 or -1.
+// Cost: O(n) per event: totals are computed anew, in 64 bits; a division only for a term whose bound moves.
+// State: none.
 // Wakes: when a bound moves, on one constraint for s and one for the terms, under one site.
 // Deliberate: a term's binding inside its bounds moves both its bounds, and runs the terms' handler for each; n = 1 is
-// no special case, for it has a coefficient. Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not
-// guarded against later, when the totals can only lie between those of the posting.
+// no special case, for it has a coefficient.
+// Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not guarded against later, when the totals can
+// only lie between those of the posting.
 #include <algorithm>
 #include <cstdarg>
 #include <utility>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Add, cs_Sub: s = a + b. z = x + y is {z, x, y}; z = x - y is {x, z, y}.
-// Consistency: bounds; holes pass between two of the variables while the third is bound.
+// Consistency: bounds; an inner value that is removed passes between two of the variables while the third is bound.
 // Cost: O(1) per event; posting O(1), or O(d) to copy the holes of an operand d wide.  State: none.
 // Wakes: on every event.
 // Deliberate: a decided result is a constant and nothing is posted; operands are not narrowed at posting; with both

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_Element: value = values[index] over an array of ints.
-// Consistency: domain.  Cost: O(log n) and the positions of one value per value lost; O(n log n) at posting.
+// Consistency: domain while nothing else narrows the index within one propagation (see below); weaker otherwise.
+// Cost: O(log n) and the positions of one value per value lost; O(n log n) at posting.
 // State: the (value, position) pairs in order, and for each position the first pair of its value. Not trailed: how many
 // pairs at either end are known to have left the index on this branch.
 // Wakes: at every change of index and value.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // cs_Min, cs_VMin, cs_Max, cs_VMax: r = the least (greatest) of n variables.
-// Consistency: bounds, and while r is bound that one variable can take its value.
+// Consistency: on bounds, but for the two cases below; while r is bound, that one variable can take its value.
 // Cost: O(n) per event on r; for the array O(1), or a scan when the witness has left r's bound.
 // State: the witness, a variable whose bound kept r's where it is. It is asked again at each use, so it is not trailed.
 // Wakes: when a bound moves or a variable is bound, on one constraint for r and one for the array, under one site.
