@@ -16,6 +16,7 @@
  *   3. Runs that wait
  *   4. All-different with strong consistency
  *   5. Failures that were not looked at
+ *   6. Tables
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -355,6 +356,37 @@ KORU_API bool cs_AllNeqBounds(CSint **vars, int n);
  * @return 0 or more; 0 after cs_init and cs_end. A refusal without a solver counts until then.
  */
 KORU_API int cs_getNbRefused(void);
+
+/* ==================================================================================================================
+ * 6. Tables
+ *
+ * Relations that are given as a list: what goes with what (configurations, words of a crossword, connections). A table
+ * is @p count rows of @p n ints, one row after the other; rows may stand in any order, and several times. It is copied.
+ * Every value that is left is part of a row that all domains allow (domain consistency), also when a variable stands in
+ * several columns.
+ *
+ * All are false when there is no such row, when n is below 1 or count negative, when an array is null or a variable is,
+ * when a table has more than 2^30 ints, and when memory runs out.
+ * Cost: memory linear in the ints of the table. A run takes time linear in the 64ths of the rows that the values lost
+ * since the last one stand in, or those left if these are fewer values, and constant for each value that is left, as
+ * long as the row that supported it last stands.
+ * ================================================================================================================ */
+
+/** In a row of cs_ShortTable: any value. No row can name this int itself. */
+#define CS_ANY (-2147483647 - 1)
+
+/** vars[0], ..., vars[n - 1] are one of the rows. */
+KORU_API bool cs_Table(CSint **vars, int n, const int *rows, int count);
+
+/**
+ * vars[0], ..., vars[n - 1] are none of the rows.
+ * Cost: beyond the above, for each value linear in the 64ths of the rows that it stands in, once the other variables
+ * have no more combinations than rows are left.
+ */
+KORU_API bool cs_NotTable(CSint **vars, int n, const int *rows, int count);
+
+/** As cs_Table, with cells that stand for all values: CS_ANY. */
+KORU_API bool cs_ShortTable(CSint **vars, int n, const int *rows, int count);
 
 #ifdef __cplusplus
 }

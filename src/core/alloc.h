@@ -47,6 +47,13 @@ class Buffer {
   T *data_ = nullptr;
 };
 
+// For several buffers, of which none is tried once one cannot be had: make(a, n) && make(b, m).
+template <class T>
+bool make(Buffer<T> &buffer, std::uint64_t count) {
+  buffer = Buffer<T>(count);
+  return static_cast<bool>(buffer);
+}
+
 // The head of a shared array; the elements follow it.
 struct alignas(std::max_align_t) SharedBlock {
   int owners;

@@ -173,9 +173,10 @@ static bool post(const Poster &poster, const TableOf<Record> &table, Record reco
 
 static bool postRun(const Poster &poster, CSint **array, int size, CSeventAllKnownCallback run, void *extra) {
   if (run == nullptr) return false;
-  Buffer<CSint *> copy = copyVariables(array, size);
   Posting posting{poster};
-  if (!copy || !posting) return false;
+  if (!posting) return false;
+  Buffer<CSint *> copy = copyVariables(array, size);
+  if (!copy) return false;
   auto c = posting.add(kRunTable, HostRun{{}, std::move(copy), size, run, extra, posting.site()});
   for (int i = 0; i < size; ++i) c.attach(array[i], i);
   if (!posting) return false;

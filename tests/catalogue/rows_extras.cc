@@ -10,10 +10,43 @@ namespace {
 
 using enum Consistency;
 
+bool inTable(T t) {
+  const std::size_t n = t.x.size();
+  const std::vector<Wide> &cells = t.lists[0];
+  for (std::size_t at = 0; at + n <= cells.size(); at += n) {
+    bool equal = true;
+    for (std::size_t i = 0; i < n; ++i) equal = equal && (cells[at + i] == t.x[i] || cells[at + i] == CS_ANY);
+    if (equal) return true;
+  }
+  return false;
+}
+bool notInTable(T t) { return !inTable(t); }
+
 // A row: {"cs_Name", "kinds", door<cs_Name>, relation, kDomain, {{values that violate it}}}
 const Row kRows[] = {
     {"cs_AllNeqBounds", "an", door<cs_AllNeqBounds>, allDifferent, kBounds, {{7, 1, 7}}},
     {"cs_AllNeqDomain", "an", door<cs_AllNeqDomain>, allDifferent, kDomain, {{7, 1, 7}}},
+    {.name = "cs_NotTable",
+     .kinds = "anmr",
+     .door = door<cs_NotTable>,
+     .meaning = notInTable,
+     .consistency = kDomain,
+     .example = {{1, 2, 3}, {3, 2}, {}, {{1, 2, 3, 4, 5, 6}}},
+     .fewest = 1},
+    {.name = "cs_ShortTable",
+     .kinds = "anmr",
+     .door = door<cs_ShortTable>,
+     .meaning = inTable,
+     .consistency = kDomain,
+     .example = {{1, 2, 4}, {3, 2}, {}, {{1, CS_ANY, 3, 4, 5, CS_ANY}}},
+     .fewest = 1},
+    {.name = "cs_Table",
+     .kinds = "anmr",
+     .door = door<cs_Table>,
+     .meaning = inTable,
+     .consistency = kDomain,
+     .example = {{1, 2, 6}, {3, 2}, {}, {{1, 2, 3, 4, 5, 6}}},
+     .fewest = 1},
 };
 
 }  // namespace

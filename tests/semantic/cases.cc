@@ -21,7 +21,7 @@ const Cases &allCases() {
   static const Cases cases = [] {
     Cases all;
     for (const auto family : {relationCases, arithmeticCases, linearCases, reifiedCases, globalCases, elementCases,
-                              automatonCases, schedulingCases, hostCases}) {
+                              automatonCases, schedulingCases, hostCases, tableCases}) {
       const Cases more = family();
       all.insert(all.end(), more.begin(), more.end());
     }

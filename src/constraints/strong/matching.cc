@@ -8,18 +8,12 @@
 
 namespace koru {
 
-Matching::Matching(int count, int low, int span)
-    : count_(count),
-      low_(low),
-      span_(span),
-      words_(wordsFor(span)),
-      match_(count),
-      owner_(span),
-      via_(span),
-      stack_(count + 1),
-      nodes_(count + 1),
-      sets_(std::uint64_t{4} * static_cast<unsigned>(words_)),
-      open_(match_ && owner_ && via_ && stack_ && nodes_ && sets_ ? BranchSet(count) : BranchSet()) {
+Matching::Matching(int count, int low, int span) : count_(count), low_(low), span_(span), words_(wordsFor(span)) {
+  const auto n = static_cast<unsigned>(count);
+  const auto values = static_cast<unsigned>(span);
+  if (make(match_, n) && make(owner_, values) && make(via_, values) && make(stack_, n + 1) && make(nodes_, n + 1) &&
+      make(sets_, std::uint64_t{4} * static_cast<unsigned>(words_)))
+    open_ = BranchSet(count);
   if (!open_) return;
   std::fill_n(match_.get(), count, kNone);
   std::fill_n(owner_.get(), span, kNone);

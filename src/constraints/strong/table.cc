@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+// cs_Table, cs_ShortTable: the variables take the values of one of the rows of a table. In a short table a cell CS_ANY
+// stands for all values.
+// Consistency: domain, a variable that stands several times included.
+// Cost: a run of O(words with rows of the values that have gone, or of those left) and a look per value, O(words) where
+// the row that supported it has gone.
+// State: the rows that are left, trailed words; RowSet.
+// Wakes: at every change.
+#include <algorithm>
+
+#include "constraints/strong/row_set.h"
+#include "core/domain_walk.h"
+#include "core/post.h"
+#include "koru_extras.h"
+
+namespace koru::table {
+
+struct Table : Deferred {
+  RowSet rows;
+};
+
+// ----- rules
+
+struct Left {
+  int min = kIntMax;
+  int max = kIntMin;
+};
+
+// Values without a row go behind those in front, whose bounds are told.
+static bool sortOut(RowSet &rows, RowSet::Column &column, Left &left) {
+  const WordStamp stamp = WordStamp::now();
+  for (int place = column.begin; place < column.begin + column.size.number();) {
+    if (!rows.isSupported(place)) {
+      if (!rows.dropValue(column, place, stamp)) return false;
+      continue;
+    }
+    left.min = std::min(left.min, rows.valueAt(place));
+    left.max = std::max(left.max, rows.valueAt(place));
+    ++place;
+  }
+  return left.min <= left.max;
+}
+
+// Bounds first, so that they move once.
+static bool filterColumn(RowSet &rows, RowSet::Column &column) {
+  if (rows.anySupported(column)) return true;
+  Left left;
+  CSint *v = column.v;
+  if (!sortOut(rows, column, left) || !narrowMin(v, left.min) || !narrowMax(v, left.max)) return false;
+  if (v->count == column.size.number()) return true;
+  return forEachValue(v, [&](int value) { return rows.isInFront(column, value) || removeValue(v, value); });
+}
+
+static bool filter(Table &c) {
+  if (!c.rows.update() || c.rows.empty()) return false;
+  for (int j = 0; j < c.rows.columns(); ++j)
+    if (!filterColumn(c.rows, c.rows.column(j))) return false;
+  c.rows.noteSeen();
+  return true;
+}
+
+constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
+
+// ----- posting
+
+static bool post(const Poster &poster, const RowSet::Given &given) {
+  if (!given.isSound()) return false;
+  Posting posting{poster};
+  if (!posting || given.count == 0) return posting && given.count > 0;
+  RowSet rows;
+  if (!rows.build(given)) return false;
+  auto c = posting.add(kTable, Table{{}, std::move(rows)});
+  for (int j = 0; posting && j < c->rows.columns(); ++j) c.attach(c->rows.column(j).v, j);
+  return posting && runSoon(*c);
+}
+
+}  // namespace koru::table
+
+bool cs_Table(CSint **vars, int n, const int *rows, int count) {
+  return koru::door(koru::table::post("cs_Table", {vars, n, rows, count, false}));
+}
+
+bool cs_ShortTable(CSint **vars, int n, const int *rows, int count) {
+  return koru::door(koru::table::post("cs_ShortTable", {vars, n, rows, count, true}));
+}
