@@ -9,6 +9,18 @@
  * the caller may free or change them as soon as the call returns. And a callback is always handed a pointer of the
  * host's.
  *
+ * Truth values: a variable that a function takes for one is true when it is 1 or more and false when it is 0 or less.
+ * Usually it is over 0..1; nothing narrows it to that.
+ *
+ * A statement comes in up to four forms. cs_X posts it. cs_ReifX makes a variable over 0..1 that is 1 exactly when it
+ * holds. cs_XIff ties it to a truth value b that the host has already: b is true exactly when it holds. cs_XIf ties it
+ * in half: when b is true it holds, and when it cannot hold b is false; when b is false it may hold or not. Half is
+ * cheaper, and enough wherever nothing else makes b false. b may be one of the variables of the statement as well.
+ *
+ * The constraints are sound: what is accepted is a solution, what is refused has none, whatever was restored or
+ * accepted since the posting. "Domain consistent" means that every value left is part of a solution of the constraint
+ * alone; a variable that stands in several places counts there as several.
+ *
  * The header reads as a table of contents:
  *
  *   1. Order of arrays
@@ -17,6 +29,11 @@
  *   4. All-different with strong consistency
  *   5. Failures that were not looked at
  *   6. Tables
+ *   7. Clauses
+ *   8. Comparisons and membership tied to a truth value
+ *   9. Linear relations
+ *   10. Sequences and permutations
+ *   11. Counting and elements with given results
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -387,6 +404,208 @@ KORU_API bool cs_NotTable(CSint **vars, int n, const int *rows, int count);
 
 /** As cs_Table, with cells that stand for all values: CS_ANY. */
 KORU_API bool cs_ShortTable(CSint **vars, int n, const int *rows, int count);
+
+/* ==================================================================================================================
+ * 7. Clauses
+ * ================================================================================================================ */
+
+/**
+ * At least one of the p variables of @p pos is true or one of the q variables of @p neg is false. Either array may be
+ * null when its size is 0. A clause without literals is false; one that has a variable in both arrays always holds.
+ * Domain consistent, which for a clause is unit propagation. Two literals are watched, but an event that makes any
+ * literal false still costs a call and a look at a bound.
+ * @return false when nothing is left that satisfies it, when a size is negative, an array or variable null, or memory
+ * is exhausted. Cost: (p + q) log(p + q) for posting.
+ */
+KORU_API bool cs_Clause(CSint **pos, int p, CSint **neg, int q);
+
+/**
+ * A variable over 0..1 that is 1 exactly when the clause holds; see cs_Clause. Domain consistent. One constraint for
+ * each direction: an event costs a call whichever way a literal goes.
+ * @return the variable; null for bad arguments or exhausted memory.
+ */
+KORU_API CSint *cs_ReifClause(CSint **pos, int p, CSint **neg, int q);
+
+/** @p b is true exactly when the clause holds; see cs_ReifClause. @return as cs_Clause. */
+KORU_API bool cs_ClauseIff(CSint *b, CSint **pos, int p, CSint **neg, int q);
+
+/** When @p b is true the clause holds: the clause with one more negative literal. @return as cs_Clause. */
+KORU_API bool cs_ClauseIf(CSint *b, CSint **pos, int p, CSint **neg, int q);
+
+/* ==================================================================================================================
+ * 8. Comparisons and membership tied to a truth value
+ *
+ * All are domain consistent and return false when the problem as it stands has no solution, a variable is null or
+ * memory is exhausted. As in koru.h, a name in upper case compares with an int. The limits of the int range are no
+ * exceptions here: x < INT_MIN never holds. Cost: constant per event, except that an equality scans for another common
+ * value when the one it knows is lost.
+ * ================================================================================================================ */
+
+/** @p b is true exactly when x = y. */
+KORU_API bool cs_EqIff(CSint *b, CSint *x, CSint *y);
+/** @p b is true exactly when x differs from y. */
+KORU_API bool cs_NeqIff(CSint *b, CSint *x, CSint *y);
+/** @p b is true exactly when x <= y. */
+KORU_API bool cs_LeIff(CSint *b, CSint *x, CSint *y);
+/** @p b is true exactly when x < y. */
+KORU_API bool cs_LtIff(CSint *b, CSint *x, CSint *y);
+/** @p b is true exactly when x >= y. */
+KORU_API bool cs_GeIff(CSint *b, CSint *x, CSint *y);
+/** @p b is true exactly when x > y. */
+KORU_API bool cs_GtIff(CSint *b, CSint *x, CSint *y);
+
+/** @p b is true exactly when x = v. */
+KORU_API bool cs_EQIff(CSint *b, CSint *x, int v);
+/** @p b is true exactly when x differs from v. */
+KORU_API bool cs_NEQIff(CSint *b, CSint *x, int v);
+/** @p b is true exactly when x <= v. */
+KORU_API bool cs_LEIff(CSint *b, CSint *x, int v);
+/** @p b is true exactly when x < v. */
+KORU_API bool cs_LTIff(CSint *b, CSint *x, int v);
+/** @p b is true exactly when x >= v. */
+KORU_API bool cs_GEIff(CSint *b, CSint *x, int v);
+/** @p b is true exactly when x > v. */
+KORU_API bool cs_GTIff(CSint *b, CSint *x, int v);
+
+/** When @p b is true, x = y. */
+KORU_API bool cs_EqIf(CSint *b, CSint *x, CSint *y);
+/** When @p b is true, x differs from y. */
+KORU_API bool cs_NeqIf(CSint *b, CSint *x, CSint *y);
+/** When @p b is true, x <= y. */
+KORU_API bool cs_LeIf(CSint *b, CSint *x, CSint *y);
+/** When @p b is true, x < y. */
+KORU_API bool cs_LtIf(CSint *b, CSint *x, CSint *y);
+/** When @p b is true, x >= y. */
+KORU_API bool cs_GeIf(CSint *b, CSint *x, CSint *y);
+/** When @p b is true, x > y. */
+KORU_API bool cs_GtIf(CSint *b, CSint *x, CSint *y);
+
+/** When @p b is true, x = v. */
+KORU_API bool cs_EQIf(CSint *b, CSint *x, int v);
+/** When @p b is true, x differs from v. */
+KORU_API bool cs_NEQIf(CSint *b, CSint *x, int v);
+/** When @p b is true, x <= v. */
+KORU_API bool cs_LEIf(CSint *b, CSint *x, int v);
+/** When @p b is true, x < v. */
+KORU_API bool cs_LTIf(CSint *b, CSint *x, int v);
+/** When @p b is true, x >= v. */
+KORU_API bool cs_GEIf(CSint *b, CSint *x, int v);
+/** When @p b is true, x > v. */
+KORU_API bool cs_GTIf(CSint *b, CSint *x, int v);
+
+/**
+ * @p b is true exactly when x is one of the @p n values, which may come in any order and repeatedly. False too for a
+ * negative n and for null values with n > 0; no value contains x when n = 0.
+ * Cost: n log n for posting; n log n for an event that takes the value inside or the one outside that is known.
+ */
+KORU_API bool cs_InArrayIff(CSint *b, CSint *x, const int *values, int n);
+/** @p b is true exactly when x is none of the values; see cs_InArrayIff. */
+KORU_API bool cs_NotInArrayIff(CSint *b, CSint *x, const int *values, int n);
+/** When @p b is true, x is one of the values; see cs_InArrayIff. */
+KORU_API bool cs_InArrayIf(CSint *b, CSint *x, const int *values, int n);
+/** When @p b is true, x is none of the values; see cs_InArrayIff. */
+KORU_API bool cs_NotInArrayIf(CSint *b, CSint *x, const int *values, int n);
+
+/** @p b is true exactly when lo <= x <= hi; an interval with lo > hi contains nothing. */
+KORU_API bool cs_InIntervalIff(CSint *b, CSint *x, int lo, int hi);
+/** @p b is true exactly when x < lo or x > hi. */
+KORU_API bool cs_NotInIntervalIff(CSint *b, CSint *x, int lo, int hi);
+/** When @p b is true, lo <= x <= hi. */
+KORU_API bool cs_InIntervalIf(CSint *b, CSint *x, int lo, int hi);
+/** When @p b is true, x < lo or x > hi. */
+KORU_API bool cs_NotInIntervalIf(CSint *b, CSint *x, int lo, int hi);
+
+/* ==================================================================================================================
+ * 9. Linear relations
+ * ================================================================================================================ */
+
+/**
+ * coeffs[0] * vars[0] + ... + coeffs[n - 1] * vars[n - 1] op @p constant, where op is = for CS_METHOD_EQ, != for
+ * CS_METHOD_NEQ, and <=, <, >= or > for CS_METHOD_LE, CS_METHOD_LT, CS_METHOD_GE or CS_METHOD_GT. Any coefficients, any
+ * constant: sums are exact, whatever their size. An empty sum is 0. A variable may stand in several places; its
+ * coefficients are added up first.
+ * Inequalities and != are domain consistent. Equalities are bounds consistent over the reals with bounds rounded
+ * inwards, to a fixpoint; but where bounds creep, as in 1000 x + z = 1001 y, no further than 1000 rounds take them.
+ * @return false when nothing is left that satisfies it, when n is negative, an array or variable null, the method none
+ * of the six or memory exhausted. Cost: n log n for posting. Per event constant for a sum in which every term still has
+ * room, as in one over 0..1 with equal coefficients until it is full; linear when a term can be narrowed, and for the
+ * first event after a restore. Twice as fast when coefficients and constant are such that 64 bits hold every sum
+ * (coefficients of up to about 2^30 together).
+ */
+KORU_API bool cs_Linear(CSint **vars, const long long *coeffs, int n, int method, long long constant);
+
+/**
+ * A variable over 0..1 that is 1 exactly when the relation holds; see cs_Linear. Two constraints: the relation when it
+ * is 1, its opposite when it is 0. It is decided when the bounds of the sum decide it.
+ * @return the variable; null for bad arguments or exhausted memory.
+ */
+KORU_API CSint *cs_ReifLinear(CSint **vars, const long long *coeffs, int n, int method, long long constant);
+
+/** @p b is true exactly when the relation holds; see cs_ReifLinear. @return as cs_Linear. */
+KORU_API bool cs_LinearIff(CSint *b, CSint **vars, const long long *coeffs, int n, int method, long long constant);
+
+/**
+ * When @p b is true the relation holds (Feydy, Somogyi, Stuckey 2011): one constraint, which makes b false when the
+ * bounds of the sum, or for != the last variable bound, rule the relation out. @return as cs_Linear.
+ */
+KORU_API bool cs_LinearIf(CSint *b, CSint **vars, const long long *coeffs, int n, int method, long long constant);
+
+/* ==================================================================================================================
+ * 10. Sequences and permutations
+ *
+ * All return false when nothing is left that satisfies them, n is negative, an array or variable null or memory
+ * exhausted.
+ * ================================================================================================================ */
+
+/** vars[0] <= vars[1] <= ... <= vars[n - 1]. Domain consistent. Cost: constant per event and bound moved. */
+KORU_API bool cs_Increasing(CSint **vars, int n);
+
+/** vars[0] < vars[1] < ... < vars[n - 1]; a variable that stands twice is refused. As cs_Increasing. */
+KORU_API bool cs_StrictlyIncreasing(CSint **vars, int n);
+
+/**
+ * x[i] = j exactly when y[j] = i, for all i and j from 0 to n - 1: two permutations, each the other one's inverse. With
+ * x and y the same array, one that is its own. A value j goes from x[i] with i from y[j], and from all others once it
+ * is taken. That is not domain consistent; cs_AllNeq of either adds nothing. Cost: constant for a value that goes,
+ * linear for a variable that is bound, n * n for posting.
+ */
+KORU_API bool cs_Inverse(CSint **x, CSint **y, int n);
+
+/**
+ * Wherever one of the n variables equals @p t, one before it equals @p s (Law, Lee 2004), so that values which could be
+ * exchanged come in one order. With s = t no variable equals it. Domain consistent. Cost: a run, linear.
+ */
+KORU_API bool cs_Precede(CSint **vars, int n, int s, int t);
+
+/* ==================================================================================================================
+ * 11. Counting and elements with given results
+ *
+ * The result is a variable of the host's, which may be one of the others. All return false when nothing is left that
+ * satisfies them, an array or variable is null, n is out of range or memory exhausted.
+ * ================================================================================================================ */
+
+/**
+ * @p count of the n variables equal the variable @p value; n may be 0. Domain consistent, but while value spans more
+ * than 2^16 ints only 0 <= count <= n is imposed. Cost: a run, linear in n for each value of @p
+ * value.
+ */
+KORU_API bool cs_CountOf(CSint **vars, int n, CSint *value, CSint *count);
+
+/**
+ * @p result = values[@p index], n >= 1. Domain consistent, but a result that spans more than 2^20 ints may keep inner
+ * values that no position has. Cost: n log n for posting; a run, linear.
+ */
+KORU_API bool cs_ElementOf(CSint *index, const int *values, int n, CSint *result);
+
+/**
+ * @p result = vars[@p index], n >= 1. Domain consistent, but a result that spans more than 2^16 ints may keep inner
+ * values that no position has. Cost: a run, linear in n, with a look at a few positions for each value of
+ * the result.
+ */
+KORU_API bool cs_VarElementOf(CSint *index, CSint **vars, int n, CSint *result);
+
+/** vars[@p position] = @p value, n >= 1: cs_VarElementOf with an int for the result. Domain consistent. */
+KORU_API bool cs_PositionOf(CSint **vars, int n, int value, CSint *position);
 
 #ifdef __cplusplus
 }

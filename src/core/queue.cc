@@ -143,6 +143,7 @@ void abandon(Queue &queue, CSint *variable, int code, const Constraint *failed) 
   recycleAll(queue);
   solver::agenda.dropAll();
   ++queue.failures;
+  ++queue.dropped;
   leave(queue);
   if (solver::ports.profiling) solver::ports.notify(false, variable, code, site);
   Site::release(site);

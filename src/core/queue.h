@@ -26,9 +26,10 @@ struct Queue {
   EventRecord *head = nullptr;
   EventRecord *tail = nullptr;  // of a queue that is not empty
   EventRecord *free = nullptr;
-  unsigned depth = 0;  // propagation loops running, one inside the other
-  unsigned limit = 0;  // a change made at a greater depth waits for the loop that runs
-  int failures = 0;    // of loops whose outcome nobody has been told yet; see fail in queue.cc
+  unsigned depth = 0;    // propagation loops running, one inside the other
+  unsigned limit = 0;    // a change made at a greater depth waits for the loop that runs
+  int failures = 0;      // of loops whose outcome nobody has been told yet; see fail in queue.cc
+  unsigned dropped = 0;  // propagations that have failed, ever: the events that were queued then went unheard
 };
 
 namespace solver {

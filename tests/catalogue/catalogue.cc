@@ -10,7 +10,8 @@ namespace koru::catalogue {
 const std::vector<const Row *> &rows() {
   static const std::vector<const Row *> all = [] {
     std::vector<const Row *> result;
-    for (const auto part : {relationRows(), arithmeticRows(), reifiedRows(), arrayRows(), extraRows()})
+    for (const auto part :
+         {relationRows(), arithmeticRows(), reifiedRows(), arrayRows(), extraRows(), truthRows(), relationalRows()})
       for (const Row &row : part) result.push_back(&row);
     return result;
   }();

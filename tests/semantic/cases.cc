@@ -21,7 +21,7 @@ const Cases &allCases() {
   static const Cases cases = [] {
     Cases all;
     for (const auto family : {relationCases, arithmeticCases, linearCases, reifiedCases, globalCases, elementCases,
-                              automatonCases, schedulingCases, hostCases, tableCases}) {
+                              automatonCases, schedulingCases, hostCases, logicCases, linearRelationCases, tableCases}) {
       const Cases more = family();
       all.insert(all.end(), more.begin(), more.end());
     }

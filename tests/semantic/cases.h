@@ -12,6 +12,8 @@ Cases relationCases();
 Cases arithmeticCases();
 Cases linearCases();
 Cases reifiedCases();
+Cases logicCases();
+Cases linearRelationCases();
 Cases globalCases();
 Cases elementCases();
 Cases automatonCases();

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// Sequences, permutations, counting and elements whose results are handed over.
+#include <algorithm>
+
+#include "catalogue/relations.h"
+#include "catalogue/row.h"
+#include "koru_extras.h"
+
+namespace koru::catalogue {
+namespace {
+
+using enum Consistency;
+
+bool increasing(T t) { return std::ranges::is_sorted(t.x); }
+bool strictlyIncreasing(T t) { return std::ranges::adjacent_find(t.x, std::ranges::greater_equal{}) == t.x.end(); }
+
+bool pointsAt(std::span<const int> from, std::span<const int> to) {
+  for (std::size_t i = 0; i < from.size(); ++i) {
+    const int j = from[i];
+    if (j < 0 || static_cast<std::size_t>(j) >= to.size()) return false;
+    if (to[static_cast<std::size_t>(j)] != static_cast<int>(i)) return false;
+  }
+  return true;
+}
+bool inverse(T t) { return pointsAt(t.arrays[0], t.arrays[1]) && pointsAt(t.arrays[1], t.arrays[0]); }
+
+bool precedes(T t) {
+  for (const int value : t.x) {
+    if (value == t.k[1]) return false;
+    if (value == t.k[0]) return true;
+  }
+  return true;
+}
+
+bool countOf(T t) {
+  const std::size_t n = t.x.size() - 2;
+  return std::ranges::count(t.x.first(n), t.x[n]) == t.x[n + 1];
+}
+
+bool at(std::span<const int> array, int position, int value) {
+  return position >= 0 && static_cast<std::size_t>(position) < array.size() &&
+         array[static_cast<std::size_t>(position)] == value;
+}
+bool elementOf(T t) {
+  const std::vector<Wide> &values = t.lists[0];
+  return t.x[0] >= 0 && t.x[0] < std::ssize(values) && values[static_cast<std::size_t>(t.x[0])] == t.x[1];
+}
+bool varElementOf(T t) { return at(t.arrays[0], t.x.front(), t.x.back()); }
+bool positionOf(T t) { return at(t.arrays[0], t.x.back(), static_cast<int>(t.k[0])); }
+
+Row element(const char *name, const char *kinds, Door door, Meaning meaning, Example example) {
+  Row row{name, kinds, door, meaning, kDomain, std::move(example)};
+  row.fewest = 1;
+  return row;
+}
+
+const Row kRows[] = {
+    {"cs_Increasing", "an", door<cs_Increasing>, increasing, kDomain, {{1, 2, 1}}},
+    {"cs_StrictlyIncreasing", "an", door<cs_StrictlyIncreasing>, strictlyIncreasing, kDomain, {{1, 2, 2}}},
+    {"cs_Inverse", "aan", door<cs_Inverse>, inverse, kNone, {{0, 1, 2, 0, 2, 1}}},
+    {"cs_Precede", "anii", door<cs_Precede>, precedes, kDomain, {{5, 4, 3}, {}, {3, 4}}},
+    {"cs_CountOf", "anvv", door<cs_CountOf>, countOf, kDomain, {{1, 1, 2, 1, 3}}},
+    element("cs_ElementOf", "vknv", door<cs_ElementOf>, elementOf, {{1, 5}, {}, {}, {{2, 3, 5}}}),
+    element("cs_VarElementOf", "vanv", door<cs_VarElementOf>, varElementOf, {{1, 1, 2, 3, 4}}),
+    element("cs_PositionOf", "aniv", door<cs_PositionOf>, positionOf, {{1, 2, 7, 1}, {}, {7}}),
+};
+
+}  // namespace
+
+std::span<const Row> relationalRows() { return kRows; }
+
+}  // namespace koru::catalogue
