@@ -27,7 +27,7 @@ bool Form::sizesAreRefused() const {
   const auto isOf = [&](std::span<const Row> rows) {
     return std::ranges::any_of(rows, [&](const Row &row) { return &row == row_; });
   };
-  const bool strict = isOf(extraRows()) || isOf(modelRows());
+  const bool strict = isOf(extraRows()) || isOf(truthRows()) || isOf(relationalRows()) || isOf(modelRows());
   return std::ranges::any_of(sizes_, [&](int n) { return std::max(n, 0) < row_->fewest || (strict && n < 0); });
 }
 

@@ -68,8 +68,15 @@ std::vector<Constraint> formsOf(const Row &row) {
 
 }  // namespace
 
+// "cs_Eq" is Eq, "model_Apart" modelApart.
+static std::string testName(std::string name) {
+  if (name.starts_with("cs_")) return name.substr(3);
+  std::erase(name, '_');
+  return name;
+}
+
 Case defaultCase(const Row &row) {
-  Case c{std::string(row.name).substr(std::string(row.name).find('_') + 1), {row.name}, formsOf(row), {}, 0};
+  Case c{testName(row.name), {row.name}, formsOf(row), {}, 0};
   const int greatest = std::ranges::max_element(c.forms, {}, &Constraint::arity)->arity;
   c.rooms = {{row.domain.low, row.domain.high - row.domain.low + (greatest < 3 ? 2 : 1)}};
   c.fewPatternsFrom = 5;
