@@ -20,8 +20,9 @@ void addDefaults(Cases &cases) {
 const Cases &allCases() {
   static const Cases cases = [] {
     Cases all;
-    for (const auto family : {relationCases, arithmeticCases, linearCases, reifiedCases, globalCases, elementCases,
-                              automatonCases, schedulingCases, hostCases, logicCases, linearRelationCases, tableCases}) {
+    for (const auto family :
+         {relationCases, arithmeticCases, linearCases, reifiedCases, globalCases, elementCases, automatonCases,
+          schedulingCases, hostCases, logicCases, linearRelationCases, tableCases}) {
       const Cases more = family();
       all.insert(all.end(), more.begin(), more.end());
     }
