@@ -42,7 +42,7 @@ Row variadic(const char *name, Door door, Meaning meaning, Consistency consisten
 }
 
 Row weighted() {
-  Row row{"cs_VScalProd", "ank", kWeighted, scalarProduct, kKnown, {{1, 1, 1, 9}, {}, {}, {{2, 3, 5}}}};
+  Row row{"cs_VScalProd", "ank", kWeighted, scalarProduct, kKnown, {{1, 1, 1, 9}, {}, {}, {{2, -3, 1}}}};
   row.most = 4;
   return row;
 }
@@ -71,7 +71,7 @@ const Row kArithmetic[] = {
      .example = {{2, 3}},
      .results = {0, 4}},
     {"cs_Sigma", "an", door<cs_Sigma>, sum, kBounds, {{1, 2, 3, 4}}},
-    {"cs_ScalProd", "akn", door<cs_ScalProd>, scalarProduct, kKnown, {{1, 1, 1, 9}, {}, {}, {{2, 3, 5}}}},
+    {"cs_ScalProd", "akn", door<cs_ScalProd>, scalarProduct, kKnown, {{1, 1, 1, 9}, {}, {}, {{2, -3, 1}}}},
     weighted(),
 };
 

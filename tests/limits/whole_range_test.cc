@@ -18,7 +18,7 @@ constexpr int kEnds[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, INT_MAX - 1, INT_MAX};
 const std::vector<Scenario> &postings() {
   static const Scenarios scenarios = [] {
     Scenarios made;
-    for (const auto add : {addRelations, addArithmetic, addReified, addGlobals}) add(made);
+    for (const auto add : {addPostings, addRelations, addGlobals}) add(made);
     return made;
   }();
   return scenarios.all();

@@ -52,15 +52,17 @@ class Stage {
     cs_Lt(c, d);
     cs_Neq(c, e);
     cs_setProfilerLocator(nullptr, nullptr, nullptr);
+    for (std::size_t i = 0; kLetters[i] != '\0'; ++i) sizes_.push_back(cs_getNbElements(at(kLetters[i])));
   }
   Stage(const Stage &) = delete;
   Stage &operator=(const Stage &) = delete;
 
   CSint *at(char letter) const {
-    static constexpr char kLetters[] = "xyzbhntcde";
     CSint *const all[] = {x, y, z, b, h, n, t, c, d, e};
     return all[std::string(kLetters).find(letter)];
   }
+  // Whether it has the values that it began with.
+  bool isWhole(char letter) const { return cs_getNbElements(at(letter)) == sizes_[std::string(kLetters).find(letter)]; }
   CSint **array(const char *letters) {
     std::vector<CSint *> made;
     for (; *letters != '\0'; ++letters) made.push_back(at(*letters));
@@ -75,7 +77,10 @@ class Stage {
   std::vector<CSint *> variables;
 
  private:
+  static constexpr char kLetters[] = "xyzbhntcde";
+
   std::deque<std::vector<CSint *>> arrays_;
+  std::vector<int> sizes_;
 };
 
 struct Scenario {
@@ -115,10 +120,8 @@ class Scenarios {
 
 // Each family in a file of its own.
 void addRelations(Scenarios &scenarios);
-void addArithmetic(Scenarios &scenarios);
-void addReified(Scenarios &scenarios);
 void addGlobals(Scenarios &scenarios);
-void addPostings(Scenarios &scenarios);  // after those
+void addPostings(Scenarios &scenarios);  // of each row of the catalogue
 void addVariables(Scenarios &scenarios);
 void addCallbacks(Scenarios &scenarios);
 void addNarrowings(Scenarios &scenarios);
@@ -128,8 +131,8 @@ void addProgrammes(Scenarios &scenarios);
 inline const std::vector<Scenario> &allScenarios() {
   static const Scenarios scenarios = [] {
     Scenarios made;
-    for (const auto add : {addRelations, addArithmetic, addReified, addGlobals, addPostings, addVariables, addCallbacks,
-                           addNarrowings, addSearches, addProgrammes})
+    for (const auto add :
+         {addPostings, addRelations, addGlobals, addVariables, addCallbacks, addNarrowings, addSearches, addProgrammes})
       add(made);
     return made;
   }();
