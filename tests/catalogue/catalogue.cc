@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -7,15 +8,30 @@
 
 namespace koru::catalogue {
 
+namespace {
+
+using Family = std::span<const Row> (*)();
+constexpr Family kOfKoruH[] = {relationRows, arithmeticRows, reifiedRows, arrayRows};
+constexpr Family kOfExtras[] = {extraRows, truthRows, relationalRows};
+
+}  // namespace
+
 const std::vector<const Row *> &rows() {
   static const std::vector<const Row *> all = [] {
     std::vector<const Row *> result;
-    for (const auto part :
-         {relationRows(), arithmeticRows(), reifiedRows(), arrayRows(), extraRows(), truthRows(), relationalRows()})
-      for (const Row &row : part) result.push_back(&row);
+    for (const std::span<const Family> families :
+         {std::span<const Family>(kOfKoruH), std::span<const Family>(kOfExtras)})
+      for (const Family family : families)
+        for (const Row &row : family()) result.push_back(&row);
     return result;
   }();
   return all;
+}
+
+bool isOfKoruH(const Row &row) {
+  return std::ranges::any_of(kOfKoruH, [&](Family family) {
+    return std::ranges::any_of(family(), [&](const Row &each) { return &each == &row; });
+  });
 }
 
 const std::vector<const Row *> &rowsWithModels() {

@@ -18,17 +18,25 @@ Form::Form(const Row &row, std::vector<int> sizes, std::vector<Wide> k, std::vec
     constants_->ints.back().resize(list.size() + 4);  // an empty array has an address, too
   }
   constants_->lists = std::move(lists);
-  refused_ = sizesAreRefused();
+  refused_ = sizesAreRefused() || methodIsRefused();
   for (const int length : lengths_ = lengths()) arity_ += static_cast<std::size_t>(length);
 }
 
 // A negative size is an empty array to koru.h, and none to koru_extras.h.
 bool Form::sizesAreRefused() const {
-  const auto isOf = [&](std::span<const Row> rows) {
-    return std::ranges::any_of(rows, [&](const Row &row) { return &row == row_; });
-  };
-  const bool strict = isOf(extraRows()) || isOf(truthRows()) || isOf(relationalRows()) || isOf(modelRows());
+  const bool strict = !isOfKoruH(*row_);
   return std::ranges::any_of(sizes_, [&](int n) { return std::max(n, 0) < row_->fewest || (strict && n < 0); });
+}
+
+// A method that is none.
+bool Form::methodIsRefused() const {
+  std::size_t number = 0;
+  for (const char kind : std::string_view(row_->kinds)) {
+    if (!isNumber(kind)) continue;
+    const Wide k = k_[number++];
+    if (kind == 'c' && (k < CS_METHOD_EQ || k > CS_METHOD_GT)) return true;
+  }
+  return false;
 }
 
 // An array is as long as the next size says.

@@ -18,7 +18,7 @@ class Form {
        unsigned nulls = 0);
 
   const Row &row() const { return *row_; }
-  bool isRefused() const { return refused_; }   // for its sizes
+  bool isRefused() const { return refused_; }   // for its sizes or a method
   std::size_t arity() const { return arity_; }  // variables, without the result
   std::string text() const;                     // "cs_IfEq 1 2"
 
@@ -42,6 +42,7 @@ class Form {
 
   std::vector<int> lengths() const;
   bool sizesAreRefused() const;
+  bool methodIsRefused() const;
 
   const Row *row_;
   std::vector<int> sizes_;

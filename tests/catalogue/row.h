@@ -89,6 +89,7 @@ std::span<const Row> hostRows();   // what a host writes itself; not among the f
 std::span<const Row> modelRows();  // to copy; tested as the others are, but not exported
 
 const std::vector<const Row *> &rows();
+bool isOfKoruH(const Row &row);
 // And the models.
 const std::vector<const Row *> &rowsWithModels();
 // Those that post, the models and the host's included.

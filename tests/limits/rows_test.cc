@@ -23,7 +23,8 @@ std::vector<LimitsRow> rowsByHand() {
 }
 
 std::vector<LimitsRow> catalogueRows() {
-  // Tables need bit arrays over the whole range, which cannot be had here: unit/constraints/table_test.cc has their ends.
+  // Tables need bit arrays over the whole range, which cannot be had here: unit/constraints/table_test.cc has their
+  // ends.
   std::set<std::string_view> byHand{"cs_NotTable", "cs_Table"};
   for (const LimitsRow &row : rowsByHand()) byHand.insert(row.function);
   std::vector<LimitsRow> rows;

@@ -61,11 +61,12 @@ Table countAllocations() {
 
 // A constraint of koru_extras.h may go without, and so do the models.
 bool needsLine(const std::string &scenario) {
-  const auto isOf = [&](const catalogue::Row &row) {
-    const std::string name = row.name;
+  const auto isOf = [&](const catalogue::Row *row) {
+    const std::string name = row->name;
     return scenario.starts_with(name + "/") || scenario.starts_with("narrowing/" + name + "-");
   };
-  return std::ranges::none_of(catalogue::extraRows(), isOf) && std::ranges::none_of(catalogue::modelRows(), isOf);
+  return std::ranges::none_of(catalogue::rowsWithModels(),
+                              [&](const catalogue::Row *row) { return !isOfKoruH(*row) && isOf(row); });
 }
 
 // The lines of the table that are wrong, as they should be.

@@ -22,6 +22,7 @@ int profile_demo_main(int argc, char **argv);
 int quasigroup_main(int argc, char **argv);
 int queens_main(int argc, char **argv);
 int rcpsp_main(int argc, char **argv);
+int roster_main(int argc, char **argv);
 int send_more_money_main(int argc, char **argv);
 int sudoku_main(int argc, char **argv);
 }
@@ -54,6 +55,7 @@ const Example kExamples[] = {
     {"quasigroup", quasigroup_main, {"--order", "6", "--holes", "20"}},
     {"queens", queens_main, {"6"}},
     {"rcpsp", rcpsp_main, {}, "data/rcpsp_12.sm"},
+    {"roster", roster_main, {"--nurses", "5", "--days", "3", "--wishes", "20", "--quiet"}},
     {"send_more_money", send_more_money_main, {}},
     {"sudoku", sudoku_main, {"--quiet"}, "puzzles/hard9.txt"},
 };
