@@ -33,9 +33,9 @@ std::string titleIn(const std::string &line) {
   return isTitle ? line.substr(dot + 2) : "";
 }
 
-// "KORU_API bool cs_Eq(CSint *x, CSint *y);"
+// "KORU_API int cs_getMin(const CSint *v);" and "KORU_POST_API bool cs_Eq(CSint *x, CSint *y);"
 std::string functionIn(const std::string &line) {
-  if (!line.starts_with("KORU_API ")) return "";
+  if (!line.starts_with("KORU_API ") && !line.starts_with("KORU_POST_API ")) return "";
   const std::string declared = line.substr(0, line.find('('));
   return declared.substr(declared.find_last_of(" *") + 1);
 }
