@@ -48,7 +48,27 @@ extern "C" {
 
 /* ==================================================================================================================
  * 1. Order of arrays
+ *
+ * Two arrays of the same size, compared as words in a dictionary: the first position where they differ decides. Rows
+ * of a matrix that may change places are ordered so, and all but one of the solutions that differ by the order of rows
+ * disappear:
+ *
+ *     for (i = 1; i < rows; ++i) ok = ok && cs_LexLe(row[i - 1], row[i], columns);
  * ================================================================================================================ */
+
+/**
+ * Array @p x comes before array @p y, or is equal to it; two empty arrays are equal. Every value that is left is part
+ * of a solution (domain consistency), where a variable in several places counts as several with the same domain.
+ * @return false when there is no solution, when @p n is negative, an array of a positive size or a variable null, and
+ * when memory runs out.
+ * Cost: memory linear in @p n. A change costs constant time, and a run follows only where the change may matter. It
+ * takes time linear in the positions between the first where the arrays may differ and the next where x may be less
+ * than y; once a context has been accepted inside another one, restores make the next run begin at the first position.
+ */
+KORU_API bool cs_LexLe(CSint **x, CSint **y, int n);
+
+/** Array @p x comes before array @p y and differs from it: false for empty arrays, otherwise as cs_LexLe. */
+KORU_API bool cs_LexLt(CSint **x, CSint **y, int n);
 
 /* ==================================================================================================================
  * 2. Search objects

@@ -22,10 +22,21 @@ bool inTable(T t) {
 }
 bool notInTable(T t) { return !inTable(t); }
 
+template <bool strict>
+bool inOrder(T t) {
+  const auto x = t.arrays[0];
+  const auto y = t.arrays[1];
+  for (std::size_t i = 0; i < x.size(); ++i)
+    if (x[i] != y[i]) return x[i] < y[i];
+  return !strict;
+}
+
 // A row: {"cs_Name", "kinds", door<cs_Name>, relation, kDomain, {{values that violate it}}}
 const Row kRows[] = {
     {"cs_AllNeqBounds", "an", door<cs_AllNeqBounds>, allDifferent, kBounds, {{7, 1, 7}}},
     {"cs_AllNeqDomain", "an", door<cs_AllNeqDomain>, allDifferent, kDomain, {{7, 1, 7}}},
+    {"cs_LexLe", "aan", door<cs_LexLe>, inOrder<false>, kDomain, {{2, 5, 1, 2, 5, 0}}},
+    {"cs_LexLt", "aan", door<cs_LexLt>, inOrder<true>, kDomain, {{2, 5, 1, 2, 5, 1}}},
     {.name = "cs_NotTable",
      .kinds = "anmr",
      .door = door<cs_NotTable>,
