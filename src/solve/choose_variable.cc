@@ -14,29 +14,30 @@ namespace {
 std::uint32_t elementsLessOne(const CSint *v) { return static_cast<std::uint32_t>(v->count) - 1; }
 
 struct ByNumber {
+  explicit ByNumber(std::int64_t number) : rank(number) {}
   std::int64_t rank;
   bool operator<(const ByNumber &other) const { return rank < other.rank; }
   bool isLeast() const { return false; }
 };
 
 struct Smallest : ByNumber {
-  explicit Smallest(const CSsearch &, const CSint *v, int) : ByNumber{elementsLessOne(v)} {}
+  Smallest(const CSsearch &, const CSint *v, int) : ByNumber(elementsLessOne(v)) {}
   bool isLeast() const { return rank == 1; }
 };
 struct Largest : ByNumber {
-  explicit Largest(const CSsearch &, const CSint *v, int) : ByNumber{-std::int64_t{elementsLessOne(v)}} {}
+  Largest(const CSsearch &, const CSint *v, int) : ByNumber(-std::int64_t{elementsLessOne(v)}) {}
 };
 struct SmallestMin : ByNumber {
-  explicit SmallestMin(const CSsearch &, const CSint *v, int) : ByNumber{v->min} {}
+  SmallestMin(const CSsearch &, const CSint *v, int) : ByNumber(v->min) {}
 };
 struct LargestMax : ByNumber {
-  explicit LargestMax(const CSsearch &, const CSint *v, int) : ByNumber{-std::int64_t{v->max}} {}
+  LargestMax(const CSsearch &, const CSint *v, int) : ByNumber(-std::int64_t{v->max}) {}
 };
 struct Regret : ByNumber {
-  explicit Regret(const CSsearch &, const CSint *v, int) : ByNumber{std::int64_t{v->min} - valueAfter(v, v->min)} {}
+  Regret(const CSsearch &, const CSint *v, int) : ByNumber(std::int64_t{v->min} - valueAfter(v, v->min)) {}
 };
 struct MostConstrained : ByNumber {
-  explicit MostConstrained(const CSsearch &, const CSint *v, int) : ByNumber{-std::int64_t{v->constraintCount}} {}
+  MostConstrained(const CSsearch &, const CSint *v, int) : ByNumber(-std::int64_t{v->constraintCount}) {}
 };
 
 // Elements by weight, compared as fractions.

@@ -25,7 +25,13 @@ Form::Form(const Row &row, std::vector<int> sizes, std::vector<Wide> k, std::vec
 // A negative size is an empty array to koru.h, and none to koru_extras.h.
 bool Form::sizesAreRefused() const {
   const bool strict = !isOfKoruH(*row_);
-  return std::ranges::any_of(sizes_, [&](int n) { return std::max(n, 0) < row_->fewest || (strict && n < 0); });
+  std::size_t at = 0;
+  for (const char kind : std::string_view(row_->kinds)) {
+    if (!isSize(kind)) continue;
+    const int n = sizes_[at++];
+    if (std::max(n, 0) < row_->fewestOf(kind) || (strict && n < 0)) return true;
+  }
+  return false;
 }
 
 // A method that is none.

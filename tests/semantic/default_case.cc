@@ -37,7 +37,7 @@ class Draws {
   void drawNumbers() {
     const bool table = std::string_view(row_.kinds).find('T') != std::string_view::npos;
     for (const char kind : std::string_view(row_.kinds)) {
-      if (catalogue::isSize(kind)) sizes_.push_back(between(row_.fewest, 4));
+      if (catalogue::isSize(kind)) sizes_.push_back(between(row_.fewestOf(kind), 4));
       if (kind == 'i') numbers_.push_back(table ? between(1, 3) : between(-2, 4));
       if (kind == 'l') numbers_.push_back(between(-6, 9));
       if (kind == 'b') numbers_.push_back(between(0, 1));
