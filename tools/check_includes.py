@@ -29,7 +29,7 @@ MAY_INCLUDE = {
     "solve": {"solve", "nogood", "search", "core"},
 }
 CORE_FLOORS = (
-    ("build_mode", "int_math", "lifetime"),
+    ("build_mode", "int128", "int_math", "lifetime"),
     ("errors", "ports"),
     ("alloc",),
     ("block_stack", "pool", "shared_record"),

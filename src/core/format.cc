@@ -195,6 +195,7 @@ struct Arguments {
 // Takes the next argument and hands it to `use` as what it is.
 template <class Use>
 void takeArgument(Argument argument, Arguments &arguments, Use use) {
+  // NOLINTNEXTLINE(bugprone-branch-clone): the types differ
   switch (argument) {  // GCOVR_EXCL_BR_LINE: there is no other type
     case Argument::kNone:
       return;

@@ -57,7 +57,7 @@ struct Row {
   const char *site = name;  // what profiles call it
   int most = 1000000;       // no more variables are handed over
   int fewest = 0;  // with less elements it is refused; a negative size is 0 in koru.h, and refused in koru_extras.h
-  int fewestRows = fewest;  // of a matrix
+  int fewestRows = fewest;    // of a matrix
   Span results = {-6, 8};     // where results mostly lie
   Span domain = {-1, 2};      // values of variables for which the meaning is of interest
   bool alsoShared = true;     // the consistency is promised with a variable in several places as well,

@@ -4,6 +4,7 @@
 
 #include "catalogue/relations.h"
 #include "catalogue/row.h"
+#include "core/int128.h"
 #include "koru_extras.h"
 
 namespace koru::catalogue {
@@ -37,7 +38,7 @@ bool someLiteral(T t) { return std::ranges::any_of(t.arrays[0], isTrue) || !std:
 Value someLiteralAsInt(T t) { return someLiteral(t) ? 1 : 0; }
 
 bool linear(T t) {
-  __extension__ typedef __int128 Exact;
+  using Exact = Int128;
   Exact sum = 0;
   for (std::size_t i = 0; i < t.arrays[0].size(); ++i) sum += Exact{t.lists[0][i]} * t.arrays[0][i];
   const Exact constant = t.k[1];

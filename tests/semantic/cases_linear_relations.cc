@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Linear relations without a variable for the sum.
+#include "core/int128.h"
 #include "koru_extras.h"
 #include "semantic/cases.h"
 
@@ -7,7 +8,7 @@ namespace koru::test::brute {
 namespace {
 
 using Coefficients = std::vector<long long>;
-__extension__ typedef __int128 Exact;
+using Exact = Int128;
 
 struct Form {
   Coefficients coefficients;

@@ -12,7 +12,7 @@ inline CSint *decided(bool holds) { return createVariable(holds ? 1 : 0, holds ?
 
 // b, with the control constraint on b and the watch constraint on x and, for two variables, y; null on failure.
 template <class Control, class Watch>
-CSint *post(Posting &posting, CSint *x, CSint *y, const TableOf<Control> &controlTable, Control control,
+CSint *post(Posting &posting, CSint *x, CSint *y, const TableOf<Control> &controlTable, const Control &control,
             const TableOf<Watch> &watchTable, Watch watch) {
   if (!posting) return nullptr;
   CSint *b = createVariable(0, 1);

@@ -105,10 +105,10 @@ Sum Sum::negation() const {
 }
 
 bool Sum::fits64() const {
-  constexpr Int128 kMost = Int128{1} << 62;
+  constexpr std::int64_t kMost = std::int64_t{1} << 62;
   Int128 total = 0;
   for (int i = 0; i < n; ++i) total += magnitude(coefficients.get()[i]);
-  return total <= kMost >> 32 && magnitude(limit) <= kMost;
+  return total <= (kMost >> 32) && magnitude(limit) <= kMost;
 }
 
 }  // namespace koru::linear

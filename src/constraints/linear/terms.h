@@ -12,11 +12,10 @@
 
 #include "constraints/logic/truth.h"
 #include "core/alloc.h"
+#include "core/int128.h"
 #include "koru.h"
 
 namespace koru::linear {
-
-__extension__ typedef __int128 Int128;
 
 enum class Kind { kAtMost, kEqual, kDiffers };
 
@@ -25,8 +24,10 @@ template <class Wide>
 class Stored {
  public:
   Stored() = default;
+  // NOLINTBEGIN(google-explicit-constructor): it stands for the number.
   Stored(Wide value) : words_(std::bit_cast<Words>(value)) {}
   operator Wide() const { return std::bit_cast<Wide>(words_); }
+  // NOLINTEND(google-explicit-constructor)
 
  private:
   using Words = std::array<std::uint64_t, sizeof(Wide) / 8>;

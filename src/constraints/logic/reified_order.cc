@@ -13,15 +13,15 @@ using reified::Form;
 using reified::Outcome;
 
 struct Order {
-  CSint *left;
-  CSint *right;
+  CSint *lower;
+  CSint *upper;
   int gap;
 
-  Order negation() const { return {right, left, 1 - gap}; }
-  bool impossible() const { return left == right ? gap > 0 : std::int64_t{left->min} + gap > right->max; }
+  Order negation() const { return {upper, lower, 1 - gap}; }
+  bool impossible() const { return lower == upper ? gap > 0 : std::int64_t{lower->min} + gap > upper->max; }
   bool narrow() const {
-    if (left == right) return gap <= 0;
-    return narrowMax64(left, std::int64_t{right->max} - gap) && narrowMin64(right, std::int64_t{left->min} + gap);
+    if (lower == upper) return gap <= 0;
+    return narrowMax64(lower, std::int64_t{upper->max} - gap) && narrowMin64(upper, std::int64_t{lower->min} + gap);
   }
 
   Outcome outcome() const {
@@ -32,11 +32,11 @@ struct Order {
 };
 
 static bool post(const Poster &poster, CSint *b, Form form, const Order &order) {
-  if (b == nullptr || order.left == nullptr || order.right == nullptr) return false;
+  if (b == nullptr || order.lower == nullptr || order.upper == nullptr) return false;
   const bool half = form == Form::kHalf;
   return reified::post(poster, reified::kBoundsTable<Order>, {b, form}, order,
-                       {order.left, half ? events(kNewMin, kMinBound, kBound) : kHearsAnything},
-                       {order.right, half ? events(kNewMax, kMaxBound, kBound) : kHearsAnything});
+                       {order.lower, half ? events(kNewMin, kMinBound, kBound) : kHearsAnything},
+                       {order.upper, half ? events(kNewMax, kMaxBound, kBound) : kHearsAnything});
 }
 
 }  // namespace koru::reified_order

@@ -6,20 +6,20 @@
 // Deliberate: a bound that moves takes away whatever lies between its old and its new place, because the event of an
 // inner value that went before may have been passed over.
 #include <algorithm>
+#include <utility>
 
-#include "constraints/relational/fixpoint.h"
+#include "core/post.h"
 #include "koru_extras.h"
 
 namespace koru::inverse {
 
 // x is at the indexes 0..n-1, y behind it.
 struct Inverse {
-  Shared<CSint *> x;
-  Shared<CSint *> y;
+  Buffer<CSint *> vars;
   int n;
 
-  CSint *own(int index) const { return index < n ? x.get()[index] : y.get()[index - n]; }
-  CSint *opposite(int index, int place) const { return (index < n ? y : x).get()[place]; }
+  CSint *own(int index) const { return vars[index]; }
+  CSint *opposite(int index, int place) const { return vars[index < n ? n + place : place]; }
   int placeOf(int index) const { return index < n ? index : index - n; }
 };
 
@@ -43,8 +43,8 @@ static bool boundTo(const Inverse &c, int index) {
   if (value < 0 || value >= c.n) return false;
   CSint *partner = c.opposite(index, value);
   const int place = c.placeOf(index);
-  return contains(partner, place) && bindValue(partner, place) && exclude(c, index, 0, std::int64_t{value} - 1) &&
-         exclude(c, index, std::int64_t{value} + 1, c.n - 1);
+  if (!contains(partner, place) || !bindValue(partner, place)) return false;
+  return exclude(c, index, 0, std::int64_t{value} - 1) && exclude(c, index, std::int64_t{value} + 1, c.n - 1);
 }
 
 static bool bound(Inverse &c, const Event &e) { return boundTo(c, e.index); }
@@ -67,17 +67,18 @@ static bool filter(const Inverse &c) {
   return true;
 }
 
+static bool isArray(CSint *const *vars, int n) { return n == 0 || (vars != nullptr && allPresent(vars, n)); }
+
 static bool post(const Poster &poster, CSint *const *x, CSint *const *y, int n) {
-  if (n > kIntMax / 2) return false;
+  if (n < 0 || n > kIntMax / 2 || !isArray(x, n) || !isArray(y, n)) return false;
   Posting posting{poster};
   if (!posting) return false;
-  const Shared<CSint *> first = relational::copyOf(x, n);
-  if (!first) return false;
-  const Shared<CSint *> second = relational::copyOf(y, n);
-  if (!second) return false;
-  auto c = posting.add(kTable, Inverse{first, second, n});
-  for (int i = 0; i < n; ++i) c.attach(first.get()[i], i);
-  for (int i = 0; i < n; ++i) c.attach(second.get()[i], n + i);
+  Buffer<CSint *> vars(2 * n);
+  if (!vars) return false;
+  std::copy_n(x, n, vars.get());
+  std::copy_n(y, n, vars.get() + n);
+  auto c = posting.add(kTable, Inverse{std::move(vars), n});
+  for (int i = 0; posting && i < 2 * n; ++i) c.attach(c->vars[i], i);
   return posting && filter(*c);
 }
 
