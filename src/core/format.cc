@@ -195,7 +195,7 @@ struct Arguments {
 // Takes the next argument and hands it to `use` as what it is.
 template <class Use>
 void takeArgument(Argument argument, Arguments &arguments, Use use) {
-  // NOLINTNEXTLINE(bugprone-branch-clone): the types differ
+  // NOLINTBEGIN(bugprone-branch-clone): the types differ
   switch (argument) {  // GCOVR_EXCL_BR_LINE: there is no other type
     case Argument::kNone:
       return;
@@ -220,6 +220,7 @@ void takeArgument(Argument argument, Arguments &arguments, Use use) {
     case Argument::kWide:
       return use(va_arg(arguments.list, decltype(+std::wint_t{})));  // as promoted: it may be narrower than int
   }
+  // NOLINTEND(bugprone-branch-clone)
 }
 
 void printStandard(std::FILE *stream, const char *format, const Conversion &conversion, Arguments &arguments) {

@@ -21,7 +21,8 @@ struct Order {
   bool impossible() const { return lower == upper ? gap > 0 : std::int64_t{lower->min} + gap > upper->max; }
   bool narrow() const {
     if (lower == upper) return gap <= 0;
-    return narrowMax64(lower, std::int64_t{upper->max} - gap) && narrowMin64(upper, std::int64_t{lower->min} + gap);
+    if (!narrowMax64(lower, std::int64_t{upper->max} - gap)) return false;
+    return narrowMin64(upper, std::int64_t{lower->min} + gap);
   }
 
   Outcome outcome() const {
