@@ -52,6 +52,10 @@ T as(const Actual &a) {
   }
 }
 
+// In a namespace without a name, so that each file of rows has functions of its own in one piece: where files share
+// functions, readers of debug information may find no line for them.
+namespace {
+
 template <auto F>
 struct Through;
 
@@ -69,7 +73,7 @@ struct Through<F> {
 };
 
 template <auto F>
-inline constexpr Door door{&Through<F>::call, Through<F>::kLine, Through<F>::kMakes};
+constexpr Door door{&Through<F>::call, Through<F>::kLine, Through<F>::kMakes};
 
 // f(n, ...) with up to four variables as a function of an array and its size. What stands behind the first n arguments
 // is not read.
@@ -85,6 +89,7 @@ struct Spread {
 };
 
 template <auto F>
-inline constexpr Door spread{&Spread<F>::call, Spread<F>::kLine, true};
+constexpr Door spread{&Spread<F>::call, Spread<F>::kLine, true};
 
+}  // namespace
 }  // namespace koru::catalogue
