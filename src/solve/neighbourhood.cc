@@ -13,6 +13,11 @@ bool Neighbourhood::create(int n, int share) {
   return relaxed_ && order_;
 }
 
+bool Neighbourhood::isRelaxed(int position) const { return relaxed_[position]; }
+
+void Neighbourhood::noteExhausted() { share_ = std::min(share_ + share_ / 8 + 1, kMostShare); }
+void Neighbourhood::noteLeft() { share_ = std::max(share_ - share_ / 16, kLeastShare); }
+
 void Neighbourhood::clear() const { std::fill_n(relaxed_.get(), count_, false); }
 
 // At least one variable, when there is any.

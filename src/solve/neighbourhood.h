@@ -15,15 +15,15 @@ class Neighbourhood {
   // Over positions 0..n-1; `share` is in per cent. False when memory is exhausted (reported).
   [[nodiscard]] bool create(int n, int share);
 
-  bool isRelaxed(int position) const { return relaxed_[position]; }
+  bool isRelaxed(int position) const;
   bool *relaxed() const { return relaxed_.get(); }
   void clear() const;
   void relaxRandom(Random &random) const;
   void relaxLinked(Random &random, const Weights &weights) const;
 
   // One was searched through, or left at its limit.
-  void noteExhausted() { share_ = share_ + share_ / 8 + 1 < kMostShare ? share_ + share_ / 8 + 1 : kMostShare; }
-  void noteLeft() { share_ = share_ - share_ / 16 > kLeastShare ? share_ - share_ / 16 : kLeastShare; }
+  void noteExhausted();
+  void noteLeft();
 
  private:
   static constexpr int kWhole = 10000;  // shares are kept in hundredths of a per cent

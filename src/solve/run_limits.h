@@ -10,18 +10,10 @@ constexpr std::int64_t kNoLimit = INT64_MAX;
 
 // The i-th number, from 1 on, of 1 1 2 1 1 2 4 1 1 2 1 1 2 4 8 ... (Luby, Sinclair, Zuckerman, "Optimal Speedup of
 // Las Vegas Algorithms", 1993).
-constexpr std::int64_t luby(std::int64_t i) {
-  std::int64_t power = 1;  // of two, the least with i < 2 * power
-  while (2 * power <= i) power *= 2;
-  while (i + 1 != 2 * power) {
-    i -= power - 1;
-    while (power > i) power /= 2;
-  }
-  return power;
-}
+std::int64_t luby(std::int64_t i);
 
 // p * q for positive numbers, or kNoLimit when that is more.
-constexpr std::int64_t limitTimes(std::int64_t p, std::int64_t q) { return p > kNoLimit / q ? kNoLimit : p * q; }
+std::int64_t limitTimes(std::int64_t p, std::int64_t q);
 
 class RunLimits {
  public:

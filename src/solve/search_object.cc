@@ -5,6 +5,7 @@
 // made, told and freed without memory to spare.
 #include "solve/search_object.h"
 
+#include <iterator>
 #include <new>
 
 #include "core/post.h"
@@ -181,8 +182,8 @@ CSstatus cs_nextSolution(CSsearch *search) {
 CSstatus cs_getSearchStatus(const CSsearch *search) { return search != nullptr ? search->status : CS_STATUS_REFUSED; }
 
 const char *cs_getStatusName(CSstatus status) {
-  const int i = status;
-  return i >= CS_STATUS_READY && i <= CS_STATUS_REFUSED ? kNames[i] : "unknown";
+  const auto i = static_cast<unsigned>(status);
+  return i < std::size(kNames) ? kNames[i] : "unknown";
 }
 
 const int *cs_getBestSolution(const CSsearch *search) {

@@ -39,7 +39,7 @@ struct CSsearch {
 
   // The run.
   koru::BlockStack<koru::solve::Step> path;
-  koru::BranchSet unsettled{0};
+  koru::BranchSet unsettled;
   koru::solve::Random random{0};
   koru::solve::RunLimits runLimits{0, 0, 0};
   std::int64_t runFails = 0;

@@ -177,39 +177,56 @@ TEST_F(RandomProblemsTest, StopsWhereItIsTold) {
   }
 }
 
-// Every allocation of a search can fail: it says so, nothing is lost, and another search finds everything.
-TEST_F(RandomProblemsTest, SurvivesExhaustedMemory) {
-  for (std::uint64_t seed = 1; seed <= 60; ++seed) {
-    for (int k = 0;; ++k) {
-      Random random(seed);
-      Random hosts(seed);
-      SmallProblem p(random);
-      CSsearchOptions o = anyOptions(random, hosts);
-      if (seed % 2 == 0) o.restarts = CS_RESTARTS_CONSTANT;
-      beginAnew();
-      bool refused = false;
-      if (p.post()) {
-        const Before before(p);
-        {
-          const FailingAllocator failing(k, Failing::kForEver);
-          CSsearch *s = cs_createSearch(p.vars.data(), p.size());
-          if (s != nullptr) {
-            EXPECT_TRUE(cs_setSearchOptions(s, &o));
-            while (cs_nextSolution(s) == CS_STATUS_SOLUTION) continue;
-            refused = FailingAllocator::failures() > 0;
-            EXPECT_EQ(cs_getSearchStatus(s), refused ? CS_STATUS_MEMORY : CS_STATUS_EXHAUSTED) << seed << " " << k;
-            EXPECT_TRUE(cs_freeSearch(s));
-          } else {
-            refused = true;
-          }
-        }
-        before.expectRestored(p);
-      }
-      cs_end();
-      EXPECT_EQ(blocksAlive, 0) << seed << " " << k;
-      if (!refused) break;
+// Every allocation of a search can fail, once or from then on, also where the stacks are full to the last entry of a
+// block: it says so, and nothing is lost.
+class ExhaustedMemoryTest : public RandomProblemsTest {
+ protected:
+  static CSsearchOptions optionsFor(std::uint64_t seed, const SmallProblem &p, Random &random, Random &hosts) {
+    CSsearchOptions o = anyOptions(random, hosts);
+    if (seed % 2 == 0) o.restarts = CS_RESTARTS_CONSTANT;
+    if (seed % 3 == 0) {
+      o.minimize = p.cost;
+      o.neighbours = random.between(CS_NEIGHBOURS_NONE, CS_NEIGHBOURS_HOST);
     }
+    return o;
   }
+
+  // False when the search did not ask for a k-th allocation.
+  bool failAt(std::uint64_t seed, int k, Failing how, int contexts) {
+    Random random(seed);
+    Random hosts(seed);
+    SmallProblem p(random);
+    beginAnew();
+    if (!p.post()) return false;
+    const CSsearchOptions o = optionsFor(seed, p, random, hosts);
+    while (solver::contexts.count() < contexts) cs_saveContext();
+    const Before before(p);
+    bool refused = false;
+    {
+      const FailingAllocator failing(k, how);
+      CSsearch *s = cs_createSearch(p.vars.data(), p.size());
+      if (s != nullptr) {
+        EXPECT_TRUE(cs_setSearchOptions(s, &o));
+        while (cs_nextSolution(s) == CS_STATUS_SOLUTION) continue;
+        refused = FailingAllocator::failures() > 0;
+        EXPECT_EQ(cs_getSearchStatus(s) == CS_STATUS_MEMORY, refused) << seed << " " << k << " " << textOf(o);
+        EXPECT_TRUE(cs_freeSearch(s));
+      } else {
+        refused = true;
+      }
+    }
+    before.expectRestored(p);
+    cs_end();
+    EXPECT_EQ(blocksAlive, 0) << seed << " " << k;
+    return refused;
+  }
+};
+
+TEST_F(ExhaustedMemoryTest, IsToldAndNothingIsLost) {
+  for (std::uint64_t seed = 1; seed <= 40; ++seed)
+    for (const Failing how : {Failing::kOnce, Failing::kForEver})
+      for (const int contexts : {1, 1022, 1023, 1024})
+        for (int k = 0; failAt(seed, k, how, contexts); ++k) continue;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "solve/search_object.h"
 
+#include <climits>
 #include <cstring>
 
 #include "core/solver.h"
@@ -116,11 +117,30 @@ TEST_F(SearchObjectTest, RefusesWhatMakesNoSense) {
   EXPECT_TRUE(refused([&] { o.neighbours = 4, o.minimize = x[0]; }));
   EXPECT_TRUE(refused([&] { o.relaxed = 101; }));
   EXPECT_TRUE(refused([&] { o.fails = -1; }));
+  EXPECT_TRUE(refused([&] { o.neighbours = -1, o.maximize = x[0]; }));
+  EXPECT_TRUE(refused([&] { o.restartGrowth = -1; }));
+  EXPECT_TRUE(refused([&] { o.neighbourFails = -1; }));
+  EXPECT_TRUE(refused([&] { o.relaxed = -1; }));
+  EXPECT_TRUE(refused([&] { o.milliseconds = -1; }));
+  EXPECT_TRUE(refused([&] { o.choicePoints = -1; }));
+  EXPECT_TRUE(refused([&] { o.solutions = -1; }));
+  EXPECT_TRUE(refused([&] { o.progressMilliseconds = -1; }));
+  o = defaults();
+  EXPECT_FALSE(cs_setSearchOptions(nullptr, &o));
+  EXPECT_FALSE(cs_addSearchPhase(nullptr, x, 2, CS_ORDER_INPUT, CS_VALUE_MIN));
+  EXPECT_FALSE(cs_addSearchPhase(s, x, -1, CS_ORDER_INPUT, CS_VALUE_MIN));
+  EXPECT_FALSE(cs_addSearchPhase(s, nullptr, 1, CS_ORDER_INPUT, CS_VALUE_MIN));
+  EXPECT_FALSE(cs_addSearchPhase(s, x, 2, CS_ORDER_INPUT, 99));
+  EXPECT_TRUE(cs_addSearchPhase(s, nullptr, 0, CS_ORDER_INPUT, CS_VALUE_MIN));
+  EXPECT_FALSE(cs_setSearchHint(nullptr, 0, 0));
+  EXPECT_FALSE(cs_setSearchHint(s, -1, 0));
   EXPECT_FALSE(cs_addSearchPhase(s, holes, 2, CS_ORDER_INPUT, CS_VALUE_MIN));
   EXPECT_FALSE(cs_addSearchPhase(s, x, 2, CS_ORDER_HOST, CS_VALUE_MIN));
   EXPECT_FALSE(cs_setSearchHint(s, 2, 0));
   CSsearchStats stats;
   EXPECT_FALSE(cs_getSearchStats(s, &stats, sizeof stats - 1));
+  EXPECT_FALSE(cs_getSearchStats(s, nullptr, sizeof stats));
+  EXPECT_FALSE(cs_getSearchStats(nullptr, &stats, sizeof stats));
   EXPECT_EQ(cs_nextSolution(s), CS_STATUS_SOLUTION);
   o = defaults();
   EXPECT_FALSE(cs_setSearchOptions(s, &o));
@@ -158,11 +178,16 @@ TEST_F(SearchObjectTest, LimitsAndStop) {
   EXPECT_TRUE(cs_freeSearch(s));
 }
 
-TEST_F(SearchObjectTest, TimeIsALimit) {
+// Some 40 pigeons in 39 holes: a search without an end.
+CSint **pigeons() {
   CSint **x = cs_createCSintArray(40, 0, 38);
   for (int i = 0; i < 40; ++i)
-    for (int j = 0; j < i; ++j) ASSERT_TRUE(cs_Neq(x[i], x[j]));
-  CSsearch *s = cs_createSearch(x, 40);
+    for (int j = 0; j < i; ++j) EXPECT_TRUE(cs_Neq(x[i], x[j]));
+  return x;
+}
+
+TEST_F(SearchObjectTest, TimeIsALimit) {
+  CSsearch *s = cs_createSearch(pigeons(), 40);
   CSsearchOptions o = defaults();
   o.milliseconds = 20;
   ASSERT_TRUE(cs_setSearchOptions(s, &o));
@@ -171,6 +196,73 @@ TEST_F(SearchObjectTest, TimeIsALimit) {
   ASSERT_TRUE(cs_getSearchStats(s, &stats, sizeof stats));
   EXPECT_GE(stats.seconds, 0.02);
   EXPECT_LT(stats.secondsToFirst, 0);
+}
+
+TEST_F(SearchObjectTest, FailsAreALimit) {
+  CSsearch *s = cs_createSearch(pigeons(), 40);
+  CSsearchOptions o = defaults();
+  o.fails = 1000;
+  ASSERT_TRUE(cs_setSearchOptions(s, &o));
+  EXPECT_EQ(cs_nextSolution(s), CS_STATUS_FAILS);
+  CSsearchStats stats;
+  ASSERT_TRUE(cs_getSearchStats(s, &stats, sizeof stats));
+  EXPECT_EQ(stats.fails, 1000);
+}
+
+TEST_F(SearchObjectTest, TellsOfProgressAsTimeGoes) {
+  for (const int limit : {0, 500}) {
+    cs_saveContext();
+    CSsearch *s = cs_createSearch(pigeons(), 40);
+    int calls = 0;
+    CSsearchOptions o = defaults();
+    o.milliseconds = limit;
+    o.progressMilliseconds = 1;
+    o.extra = &calls;
+    o.progress = [](CSsearch *search, const CSsearchStats *stats, void *extra) {
+      EXPECT_EQ(stats->solutions, 0);
+      if (++*static_cast<int *>(extra) == 5) cs_stopSearch(search);
+    };
+    ASSERT_TRUE(cs_setSearchOptions(s, &o));
+    EXPECT_EQ(cs_nextSolution(s), CS_STATUS_STOPPED);
+    EXPECT_EQ(calls, 5);
+    EXPECT_TRUE(cs_freeSearch(s));
+    cs_restoreContext();
+  }
+}
+
+// Nothing is better than the ends of the int range.
+TEST_F(SearchObjectTest, ObjectivesReachTheEndsOfTheIntRange) {
+  CSint *x = cs_createCSint(INT_MIN, INT_MIN + 1);
+  CSint *y = cs_createCSint(INT_MAX - 1, INT_MAX);
+  for (const bool minimize : {true, false}) {
+    CSint *vars[] = {x, y};
+    CSsearch *s = cs_createSearch(vars, 2);
+    CSsearchOptions o = defaults();
+    (minimize ? o.minimize : o.maximize) = minimize ? x : y;
+    o.value = minimize ? CS_VALUE_MIN : CS_VALUE_MAX;
+    ASSERT_TRUE(cs_setSearchOptions(s, &o));
+    EXPECT_EQ(cs_nextSolution(s), CS_STATUS_SOLUTION);
+    EXPECT_EQ(cs_nextSolution(s), CS_STATUS_OPTIMAL);
+    EXPECT_TRUE(cs_freeSearch(s));
+  }
+}
+
+TEST_F(SearchObjectTest, ARestartMayProveThatThereIsNoSolution) {
+  CSint **x = cs_createCSintArray(6, 0, 4);
+  for (int i = 0; i < 6; ++i)
+    for (int j = 0; j < i; ++j) ASSERT_TRUE(cs_Neq(x[i], x[j]));
+  CSsearch *s = cs_createSearch(x, 6);
+  CSsearchOptions o = defaults();
+  o.restarts = CS_RESTARTS_CONSTANT;
+  o.restartFails = 1;
+  o.order = CS_ORDER_DOM_WDEG;
+  o.value = CS_VALUE_RANDOM;
+  ASSERT_TRUE(cs_setSearchOptions(s, &o));
+  EXPECT_EQ(cs_nextSolution(s), CS_STATUS_EXHAUSTED);
+  CSsearchStats stats;
+  ASSERT_TRUE(cs_getSearchStats(s, &stats, sizeof stats));
+  EXPECT_GT(stats.restarts, 0);
+  EXPECT_GT(stats.noGoods, 0);
 }
 
 TEST_F(SearchObjectTest, TellsOfProgress) {
