@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The orders of variables. Each is a rank, and the lowest rank wins; equals are decided by position, or at random.
 // Cost: a look at each variable of the phase that is not bound; what was bound above is not looked at again.
-#include <limits>
 
 #include "core/solver.h"
 #include "solve/choose.h"
@@ -77,14 +76,13 @@ class Best {
   Rank rank_{s_, s_.labelled[0], 0};
 };
 
-// Takes out what is bound, and visits the others from `first` on while `visit` returns true.
+// Takes out what is bound, and visits the others while `visit` returns true.
 template <class Visit>
-void forEachUnbound(CSsearch &s, int first, Visit visit) {
+void forEachUnbound(CSsearch &s, Visit visit) {
   CSint *const *variables = s.labelled.variables();
   BranchSetOn &unsettled = s.unsettled;
   const BranchStamp now = BranchStamp::now();
   unsettled.forEach([&](int i) {
-    if (i < first) return true;
     if (!isBound(variables[i])) return visit(i);
     unsettled.takeOut(i, now);
     return true;
@@ -93,17 +91,18 @@ void forEachUnbound(CSsearch &s, int first, Visit visit) {
 
 int firstUnbound(CSsearch &s) {
   int position = -1;
-  forEachUnbound(s, 0, [&](int i) {
+  forEachUnbound(s, [&](int i) {
     position = i;
     return false;
   });
   return position;
 }
 
+// Within the phase of the first that is unbound.
 template <class Rank>
-int bestOf(CSsearch &s, const Phase &phase, int first) {
+int bestOf(CSsearch &s, const Phase &phase) {
   Best<Rank> best(s);
-  forEachUnbound(s, first, [&](int i) { return i < phase.end && best.offer(s.labelled[i], i); });
+  forEachUnbound(s, [&](int i) { return i < phase.end && best.offer(s.labelled[i], i); });
   return best.position();
 }
 
@@ -118,19 +117,19 @@ int askHost(const CSsearch &s, int first) {
 int chooseInPhase(CSsearch &s, const Phase &phase, int first) {
   switch (phase.order) {
     case CS_ORDER_SMALLEST:
-      return bestOf<Smallest>(s, phase, first);
+      return bestOf<Smallest>(s, phase);
     case CS_ORDER_LARGEST:
-      return bestOf<Largest>(s, phase, first);
+      return bestOf<Largest>(s, phase);
     case CS_ORDER_SMALLEST_MIN:
-      return bestOf<SmallestMin>(s, phase, first);
+      return bestOf<SmallestMin>(s, phase);
     case CS_ORDER_LARGEST_MAX:
-      return bestOf<LargestMax>(s, phase, first);
+      return bestOf<LargestMax>(s, phase);
     case CS_ORDER_REGRET:
-      return bestOf<Regret>(s, phase, first);
+      return bestOf<Regret>(s, phase);
     case CS_ORDER_MOST_CONSTRAINED:
-      return bestOf<MostConstrained>(s, phase, first);
+      return bestOf<MostConstrained>(s, phase);
     case CS_ORDER_DOM_WDEG:
-      return bestOf<DomWdeg>(s, phase, first);
+      return bestOf<DomWdeg>(s, phase);
     case CS_ORDER_HOST:
       return askHost(s, first);
     default:

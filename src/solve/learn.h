@@ -7,8 +7,8 @@
 
 namespace koru::solve {
 
-// To be called at the root, the path still as the run left it. False when the root itself is refuted. Elements that the
-// root settles are left out; a no-good of one element is imposed on the root.
+// To be called at the root, the path still as the run left it. False when the root itself is refuted. A no-good of one
+// element is imposed on the root.
 // Cost: for each refuted step the depth of the path.
 [[nodiscard]] bool learnFromPath(CSsearch &s);
 
