@@ -48,9 +48,23 @@ static bool dropBetween(CSint *v, int low, int high) {
   return forEachValue(v, low + 1, high - 1, [v](int value) { return removeValue(v, value); });
 }
 
+// Whether a pair lies in both domains.
+static bool stands(const ElementOf &c, int k) {
+  return contains(c.index, c.pairs[k].position) && contains(c.result, c.pairs[k].value);
+}
+
+// The result lies between the least and the greatest pair that stands, however wide it is.
+static bool narrowToPairs(const ElementOf &c) {
+  int first = 0;
+  while (first < c.n && !stands(c, first)) ++first;
+  if (first == c.n) return false;
+  int last = c.n - 1;
+  while (!stands(c, last)) --last;
+  return narrowMin(c.result, c.pairs[first].value) && narrowMax(c.result, c.pairs[last].value);
+}
+
 static bool filter(ElementOf &c) {
-  if (!narrowMin(c.index, 0) || !narrowMax(c.index, c.n - 1)) return false;
-  if (!narrowMin(c.result, c.pairs[0].value) || !narrowMax(c.result, c.pairs[c.n - 1].value)) return false;
+  if (!narrowMin(c.index, 0) || !narrowMax(c.index, c.n - 1) || !narrowToPairs(c)) return false;
   for (int from = 0, to = 0; from < c.n; from = to) {
     while (to < c.n && c.pairs[to].value == c.pairs[from].value) ++to;
     if (!filterGroup(c, from, to)) return false;

@@ -265,6 +265,55 @@ TEST_F(SearchObjectTest, ARestartMayProveThatThereIsNoSolution) {
   EXPECT_GT(stats.noGoods, 0);
 }
 
+// By values, what a run leaves behind at its first decision is all that the root learns.
+TEST_F(SearchObjectTest, ByValuesTheRootLearnsToo) {
+  for (int pigeonCount = 3; pigeonCount <= 6; ++pigeonCount) {
+    CSint **x = cs_createCSintArray(pigeonCount, 0, pigeonCount - 2);
+    for (int i = 0; i < pigeonCount; ++i)
+      for (int j = 0; j < i; ++j) ASSERT_TRUE(cs_Neq(x[i], x[j]));
+    for (const int value : {CS_VALUE_MIN, CS_VALUE_MAX}) {
+      CSsearch *s = cs_createSearch(x, pigeonCount);
+      CSsearchOptions o = defaults();
+      o.restarts = CS_RESTARTS_CONSTANT;
+      o.restartFails = 1;
+      o.value = value;
+      o.branching = CS_BRANCH_VALUES;
+      ASSERT_TRUE(cs_setSearchOptions(s, &o));
+      EXPECT_EQ(cs_nextSolution(s), CS_STATUS_EXHAUSTED);
+      EXPECT_TRUE(cs_freeSearch(s));
+    }
+  }
+}
+
+// Neighbourhoods that let nothing go are searched through at once, until somebody stops them.
+TEST_F(SearchObjectTest, StopsBetweenNeighbourhoods) {
+  CSint **x = cs_createCSintArray(8, 0, 7);
+  ASSERT_TRUE(cs_AllNeq(x, 8));
+  int weights[] = {3, 9, 4, 1, 7, 2, 8, 5};
+  struct Host {
+    CSsearch *search;
+    int calls;
+  } host{cs_createSearch(x, 8), 0};
+  CSsearchOptions o = defaults();
+  o.value = CS_VALUE_MAX;
+  o.guided = true;
+  o.minimize = cs_ScalProd(x, weights, 8);
+  o.restarts = CS_RESTARTS_CONSTANT;
+  o.restartFails = 1;
+  o.neighbours = CS_NEIGHBOURS_HOST;
+  o.extra = &host;
+  o.chooseRelaxed = [](bool *, const int *best, int n, void *extra) {
+    EXPECT_EQ(n, 8);
+    EXPECT_LE(best[0], 7);
+    auto *h = static_cast<Host *>(extra);
+    if (++h->calls == 3) cs_stopSearch(h->search);
+  };
+  ASSERT_TRUE(cs_setSearchOptions(host.search, &o));
+  while (cs_nextSolution(host.search) == CS_STATUS_SOLUTION) continue;
+  EXPECT_EQ(cs_getSearchStatus(host.search), CS_STATUS_STOPPED);
+  EXPECT_EQ(host.calls, 3);
+}
+
 TEST_F(SearchObjectTest, TellsOfProgress) {
   CSint **x = cs_createCSintArray(3, 0, 3);
   struct Seen {
