@@ -71,8 +71,8 @@ static bool postArray(const Poster &poster, const Condition &when, CSint *x, con
   std::copy_n(array, n, values.get());
   std::sort(values.get(), values.get() + n);
   const auto distinct = static_cast<int>(std::unique(values.get(), values.get() + n) - values.get());
-  return reified::post(poster, reified::kValuesTable<Membership>, when,
-                       Membership{x, std::move(values), distinct, x->min, x->min}, {x});
+  Membership membership{x, std::move(values), distinct, x->min, x->min};
+  return reified::post(poster, reified::kValuesTable<Membership>, when, std::move(membership), {x});
 }
 
 // ----- an interval
