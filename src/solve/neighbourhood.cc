@@ -45,7 +45,8 @@ void Neighbourhood::relaxLinked(Random &random, const Weights &weights) const {
     relaxed_[position] = true;
     order_[known++] = position;
   };
-  for (int next = 0; known < wanted;) {
+  int next = 0;
+  while (known < wanted) {
     if (next < known) {
       weights.forEachNeighbour(order_[next++], relax);
     } else {

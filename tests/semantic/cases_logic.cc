@@ -85,12 +85,15 @@ void addArray(Cases &cases, const std::string &name, const Tie &tie, bool inside
 
 void addInterval(Cases &cases, const std::string &name, const Tie &tie, bool inside, PostInterval post) {
   Case c{name + tie.suffix, {"cs_" + name + tie.suffix}, {}, {{-1, 3}, {-2, 6}}, 90, {2, 3, 3}};
-  for (const auto &[low, high] : std::vector<std::pair<int, int>>{
-           {1, 1}, {-1, 1}, {0, 9}, {-9, 0}, {2, 1}, {-9, 9}, {INT_MIN, 0}, {1, INT_MAX}, {INT_MAX, INT_MIN}})
+  for (const auto &ends : std::vector<std::pair<int, int>>{
+           {1, 1}, {-1, 1}, {0, 9}, {-9, 0}, {2, 1}, {-9, 9}, {INT_MIN, 0}, {1, INT_MAX}, {INT_MAX, INT_MIN}}) {
+    const int low = ends.first;
+    const int high = ends.second;
     c.forms.push_back(with(relation(c.functions[0] + " " + std::to_string(low) + ".." + std::to_string(high), 2,
                                     tied(tie, [=](Values t) { return (low <= t[0] && t[0] <= high) == inside; }),
                                     [=](CSint **x) { return post(x[0], x[1], low, high); }),
                            Strength::kDomain));
+  }
   cases.push_back(c);
 }
 

@@ -6,6 +6,7 @@
 // Wakes: on every event; cs_NeqIf when b becomes true or a variable is bound.
 #include "constraints/logic/agree.h"
 #include "constraints/logic/reified.h"
+#include "core/lifetime.h"
 #include "koru_extras.h"
 
 namespace koru::reified_eq {
@@ -53,7 +54,7 @@ bool Equality::followRemoval(bool holds, const Event &e) const {
 // ----- posting
 
 static bool post(const Poster &poster, const reified::Condition &when, CSint *x, CSint *y) {
-  if (when.b == nullptr || x == nullptr || y == nullptr) return false;
+  if (!solver::initialised || when.b == nullptr || x == nullptr || y == nullptr) return false;
   const bool halfDifference = when.negated && when.form == reified::Form::kHalf;
   const std::uint8_t concerned = halfDifference ? reified::kIsBound : kHearsAnything;
   return reified::post(poster, reified::kValuesTable<Equality>, when, Equality{x, y, x->min}, {x, concerned},

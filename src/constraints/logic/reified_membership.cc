@@ -10,6 +10,7 @@
 
 #include "constraints/logic/reified.h"
 #include "core/domain_walk.h"
+#include "core/lifetime.h"
 #include "koru_extras.h"
 
 namespace koru::reified_membership {
@@ -65,7 +66,8 @@ bool Membership::impose(bool holds) const {
 }
 
 static bool postArray(const Poster &poster, const Condition &when, CSint *x, const int *array, int n) {
-  if (when.b == nullptr || x == nullptr || n < 0 || (array == nullptr && n > 0)) return false;
+  if (!solver::initialised || when.b == nullptr || x == nullptr) return false;
+  if (n < 0 || (array == nullptr && n > 0)) return false;
   Buffer<int> values(n);
   if (!values) return false;
   std::copy_n(array, n, values.get());

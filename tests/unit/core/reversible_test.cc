@@ -43,7 +43,7 @@ TEST_F(ReversibleTest, NumbersMayBeNegative) {
 TEST_F(ReversibleTest, AContextNotesAWordOnce) {
   cs_saveContext();
   const int before = solver::trail.count();
-  for (std::uint64_t bits : {2, 3, 4, 5}) EXPECT_TRUE(set(bits));
+  for (const unsigned bits : {2U, 3U, 4U, 5U}) EXPECT_TRUE(set(bits));
   EXPECT_EQ(solver::trail.count(), before + 1);
   cs_saveContext();
   EXPECT_TRUE(set(6));
