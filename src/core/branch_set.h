@@ -15,6 +15,9 @@
 #include <cstdint>
 
 #include "core/alloc.h"
+#include "core/context_stack.h"
+#include "core/int_math.h"
+#include "core/trail.h"
 
 namespace koru {
 
@@ -22,8 +25,15 @@ struct BranchStamp {
   int level;             // contexts open
   std::uint64_t serial;  // of the newest of them
 
-  static BranchStamp now();
-  bool stands() const;
+  // Inline, as an all-different takes and asks for one whenever a variable is bound.
+  static BranchStamp now() {
+    if (solver::trail.undoing()) return {kIntMax, 0};
+    const int level = solver::contexts.count();
+    return {level, level > 0 ? solver::contexts.at(level - 1).serial : 0};
+  }
+  bool stands() const {
+    return level == 0 || (level <= solver::contexts.count() && solver::contexts.at(level - 1).serial == serial);
+  }
 };
 
 class BranchSetOn {
@@ -45,7 +55,12 @@ class BranchSetOn {
   }
 
   // Both take a position out for this branch; `stamp` is that of now, for a caller who takes out many.
-  void takeOut(int position, const BranchStamp &stamp);
+  void takeOut(int position, const BranchStamp &stamp) {
+    std::uint64_t &word = words_[position / 64];
+    if ((word & maskOf(position)) == 0) return;
+    word &= ~maskOf(position);
+    taken_[takenCount_++] = {position, stamp.level, stamp.serial};
+  }
   void takeOut(int position) { takeOut(position, BranchStamp::now()); }
 
   // Visits the positions in increasing order while `visit` returns true. False when it has returned false.

@@ -48,7 +48,7 @@ bool removeInner(CSint *v, int value) {
   if (!solver::trail.noteRemoved(v, value) || !makeBits(v)) return false;
   v->bits->clear(value);
   v->count = wrapSub(v->count, 1);
-  return signal(v, kRemoved, value);
+  return signalRemoved(v, value);
 }
 
 }  // namespace

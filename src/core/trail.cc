@@ -71,7 +71,8 @@ void Trail::dropBuffer(const TrailRecord &record) {
   dropShare(record.buffer);
 }
 
-void Trail::undo(const TrailRecord &record) {
+// Compiled into the loop, which saves some 10 instructions a record.
+[[gnu::always_inline]] inline void Trail::undo(const TrailRecord &record) {
   switch (record.kind) {  // GCOVR_EXCL_BR_LINE: there is no other kind
     case TrailKind::kMin:
     case TrailKind::kMinReserved:

@@ -136,6 +136,7 @@ static void attachToAll(Held<Record> &c, const Record &record) {
 
 static bool postAllKnown(const Poster &poster, AllKnown record) {
   if (refused(record)) return false;
+  solver::queue.hostHears = true;
   Posting posting{poster};
   if (!posting) return false;
   record.site = posting.site();
@@ -148,6 +149,7 @@ static bool postAllKnown(const Poster &poster, AllKnown record) {
 
 static bool postKnown(const Poster &poster, Known record) {
   if (refused(record)) return false;
+  solver::queue.hostHears = true;
   Posting posting{poster};
   if (record.size < 1) return posting.holdsOfNothing();
   record.site = posting.site();
@@ -163,6 +165,7 @@ static bool postKnown(const Poster &poster, Known record) {
 template <class Record>
 static bool post(const Poster &poster, const TableOf<Record> &table, Record record, ConstraintFlags flags = kWoken) {
   if (refused(record)) return false;
+  solver::queue.hostHears = true;
   Posting posting{poster};
   if (record.size < 1) return posting.holdsOfNothing();
   record.site = posting.site();
@@ -173,6 +176,7 @@ static bool post(const Poster &poster, const TableOf<Record> &table, Record reco
 
 static bool postRun(const Poster &poster, CSint **array, int size, CSeventAllKnownCallback run, void *extra) {
   if (run == nullptr) return false;
+  solver::queue.hostHears = true;
   Posting posting{poster};
   if (!posting) return false;
   Buffer<CSint *> copy = copyVariables(array, size);
