@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// Removals that nobody hears are not queued; whoever could hear one makes that it is.
+#include "core/solver.h"
+#include "unit/core/recorder.h"
+
+namespace {
+
+using namespace koru;
+using namespace koru::test;
+using namespace koru::test::journal;
+
+class QueueUnheardTest : public JournalTest {
+ protected:
+  static void note(void *argument, bool, CSint *, int code, Site *) {
+    static_cast<std::vector<int> *>(argument)->push_back(code);
+  }
+
+  std::vector<int> seen;
+  Observer observer{note, nullptr, &seen, false, nullptr};
+};
+
+TEST_F(QueueUnheardTest, ARemovalThatNoConstraintHearsIsNotQueued) {
+  ASSERT_TRUE(watch(journal, 1, {x}, {.table = &kHearsNewMax}));
+  ASSERT_TRUE(removeValue(x, 5));
+  EXPECT_EQ(solver::events.count(), 0);
+  EXPECT_FALSE(contains(x, 5));
+  EXPECT_TRUE(narrowMax(x, 50));
+  EXPECT_EQ(journal.calls, (std::vector<Call>{{1, x, kNewMax, 99, 50, 0}}));
+}
+
+TEST_F(QueueUnheardTest, ARemovalThatAnOlderConstraintHearsIsQueued) {
+  ASSERT_TRUE(watch(journal, 1, {x}) && watch(journal, 2, {x}, {.table = &kHearsNothing}));
+  ASSERT_TRUE(removeValue(x, 5));
+  EXPECT_EQ(journal.calls, (std::vector<Call>{{1, x, kRemoved, 5, 5, 0}}));
+}
+
+TEST_F(QueueUnheardTest, AConflictListenerHasARemovalQueued) {
+  ASSERT_TRUE(watch(journal, 1, {x}, {.flags = kConflictListener}));
+  ASSERT_TRUE(removeValue(x, 5));
+  EXPECT_EQ(solver::events.count(), 1);
+}
+
+TEST_F(QueueUnheardTest, AProfilerSeesTheSlotThatDoesNothing) {
+  ASSERT_TRUE(watch(journal, 1, {x}, {.table = &kHearsNothing}));
+  observer.enabled = true;
+  solver::ports.add(&observer);
+  ASSERT_TRUE(removeValue(x, 5));
+  EXPECT_EQ(seen, std::vector<int>{kRemoved});
+}
+
+// The removal is queued before anybody profiles; its turn comes when somebody does.
+TEST_F(QueueUnheardTest, AProfilerThatTheHostEnablesBeforeItsTurnSeesItToo) {
+  struct Host {
+    CSint *x;
+    Observer *observer;
+  } host{x, &observer};
+  solver::ports.add(&observer);
+  ASSERT_TRUE(watch(journal, 1, {x}, {.table = &kHearsNothing}));
+  cs_eventNewMin(
+      &y, 1,
+      [](CSint *, int, int, CSint **, int, void *extra) {
+        const Host *h = static_cast<Host *>(extra);
+        const bool consistent = removeValue(h->x, 5);
+        h->observer->enabled = true;
+        solver::ports.refreshProfiling();
+        return consistent;
+      },
+      &host);
+  ASSERT_TRUE(narrowMin(y, 1));
+  EXPECT_EQ(seen, (std::vector<int>{kNewMin, kRemoved}));
+}
+
+}  // namespace
