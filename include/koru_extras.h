@@ -34,6 +34,8 @@
  *   9. Linear relations
  *   10. Sequences and permutations
  *   11. Counting and elements with given results
+ *   12. Circuits
+ *   13. Division and powers with given results
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -626,6 +628,50 @@ KORU_API bool cs_VarElementOf(CSint *index, CSint **vars, int n, CSint *result);
 
 /** vars[@p position] = @p value, n >= 1: cs_VarElementOf with an int for the result. Domain consistent. */
 KORU_API bool cs_PositionOf(CSint **vars, int n, int value, CSint *position);
+
+/* ==================================================================================================================
+ * 12. Circuits
+ *
+ * Tours: next[i] is the node that comes after node i. What a tour costs is a sum of cs_ElementOf over the rows of a
+ * matrix. Both functions return false when there is none, when a variable stands twice, n is negative, an array or
+ * variable is null or memory exhausted.
+ *
+ * What is left may still be no part of a tour (to tell would take more than any fast algorithm): values are different
+ * (domain consistent), a path of known steps is not closed too early, and what cannot lie on one tour for how the graph
+ * hangs together is removed (Caseau, Laburthe 1997; Francis, Stuckey 2014).
+ * Cost: memory linear in n. A run takes time linear in the values of all variables, once for each time that one of
+ * these rules finds work for another.
+ * ================================================================================================================ */
+
+/** The n nodes 0 to n - 1 form one circuit; a single node is its own successor, and no node at all is none, but true.
+ */
+KORU_API bool cs_Circuit(CSint **next, int n);
+
+/** As cs_Circuit, but nodes may be left out: they are their own successors. All may be. */
+KORU_API bool cs_Subcircuit(CSint **next, int n);
+
+/* ==================================================================================================================
+ * 13. Division and powers with given results
+ *
+ * Without the roundings and limits of cs_Div and its kin, and with a result of the host's. Domain consistent while the
+ * ranges of x and y make at most 2048 pairs; with more, only bounds are narrowed, by rules on intervals, and not
+ * always as far as could be. A result that spans more than 2^20 ints may keep inner values either way. Results that are
+ * no ints are no results. A variable may stand in several places.
+ * All return false when nothing is left, a variable is null or memory exhausted. Cost: a run walks the pairs, or takes
+ * constant time.
+ * ================================================================================================================ */
+
+/** @p z = @p x / @p y, cut off towards 0 as in C; y is not 0. */
+KORU_API bool cs_DivTrunc(CSint *x, CSint *y, CSint *z);
+
+/** @p z = @p x % @p y as in C, so that z is of the sign of x or 0; y is not 0. */
+KORU_API bool cs_Mod(CSint *x, CSint *y, CSint *z);
+
+/**
+ * @p z = @p x to the power of @p y. Anything to the power of 0 is 1. A negative y means 1 / (x to the power of -y), cut
+ * off towards 0: 1 and -1 have such powers of their own, 0 has none, and all others have 0.
+ */
+KORU_API bool cs_Pow(CSint *x, CSint *y, CSint *z);
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Sequences, permutations, counting and elements whose results are handed over.
 #include <algorithm>
+#include <cstdlib>
 
 #include "catalogue/relations.h"
 #include "catalogue/row.h"
@@ -48,6 +49,49 @@ bool elementOf(T t) {
 bool varElementOf(T t) { return at(t.arrays[0], t.x.front(), t.x.back()); }
 bool positionOf(T t) { return at(t.arrays[0], t.x.back(), static_cast<int>(t.k[0])); }
 
+// Nodes that are their own successors are left out, where that is allowed.
+template <bool partial>
+bool circuit(T t) {
+  const auto n = static_cast<Wide>(t.x.size());
+  Wide out = 0;
+  int start = 0;
+  for (int i = 0; i < n; ++i) {
+    if (t.x[static_cast<std::size_t>(i)] < 0 || t.x[static_cast<std::size_t>(i)] >= n) return false;
+    if (partial && t.x[static_cast<std::size_t>(i)] == i)
+      ++out;
+    else
+      start = i;
+  }
+  if (out == n) return true;
+  Wide steps = 0;
+  int i = start;
+  do {
+    i = t.x[static_cast<std::size_t>(i)];
+    ++steps;
+  } while (i != start && steps <= n);
+  return steps == n - out;
+}
+
+bool divides(T t) { return t.x[1] != 0 && Wide{t.x[0]} / t.x[1] == t.x[2]; }
+bool leaves(T t) { return t.x[1] != 0 && Wide{t.x[0]} % t.x[1] == t.x[2]; }
+
+// By repeated multiplication or division, which ends early where nothing changes any more.
+bool isPower(T t) {
+  const Wide x = t.x[0];
+  if (x == 0) return t.x[1] >= 0 && t.x[2] == (t.x[1] == 0 ? 1 : 0);
+  Wide z = 1;
+  for (Wide y = std::abs(Wide{t.x[1]}) % 1000; y > 0 && z > -(Wide{1} << 31) - 1 && z < Wide{1} << 31; --y)
+    z = t.x[1] > 0 ? z * x : z / x;
+  if (std::abs(x) == 1) z = x == 1 || t.x[1] % 2 == 0 ? 1 : -1;
+  return z == t.x[2];
+}
+
+Row operation(const char *name, Door door, Meaning meaning, Example example) {
+  Row row{name, "vvv", door, meaning, kDomain, std::move(example)};
+  row.domain = {-2, 3};
+  return row;
+}
+
 Row element(const char *name, const char *kinds, Door door, Meaning meaning, Example example) {
   Row row{name, kinds, door, meaning, kDomain, std::move(example)};
   row.fewest = 1;
@@ -62,6 +106,11 @@ const Row kRows[] = {
     {"cs_CountOf", "anvv", door<cs_CountOf>, countOf, kDomain, {{1, 1, 2, 1, 3}}},
     element("cs_ElementOf", "vknv", door<cs_ElementOf>, elementOf, {{1, 5}, {}, {}, {{2, 3, 5}}}),
     element("cs_VarElementOf", "vanv", door<cs_VarElementOf>, varElementOf, {{1, 1, 2, 3, 4}}),
+    {"cs_Circuit", "an", door<cs_Circuit>, circuit<false>, kNone, {{1, 2, 1}}},
+    {"cs_Subcircuit", "an", door<cs_Subcircuit>, circuit<true>, kNone, {{1, 0, 3, 2}, {4}}},
+    operation("cs_DivTrunc", door<cs_DivTrunc>, divides, {{7, 2, 4}}),
+    operation("cs_Mod", door<cs_Mod>, leaves, {{7, 4, 2}}),
+    operation("cs_Pow", door<cs_Pow>, isPower, {{3, 2, 8}}),
     element("cs_PositionOf", "aniv", door<cs_PositionOf>, positionOf, {{1, 2, 7, 1}, {}, {7}}),
 };
 

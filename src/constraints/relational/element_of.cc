@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // cs_ElementOf: result = values[index] over an array of ints, which is copied.
 // Consistency: domain, but a result over more than 2^20 values may keep inner ones that no position has.
-// Cost: O(n) in a run; O(n log n) at posting.
-// State: the (value, position) pairs in order.  Wakes: on every event.
+// Cost: O(n) in a run, O(1) once the index is bound; O(n log n) at posting.
+// State: the values, and the (value, position) pairs in order.  Wakes: on every event.
 #include <algorithm>
 #include <tuple>
 
-#include "constraints/relational/fixpoint.h"
-#include "core/domain_walk.h"
+#include "constraints/relational/gaps.h"
+#include "core/post.h"
 #include "koru_extras.h"
 
 namespace koru::element_of {
@@ -22,66 +22,63 @@ struct Pair {
 struct ElementOf : Deferred {
   CSint *index;
   CSint *result;
+  Buffer<int> values;
   Buffer<Pair> pairs;
   int n;
-
-  std::int64_t size() const { return std::int64_t{index->count} + result->count; }
 };
 
-constexpr std::uint32_t kWidest = 1U << 20;
-
-// The pairs of one value: it stays while a position has it, they stay while the result has it.
-static bool filterGroup(const ElementOf &c, int from, int to) {
-  const int value = c.pairs[from].value;
-  if (!contains(c.result, value)) {
-    for (int k = from; k < to; ++k)
-      if (contains(c.index, c.pairs[k].position) && !removeValue(c.index, c.pairs[k].position)) return false;
-    return true;
-  }
+static bool hasPosition(const ElementOf &c, int from, int to) {
   for (int k = from; k < to; ++k)
     if (contains(c.index, c.pairs[k].position)) return true;
-  return removeValue(c.result, value);
+  return false;
 }
 
-static bool dropBetween(CSint *v, int low, int high) {
-  if (high - std::int64_t{low} < 2 || distance(v->min, v->max) > kWidest) return true;
-  return forEachValue(v, low + 1, high - 1, [v](int value) { return removeValue(v, value); });
+static bool removePositions(const ElementOf &c, int from, int to) {
+  for (int k = from; k < to; ++k)
+    if (!removeIfPresent(c.index, c.pairs[k].position)) return false;
+  return true;
 }
 
-// Whether a pair lies in both domains.
-static bool stands(const ElementOf &c, int k) {
-  return contains(c.index, c.pairs[k].position) && contains(c.result, c.pairs[k].value);
-}
-
-// The result lies between the least and the greatest pair that stands, however wide it is.
-static bool narrowToPairs(const ElementOf &c) {
-  int first = 0;
-  while (first < c.n && !stands(c, first)) ++first;
-  if (first == c.n) return false;
-  int last = c.n - 1;
-  while (!stands(c, last)) --last;
-  return narrowMin(c.result, c.pairs[first].value) && narrowMax(c.result, c.pairs[last].value);
+// A walk over the groups of pairs with one value: positions stay while the result has it, and it stays while there are
+// positions. That is the fixpoint, since what goes from one has no partner in the other.
+static bool filterPairs(const ElementOf &c) {
+  const Pair *last = nullptr;  // with a value that stays
+  for (int from = 0, to = 0; from < c.n; from = to) {
+    const Pair &pair = c.pairs[from];
+    while (to < c.n && c.pairs[to].value == pair.value) ++to;
+    if (!contains(c.result, pair.value)) {
+      if (!removePositions(c, from, to)) return false;
+    } else if (hasPosition(c, from, to)) {
+      if (last == nullptr ? !narrowMin(c.result, pair.value)
+                          : !relational::dropBetween(c.result, last->value, pair.value))
+        return false;
+      last = &pair;
+    }
+  }
+  return last != nullptr && narrowMax(c.result, last->value);
 }
 
 static bool filter(ElementOf &c) {
-  if (!narrowMin(c.index, 0) || !narrowMax(c.index, c.n - 1) || !narrowToPairs(c)) return false;
-  for (int from = 0, to = 0; from < c.n; from = to) {
-    while (to < c.n && c.pairs[to].value == c.pairs[from].value) ++to;
-    if (!filterGroup(c, from, to)) return false;
-    if (to < c.n && !dropBetween(c.result, c.pairs[from].value, c.pairs[to].value)) return false;
-  }
-  return true;
+  if (!narrowMin(c.index, 0) || !narrowMax(c.index, c.n - 1)) return false;
+  if (!isBound(c.index)) return filterPairs(c);
+  const int value = c.values[valueOf(c.index)];
+  return contains(c.result, value) && bindValue(c.result, value);
 }
+
+constexpr auto kTable = deferred<filter>(Rank::kLinear);
 
 static bool post(const Poster &poster, CSint *index, const int *values, int n, CSint *result) {
   if (index == nullptr || values == nullptr || n < 1 || result == nullptr) return false;
   Posting posting{poster};
   if (!posting) return false;
-  Buffer<Pair> pairs(n);
-  if (!pairs) return false;
-  for (int i = 0; i < n; ++i) pairs[i] = {values[i], i};
-  std::sort(pairs.get(), pairs.get() + n);
-  auto c = posting.add(relational::kTable<ElementOf, filter>, ElementOf{{}, index, result, std::move(pairs), n});
+  ElementOf record{{}, index, result, Buffer<int>(n), {}, n};
+  if (!record.values || !make(record.pairs, static_cast<unsigned>(n))) return false;
+  for (int i = 0; i < n; ++i) {
+    record.values[i] = values[i];
+    record.pairs[i] = {values[i], i};
+  }
+  std::sort(record.pairs.get(), record.pairs.get() + n);
+  auto c = posting.add(kTable, std::move(record));
   c.attach(index, 0);
   c.attach(result, 1);
   return posting && runSoon(*c);

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: MIT
+// cs_DivTrunc, cs_Mod and cs_Pow where the operands have more pairs of values than are looked at.
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <random>
+#include <vector>
+
+#include "koru_extras.h"
+#include "support/kit/solver_test.h"
+
+namespace koru::test {
+namespace {
+
+using Values = std::vector<int>;
+using Post = bool (*)(CSint *, CSint *, CSint *);
+using Compute = bool (*)(long long x, long long y, long long &z);
+
+bool quotient(long long x, long long y, long long &z) {
+  if (y == 0) return false;
+  z = x / y;
+  return true;
+}
+
+bool rest(long long x, long long y, long long &z) {
+  if (y == 0) return false;
+  z = x - x / y * y;
+  return true;
+}
+
+// Unlike the library's, by steps that end where the result is no int.
+bool power(long long x, long long y, long long &z) {
+  if (y < 0) {
+    z = x == 1 ? 1 : x == -1 ? (y % 2 == 0 ? 1 : -1) : 0;
+    return x != 0;
+  }
+  z = 1;
+  if (std::llabs(x) <= 1) y = y % 2 == 0 ? (y == 0 ? 0 : 2) : 1;
+  for (; y > 0 && std::llabs(z) <= (1LL << 32); --y) z *= x;
+  return z >= INT_MIN && z <= INT_MAX;
+}
+
+using DivisionTest = SolverTest;
+
+struct Range {
+  int low;
+  int high;
+
+  bool holds(long long value) const { return low <= value && value <= high; }
+};
+
+Range someRange(std::mt19937 &random, int least, int most, int width) {
+  const int low = std::uniform_int_distribution(least, most)(random);
+  return {low, low + std::uniform_int_distribution(0, width)(random)};
+}
+
+// The solutions within three ranges, as the ranges that they span; false when there is none.
+bool span(Compute f, const Range (&r)[3], Range (&out)[3]) {
+  bool any = false;
+  for (int x = r[0].low; x <= r[0].high; ++x) {
+    for (int y = r[1].low; y <= r[1].high; ++y) {
+      long long z;
+      if (!f(x, y, z) || !r[2].holds(z)) continue;
+      const int at[] = {x, y, static_cast<int>(z)};
+      for (int i = 0; i < 3; ++i)
+        out[i] = any ? Range{std::min(out[i].low, at[i]), std::max(out[i].high, at[i])} : Range{at[i], at[i]};
+      any = true;
+    }
+  }
+  return any;
+}
+
+struct Operation {
+  const char *name;
+  Post post;
+  Compute compute;
+  int mostExponent;  // or divisor
+  int width;         // of results
+  int tight;         // of 6000 bounds, as found
+};
+
+const Operation kOperations[] = {{"DivTrunc", cs_DivTrunc, quotient, 90, 40, 6000},
+                                 {"Mod", cs_Mod, rest, 90, 40, 5900},
+                                 {"Pow", cs_Pow, power, 36, 100000, 6000}};
+
+// How many of the bounds are as tight as can be; none is tighter.
+int tightBounds(const Operation &op, std::mt19937 &random) {
+  const Range r[] = {someRange(random, -150, 120, 150), someRange(random, -30, op.mostExponent, 60),
+                     someRange(random, -op.width, op.width, op.width)};
+  Range exact[3];
+  const bool any = span(op.compute, r, exact);
+  CSint *v[3];
+  for (int i = 0; i < 3; ++i) v[i] = cs_createCSint(r[i].low, r[i].high);
+  const bool posted = op.post(v[0], v[1], v[2]);
+  EXPECT_TRUE(posted || !any) << op.name << ": a solution was refused";
+  if (!posted) return 6;
+  int tight = 0;
+  for (int i = 0; any && i < 3; ++i) {
+    EXPECT_LE(cs_getMin(v[i]), exact[i].low) << op.name << " of " << r[0].low << ".." << r[0].high;
+    EXPECT_GE(cs_getMax(v[i]), exact[i].high) << op.name << " of " << r[0].low << ".." << r[0].high;
+    tight += (cs_getMin(v[i]) == exact[i].low) + (cs_getMax(v[i]) == exact[i].high);
+  }
+  return tight;
+}
+
+TEST_F(DivisionTest, BoundsKeepAllSolutionsAndLoseNearlyAllTheRest) {
+  std::mt19937 random{1};
+  for (const Operation &op : kOperations) {
+    int tight = 0;
+    for (int i = 0; i < 1000; ++i) {
+      tight += tightBounds(op, random);
+      cs_end();
+      cs_init();
+    }
+    EXPECT_GE(tight, op.tight) << op.name;
+  }
+}
+
+TEST_F(DivisionTest, WideOperandsAndResultsAtTheEndsOfTheInts) {
+  CSint *x = cs_createCSint(INT_MIN, INT_MAX);
+  CSint *y = cs_createCSint(INT_MIN, INT_MAX);
+  CSint *z = cs_createCSint(INT_MIN, INT_MAX);
+  EXPECT_TRUE(cs_DivTrunc(x, y, z));
+  EXPECT_TRUE(cs_EQ(x, INT_MIN) && cs_LE(y, -1) && cs_GE(z, 1 << 30));
+  EXPECT_EQ(cs_getValue(y), -2) << "2^31 is no int";
+  EXPECT_EQ(cs_getValue(z), 1 << 30);
+}
+
+TEST_F(DivisionTest, APowerBeyondTheIntsIsNone) {
+  CSint *x = cs_createCSint(-100000, 100000);
+  CSint *y = cs_createCSint(2, 100);
+  CSint *z = cs_createCSint(INT_MIN, INT_MAX);
+  EXPECT_TRUE(cs_Pow(x, y, z));
+  EXPECT_EQ(cs_getMax(x), 46340);
+  EXPECT_EQ(cs_getMax(z), 46340 * 46340);
+  EXPECT_EQ(cs_getMin(z), INT_MIN);
+  cs_saveContext();
+  EXPECT_TRUE(cs_LT(z, -1));
+  EXPECT_EQ(cs_getMax(y), 31) << "of -2";
+  cs_restoreContext();
+  EXPECT_TRUE(cs_GT(z, 1));
+  EXPECT_EQ(cs_getMax(y), 30);
+  EXPECT_TRUE(cs_EQ(z, 1024) && cs_GE(y, 10));
+  EXPECT_EQ(values(x), (Values{-2, 2}));
+  EXPECT_EQ(cs_getValue(y), 10);
+}
+
+TEST_F(DivisionTest, ANegativeExponentLeavesOneZeroOrNothing) {
+  CSint *x = cs_createCSint(0, 3000);
+  CSint *y = cs_createCSint(-9, -1);
+  CSint *z = cs_createCSint(-7, 7);
+  EXPECT_TRUE(cs_Pow(x, y, z));
+  EXPECT_EQ(cs_getMin(x), 1);
+  EXPECT_EQ(cs_getMin(z), 0);
+  EXPECT_EQ(cs_getMax(z), 1);
+  EXPECT_TRUE(cs_EQ(z, 1));
+  EXPECT_EQ(cs_getValue(x), 1);
+}
+
+TEST_F(DivisionTest, TheSameVariableInSeveralPlaces) {
+  CSint *x = cs_createCSint(-3, 4);
+  CSint *one = cs_createCSint(-9, 9);
+  EXPECT_TRUE(cs_DivTrunc(x, x, one));
+  EXPECT_EQ(cs_getValue(one), 1);
+  EXPECT_FALSE(cs_isIn(x, 0));
+  CSint *y = cs_createCSint(-3, 4);
+  CSint *any = cs_createCSint(-3, 4);
+  EXPECT_FALSE(cs_Mod(y, any, any)) << "a rest is less than its divisor";
+  CSint *z = cs_createCSint(0, 5);
+  EXPECT_TRUE(cs_Pow(z, z, any));
+  EXPECT_EQ(values(z), (Values{0, 1, 2}));
+  EXPECT_EQ(values(any), (Values{1, 4}));
+}
+
+TEST_F(DivisionTest, NullsAreRefused) {
+  CSint *x = cs_createCSint(1, 2);
+  for (const Post post : {cs_DivTrunc, cs_Mod, cs_Pow}) {
+    EXPECT_FALSE(post(nullptr, x, x));
+    EXPECT_FALSE(post(x, nullptr, x));
+    EXPECT_FALSE(post(x, x, nullptr));
+  }
+}
+
+}  // namespace
+}  // namespace koru::test
