@@ -29,7 +29,8 @@ MAY_INCLUDE = {
     "solve": {"solve", "nogood", "search", "core"},
 }
 CORE_FLOORS = (
-    ("build_mode", "int128", "int_math", "lifetime"),
+    ("build_mode", "int128", "int_math", "state"),
+    ("lifetime",),
     ("errors", "ports"),
     ("alloc",),
     ("block_stack", "pool", "shared_record"),

@@ -14,6 +14,7 @@
 #pragma once
 
 #include "core/constraint.h"
+#include "core/state.h"
 
 namespace koru {
 
@@ -80,7 +81,7 @@ class Agenda {
 
 namespace solver {
 
-inline constinit Agenda agenda;
+inline KORU_STATE Agenda agenda;
 
 }  // namespace solver
 }  // namespace koru

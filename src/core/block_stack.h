@@ -54,6 +54,7 @@ class BlockStack {
 
   int count() const { return count_; }
   int blockCount() const { return blockCount_; }
+  std::uint64_t bytes() const { return std::uint64_t{kCapacity} * sizeof(Record) * static_cast<unsigned>(blockCount_); }
   bool created() const { return first_ != nullptr; }
 
   // For the invariant checker: blocks follow one another and the counts agree.
@@ -62,6 +63,9 @@ class BlockStack {
   // Visits every record, oldest first.
   template <class Visit>
   void forEach(Visit visit) const;
+  // Those from a stack index on, oldest first.
+  template <class Visit>
+  void forEachFrom(int first, Visit visit) const;
 
  private:
   struct Block {
@@ -170,6 +174,17 @@ void BlockStack<Record>::forEach(Visit visit) const {
   for (Block *block = first_; block != nullptr && block->base < count_; block = block->next) {
     const int inBlock = count_ - block->base < kCapacity ? count_ - block->base : kCapacity;
     for (int i = 0; i < inBlock; ++i) visit(block->records()[i]);
+  }
+}
+
+template <class Record>
+template <class Visit>
+void BlockStack<Record>::forEachFrom(int first, Visit visit) const {
+  Block *block = current_;
+  while (block != nullptr && block->base > first) block = block->previous;
+  for (; block != nullptr && block->base < count_; block = block->next) {
+    const int end = count_ - block->base < kCapacity ? count_ - block->base : kCapacity;
+    for (int i = first > block->base ? first - block->base : 0; i < end; ++i) visit(block->records()[i]);
   }
 }
 

@@ -5,6 +5,7 @@
 
 #if defined(KORU_CHECKED) && KORU_CHECKED
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 
@@ -33,6 +34,15 @@ void CallbackRules::requireKept() const {
   require(solver::checked.startsAndEnds == startsAndEnds_, "cs_init and cs_end are not called from a callback");
   require(solver::contexts.count() >= contexts_, "a callback closes only contexts that it opened");
 }
+
+static constinit std::atomic<const void *> insider{nullptr};
+static constinit thread_local char self = 0;
+
+EnteredState::EnteredState() : before_(insider.exchange(&self)) {
+  require(before_ == nullptr || before_ == &self,
+          "two threads are in the solver at once; koru_threads gives each thread a solver of its own");
+}
+EnteredState::~EnteredState() { insider.store(before_); }
 
 void noteStartOrEnd() { ++solver::checked.startsAndEnds; }
 

@@ -6,6 +6,11 @@
 // The walk over the whole state, core/invariants, stands above everything that it looks at and is installed by cs_init.
 #pragma once
 
+#include <type_traits>
+
+#include "core/build_mode.h"
+#include "core/state.h"
+
 namespace koru::check {
 
 struct State {
@@ -38,6 +43,21 @@ class CallbackRules {
   int contexts_;
 };
 
+// Ends the process with a message when two threads are inside the state at the same time. A thread may take over from
+// another that is outside.
+class EnteredState {
+ public:
+  EnteredState();
+  EnteredState(const EnteredState &) = delete;
+  EnteredState &operator=(const EnteredState &) = delete;
+  ~EnteredState();
+
+ private:
+  const void *before_;
+};
+struct NothingEntered {};
+using Entered = std::conditional_t<kChecked && !kThreads, EnteredState, NothingEntered>;
+
 void noteStartOrEnd();
 void afterEnd();
 
@@ -45,6 +65,6 @@ void afterEnd();
 
 namespace koru::solver {
 
-inline constinit check::State checked;
+inline KORU_STATE check::State checked;
 
 }  // namespace koru::solver

@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "core/site.h"
+#include "core/state.h"
 #include "koru.h"
 
 namespace koru {
@@ -95,7 +96,7 @@ void detachAll(CSint &v);
 
 namespace solver {
 
-inline constinit int ownersAlive = 0;  // constraints whose record has something to destroy
+inline KORU_STATE int ownersAlive = 0;  // constraints whose record has something to destroy
 
 }  // namespace solver
 }  // namespace koru

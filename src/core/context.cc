@@ -17,6 +17,7 @@ enum class Close { kForget, kAccept, kRestore };
 
 // Closes contexts until `label` - 1 remain; 1 <= label <= the number open.
 void closeUntil(int label, Close how) {
+  [[maybe_unused]] const check::Entered entered;
   ContextMark mark{};
   while (solver::contexts.count() >= label) mark = *solver::contexts.pop();
   solver::queue.limit = mark.savedLimit;

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "core/block_stack.h"
+#include "core/state.h"
 
 namespace koru {
 
@@ -17,9 +18,9 @@ struct ContextMark {
 
 namespace solver {
 
-inline constinit BlockStack<ContextMark> contexts;
-inline constinit std::uint64_t contextSerial = 0;  // of the newest context ever opened
-inline constinit bool acceptedInside = false;      // changes were made permanent while an outer context was open
+inline KORU_STATE BlockStack<ContextMark> contexts;
+inline KORU_STATE std::uint64_t contextSerial = 0;  // of the newest context ever opened
+inline KORU_STATE bool acceptedInside = false;      // changes were made permanent while an outer context was open
 
 }  // namespace solver
 }  // namespace koru

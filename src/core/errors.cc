@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "core/lifetime.h"
+
 namespace koru {
 
 void printNotInstantiated(CSint *vint, void *) {
@@ -20,6 +22,7 @@ void abortOnError(CSint *, void *) { std::abort(); }  // GCOVR_EXCL_LINE: such a
 static void recordMemoryExhausted(CSint *, void *) { solver::errors.code = CS_ERR_MEMORY; }
 
 static void report(int code, const ErrorHandler &handler, CSint *vint) {
+  const HostAsked asked;
   solver::errors.code = code;
   handler.call(vint, handler.extra);
 }

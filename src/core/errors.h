@@ -2,6 +2,7 @@
 // The error code, the three replaceable handlers, and the reporting step that every failure takes.
 #pragma once
 
+#include "core/state.h"
 #include "koru.h"
 
 namespace koru {
@@ -35,7 +36,7 @@ void finishErrorsAfterInit();
 
 namespace solver {
 
-inline constinit Errors errors;
+inline KORU_STATE Errors errors;
 
 }  // namespace solver
 }  // namespace koru

@@ -22,6 +22,7 @@ void Pool::give(void *record, std::size_t size) {
   if (record == nullptr) return;
   if (kChecked || size > kLargest) {
     --loose_;
+    bytes_ -= size;
     return deallocate(record);
   }
   auto *freed = static_cast<FreeRecord *>(record);
@@ -32,7 +33,9 @@ void Pool::give(void *record, std::size_t size) {
 
 void *Pool::takeLoose(std::size_t size) {
   void *record = allocate(size);
-  if (record != nullptr) ++loose_;
+  if (record == nullptr) return nullptr;
+  ++loose_;
+  bytes_ += size;
   return record;
 }
 
@@ -41,6 +44,7 @@ bool Pool::addChunk() {
   if (chunk == nullptr) return false;
   chunk->previous = chunks_;
   chunks_ = chunk;
+  bytes_ += kChunkSize;
   next_ = reinterpret_cast<char *>(chunk + 1);
   end_ = reinterpret_cast<char *>(chunk) + kChunkSize;
   return true;

@@ -6,6 +6,8 @@
 // them.
 #pragma once
 
+#include "core/state.h"
+
 #include <cstddef>
 
 namespace koru {
@@ -17,6 +19,9 @@ class Pool {
   // size: as it was taken. Null is ignored.
   void give(void *record, std::size_t size);
   void destroy();
+
+  // What the pool has had from the allocator and not given back.
+  std::size_t bytes() const { return bytes_; }
 
   // Records are out that destroy() will not free: they went to the allocator one by one.
   bool hasLoose() const { return loose_ > 0; }
@@ -37,6 +42,7 @@ class Pool {
   bool addChunk();
 
   int loose_ = 0;
+  std::size_t bytes_ = 0;
   char *next_ = nullptr;
   char *end_ = nullptr;
   Chunk *chunks_ = nullptr;
@@ -45,7 +51,7 @@ class Pool {
 
 namespace solver {
 
-inline constinit Pool pool;
+inline KORU_STATE Pool pool;
 
 }  // namespace solver
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/ports.h"
 
+#include "core/lifetime.h"
+
 namespace koru {
 
 void Ports::add(Observer *observer) {
@@ -30,6 +32,7 @@ void Ports::notify(bool consistent, CSint *variable, int code, Site *site) const
 
 const char *Ports::locatorText() const {
   if (locator.text == nullptr) return nullptr;
+  const HostAsked asked;
   const char *text = locator.text(locator.argument);
   return text != nullptr ? text : "";
 }

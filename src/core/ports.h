@@ -6,6 +6,7 @@
 // address that a posting function returns to stands for the place. A search that weighs failures hears of them.
 #pragma once
 
+#include "core/state.h"
 #include "koru.h"
 
 namespace koru {
@@ -61,7 +62,7 @@ void forgetPlaces();  // for cs_end
 
 namespace solver {
 
-inline constinit Ports ports;
+inline KORU_STATE Ports ports;
 
 }  // namespace solver
 }  // namespace koru

@@ -21,6 +21,7 @@
 #include <utility>
 
 #include "core/attach.h"
+#include "core/check.h"
 #include "core/create.h"
 #include "core/narrow.h"
 #include "core/queue.h"
@@ -190,6 +191,7 @@ class Posting {
 
   Site *site_ = nullptr;
   bool consistent_ = false;
+  [[no_unique_address]] check::Entered entered_;
 };
 
 // A variable that stands twice in a constraint: the newest entry is of the same posting.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/branch_set.h"
+#include "core/state.h"
 
 namespace koru {
 
@@ -13,7 +14,7 @@ bool endPosting();
 namespace solver {
 
 // When the latest failure that nobody was told of was.
-inline constinit BranchStamp postingFailedAt{};
+inline KORU_STATE BranchStamp postingFailedAt{};
 
 }  // namespace solver
 

@@ -87,6 +87,7 @@ Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments,
   const unsigned slot = 1U << event.code;
   for (; entry != nullptr; entry = entry->next) {
     if ((entry->heard & slot) != 0 || (solver::ports.profiling && entry->constraint->flags == kWoken)) {
+      ++solver::queue.wakings;
       if (!call(event, entry, arguments)) return entry;
       if (solver::ports.profiling) solver::ports.notify(true, event.variable, event.code, entry->constraint->site);
     } else if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) {
@@ -98,6 +99,7 @@ Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments,
 
 // Calls the handlers of one event, newest attachment first. Returns the entry whose handler failed, or null. Notes the
 // first conflict listener met.
+template <bool supervised>
 [[gnu::always_inline]] inline Entry *wake(const EventRecord &event, Arguments arguments, Entry *&listener) {
   const unsigned slot = 1U << event.code;
   Entry *entry = event.entries;
@@ -106,6 +108,7 @@ Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments,
   while (!profiling) {
     if ((ahead & (slot | kHearsConflicts)) == 0) return nullptr;
     if ((entry->heard & slot) != 0) {
+      if constexpr (supervised) ++solver::queue.wakings;
       if (!call(event, entry, arguments)) return entry;
       profiling = solver::ports.profiling;
       if (profiling) solver::ports.notify(true, event.variable, event.code, entry->constraint->site);
@@ -134,17 +137,22 @@ void leave(Queue &queue) {
 // It then puts the count back, so that a failure which has been told of is not told again by one further out: a handler
 // may have asked for the impossible inside a context of its own and gone on. What a loop of cs_saveContext has counted
 // stays, and makes the change fail whose handler opened that context.
-//
-// abandon: nothing is left to be done. The site is kept while the failed constraint may go.
-void abandon(Queue &queue, CSint *variable, int code, const Constraint *failed) {
-  Site *site = failed->site;
-  if (const FailureListener &l = solver::ports.failureListener; l.tell != nullptr) l.tell(l.argument, failed);
-  ++site->references;
+
+// Nothing is left to be done.
+void drop(Queue &queue) {
   recycleAll(queue);
   solver::agenda.dropAll();
   ++queue.failures;
   ++queue.dropped;
   leave(queue);
+}
+
+// The site is kept while the failed constraint may go.
+void abandon(Queue &queue, CSint *variable, int code, const Constraint *failed) {
+  Site *site = failed->site;
+  if (const FailureListener &l = solver::ports.failureListener; l.tell != nullptr) l.tell(l.argument, failed);
+  ++site->references;
+  drop(queue);
   if (solver::ports.profiling) solver::ports.notify(false, variable, code, site);
   Site::release(site);
 }
@@ -158,11 +166,12 @@ void fail(Queue &queue, EventRecord *event, Entry *failed, Entry *listener, Argu
   abandon(queue, variable, code, failed->constraint);
 }
 
-// Two loops call it, and the one over plain events must not pay for that: it, and what it calls, are inlined into both.
+// Three loops call it, and the one over plain events must not pay for that: it, and what it calls, are inlined.
+template <bool supervised>
 [[gnu::always_inline]] inline bool handle(Queue &queue, EventRecord *event, Entry *&listener) {
   Arguments arguments{};
   if (open(*event, arguments)) {
-    if (Entry *failed = wake(*event, arguments, listener)) {
+    if (Entry *failed = wake<supervised>(*event, arguments, listener)) {
       fail(queue, event, failed, listener, arguments);
       return false;
     }
@@ -212,22 +221,57 @@ bool runFirst(Queue &queue, Deferred &record, const Latest &latest, Entry *liste
   return true;
 }
 
-// The queue is empty and somebody waits: runs and the events that they cause, until nobody does and there are none.
-// `handled` is the latest event of this propagation, recycled, or null.
-[[gnu::noinline]] void runAgenda(Queue &queue, const EventRecord *handled, Entry *listener) {
+// A propagation that is to end without a constraint's having failed.
+bool giveUp(Queue &queue) {
+  drop(queue);
+  return false;
+}
+
+constexpr int kEventsBetweenQuestions = 64;
+
+// The clock is too slow to be read for every event. Once told to end, whoever goes on all the same is told again.
+bool timeToEnd(Queue &queue) {
+  if (--queue.untilAsked > 0) return false;
+  queue.untilAsked = kEventsBetweenQuestions;
+  return askSupervisor();
+}
+
+// The events that are queued, and those that they cause. `handled` is the latest one, recycled. False when one has
+// failed.
+template <bool supervised>
+[[gnu::always_inline]] inline bool drain(Queue &queue, const EventRecord *&handled, const EventRecord *lastOwn,
+                                         Entry *&listener) {
+  while (queue.head != nullptr) {
+    if constexpr (supervised) {
+      if (timeToEnd(queue)) return giveUp(queue);
+    }
+    EventRecord *event = takeHead(queue);
+    if (!handle<supervised>(queue, event, listener)) return false;
+    if (event == lastOwn) solver::agenda.hush(nullptr);
+    handled = event;
+  }
+  return true;
+}
+
+// Events and runs until nobody waits and there are no events. `handled` is the latest event of this propagation,
+// recycled, or null.
+template <bool supervised>
+[[gnu::noinline]] void settle(Queue &queue, const EventRecord *handled, Entry *listener) {
+  if constexpr (supervised) {
+    if (!drain<supervised>(queue, handled, nullptr, listener)) return;
+  }
   Latest latest;
   latest.note(handled);
   while (Deferred *record = solver::agenda.takeFirst()) {
+    if constexpr (supervised) {
+      ++queue.wakings;
+      if (askSupervisor()) return static_cast<void>(giveUp(queue));
+    }
     if (!runFirst(queue, *record, latest, listener)) return;
     if (queue.head == nullptr) continue;
     const EventRecord *lastOwn = queue.tail;
     if (!record->hearsItself && queue.limit < queue.depth) solver::agenda.hush(record);
-    while (queue.head != nullptr) {
-      EventRecord *event = takeHead(queue);
-      if (!handle(queue, event, listener)) return;
-      if (event == lastOwn) solver::agenda.hush(nullptr);
-      handled = event;
-    }
+    if (!drain<supervised>(queue, handled, lastOwn, listener)) return;
     latest.note(handled);
   }
   leave(queue);
@@ -236,18 +280,28 @@ bool runFirst(Queue &queue, Deferred &record, const Latest &latest, Entry *liste
 }  // namespace
 
 void propagate() {
+  [[maybe_unused]] const check::Entered entered;
   Queue &queue = solver::queue;
   ++queue.depth;
+  if (queue.supervisor.mustEnd != nullptr) [[unlikely]]
+    return settle<true>(queue, nullptr, nullptr);
   // Set once per run, by the first conflict listener met in any event's list.
   Entry *listener = nullptr;
   EventRecord *event = nullptr;
   while (queue.head != nullptr) {
     event = takeHead(queue);
-    if (!handle(queue, event, listener)) return;
+    if (!handle<false>(queue, event, listener)) return;
   }
   if (solver::agenda.due()) [[unlikely]]
-    return runAgenda(queue, event, listener);
+    return settle<false>(queue, event, listener);
   leave(queue);
+}
+
+bool askSupervisor() {
+  Queue &queue = solver::queue;
+  const bool end = queue.supervisor.mustEnd(queue.supervisor.argument);
+  if (end) queue.untilAsked = 0;
+  return end;
 }
 
 // The outermost change waits for the whole propagation.

@@ -11,6 +11,7 @@
 #include "core/block_stack.h"
 #include "core/constraint.h"
 #include "core/ports.h"
+#include "core/state.h"
 #include "core/variable.h"
 
 namespace koru {
@@ -23,6 +24,13 @@ struct EventRecord {
   EventRecord *next;
 };
 
+// Of a search that can be stopped. It is asked every so many events and before each run, and when it says so the
+// propagation fails, though no constraint has; then it has to say so until it is taken away.
+struct Supervisor {
+  bool (*mustEnd)(void *argument) = nullptr;
+  void *argument = nullptr;
+};
+
 struct Queue {
   EventRecord *head = nullptr;
   EventRecord *tail = nullptr;  // of a queue that is not empty
@@ -32,13 +40,16 @@ struct Queue {
   int failures = 0;        // of loops whose outcome nobody has been told yet; see fail in queue.cc
   unsigned dropped = 0;    // propagations that have failed, ever: the events that were queued then went unheard
   bool hostHears = false;  // since cs_init a constraint was posted that runs code of the host
+  Supervisor supervisor;
+  int untilAsked = 0;              // so many events more
+  unsigned long long wakings = 0;  // of handlers and runs, counted while there is a supervisor
 };
 
 namespace solver {
 
-inline constinit Queue queue;
-inline constinit BlockStack<EventRecord> events;
-inline constinit Entry *graveyard = nullptr;  // entries detached while handlers run
+inline KORU_STATE Queue queue;
+inline KORU_STATE BlockStack<EventRecord> events;
+inline KORU_STATE Entry *graveyard = nullptr;  // entries detached while handlers run
 
 }  // namespace solver
 
@@ -79,6 +90,10 @@ bool propagateNow();
 // Asks for a constraint's run and, where changes propagate at once, propagates: the last step of its posting. Inside a
 // handler the run comes when the handlers are done. False when the propagation fails.
 bool runSoon(Deferred &record);
+
+// For constraints that work long at a time: whether to give up, by failing.
+[[gnu::cold, gnu::noinline]] bool askSupervisor();
+inline bool mustEnd() { return solver::queue.supervisor.mustEnd != nullptr && askSupervisor(); }
 
 // Undoes the newest attachment to v, whichever that is. While handlers run, entry and constraint stay allocated (some
 // list snapshot may contain them) until the outermost propagation ends.

@@ -7,12 +7,14 @@
 // Cost: a test of the result; the rest only when it is a refusal.
 #pragma once
 
+#include "core/state.h"
+
 namespace koru {
 
 namespace solver {
 
-inline constinit int refusals = 0;
-inline constinit int busy = 0;  // searches and calls that answer for the refusals inside them, one inside the other
+inline KORU_STATE int refusals = 0;
+inline KORU_STATE int busy = 0;  // searches and calls that answer for the refusals inside them, one inside the other
 
 }  // namespace solver
 

@@ -5,6 +5,8 @@
 // per (running user constraint, function name, text of the place).
 #pragma once
 
+#include "core/state.h"
+
 #include <cstdint>
 
 namespace koru {
@@ -69,8 +71,8 @@ std::uint32_t siteHash(const Site *parent, const char *name, const char *text);
 
 namespace solver {
 
-inline constinit SiteTable sites;
-inline constinit Site *userSite = nullptr;  // of the user-defined constraint whose callback is running
+inline KORU_STATE SiteTable sites;
+inline KORU_STATE Site *userSite = nullptr;  // of the user-defined constraint whose callback is running
 
 }  // namespace solver
 }  // namespace koru

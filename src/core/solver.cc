@@ -42,7 +42,7 @@ void cs_init(void) {
   if (!solver::initialised) {
     if (!koru::createStacks()) return;
     solver::queue = koru::Queue{};
-    solver::refusals = 0;
+    solver::refusals = solver::hostAsked = 0;
     solver::sites.create();
     solver::initialised = true;
   }

@@ -4,6 +4,7 @@
 
 #include "core/alloc.h"
 #include "core/block_stack.h"
+#include "core/state.h"
 #include "core/variable.h"
 
 namespace koru {
@@ -77,7 +78,7 @@ class Trail : public BlockStack<TrailRecord> {
 
 namespace solver {
 
-inline constinit Trail trail;
+inline KORU_STATE Trail trail;
 
 }  // namespace solver
 

@@ -8,6 +8,7 @@
 
 #include "core/block_stack.h"
 #include "core/domain_bits.h"
+#include "core/state.h"
 #include "koru.h"
 
 namespace koru {
@@ -55,7 +56,7 @@ inline int valueBefore(const CSint *v, int value) { return previousPresent(v->bi
 
 namespace solver {
 
-inline constinit BlockStack<CSint> variables;  // the only owner of variables that the host sees
+inline KORU_STATE BlockStack<CSint> variables;  // the only owner of variables that the host sees
 
 }  // namespace solver
 }  // namespace koru

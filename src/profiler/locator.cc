@@ -7,12 +7,13 @@
 #include <cstring>
 
 #include "core/solver.h"
+#include "core/state.h"
 
 namespace koru {
 
 namespace {
 
-constinit char *format = nullptr;
+KORU_STATE char *format = nullptr;
 
 void forgetFormat() {
   deallocate(format);

@@ -10,6 +10,7 @@
 
 #include <ctime>
 
+#include "core/state.h"
 #include "profiler/platform.h"
 
 #if KORU_HAS_BACKTRACE
@@ -73,7 +74,7 @@ struct DebugInformation {
   }
 };
 
-constinit DebugInformation debugInformation;
+KORU_STATE DebugInformation debugInformation;
 
 void findLine(std::uintptr_t address, Place &place) {
   const Modules now = countModules();

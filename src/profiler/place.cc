@@ -9,6 +9,7 @@
 #include "core/alloc.h"
 #include "core/ports.h"
 #include "core/site.h"
+#include "core/state.h"
 #include "profiler/platform.h"
 
 namespace koru {
@@ -24,7 +25,7 @@ struct KnownPlace {
 };
 
 constexpr unsigned kBuckets = 256;
-constinit KnownPlace *knownPlaces[kBuckets] = {};
+KORU_STATE KnownPlace *knownPlaces[kBuckets] = {};
 
 unsigned bucketOf(const void *address) {
   const auto bits = reinterpret_cast<std::uintptr_t>(address);

@@ -8,6 +8,7 @@
 #include "profiler/profiler.h"
 
 #include "core/solver.h"
+#include "core/state.h"
 #include "profiler/platform.h"
 
 namespace koru {
@@ -19,7 +20,7 @@ unsigned bucketOf(const Site *site) {
 }
 
 // The deleted ones, so that they stay reachable.
-constinit CSprofiler *deletedProfilers = nullptr;
+KORU_STATE CSprofiler *deletedProfilers = nullptr;
 
 void noteRun(void *argument, bool consistent, CSint *, int, Site *site) {
   const auto *profiler = static_cast<CSprofiler *>(argument);

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "search/state.h"
 
+#include "core/state.h"
 #include "koru.h"
 
 namespace koru {
 
-constinit SearchState searchState;
+KORU_STATE SearchState searchState;
 
 }  // namespace koru
 

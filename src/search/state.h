@@ -5,13 +5,14 @@
 
 #include "core/branch_set.h"
 #include "core/refusal.h"
+#include "core/state.h"
 
 namespace koru {
 
 // Storage for the one search at a time that skips settled variables; see search/selection.h. Memory that is not used
 // is never touched.
 struct SelectionRoom {
-  static constexpr int kSize = 65536;
+  static constexpr int kSize = kThreads ? 2048 : 65536;  // each thread has one
 
   bool taken;
   std::uint64_t words[BranchSetOn::wordsFor(kSize)];
@@ -26,7 +27,7 @@ struct SearchState {
   SelectionRoom selectionRoom{};
 };
 
-extern constinit SearchState searchState;
+extern KORU_STATE SearchState searchState;
 
 // `solutionFound` belongs to cs_findAll alone, which may have another search inside it.
 inline void resetCounters() {

@@ -11,6 +11,7 @@
 #include "core/post.h"
 #include "core/refusal.h"
 #include "core/solver.h"
+#include "core/state.h"
 #include "search/branching.h"
 #include "solve/engine.h"
 #include "solve/limits.h"
@@ -20,7 +21,7 @@ namespace koru::solve {
 
 namespace {
 
-constinit CSsearch *newest = nullptr;
+KORU_STATE CSsearch *newest = nullptr;
 
 // ----- life
 

@@ -8,6 +8,8 @@
 // terms of a window's energy are 32-bit products, whose wrapping decides what is found for huge tasks.
 #include "constraints/global/cumulative_windows.h"
 
+#include "core/queue.h"
+
 namespace koru::cumulative {
 
 namespace {
@@ -218,6 +220,7 @@ bool boundTasks(Resource &r, Check &c) {
 }
 
 bool checkWindow(Resource &r, Time a, Time b, Time &least) {
+  if (mustEnd()) return false;
   if (r.notes.from > 0) noteFrom(r, 0);
   Check c{a, b, 0, 0, 0, 0};
   readProfile(r, c);

@@ -77,6 +77,27 @@ TEST_F(BlockStackTest, ThePushAfter1024RecordsCreatesASecondBlock) {
   EXPECT_TRUE(stack.sound());  // the second base is 1024
 }
 
+TEST_F(BlockStackTest, VisitsTheRecordsFromAnIndexOn) {
+  const auto from = [&](int first) {
+    std::vector<int> seen;
+    stack.forEachFrom(first, [&](int record) { seen.push_back(record); });
+    return seen;
+  };
+  EXPECT_TRUE(from(0).empty());
+  EXPECT_EQ(stack.bytes(), 0U);
+  ASSERT_TRUE(stack.create());
+  EXPECT_TRUE(from(0).empty());
+  pushUpTo(2050);
+  EXPECT_EQ(stack.bytes(), 3U * 1024 * sizeof(int));
+  EXPECT_EQ(from(2048), (std::vector<int>{2049, 2050}));
+  EXPECT_EQ(from(2047), (std::vector<int>{2048, 2049, 2050}));
+  EXPECT_EQ(from(1).size(), 2049U);
+  EXPECT_EQ(from(1).front(), 2);
+  EXPECT_TRUE(from(2050).empty());
+  stack.popTo(1024);
+  EXPECT_EQ(from(1022), (std::vector<int>{1023, 1024}));
+}
+
 TEST_F(BlockStackTest, PoppingBackAndPushingAgainReusesTheSecondBlock) {
   ASSERT_TRUE(stack.create());
   pushUpTo(1025);

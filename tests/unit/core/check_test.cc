@@ -2,6 +2,8 @@
 // The invariant checker stops the process when something is not as it must be. Each test damages one thing.
 #include "core/check.h"
 
+#include <thread>
+
 #include "core/solver.h"
 #include "support/kit/death.h"
 #include "support/kit/solver_test.h"
@@ -102,6 +104,20 @@ TEST_F(CheckDeathTest, ItLooksAfterRestoreAndAcceptToo) {
   y->count = 3;
   EXPECT_EXIT(cs_restoreContext(), kAborted, "element count");
   EXPECT_EXIT(cs_acceptContext(), kAborted, "element count");
+}
+
+TEST_F(CheckDeathTest, TwoThreadsAtOnceAreCaught) {
+  journal.reactions[1] = [&](const Call &) {
+    std::thread([&] { static_cast<void>(cs_saveContext() > 0 && cs_GE(y, 5)); }).join();
+    return true;
+  };
+  EXPECT_EXIT(static_cast<void>(narrowMin(x, 1)), kAborted, "two threads are in the solver at once");
+}
+
+TEST_F(CheckTest, OneThreadAfterAnotherMayUseTheSolver) {
+  EXPECT_TRUE(narrowMin(x, 1));
+  std::thread([&] { EXPECT_TRUE(narrowMin(x, 2) && cs_Neq(x, y)); }).join();
+  EXPECT_TRUE(narrowMin(x, 3));
 }
 
 TEST_F(CheckDeathTest, EndingTheSolverInsideACallbackIsCaught) {

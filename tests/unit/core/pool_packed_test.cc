@@ -138,7 +138,9 @@ TEST_F(PoolPackedTest, GivingBackNothingIsIgnored) {
 TEST_F(PoolPackedTest, DestroyingFreesTheChunksAndForgetsTheFreeLists) {
   void *record = pool.take(40);
   pool.give(record, 40);
+  EXPECT_EQ(pool.bytes(), 64U * 1024);
   pool.destroy();
+  EXPECT_EQ(pool.bytes(), 0U);
   EXPECT_EQ(alive, 0);
   EXPECT_NE(pool.take(40), nullptr);
   EXPECT_EQ(asked.size(), 2U);

@@ -36,6 +36,17 @@ TEST_F(PoolTest, ARefusedRecordIsNullAndReportedOnce) {
   EXPECT_EQ(memoryReports, 2);
 }
 
+TEST_F(PoolTest, TellsHowMuchItHolds) {
+  EXPECT_EQ(pool.bytes(), 0U);
+  void *small = pool.take(24);
+  void *large = pool.take(5000);
+  EXPECT_EQ(pool.bytes(), 5024U);
+  pool.give(small, 24);
+  EXPECT_EQ(pool.bytes(), 5000U);
+  pool.give(large, 5000);
+  EXPECT_EQ(pool.bytes(), 0U);
+}
+
 TEST_F(PoolTest, GivingBackNothingIsIgnored) {
   pool.give(nullptr, 24);
   pool.give(nullptr, 5000);
