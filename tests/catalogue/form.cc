@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "catalogue/form.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 
@@ -127,7 +128,34 @@ std::vector<Actual> Form::actuals(CSint **x) const {
   return result;
 }
 
-Answer Form::call(CSint **x) const { return row_->door.call(actuals(x).data()); }
+Answer Form::call(CSint **x) const {
+  std::vector<Actual> given = actuals(x);
+  return row_->keepsArrays || isOfKoruH(*row_) ? row_->door.call(given.data()) : lend(given);
+}
+
+// In arrays that hold something else as soon as the call returns, and are gone.
+Answer Form::lend(std::vector<Actual> &given) const {
+  std::vector<std::vector<CSint *>> arrays(given.size());
+  Constants lent = *constants_;
+  std::size_t list = 0;
+  for (std::size_t i = 0; i < given.size(); ++i) {
+    CSint **const x = given[i].variables;
+    if (x != nullptr) {
+      arrays[i].assign(x, x + lengths_[i]);
+      arrays[i].push_back(nullptr);  // an empty array has an address, too
+      given[i].variables = arrays[i].data();
+    }
+    if (!isList(row_->kinds[i])) continue;
+    given[i].ints = lent.ints[list].data();
+    given[i].longs = lent.lists[list].data();
+    ++list;
+  }
+  const Answer answer = row_->door.call(given.data());
+  for (std::vector<CSint *> &array : arrays) std::ranges::fill(array, nullptr);
+  for (std::vector<int> &each : lent.ints) std::ranges::fill(each, 77);
+  for (std::vector<Wide> &each : lent.lists) std::ranges::fill(each, 77);
+  return answer;
+}
 
 bool Form::post(CSint **x, CSint *&result) const {
   const Answer answer = call(x);

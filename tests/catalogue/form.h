@@ -28,7 +28,8 @@ class Form {
   bool holds(std::span<const int> x, int z = 0) const;
   Value value(std::span<const int> x) const;  // where the row has one
 
-  // What the call is given for variables that lie one behind the other.
+  // What the call is given for variables that lie one behind the other. What koru_extras.h is given is the caller's own
+  // again when the call returns, unless the row says otherwise: such arrays are overwritten.
   std::vector<Actual> actuals(CSint **x) const;
   Answer call(CSint **x) const;
   // Whether it was accepted, as far as the answer says.
@@ -41,6 +42,7 @@ class Form {
   };
 
   std::vector<int> lengths() const;
+  Answer lend(std::vector<Actual> &given) const;
   bool sizesAreRefused() const;
   bool methodIsRefused() const;
 

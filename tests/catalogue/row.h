@@ -65,7 +65,7 @@ struct Row {
   bool saysNothing = false;   // the answer says nothing of success
   bool mayRefuse = false;     // a solution may be refused by design
   bool postsNothing = false;  // it narrows once and is done
-  bool keepsArrays = false;   // the arrays that it is given must live on
+  bool keepsArrays = false;   // the arrays that it is given must live on, as for all of koru.h
 
   bool makes() const { return door.makes; }
   int fewestOf(char size) const { return size == 'r' ? fewestRows : fewest; }

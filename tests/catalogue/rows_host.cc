@@ -28,6 +28,7 @@ Row hears(const char *name, int value, const char *site) {
           Consistency::kNone,
           {{value, value, value}}};
   row.site = site;
+  row.keepsArrays = true;
   return row;
 }
 
@@ -50,12 +51,13 @@ const Row kRows[] = {
     hears<cs_eventNewMin, acceptNoChange>("cs_eventNewMin", 9, "cs_eventNewMin"),
     hears<cs_eventNewMax, acceptNoChange>("cs_eventNewMax", 0, "cs_eventNewMax"),
     hears<cs_eventNeq, acceptNoChange>("cs_eventNeq", -5, "cs_eventNewMax"),
-    {"cs_createNoGoodSet",
-     "an",
-     {ForbidsOneTwo::call, ForbidsOneTwo::kLine, false, __FILE__},
-     [](const Terms &t) { return t.x[0] != 1 || t.x[1] != 2; },
-     Consistency::kNone,
-     {{1, 2, 0}}},
+    {.name = "cs_createNoGoodSet",
+     .kinds = "an",
+     .door = {ForbidsOneTwo::call, ForbidsOneTwo::kLine, false, __FILE__},
+     .meaning = [](const Terms &t) { return t.x[0] != 1 || t.x[1] != 2; },
+     .consistency = Consistency::kNone,
+     .example = {{1, 2, 0}},
+     .keepsArrays = true},
 };
 
 }  // namespace

@@ -26,10 +26,12 @@ Case defaultCase(const catalogue::Row &row);
 
 const Cases &allCases();
 
-// Constants that a constraint keeps by reference and its relation reads.
-template <class T>
-std::shared_ptr<std::vector<T>> kept(std::vector<T> values) {
-  return std::make_shared<std::vector<T>>(std::move(values));
+using Lists = std::vector<std::vector<Wide>>;
+
+// What the row of a function says of a call with arrays of these sizes, these ints and lists.
+inline Constraint stated(const std::string &function, std::vector<int> sizes = {}, std::vector<Wide> k = {},
+                         Lists lists = {}) {
+  return constraintOf({catalogue::rowOf(function), std::move(sizes), std::move(k), std::move(lists)});
 }
 
 }  // namespace koru::test::brute

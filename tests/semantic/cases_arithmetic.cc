@@ -14,32 +14,17 @@ Constraint passingHoles(Constraint c) {
   return c;
 }
 
-Case add() {
-  return {"Add",
-          {"cs_Add"},
-          {passingHoles(function(
-              "cs_Add", 2, [](Values t) { return Wide{t[0]} + t[1]; }, [](CSint **x) { return cs_Add(x[0], x[1]); }))},
-          {{-2, 4}},
-          500,
-          {},
-          {},
-          Room{-4, 8}};
-}
+Case add() { return {"Add", {"cs_Add"}, {passingHoles(stated("cs_Add"))}, {{-2, 4}}, 500, {}, {}, Room{-4, 8}}; }
 
 // With the same variable twice, it is heard as what is taken away, and not as what that is taken from.
 Case sub() {
-  Constraint c = passingHoles(function(
-      "cs_Sub", 2, [](Values t) { return Wide{t[0]} - t[1]; }, [](CSint **x) { return cs_Sub(x[0], x[1]); }));
+  Constraint c = passingHoles(stated("cs_Sub"));
   c.alsoShared = false;
   return {"Sub", {"cs_Sub"}, {c}, {{-2, 4}}, 500, {}, {}, Room{-4, 8}};
 }
 
 // Bounds: a value that a bound of x moves past stays in the result.
-Case abs() {
-  const Constraint c = function(
-      "cs_Abs", 1, [](Values t) { return Wide{std::abs(t[0])}; }, [](CSint **x) { return cs_Abs(x[0]); });
-  return {"Abs", {"cs_Abs"}, {with(c, Strength::kBounds)}, {{-3, 7}}, 127, {2, 4, 4}, {}, Room{-8, 15}};
-}
+Case abs() { return {"Abs", {"cs_Abs"}, {stated("cs_Abs")}, {{-3, 7}}, 127, {2, 4, 4}, {}, Room{-8, 15}}; }
 
 // A bound of the product must lie between the least and the greatest product; one of a factor between the least and
 // the greatest quotient, when the other factor cannot be 0.
@@ -57,47 +42,26 @@ bool productSupports(const Left &left, std::size_t p, std::size_t a, std::size_t
 }
 
 // Nothing is narrowed at posting.
-Constraint cornered(Constraint c, std::size_t p, std::size_t a, std::size_t b) {
-  c.supported = [=](const Left &left, std::size_t column, int value) {
-    return productSupports(left, p, a, b, column, value);
-  };
-  return with(c, Strength::kKnown);
-}
-
 Case mul() {
-  const Constraint c = function(
-      "cs_Mul", 2, [](Values t) { return Wide{t[0]} * t[1]; }, [](CSint **x) { return cs_Mul(x[0], x[1]); });
-  return {"Mul", {"cs_Mul"}, {cornered(c, 2, 0, 1)}, {{-2, 5}}, 300};
-}
-
-Wide product(Values t) {
-  Wide result = 1;
-  for (const int factor : t) result *= factor;
-  return result;
+  Constraint c = stated("cs_Mul");
+  c.supported = [](const Left &left, std::size_t column, int value) {
+    return productSupports(left, 2, 0, 1, column, value);
+  };
+  return {"Mul", {"cs_Mul"}, {c}, {{-2, 5}}, 300};
 }
 
 Case vMul() {
-  const auto form = [](int n, MakeResult post) {
-    return function("cs_VMul " + std::to_string(n), n, product, std::move(post));
-  };
   return {
-      "VMul",
-      {"cs_VMul"},
-      {form(1, [](CSint **x) { return cs_VMul(1, x[0]); }), form(2, [](CSint **x) { return cs_VMul(2, x[0], x[1]); }),
-       form(3, [](CSint **x) { return cs_VMul(3, x[0], x[1], x[2]); })},
-      {{-1, 4}},
-      200};
+      "VMul", {"cs_VMul"}, {stated("cs_VMul", {1}), stated("cs_VMul", {2}), stated("cs_VMul", {3})}, {{-1, 4}}, 200};
 }
 
 // The quotient may range over all ints, where holes would cost half a gigabyte: it is tied to one more variable by
-// bounds. x / y = z is x = z * y, and (x / y1) / y2 = z is x = z * y2 * y1.
-Constraint quotient(const std::string &name, int n, MakeResult divide) {
-  return relation(
-      name, n + 1, [](Values t) { return t[0] == product(t.subspan(1)); },
-      [divide = std::move(divide), n](CSint **x) {
-        CSint *z = divide(x);
-        return z != nullptr && cs_Le(z, x[n]) && cs_Ge(z, x[n]);
-      });
+// bounds.
+Constraint quotient(const Constraint &c) {
+  return relation(c.name, c.arity + 1, c.solution, [post = c.post, n = c.arity](CSint **x) {
+    CSint *z = nullptr;
+    return post(x, z) && cs_Le(z, x[n]) && cs_Ge(z, x[n]);
+  });
 }
 
 // Nothing is narrowed at posting: a variable that has moved since then narrows the two others, and not itself.
@@ -111,7 +75,7 @@ Strength onceOthersMoved(const Left &left, std::size_t column) {
 }
 
 Case div() {
-  Constraint c = quotient("cs_Div", 2, [](CSint **x) { return cs_Div(x[0], x[1]); });
+  Constraint c = quotient(stated("cs_Div"));
   c.strength = onceOthersMoved;
   return {"Div", {"cs_Div"}, {c}, {{-4, 8}, {-2, 5}, {-2, 4}}, 300};
 }
@@ -119,8 +83,7 @@ Case div() {
 Case vDiv() {
   return {"VDiv",
           {"cs_VDiv"},
-          {quotient("cs_VDiv 2", 2, [](CSint **x) { return cs_VDiv(2, x[0], x[1]); }),
-           quotient("cs_VDiv 3", 3, [](CSint **x) { return cs_VDiv(3, x[0], x[1], x[2]); })},
+          {quotient(stated("cs_VDiv", {2})), quotient(stated("cs_VDiv", {3}))},
           {{-3, 8}, {-1, 4}},
           60};
 }

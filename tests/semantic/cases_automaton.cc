@@ -29,13 +29,11 @@ std::vector<States> statesOnWords(const TestAutomaton &automaton, const std::vec
 // The private variables of the layers are found where the trail says that something was attached.
 using Layers = std::vector<CSint *>;
 
-bool postAndFindLayers(const TestAutomaton &automaton, CSint **x, int n, Layers &layers) {
-  const int mark = solver::trail.count();
-  const bool posted = automaton.post(x, n) == 1;
-  layers.clear();
+Layers layersSince(int mark, int n) {
+  Layers layers;
   for (const CSint *v : attachOrder(mark)) layers.push_back(const_cast<CSint *>(v));
   if (!layers.empty()) layers.erase(layers.begin(), layers.begin() + n);
-  return posted;
+  return layers;
 }
 
 std::string wrongStates(const TestAutomaton &automaton, const Layers &layers, const Left &left) {
@@ -49,13 +47,23 @@ std::string wrongStates(const TestAutomaton &automaton, const Layers &layers, co
   return "";
 }
 
-Constraint regular(const TestAutomaton &automaton, int n, bool withStates) {
+Constraint regular(const TestAutomaton &automaton, int n) {
+  return stated("cs_Regular", {n, static_cast<int>(automaton.finals.size())},
+                {automaton.states, automaton.symbols, automaton.start},
+                {{automaton.table.begin(), automaton.table.end()}, {automaton.finals.begin(), automaton.finals.end()}});
+}
+
+Constraint regularWithStates(const TestAutomaton &automaton, int n) {
   const auto layers = std::make_shared<Layers>();
-  Constraint c = relation(
-      "cs_Regular of " + ::testing::PrintToString(automaton), n, [automaton](Values t) { return automaton.accepts(t); },
-      [=](CSint **x) { return postAndFindLayers(automaton, x, n, *layers); });
-  if (withStates) c.inside = [=](const Left &left) { return wrongStates(automaton, *layers, left); };
-  return with(c, Strength::kDomain);
+  Constraint c = regular(automaton, n);
+  c.post = [=, post = c.post](CSint **x, CSint *&result) {
+    const int mark = solver::trail.count();
+    const bool posted = post(x, result);
+    *layers = layersSince(mark, n);
+    return posted;
+  };
+  c.inside = [=](const Left &left) { return wrongStates(automaton, *layers, left); };
+  return c;
 }
 
 // Every automaton of up to two states and two symbols, over words of each length in turn.
@@ -65,7 +73,7 @@ Case smallAutomata() {
   for (const int states : {1, 2})
     for (const int symbols : {1, 2})
       forEachAutomaton(states, symbols, [&](const TestAutomaton &automaton) {
-        c.forms.push_back(regular(automaton, 1 + length++ % 4, false));
+        c.forms.push_back(regular(automaton, 1 + length++ % 4));
       });
   return c;
 }
@@ -76,7 +84,7 @@ Case randomAutomata() {
   for (int i = 0; i < 60; ++i) {
     const int symbols = 1 + static_cast<int>(random() % 4);
     const TestAutomaton automaton = randomAutomaton(random, 1 + static_cast<int>(random() % 5), symbols);
-    c.forms.push_back(regular(automaton, 1 + i % 4, true));
+    c.forms.push_back(regularWithStates(automaton, 1 + i % 4));
   }
   return c;
 }
@@ -84,7 +92,7 @@ Case randomAutomata() {
 Case longerWords() {
   Case c{"RegularOfLongerWords", {"cs_Regular"}, {}, {{-1, 4}}, 40, {1, 2, 2}, {{0, 1, 2, 3, 4}}};
   std::mt19937 random(2);
-  for (int i = 0; i < 12; ++i) c.forms.push_back(regular(randomAutomaton(random, 2 + i % 4, 2 + i % 2), 5, true));
+  for (int i = 0; i < 12; ++i) c.forms.push_back(regularWithStates(randomAutomaton(random, 2 + i % 4, 2 + i % 2), 5));
   return c;
 }
 

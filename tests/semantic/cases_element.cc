@@ -5,33 +5,24 @@
 namespace koru::test::brute {
 namespace {
 
-bool isIndex(int i, std::size_t n) { return i >= 0 && i < static_cast<int>(n); }
-
 // ----- an array of ints
 
 // Of several changes heard together, one may be passed over: its value then fails when it is chosen.
-Constraint element(const std::vector<int> &table) {
-  const auto values = kept(table);
-  Constraint c = partialFunction(
-      "cs_Element " + ::testing::PrintToString(table), 1,
-      [values](Values t) {
-        return isIndex(t[0], values->size()) ? std::optional<Wide>((*values)[static_cast<std::size_t>(t[0])])
-                                             : std::nullopt;
-      },
-      [values](CSint **x) { return cs_Element(x[0], values->data(), static_cast<int>(values->size())); });
+Constraint element(const std::vector<Wide> &table) {
+  Constraint c = stated("cs_Element", {static_cast<int>(table.size())}, {}, {table});
   c.alsoTogether = false;
-  return with(c, Strength::kDomain);
+  return c;
 }
 
 Case elements() {
   Case c{"Element", {"cs_Element"}, {}, {{-1, 7}}, 127};
-  for (const std::vector<int> &table :
-       {std::vector{4, 7, 4, -1}, {3}, {5, 5, 5, 5}, {0, 1, 2, 3}, {2, 0, 2, 0}, {1, 2, 1}, {2, 1, 2, -3, 0, 1}})
+  for (const std::vector<Wide> &table :
+       Lists{{4, 7, 4, -1}, {3}, {5, 5, 5, 5}, {0, 1, 2, 3}, {2, 0, 2, 0}, {1, 2, 1}, {2, 1, 2, -3, 0, 1}})
     c.forms.push_back(element(table));
   std::mt19937 random(7);
   for (unsigned i = 0; i < 40; ++i) {
-    std::vector<int> table(1 + random() % 6);
-    for (int &value : table) value = static_cast<int>(random() % (i % 2 == 0 ? 3U : 8U)) - 3;
+    std::vector<Wide> table(1 + random() % 6);
+    for (Wide &value : table) value = static_cast<int>(random() % (i % 2 == 0 ? 3U : 8U)) - 3;
     c.forms.push_back(element(table));
   }
   return c;
@@ -42,8 +33,8 @@ Case longElements() {
   Case c{"ElementOfALongTable", {"cs_Element"}, {}, {{-2, 12}}, 150};
   std::mt19937 random(17);
   for (unsigned i = 0; i < 12; ++i) {
-    std::vector<int> table(9 + random() % 8);
-    for (int &value : table) value = static_cast<int>(random() % (3 + i % 4 * 4)) - 2;
+    std::vector<Wide> table(9 + random() % 8);
+    for (Wide &value : table) value = static_cast<int>(random() % (3 + i % 4 * 4)) - 2;
     c.forms.push_back(element(table));
   }
   return c;
@@ -52,18 +43,18 @@ Case longElements() {
 // values[i] = values[j], through two constraints over one array.
 Case agreeingElements() {
   Case c{"ElementsThatAgree", {"cs_Element"}, {}, {{-1, 5}}, 150};
-  for (const std::vector<int> &table : {std::vector{0, 1, 0, 2}, {1, 1, 2}, {2, 0, 1, 2, 0}, {0, 1, 2}}) {
-    const auto values = kept(table);
-    const int n = static_cast<int>(table.size());
+  for (const std::vector<Wide> &table : Lists{{0, 1, 0, 2}, {1, 1, 2}, {2, 0, 1, 2, 0}, {0, 1, 2}}) {
+    const Constraint one = element(table);
     c.forms.push_back(relation(
-        "two elements of " + ::testing::PrintToString(table), 2,
-        [values](Values t) {
-          if (!isIndex(t[0], values->size()) || !isIndex(t[1], values->size())) return false;
-          return (*values)[static_cast<std::size_t>(t[0])] == (*values)[static_cast<std::size_t>(t[1])];
+        "two of " + one.name, 2,
+        [one](Values t) {
+          const std::vector<int> first = one.results(t.first(1));
+          return !first.empty() && first == one.results(t.subspan(1));
         },
-        [values, n](CSint **x) {
-          CSint *first = cs_Element(x[0], values->data(), n);
-          return cs_Eq(first, cs_Element(x[1], values->data(), n));
+        [one](CSint **x) {
+          CSint *first = nullptr;
+          CSint *second = nullptr;
+          return one.post(x, first) && one.post(x + 1, second) && cs_Eq(first, second);
         }));
   }
   return c;
@@ -75,11 +66,7 @@ Case agreeingElements() {
 // the start imposes nothing. A removal that a bound has moved past before it was heard is not noticed, by an only
 // position not at all.
 Constraint index(int n, int val) {
-  Constraint c{
-      "cs_Index of " + std::to_string(val), n,
-      [=](Values t) { return isIndex(t.back(), t.size() - 1) && t[static_cast<std::size_t>(t.back())] == val; },
-      postFunction([=](CSint **x) { return cs_Index(x, n, val); })};
-  c.results = [](Values t) { return distinctPositions(static_cast<int>(t.size())); };
+  Constraint c = stated("cs_Index", {n}, {val});
   c.strength = [](const Left &left, std::size_t) {
     return left.posted().isBound(left.result()) ? Strength::kNone : Strength::kDomain;
   };
@@ -97,27 +84,14 @@ Case indexes() {
 
 // ----- an array of variables
 
-using PostSelection = CSint *(*)(CSint *, CSint **, int);
-
-// Position 0 is the index; the array follows.
-Constraint selection(const char *name, PostSelection post, int n) {
-  return partialFunction(
-      name + std::string(" of ") + std::to_string(n), n + 1,
-      [n](Values t) {
-        return isIndex(t[0], static_cast<std::size_t>(n)) ? std::optional<Wide>(t[static_cast<std::size_t>(t[0]) + 1])
-                                                          : std::nullopt;
-      },
-      [post, n](CSint **x) { return post(x[0], x + 1, n); });
-}
-
-// A value of the result that a moved bound had cut off and a restore brought back may be without support while the
-// index is free.
+// Position 0 is the index; the array follows. A value of the result that a moved bound had cut off and a restore
+// brought back may be without support while the index is free.
 Constraint varElement(int n) {
-  Constraint c = selection("cs_VarElement", cs_VarElement, n);
+  Constraint c = stated("cs_VarElement", {n});
   c.excused = [](const Left &left, std::size_t column, int value) {
     return column == left.result() && !left.isBound(0) && left.wasLost(column, value);
   };
-  return with(c, Strength::kDomain);
+  return c;
 }
 
 bool boundsMeet(const Left &left, std::size_t a, std::size_t b) {
@@ -143,7 +117,7 @@ bool rangeSupports(const Left &left, std::size_t column, int value) {
 }
 
 Constraint varElementRange(int n) {
-  Constraint c = selection("cs_VarElementRange", cs_VarElementRange, n);
+  Constraint c = stated("cs_VarElementRange", {n});
   c.supported = rangeSupports;
   return c;
 }

@@ -9,12 +9,6 @@ namespace {
 
 // ----- all-different
 
-bool allDifferent(Values t) {
-  for (std::size_t i = 0; i < t.size(); ++i)
-    if (std::ranges::count(t, t[i]) > 1) return false;
-  return true;
-}
-
 // The value of a bound variable is in no other, and the span of all bounds offers a value for each.
 bool eliminated(const Left &left, std::size_t column, int value) {
   for (std::size_t other = 0; other < left.columns(); ++other)
@@ -36,8 +30,7 @@ std::string tooNarrow(const Left &left) {
 // A variable at two positions is told from the others by identity. It is refused at posting when bound, and later by
 // the span alone: what is bound may be any values otherwise different that leave room for all.
 Constraint allNeq(int n) {
-  Constraint c =
-      relation("cs_AllNeq " + std::to_string(n), n, allDifferent, [n](CSint **x) { return cs_AllNeq(x, n) == 1; });
+  Constraint c = with(stated("cs_AllNeq", {n}), Strength::kNone);
   c.acceptedAnyway = [](const Left &left) { return left.isShared() && tooNarrow(left).empty(); };
   c.supported = eliminated;
   c.inside = tooNarrow;
@@ -52,17 +45,10 @@ Case allNeqs() {
 
 // ----- occurrence
 
-int countIn(Values t, int val) { return static_cast<int>(std::ranges::count(t, val)); }
-
-// The count is the first position.
-bool counted(Values t, int val) { return countIn(t.subspan(1), val) == t[0]; }
-
-// Bounds of the count, and each value of the others. A count that is bound when it is posted imposes nothing before
-// the first event; one of the variables may be the count itself.
+// The count is the first position. Bounds of the count, and each value of the others. A count that is bound when it is
+// posted imposes nothing before the first event; one of the variables may be the count itself.
 Constraint occurConstraints(int n, int val) {
-  Constraint c = relation(
-      "cs_OccurConstraints of " + std::to_string(val), n + 1, [=](Values t) { return counted(t, val); },
-      [=](CSint **x) { return cs_OccurConstraints(x[0], val, x + 1, n); });
+  Constraint c = stated("cs_OccurConstraints", {n}, {val});
   c.strength = [](const Left &left, std::size_t column) {
     if (left.posted().isBound(0) || !left.isInterval(0)) return Strength::kNone;
     return column == 0 ? Strength::kBounds : Strength::kDomain;
@@ -77,27 +63,21 @@ Case occurs(const char *name, Constraint (*form)(int, int), std::vector<Room> ro
   return c;
 }
 
-Constraint occurDomain(int n, int val) {
-  return with(function(
-                  "cs_OccurDomain of " + std::to_string(val), n, [=](Values t) { return countIn(t, val); },
-                  [=](CSint **x) { return cs_OccurDomain(val, x, n); }),
-              Strength::kDomain, Strength::kBounds);
-}
+Constraint occurDomain(int n, int val) { return stated("cs_OccurDomain", {n}, {val}); }
 
 // cs_Occur says nothing of success: the count can be anything from the start, so that posting cannot fail.
 Constraint occur(int n, int val) {
-  return relation(
-      "cs_Occur of " + std::to_string(val), n + 1, [=](Values t) { return counted(t, val); },
-      [=](CSint **x) {
-        CSint *count = cs_createCSint(0, n);
-        return cs_Occur(count, val, x + 1, n) == 0 && cs_Eq(count, x[0]);
-      });
+  const catalogue::Form form(catalogue::rowOf("cs_Occur"), {n}, {val});
+  Constraint c = constraintOf(form);
+  c.post = [=](CSint **x, CSint *&) {
+    std::vector<catalogue::Actual> actuals = form.actuals(x);
+    CSint *const count = actuals[0].variable = cs_createCSint(0, n);
+    return form.row().door.call(actuals.data()).number == 0 && cs_Eq(count, x[0]);
+  };
+  return c;
 }
 
 // ----- minimum and maximum
-
-Wide least(Values t) { return t.empty() ? INT_MAX : *std::ranges::min_element(t); }
-Wide greatest(Values t) { return t.empty() ? INT_MIN : *std::ranges::max_element(t); }
 
 // Which bound of a column counts: the minimum for the least, the maximum, negated, for the greatest.
 struct Side {
@@ -117,8 +97,8 @@ std::string wrongBounds(Side side, const Left &left) {
 
 // Both bounds of the result are as they must be, while there have never been holes: its near bound stays behind when it
 // was moved by someone else and a variable has then jumped further, or before that was heard.
-Constraint extremum(const std::string &name, int n, Side side, Value value, MakeResult post) {
-  Constraint c = function(name + " " + std::to_string(n), n, std::move(value), std::move(post));
+Constraint extremum(const std::string &name, int n, Side side) {
+  Constraint c = stated(name, {n});
   c.strength = [](const Left &left, std::size_t column) {
     bool holes = left.branch.removals || left.branch.unheard;
     for (std::size_t i = 0; i < left.columns(); ++i) holes = holes || !left.posted().isInterval(i);
@@ -128,22 +108,10 @@ Constraint extremum(const std::string &name, int n, Side side, Value value, Make
   return c;
 }
 
-Case extremes(const char *name, Side side, Value value, const std::function<CSint *(CSint **, int)> &post) {
+Case extremes(const char *name, Side side) {
   Case c{name, {std::string("cs_") + name}, {}, {{-2, 4}}, 120};
-  for (int n = 1; n <= 4; ++n)
-    c.forms.push_back(extremum(c.functions[0], n, side, value, [post, n](CSint **x) { return post(x, n); }));
+  for (int n = 1; n <= 4; ++n) c.forms.push_back(extremum(c.functions[0], n, side));
   return c;
-}
-
-CSint *vMin(CSint **x, int n) {
-  if (n < 3) return n == 1 ? cs_VMin(1, x[0]) : cs_VMin(2, x[0], x[1]);
-  if (n == 3) return cs_VMin(3, x[0], x[1], x[2]);
-  return cs_VMin(4, x[0], x[1], x[2], x[3]);
-}
-CSint *vMax(CSint **x, int n) {
-  if (n < 3) return n == 1 ? cs_VMax(1, x[0]) : cs_VMax(2, x[0], x[1]);
-  if (n == 3) return cs_VMax(3, x[0], x[1], x[2]);
-  return cs_VMax(4, x[0], x[1], x[2], x[3]);
 }
 
 }  // namespace
@@ -153,10 +121,10 @@ Cases globalCases() {
           occurs("Occur", occur, {{-1, 5}, {0, 3}}),
           occurs("OccurConstraints", occurConstraints, {{-1, 5}, {0, 4}}),
           occurs("OccurDomain", occurDomain, {{0, 4}}),
-          extremes("Min", {true}, least, cs_Min),
-          extremes("VMin", {true}, least, vMin),
-          extremes("Max", {false}, greatest, cs_Max),
-          extremes("VMax", {false}, greatest, vMax)};
+          extremes("Min", {true}),
+          extremes("VMin", {true}),
+          extremes("Max", {false}),
+          extremes("VMax", {false})};
 }
 
 }  // namespace koru::test::brute

@@ -7,7 +7,7 @@
 namespace koru::test::brute {
 namespace {
 
-using Coefficients = std::vector<long long>;
+using Coefficients = std::vector<Wide>;
 using Exact = Int128;
 
 struct Form {
@@ -16,36 +16,6 @@ struct Form {
   long long constant;
   int arity() const { return static_cast<int>(coefficients.size()); }
 };
-
-constexpr const char *kOperators[] = {"=", "!=", "<=", "<", ">=", ">"};
-
-std::string nameOf(const Form &form) {
-  return ::testing::PrintToString(form.coefficients) + " " + kOperators[form.method] + " " +
-         std::to_string(form.constant);
-}
-
-bool compare(Exact sum, int method, Exact constant) {
-  switch (method) {
-    case CS_METHOD_EQ:
-      return sum == constant;
-    case CS_METHOD_NEQ:
-      return sum != constant;
-    case CS_METHOD_LE:
-      return sum <= constant;
-    case CS_METHOD_LT:
-      return sum < constant;
-    case CS_METHOD_GE:
-      return sum >= constant;
-    default:
-      return sum > constant;
-  }
-}
-
-bool holds(const Form &form, Values t) {
-  Exact sum = 0;
-  for (std::size_t i = 0; i < form.coefficients.size(); ++i) sum += Exact{form.coefficients[i]} * t[i];
-  return compare(sum, form.method, form.constant);
-}
 
 constexpr long long kHuge = 1LL << 62;
 
@@ -106,25 +76,17 @@ Constraint promising(Constraint c, const Form &form, std::size_t first,
   return c;
 }
 
-// Copies, so that arrays which are gone at once are handed over.
-template <class Post>
-auto lent(const Form &form, CSint **vars, Post post) {
-  std::vector<CSint *> copy(vars, vars + form.arity());
-  Coefficients coefficients = form.coefficients;
-  const auto result = post(copy.data(), coefficients.data(), form.arity(), form.method, form.constant);
-  std::ranges::fill(copy, nullptr);
-  std::ranges::fill(coefficients, 77);
-  return result;
+Constraint posted(const std::string &name, const Form &form) {
+  return stated(name, {form.arity()}, {form.method, form.constant}, {form.coefficients});
+}
+
+Constraint imposed(const Form &form) {
+  return promising(posted("cs_Linear", form), form, 0, [form](const Left &) { return form.method; });
 }
 
 Case linear() {
   Case c{"Linear", {"cs_Linear"}, {}, {{-2, 4}}, 40, {1, 3, 3}};
-  for (const Form &form : forms())
-    c.forms.push_back(
-        promising(relation(
-                      "cs_Linear " + nameOf(form), form.arity(), [form](Values t) { return holds(form, t); },
-                      [form](CSint **x) { return lent(form, x, cs_Linear); }),
-                  form, 0, [form](const Left &) { return form.method; }));
+  for (const Form &form : forms()) c.forms.push_back(imposed(form));
   return c;
 }
 
@@ -136,32 +98,19 @@ int methodSaidBy(const Form &form, const Left &left, std::size_t b, bool full) {
   return left.max(b) <= 0 && full ? kOpposites[form.method] : -1;
 }
 
-Case tiedTo(const char *name, bool full, bool (*post)(CSint *, CSint **, const long long *, int, int, long long)) {
+Case tiedTo(const char *name, bool full) {
   Case c{name, {std::string("cs_") + name}, {}, {{0, 2}, {-2, 4}}, 24, {1, 3, 3}};
   for (const Form &form : forms())
-    c.forms.push_back(promising(
-        relation(
-            c.functions[0] + " " + nameOf(form), 1 + form.arity(),
-            [form, full](Values t) { return holds(form, t.subspan(1)) == (t[0] >= 1) || (!full && t[0] < 1); },
-            [form, post](CSint **x) {
-              return lent(
-                  form, x + 1,
-                  [x, post](CSint **vars, const long long *coefficients, int n, int method, long long constant) {
-                    return post(x[0], vars, coefficients, n, method, constant);
-                  });
-            }),
-        form, 1, [form, full](const Left &left) { return methodSaidBy(form, left, 0, full); }));
+    c.forms.push_back(promising(posted(c.functions[0], form), form, 1,
+                                [form, full](const Left &left) { return methodSaidBy(form, left, 0, full); }));
   return c;
 }
 
 Case reified() {
   Case c{"ReifLinear", {"cs_ReifLinear"}, {}, {{-2, 4}}, 16, {1, 3, 3}};
   for (const Form &form : forms())
-    c.forms.push_back(promising(
-        function(
-            "cs_ReifLinear " + nameOf(form), form.arity(), [form](Values t) { return holds(form, t) ? 1 : 0; },
-            [form](CSint **x) { return lent(form, x, cs_ReifLinear); }),
-        form, 0, [form](const Left &left) { return methodSaidBy(form, left, left.result(), true); }));
+    c.forms.push_back(promising(posted(c.functions[0], form), form, 0,
+                                [form](const Left &left) { return methodSaidBy(form, left, left.result(), true); }));
   return c;
 }
 
@@ -172,22 +121,14 @@ Case longer() {
       {1, 1, 1, 1, 1, 1, 1, 1, 1}, {5, 4, 3, 3, 2, 2, 1, 1, 1}, {1, -1, 2, -2, 3, -3, 1, 1, -2}};
   for (const Coefficients &coefficients : sums)
     for (const int method : {CS_METHOD_EQ, CS_METHOD_NEQ, CS_METHOD_LE, CS_METHOD_GE})
-      for (const long long constant : {2, 4}) {
-        const Form form{coefficients, method, constant};
-        c.forms.push_back(
-            promising(relation(
-                          "cs_Linear " + nameOf(form), form.arity(), [form](Values t) { return holds(form, t); },
-                          [form](CSint **x) { return lent(form, x, cs_Linear); }),
-                      form, 0, [form](const Left &) { return form.method; }));
-      }
+      for (const long long constant : {2, 4}) c.forms.push_back(imposed({coefficients, method, constant}));
   return c;
 }
 
 }  // namespace
 
 Cases linearRelationCases() {
-  return {linear(), longer(), tiedTo("LinearIff", true, cs_LinearIff), tiedTo("LinearIf", false, cs_LinearIf),
-          reified()};
+  return {linear(), longer(), tiedTo("LinearIff", true), tiedTo("LinearIf", false), reified()};
 }
 
 }  // namespace koru::test::brute

@@ -1,51 +1,32 @@
 // SPDX-License-Identifier: MIT
 // Up to three tasks on a resource: with so few, no feasible schedule is refused; semantic/cumulative_test.cc has more.
 #include "semantic/cases.h"
-#include "support/constraints/scheduling_problem.h"
 
 namespace koru::test::brute {
 namespace {
 
-// The columns are start, duration and use of each task, and the capacity.
-struct Tasks {
-  std::vector<CSint *> starts;
-  std::vector<CSint *> durations;
-  std::vector<CSint *> uses;
-};
+// The columns are start, duration and use of each task, and the capacity; the call has an array of each.
+template <class T>
+std::vector<T> byArray(const T *columns, int n) {
+  std::vector<T> result;
+  for (int field = 0; field < 3; ++field)
+    for (int i = 0; i < n; ++i) result.push_back(columns[3 * i + field]);
+  result.push_back(columns[3 * n]);
+  return result;
+}
 
 Constraint cumulative(int n) {
-  const auto tasks = std::make_shared<Tasks>();
-  return relation(
-      "cs_Cumulative of " + std::to_string(n), 3 * n + 1,
-      [](Values t) {
-        return scheduling::feasible({t.begin(), t.end()});
-      },
-      [tasks, n](CSint **x) {
-        *tasks = {};
-        for (int i = 0; i < n; ++i) {
-          tasks->starts.push_back(x[3 * i]);
-          tasks->durations.push_back(x[3 * i + 1]);
-          tasks->uses.push_back(x[3 * i + 2]);
-        }
-        return cs_Cumulative(tasks->starts.data(), tasks->durations.data(), tasks->uses.data(), n, x[3 * n]);
-      });
+  const auto handedOver = std::make_shared<std::vector<CSint *>>();
+  Constraint c = stated("cs_Cumulative", {n});
+  c.solution = [n, inOrder = c.solution](Values t) { return inOrder(byArray(t.data(), n)); };
+  c.post = [=, inOrder = c.post](CSint **x, CSint *&result) {
+    *handedOver = byArray(x, n);
+    return inOrder(handedOver->data(), result);
+  };
+  return c;
 }
 
-// The starts, then the durations.
-bool apart(Values t) {
-  const std::size_t n = t.size() / 2;
-  for (std::size_t i = 0; i < n; ++i)
-    for (std::size_t j = 0; j < i; ++j) {
-      const bool both = t[n + i] > 0 && t[n + j] > 0;
-      if (both && Wide{t[i]} < Wide{t[j]} + t[n + j] && Wide{t[j]} < Wide{t[i]} + t[n + i]) return false;
-    }
-  return true;
-}
-
-Constraint disjunctive(int n) {
-  return relation("cs_Disjunctive of " + std::to_string(n), 2 * n, apart,
-                  [n](CSint **x) { return cs_Disjunctive(x, x + n, n); });
-}
+Constraint disjunctive(int n) { return stated("cs_Disjunctive", {n}); }
 
 }  // namespace
 

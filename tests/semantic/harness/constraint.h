@@ -55,32 +55,16 @@ inline Constraint relation(std::string name, int arity, Relation solution, std::
   return {std::move(name), arity, std::move(solution), [post](CSint **x, CSint *&) { return post(x); }};
 }
 
-using Value = std::function<Wide(Values)>;
-using MakeResult = std::function<CSint *(CSint **x)>;
-
-inline std::function<bool(CSint **, CSint *&)> postFunction(MakeResult post) {
-  return [post = std::move(post)](CSint **x, CSint *&result) {
-    result = post(x);
-    return result != nullptr;
-  };
-}
-
-// The result is a function of the values at the positions, and may be undefined for some.
-inline Constraint partialFunction(std::string name, int arity, std::function<std::optional<Wide>(Values)> value,
-                                  MakeResult post) {
-  Constraint c{std::move(name), arity,
-               [value](Values t) { return value(t.first(t.size() - 1)) == std::optional<Wide>(t.back()); },
-               postFunction(std::move(post))};
-  c.results = [value](Values t) {
-    const std::optional<Wide> result = value(t);
-    return result ? std::vector{static_cast<int>(*result)} : std::vector<int>{};
-  };
+// The result is a function of the values at the positions.
+inline Constraint function(std::string name, int arity, std::function<Wide(Values)> value,
+                           std::function<CSint *(CSint **x)> make) {
+  Constraint c{std::move(name), arity, [value](Values t) { return value(t.first(t.size() - 1)) == t.back(); },
+               [make = std::move(make)](CSint **x, CSint *&result) {
+                 result = make(x);
+                 return result != nullptr;
+               }};
+  c.results = [value](Values t) { return std::vector{static_cast<int>(value(t))}; };
   return c;
-}
-
-inline Constraint function(std::string name, int arity, Value value, MakeResult post) {
-  return partialFunction(
-      std::move(name), arity, [value](Values t) { return std::optional<Wide>(value(t)); }, std::move(post));
 }
 
 inline Constraint with(Constraint c, Strength ofAll) {
@@ -100,7 +84,10 @@ inline Constraint constraintOf(const catalogue::Form &form) {
   const catalogue::Row &row = form.row();
   const auto n = static_cast<std::size_t>(form.arity());
   const auto solution = [form, n](Values t) { return form.holds(t.first(n), t.size() > n ? t.back() : 0); };
-  Constraint c{form.text(), static_cast<int>(n), solution, [form](CSint **x, CSint *&z) { return form.post(x, z); }};
+  const auto post = [form](CSint **x, CSint *&z) {
+    return form.post(x, z) && (!form.row().postsNothing || cs_getNbConstraints(*x) == 0);
+  };
+  Constraint c{form.text(), static_cast<int>(n), solution, post};
   if (row.makes() && row.meaning.value != nullptr)
     c.results = [form](Values t) {
       const catalogue::Value value = form.value(t);
