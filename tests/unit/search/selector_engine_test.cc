@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The selector-driven engine on trees small enough to write down: every call it makes, in order, and what it leaves.
 #include "search/selector_engine.h"
+#include "search/state.h"
 
 #include "support/kit/search_trace.h"
 #include "unit/search/search_test.h"
@@ -359,6 +360,8 @@ void PrintTo(const PathStep &step, std::ostream *out) {
 
 class PathTest : public SelectorEngineTest {
  protected:
+  PathTest() { resetCounters(); }  // as the exported searches do before they start an engine
+
   bool run(int limit) {
     CSvalueSelector *selectors[] = {cs_getValueSelector(0), cs_getValueSelector(0)};
     SelectorRun run{xy, selectors, 2, firstFree, &noHooks(), limit, {record, this}};
