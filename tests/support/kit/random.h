@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Seeded random choices for generated programmes: the same seed gives the same programme on every platform.
+// Seeded random choices for generated programs: the same seed gives the same program on every platform.
 #pragma once
 
 #include <cstdint>

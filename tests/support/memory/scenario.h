@@ -126,13 +126,13 @@ void addVariables(Scenarios &scenarios);
 void addCallbacks(Scenarios &scenarios);
 void addNarrowings(Scenarios &scenarios);
 void addSearches(Scenarios &scenarios);
-void addProgrammes(Scenarios &scenarios);
+void addPrograms(Scenarios &scenarios);
 
 inline const std::vector<Scenario> &allScenarios() {
   static const Scenarios scenarios = [] {
     Scenarios made;
     for (const auto add :
-         {addPostings, addRelations, addGlobals, addVariables, addCallbacks, addNarrowings, addSearches, addProgrammes})
+         {addPostings, addRelations, addGlobals, addVariables, addCallbacks, addNarrowings, addSearches, addPrograms})
       add(made);
     return made;
   }();
