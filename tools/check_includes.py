@@ -7,7 +7,7 @@ nogood also includes search, solve these two, linear and relational also logic; 
 relative to src/ ("core/post.h").
 
 Within the core each module, a header and its source, stands on a floor and includes only modules of lower floors. The
-list below says where, lowest floor first; a module that is missing there is a violation.
+list below says where, lowest floor first; a module that is missing there is a violation. docs/architecture.md names all.
 
     check_includes.py [ROOT]     prints file:line of each violation and a verdict; exit status 1 if there is one
 """
@@ -102,12 +102,20 @@ def check_file(path, name, public):
     return faults
 
 
+def check_page(root):
+    """The rooms and the modules of the core that docs/architecture.md does not name; none where there is no page."""
+    page = root / "docs" / "architecture.md"
+    text = page.read_text(encoding="utf-8") if page.exists() else None
+    names = [f"`src/{room}/`" for room in MAY_INCLUDE] + [f"`{module}`" for module in FLOOR_OF]
+    return [f"docs/architecture.md: does not name {name}" for name in names if text is not None and name not in text]
+
+
 def check_tree(root):
     """The number of files looked at, and the list of violations."""
     public = {header.name for header in (root / "include").glob("*.h")}
     files = sorted(path for path in (root / "src").rglob("*") if path.suffix in (".h", ".cc", ".c"))
     faults = [fault for path in files for fault in check_file(path, path.relative_to(root / "src").as_posix(), public)]
-    return len(files), faults
+    return len(files), faults + check_page(root)
 
 
 def main():

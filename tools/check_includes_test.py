@@ -48,6 +48,17 @@ class CheckIncludes(unittest.TestCase):
         names = [module for floor in check_includes.CORE_FLOORS for module in floor]
         self.assertEqual(len(names), len(set(names)))
 
+    def test_page_names_rooms_and_modules(self):
+        names = [f"`src/{room}/`" for room in check_includes.MAY_INCLUDE]
+        names += [f"`{module}`" for module in check_includes.FLOOR_OF]
+        with tempfile.TemporaryDirectory() as folder:
+            page = Path(folder) / "docs" / "architecture.md"
+            page.parent.mkdir()
+            page.write_text(" ".join(names), encoding="utf-8")
+            self.assertEqual([], check_includes.check_page(Path(folder)))
+            page.write_text(" ".join(names[1:]), encoding="utf-8")
+            self.assertEqual([f"docs/architecture.md: does not name {names[0]}"], check_includes.check_page(Path(folder)))
+
     def test_place_is_printed(self):
         faults = self.faults("search/a.cc", "// comment", '#  include "profiler/b.h"')
         self.assertEqual(["src/search/a.cc:2: search may not include profiler (profiler/b.h)"], faults)

@@ -2,8 +2,8 @@
 // cs_profilerWrite, cs_profilerWriteFile: a profile as text, a line for each site.
 //
 // The rows are gathered before the first is written, and without memory for that the report says "error" in their
-// place. Deliberate: the format is called "windows_pdb" on every platform, unless the host's locator has a name for its
-// own: file, line, address and function, separated by tabs.
+// place. Deliberate: the format is called "windows_pdb", which readers of reports know, on every platform, unless the
+// host's locator has a name for its own: file, line, address and function, separated by tabs.
 #include <cstdio>
 
 #include "core/alloc.h"

@@ -3,8 +3,8 @@
 //
 // Cost: a level with n values asks for up to n (n + 1) / 2 scores; it allocates one bit array over the range that the
 // variable was created with, and returns false without opening a context when that cannot be had.
-// Deliberate: a value whose score is the largest int is never tried; the choices that it leaves over try the int below
-// the minimum, and count as choice points and fails.
+// Deliberate: a value whose score is the largest int is never tried, so that a score can rule one out; the choices that
+// it leaves over try the int below the minimum, and count as choice points and fails.
 #include "search/criteria.h"
 
 namespace koru {

@@ -3,8 +3,8 @@
 //
 // n-ary branching: each present value of the chosen variable, in increasing order, is posted as an equality inside a
 // context of its own; a value that propagation refuses counts as a fail.  Cost: one stack frame per level, no
-// allocation.  Deliberate: a cancel and the fail limit leave contexts as they are; the level that notices a cancel
-// returns at once, the levels above go on as after any failure and notice it at their next value.
+// allocation.  Deliberate: a cancel and the fail limit leave contexts as they are, for the host to look at; the level
+// that notices a cancel returns at once, the levels above go on as after any failure and notice it at their next value.
 #include "search/depth_first.h"
 
 #include <cstdarg>

@@ -3,8 +3,9 @@
 // column in it.
 //
 // Cost and state: as the criteria search.
-// Deliberate: a chosen row that has no free column is left for another one, as often as the finder offers one; the row
-// of the next level is asked for as soon as a value was accepted, before that level begins.
+// Deliberate: a chosen row that has no free column is left for another one, as often as the finder offers one, which so
+// need not look into rows; the row of the next level is asked for as soon as a value was accepted, before that level
+// begins.
 #include "search/criteria.h"
 
 namespace koru {

@@ -3,9 +3,10 @@
 //
 // A level opens a context for each decision, posts it and goes down; what fails is restored before the next decision.
 // Cost: one stack frame per level, no allocation.
-// Deliberate: `next` is called once more than there are decisions.  A cancel, a selector that refuses to begin or to
-// end, and the fail limit leave contexts as they are; `leave` is then not called, nor is `end` after a cancel.  A
-// solution that `found` rejects counts as a fail, but is never what the path is recorded for.
+// Deliberate: `next` is called once more than there are decisions, so that the last is known.  A cancel, a selector
+// that refuses to begin or to end, and the fail limit leave contexts as they are, for the host to look at; `leave` is
+// then not called, nor is `end` after a cancel.  A solution that `found` rejects counts as a fail, but is never what
+// the path is recorded for.
 #include "search/selector_engine.h"
 
 #include "search/branching.h"

@@ -3,8 +3,9 @@
 // Consistency: bounds; an inner value that is removed passes between two of the variables while the third is bound.
 // Cost: O(1) per event; posting O(1), or O(d) to copy the holes of an operand d wide.  State: none.
 // Wakes: on every event.
-// Deliberate: a decided result is a constant and nothing is posted; operands are not narrowed at posting; with both
-// operands unbound the result is an interval even when they have holes.
+// Deliberate: a bound result is a constant and nothing is posted; operands are not narrowed at posting, since
+// the result is made with what they allow; with both unbound it is an interval even when they have holes, which would
+// take all pairs to find.
 // Deliberate: bounds saturate at the int range, except that max s - min a (and min b) wraps; the two differ
 // only where the difference is no int.
 #include "constraints/arith/sum.h"

@@ -26,8 +26,8 @@ static bool wideEnough(const AllNeq &c, const CSint *low, const CSint *high) {
   return std::int64_t{high->max} - low->min + 1 >= c.count;
 }
 
-// Deliberate: the scan takes the first pair that is wide enough and does not look for the extremes; on failure the
-// witnesses stay.
+// Deliberate: the scan takes the first pair that is wide enough and does not look for the extremes, which ends it
+// early; on failure the witnesses stay, for others are no better.
 static bool spanFits(AllNeq &c) {
   CSint *low = c.minWitness;
   CSint *high = c.maxWitness;

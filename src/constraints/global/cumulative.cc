@@ -5,7 +5,7 @@
 // Wakes: starts when a bound moves, durations and uses when the minimum is raised, the capacity when the maximum is
 // lowered, each when bound; four constraints under one site.
 // Deliberate: the energetic rules jump to the next point at which something may change, and may so refuse a schedule
-// that is feasible; the recheck aborts when a use has been left less than nothing.
+// that is feasible; the recheck aborts when a use has been left less than nothing. Hosts see both, in their trees.
 // Deliberate: a use variable that stands for other roles as well is narrowed like any other, since a rule knows roles,
 // not variables.
 #include "constraints/global/cumulative.h"
@@ -258,7 +258,7 @@ bool post(Posting &posting, const Tasks &tasks, CSint *capacity, Unit unit) {
   Horizon horizon;
   for (int i = 0; i < tasks.n; ++i) horizon.include(tasks[i]);
   if (!allocateState(data)) return false;
-  // A unit is fixed, and nothing can change with it.
+  // A unit is bound, and nothing can change with it.
   data.rolesDisjoint = static_cast<bool>(unit.variable);
   if (!data.rolesDisjoint && !findDisjoint(data)) return false;
   const SharedRecord<Resource> resource(std::move(data));

@@ -23,7 +23,8 @@ struct Check {
   Energy enclosed;   // that the tasks need of it, wherever they start
 };
 
-// What a task needs of the window. Deliberate: computed once, while everything else is read again after a narrowing.
+// What a task needs of the window. Deliberate: computed once, while everything else is read again after a narrowing,
+// so that both bounds of the task follow from the same figures.
 struct Share {
   Time least;
   Energy slack;
@@ -155,7 +156,8 @@ bool lowerEnd(const Resource &r, const Check &c, Candidate &t, Time bound, Time 
   return true;
 }
 
-// Deliberate: an earlier end is looked for before the end as late as can be, not before the bound.
+// Deliberate: an earlier end is looked for before the end as late as can be, not before the bound; hosts see where it
+// lands.
 bool boundByShare(const Resource &r, const Check &c, Candidate &t, const Share &share) {
   if (share.slack < share.early && !raiseStart(r, c, t, c.b - share.part - quotient(share.slack, t.use))) return false;
   if (share.slack >= share.late) return true;

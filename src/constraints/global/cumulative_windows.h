@@ -5,7 +5,8 @@
 
 namespace koru::cumulative {
 
-// Quotients of energies are ints. Deliberate: those that are not are truncated to 32 bits.
+// Quotients of energies are ints. Deliberate: those that are not are truncated to 32 bits, as the products
+// they are made of.
 inline Time quotient(Energy energy, Time divisor) { return wrap(energy / divisor); }
 
 // The window of a task is checked when it meets [a, b).

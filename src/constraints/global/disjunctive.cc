@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // cs_Disjunctive: no two tasks of positive duration overlap; every task uses 1 of a capacity of 1.
 // Consistency, cost, state and wakes: as cs_Cumulative.
-// Deliberate: one private variable, fixed to 1, stands for all uses and the capacity. It belongs to a constraint on the
-// first start that is never woken, and to those on starts and durations.
+// Deliberate: one private variable, bound to 1, stands for all uses and the capacity. It belongs to a constraint on the
+// first start that is never woken, and to those on starts and durations, so that it lives as long as its last reader.
 #include "constraints/global/cumulative.h"
 
 namespace koru::disjunctive {

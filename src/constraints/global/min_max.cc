@@ -5,9 +5,9 @@
 // State: the witness, a variable whose bound kept r's where it is. It is asked again at each use, so it is not trailed.
 // Wakes: when a bound moves or a variable is bound, on one constraint for r and one for the array, under one site.
 // Deliberate: the far bound of r (the maximum, for the least) does not narrow the array while r is unbound, and holes
-// pass nothing.
-// Deliberate: the near bound of r follows a variable only when that one's old bound was r's own, so it stays behind
-// when r was narrowed past it by someone else before the event came.
+// pass nothing: which variable reaches it is open as long as two can, and is not looked for.
+// Deliberate: the near bound of r follows a variable only when that one's old bound was r's own, which saves a scan at
+// all other events; it stays behind when r was narrowed past it by someone else before the event came.
 // Deliberate: of no variable r is the largest (smallest) int, the neutral value.
 #include <algorithm>
 

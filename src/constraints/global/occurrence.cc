@@ -5,10 +5,10 @@
 // State: two sets of positions, the domains of private variables: those whose variable can still take the value (P of
 // them) and those not decided yet (U). P - U variables surely take it, so count lies in [P - U, P].
 // Wakes: when count is bound; when an undecided variable loses the value or is bound.
-// Deliberate: cs_Occur returns 0 always; cs_OccurConstraints tells success.
+// Deliberate: cs_Occur returns 0 always, since hosts call it without a look at the answer; cs_OccurConstraints tells.
 // Deliberate: the last undecided position stays in both sets, because neither can be emptied; only count is narrowed.
-// Deliberate: a count that is bound at posting imposes nothing before the first event; variables decided at posting are
-// not watched.
+// Deliberate: a count that is bound at posting imposes nothing before the first event, for posting narrows the count
+// alone; variables decided at posting are not watched, since nothing they do changes the sets.
 #include "core/domain_walk.h"
 #include "core/post.h"
 #include "core/private_variable.h"

@@ -7,7 +7,8 @@
 // Wakes: by every event of the index, the result and the variables at positions that were open at posting.
 // Deliberate: values that a moved bound cuts off the result lose their support. Brought back by a restore they are
 // without one, and only an event on a bound of the index, or one that binds it, looks at them again: until then they
-// may stay in the result although no position holds them. No assignment is accepted wrongly.
+// may stay in the result although no position holds them. No assignment is accepted wrongly, and to look at all of them
+// after each restore would cost what the supports save.
 #include "constraints/global/var_element.h"
 
 namespace koru::var_element {

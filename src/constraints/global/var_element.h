@@ -68,7 +68,7 @@ inline Extremes extremesOf(const Selection &c) {
          narrowMax(value, selected->max);
 }
 
-// Deliberate: one side per call; the other one waits for an event of its own.
+// Deliberate: one side per call; the other one waits for an event of its own, and hosts see that order.
 [[nodiscard]] inline bool tightenOneSide(CSint *selected, const CSint *value) {
   return selected->min < value->min ? narrowMin(selected, value->min) : narrowMax(selected, value->max);
 }
