@@ -18,8 +18,8 @@ C_STANDARDS = ["c99", "c11", "c17"]
 CXX_STANDARDS = ["c++11", "c++17", "c++20"]
 
 
-def jobs(cc, cxx):
-    """One (label, command, header) for each compilation."""
+def public_jobs(cc, cxx):
+    """One (label, command, header) for each compilation of a header that users get."""
     for header in sorted((ROOT / "include").glob("*.h")):
         for compiler, language, standards in ((cc, "c", C_STANDARDS), (cxx, "c++", CXX_STANDARDS)):
             for standard in standards:
@@ -27,6 +27,9 @@ def jobs(cc, cxx):
                 for build in ([], ["-DKORU_WARN_UNUSED"]):
                     label = " ".join([header.name, "as", standard, *build])
                     yield label, [compiler, "-x", language, *flags, *build], header.name
+
+
+def inner_jobs(cxx):
     for header in sorted((ROOT / "src").rglob("*.h")):
         name = header.relative_to(ROOT / "src").as_posix()
         flags = ["-std=c++20", "-fno-rtti", f"-I{ROOT}/include", f"-I{ROOT}/src", *INNER_WARNINGS]
@@ -45,8 +48,9 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--cc", default="gcc")
     parser.add_argument("--cxx", default="g++")
+    parser.add_argument("--public", action="store_true", help="only the headers that users get")
     args = parser.parse_args()
-    todo = list(jobs(args.cc, args.cxx))
+    todo = list(public_jobs(args.cc, args.cxx)) + ([] if args.public else list(inner_jobs(args.cxx)))
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         faults = [fault for fault in pool.map(compile_alone, todo) if fault]
     print("".join(faults), end="")

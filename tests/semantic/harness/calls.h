@@ -6,7 +6,7 @@
 #include <bit>
 #include <cstdint>
 #include <iomanip>
-#include <ostream>
+#include <iostream>
 
 #include "core/solver.h"
 
@@ -21,7 +21,11 @@ struct Calls {
 };
 
 inline std::ostream &operator<<(std::ostream &out, const Calls &calls) {
-  return out << calls.count << ", 0x" << std::hex << std::setw(16) << std::setfill('0') << calls.digest << std::dec;
+  return out << calls.count << " 0x" << std::hex << std::setw(16) << std::setfill('0') << calls.digest << std::dec;
+}
+
+inline std::istream &operator>>(std::istream &in, Calls &calls) {
+  return in >> calls.count >> std::hex >> calls.digest >> std::dec;
 }
 
 // Adds to the calls while it lives, and lists them one by one if there is a stream. Ends before the solver does.

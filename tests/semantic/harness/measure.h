@@ -3,8 +3,7 @@
 // all variables are different and not all are bound.
 #pragma once
 
-#include <iomanip>
-#include <ostream>
+#include <string>
 
 #include "semantic/harness/constraint.h"
 
@@ -48,17 +47,28 @@ inline const char *nameOf(Strength strength) {
   return kNames[static_cast<int>(strength)];
 }
 
-inline void printHead(std::ostream &out) {
-  out << "| case | variables | result | values | without support: domain | bounds | forward checking | "
-         "after several changes: values | without support |\n|---|---|---|--:|--:|--:|--:|--:|--:|\n";
+// 1 of 8 is "12.50 %".
+inline std::string shareOf(long long part, long long whole) {
+  if (part == 0) return "0";
+  const long long hundredths = (part * 10000 + whole / 2) / whole;
+  if (hundredths == 0) return "< 0.01 %";
+  const std::string digits = std::to_string(1000 + hundredths % 100).substr(2);
+  return std::to_string(hundredths / 100) + "." + digits + " %";
 }
 
-inline void printRow(std::ostream &out, const std::string &name, const Measure &m) {
-  out << "| `" << name << "` | " << nameOf(m.variables.strength()) << " | "
-      << (m.result.values > 0 ? nameOf(m.result.strength()) : "") << " | " << m.variables.values + m.result.values
-      << " | " << m.variables.domain + m.result.domain << " | " << m.variables.bounds + m.result.bounds << " | "
-      << m.variables.known + m.result.known << " | " << m.afterSeveral.values << " | " << m.afterSeveral.domain
-      << " |\n";
+constexpr const char *kTableHead =
+    "| case | variables | result | values without support | bounds | with all others bound | after several changes |\n"
+    "|---|---|---|--:|--:|--:|--:|\n";
+
+inline std::string rowOf(const std::string &name, const Measure &m) {
+  const long long values = m.variables.values + m.result.values;
+  const auto of = [](const std::string &text) { return " | " + text; };
+  return "| `" + name + "`" + of(nameOf(m.variables.strength())) +
+         of(m.result.values > 0 ? nameOf(m.result.strength()) : "") +
+         of(shareOf(m.variables.domain + m.result.domain, values)) +
+         of(shareOf(m.variables.bounds + m.result.bounds, values)) +
+         of(shareOf(m.variables.known + m.result.known, values)) +
+         of(shareOf(m.afterSeveral.domain, m.afterSeveral.values)) + " |";
 }
 
 }  // namespace koru::test::brute
