@@ -108,15 +108,16 @@ Array &cellsWhere(Lifetime &lifetime, const Array &cells, int order, Belongs bel
   return group;
 }
 
-inline bool postGrid(Lifetime &lifetime, const Grid &grid, Array &cells) {
+template <auto different = allNeq>
+bool postGrid(Lifetime &lifetime, const Grid &grid, Array &cells) {
   const int n = grid.order;
   const int b = grid.block;
   for (int k = 0; k < n; ++k)
-    if (!allNeq(cellsWhere(lifetime, cells, n, [k](int row, int) { return row == k; }))) return false;
+    if (!different(cellsWhere(lifetime, cells, n, [k](int row, int) { return row == k; }))) return false;
   for (int k = 0; k < n; ++k)
-    if (!allNeq(cellsWhere(lifetime, cells, n, [k](int, int column) { return column == k; }))) return false;
+    if (!different(cellsWhere(lifetime, cells, n, [k](int, int column) { return column == k; }))) return false;
   for (int k = 0; b > 0 && k < n; ++k)
-    if (!allNeq(cellsWhere(lifetime, cells, n, [k, b](int r, int c) { return r / b == k / b && c / b == k % b; })))
+    if (!different(cellsWhere(lifetime, cells, n, [k, b](int r, int c) { return r / b == k / b && c / b == k % b; })))
       return false;
   for (std::size_t i = 0; i < cells.size(); ++i)
     if (grid.cells[i] != 0 && !cs_EQ(cells[i], grid.cells[i])) return false;

@@ -16,7 +16,7 @@ inline bool inOrder(const Array &x) {
 
 // ----- Golomb rulers: the shortest on which no distance between two marks occurs twice
 
-template <int n>
+template <int n, auto different = allNeq>
 Outcome golomb() {
   Lifetime lifetime;
   Outcome outcome;
@@ -28,7 +28,7 @@ Outcome golomb() {
       distances.push_back(cs_Sub(marks[j], marks[i]));
       posted = posted && cs_GE(distances.back(), 1);
     }
-  posted = posted && allNeq(distances) && inOrder(marks) && cs_Lt(distances.front(), distances.back());
+  posted = posted && different(distances) && inOrder(marks) && cs_Lt(distances.front(), distances.back());
   if (posted) minimize(outcome, marks, cs_findFreeVar, marks.back());
   return outcome;
 }

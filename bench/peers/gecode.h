@@ -25,5 +25,6 @@ std::span<const PeerModel> arithmeticPeers();
 std::span<const PeerModel> searchPeers();
 std::span<const PeerModel> globalPeers();
 std::span<const PeerModel> eventPeers();
+std::span<const PeerModel> strongPeers();
 
 }  // namespace koru::bench

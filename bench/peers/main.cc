@@ -10,10 +10,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "gecode.h"
+#include "models_strong.h"
 
 using namespace koru::bench;
 
@@ -82,7 +84,8 @@ Comparison compare(const Model &model, const PeerModel &peer, int repeat) {
 }
 
 const PeerModel *peerOf(const Model &model) {
-  for (const auto peers : {relationPeers(), arithmeticPeers(), globalPeers(), searchPeers(), eventPeers()})
+  for (const auto peers :
+       {relationPeers(), arithmeticPeers(), globalPeers(), searchPeers(), eventPeers(), strongPeers()})
     for (const PeerModel &peer : peers)
       if (std::strcmp(peer.name, model.name) == 0) return &peer;
   return nullptr;
@@ -158,12 +161,13 @@ int main(int argc, char **argv) {
   instances();
   std::vector<Comparison> comparisons;
   printHeading();
-  for (const Model &model : kModels) {
-    const PeerModel *peer = peerOf(model);
-    if (peer == nullptr || std::string(model.name).find(options.only) == std::string::npos) continue;
-    comparisons.push_back(compare(model, *peer, options.repeat));
-    print(comparisons.back());
-  }
+  for (const std::span<const Model> models : {std::span<const Model>(kModels), std::span<const Model>(kStrongModels)})
+    for (const Model &model : models) {
+      const PeerModel *peer = peerOf(model);
+      if (peer == nullptr || std::string(model.name).find(options.only) == std::string::npos) continue;
+      comparisons.push_back(compare(model, *peer, options.repeat));
+      print(comparisons.back());
+    }
   if (!options.json.empty() && !writeJson(options.json, comparisons)) {
     std::fprintf(stderr, "%s: cannot write %s\n", argv[0], options.json.c_str());
     return 2;

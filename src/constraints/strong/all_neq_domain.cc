@@ -31,17 +31,24 @@ static bool filter(AllNeqDomain &c) {
 
 constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
 
-// Without one where the span is too wide.
-static bool createMatching(AllNeqDomain &c) {
+// From the least value to the greatest, over all variables.
+struct Span {
   int low = kIntMax;
   int high = kIntMin;
-  for (int i = 0; i < c.count; ++i) {
-    low = std::min(low, c.vars[i]->min);
-    high = std::max(high, c.vars[i]->max);
+
+  explicit Span(const AllNeqDomain &c) {
+    for (int i = 0; i < c.count; ++i) {
+      low = std::min(low, c.vars[i]->min);
+      high = std::max(high, c.vars[i]->max);
+    }
   }
-  const std::int64_t span = std::int64_t{high} - low + 1;
-  if (span > kWidest) return true;
-  c.matching = Matching(c.count, low, static_cast<int>(span));
+  std::int64_t size() const { return std::int64_t{high} - low + 1; }
+};
+
+// Without a matching where the span is too wide.
+static bool createMatching(AllNeqDomain &c, const Span &span) {
+  if (span.size() > kWidest) return true;
+  c.matching = Matching(c.count, span.low, static_cast<int>(span.size()));
   return static_cast<bool>(c.matching);
 }
 
@@ -51,8 +58,11 @@ static bool post(const Poster &poster, CSint **vars, int count) {
   Posting posting{poster};
   if (!posting) return false;
   if (count < 2) return true;
-  AllNeqDomain record{{}, std::move(copy), count, {}, HallBounds(count)};
-  if (!record.bounds || !createMatching(record)) return false;
+  AllNeqDomain record{{}, std::move(copy), count, {}, {}};
+  const Span span(record);
+  if (span.size() < count) return false;
+  record.bounds = HallBounds(count);
+  if (!record.bounds || !createMatching(record, span)) return false;
   auto c = posting.add(kTable, std::move(record));
   for (int i = 0; i < count; ++i) c.attach(vars[i], i);
   return posting && !c->hearsItself && runSoon(*c);

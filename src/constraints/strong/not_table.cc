@@ -65,7 +65,7 @@ static bool filter(NotTable &c) {
     changed = false;
     if (!filterOnce(c.rows, changed)) return false;
   }
-  c.rows.noteSeen();
+  c.rows.noteSeen(false);
   return true;
 }
 

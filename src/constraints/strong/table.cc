@@ -21,41 +21,48 @@ struct Table : Deferred {
 
 // ----- rules
 
-struct Left {
-  int min = kIntMax;
-  int max = kIntMin;
-};
-
-// Values without a row go behind those in front, whose bounds are told.
-static bool sortOut(RowSet &rows, RowSet::Column &column, Left &left) {
-  const WordStamp stamp = WordStamp::now();
+// Values without a row go behind those in front.
+static bool dropUnsupported(RowSet &rows, RowSet::Column &column) {
   for (int place = column.begin; place < column.begin + column.size.number();) {
-    if (!rows.isSupported(place)) {
-      if (!rows.dropValue(column, place, stamp)) return false;
-      continue;
-    }
-    left.min = std::min(left.min, rows.valueAt(place));
-    left.max = std::max(left.max, rows.valueAt(place));
-    ++place;
+    if (rows.isSupported(place))
+      ++place;
+    else if (!rows.dropValue(column, place, WordStamp::now()))
+      return false;
   }
-  return left.min <= left.max;
+  return true;
 }
 
 // Bounds first, so that they move once.
+static bool narrowToFront(const RowSet &rows, const RowSet::Column &column) {
+  int min = kIntMax;
+  int max = kIntMin;
+  for (int place = column.begin; place < column.begin + column.size.number(); ++place) {
+    min = std::min(min, rows.valueAt(place));
+    max = std::max(max, rows.valueAt(place));
+  }
+  return min <= max && narrowMin(column.v, min) && narrowMax(column.v, max);
+}
+
+// What the table does not have at all goes at the first time; later just what has been dropped.
 static bool filterColumn(RowSet &rows, RowSet::Column &column) {
-  if (rows.anySupported(column)) return true;
-  Left left;
   CSint *v = column.v;
-  if (!sortOut(rows, column, left) || !narrowMin(v, left.min) || !narrowMax(v, left.max)) return false;
-  if (v->count == column.size.number()) return true;
+  if (rows.anySupported(column) || (isBound(v) && column.size.number() == 1)) return true;
+  const int before = column.size.number();
+  if (!dropUnsupported(rows, column)) return false;
+  const int left = column.size.number();
+  if (v->count == left && left == before) return true;
+  if (!narrowToFront(rows, column)) return false;
+  for (int place = column.begin + left; place < column.begin + before; ++place)
+    if (!removeValue(v, rows.valueAt(place))) return false;
+  if (v->count == left) return true;
   return forEachValue(v, [&](int value) { return rows.isInFront(column, value) || removeValue(v, value); });
 }
 
 static bool filter(Table &c) {
   if (!c.rows.update() || c.rows.empty()) return false;
-  for (int j = 0; j < c.rows.columns(); ++j)
-    if (!filterColumn(c.rows, c.rows.column(j))) return false;
-  c.rows.noteSeen();
+  for (int j = 0; j < c.rows.columns() && !c.rows.unchanged(); ++j)
+    if (!c.rows.isOnlyChange(c.rows.column(j)) && !filterColumn(c.rows, c.rows.column(j))) return false;
+  c.rows.noteSeen(true);
   return true;
 }
 
