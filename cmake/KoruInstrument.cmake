@@ -7,7 +7,7 @@ if(KORU_INSTRUMENT STREQUAL "sanitizers")
   add_link_options($<$<LINK_LANG_AND_ID:C,Clang>:-fsanitize-link-c++-runtime>)
   link_libraries($<$<LINK_LANG_AND_ID:C,Clang>:stdc++>)
 elseif(KORU_INSTRUMENT STREQUAL "coverage")
-  add_compile_options(--coverage)
+  add_compile_options(-fprofile-arcs -ftest-coverage) # --coverage, but a target can take it back
   add_compile_definitions(KORU_COVERAGE)
   add_link_options(--coverage)
 elseif(KORU_INSTRUMENT)

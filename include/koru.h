@@ -47,8 +47,8 @@
  *
  * What holds everywhere:
  *
- * - Look at every result. A function that answers false (or null, or 0) has not imposed what it was asked for, and
- *   nothing remembers that: a search that is begun all the same may return true, with values that break the constraint.
+ * - Look at every result. A function that answers false (or null, or 0) has not imposed what it was asked for, and a
+ *   search that is begun all the same may return true with wrong values (cs_getNbRefused of koru_extras.h would tell).
  *   Where KORU_WARN_UNUSED is defined before this header is included, gcc and clang warn when the result of a function
  *   that posts (of sections 5 to 15 all but cs_Occur, of section 21 cs_eventKnown and cs_eventAllKnown) is thrown away.
  * - There is one solver per process. No call may run while another one runs in a different thread.

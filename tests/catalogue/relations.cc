@@ -21,6 +21,11 @@ bool belowInt(T t) { return t.x[0] < t.k[0]; }
 bool atLeastInt(T t) { return t.x[0] >= t.k[0]; }
 bool aboveInt(T t) { return t.x[0] > t.k[0]; }
 
+bool among(T t) { return std::ranges::count(t.lists[0], t.x[0]) > 0; }
+bool notAmong(T t) { return !among(t); }
+bool within(T t) { return t.k[0] <= t.x[0] && t.x[0] <= t.k[1]; }
+bool notWithin(T t) { return !within(t); }
+
 Value sum(T t) { return std::accumulate(t.x.begin(), t.x.end(), Wide{0}); }
 
 Value firstLessOthers(T t) { return t.x.empty() ? 0 : 2 * Wide{t.x[0]} - *sum(t); }

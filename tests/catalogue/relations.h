@@ -41,6 +41,12 @@ bool belowInt(T t);
 bool atLeastInt(T t);
 bool aboveInt(T t);
 
+// Of a variable and the ints of a list, or those from k0 to k1.
+bool among(T t);
+bool notAmong(T t);
+bool within(T t);
+bool notWithin(T t);
+
 // 1 where it holds, 0 elsewhere.
 template <bool (*Holds)(T)>
 Value outcome(T t) {

@@ -42,10 +42,7 @@ bool at(std::span<const int> array, int position, int value) {
   return position >= 0 && static_cast<std::size_t>(position) < array.size() &&
          array[static_cast<std::size_t>(position)] == value;
 }
-bool elementOf(T t) {
-  const std::vector<Wide> &values = t.lists[0];
-  return t.x[0] >= 0 && t.x[0] < std::ssize(values) && values[static_cast<std::size_t>(t.x[0])] == t.x[1];
-}
+bool elementOf(T t) { return element(t) == t.x[1]; }
 bool varElementOf(T t) { return at(t.arrays[0], t.x.front(), t.x.back()); }
 bool positionOf(T t) { return at(t.arrays[0], t.x.back(), static_cast<int>(t.k[0])); }
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // Relations with an int and between variables, conditions, membership, all-different.
-#include <algorithm>
 #include <climits>
 
 #include "catalogue/relations.h"
@@ -17,11 +16,6 @@ bool aboveIntOrEnd(T t) { return aboveInt(t) || t.k[0] == INT_MAX; }
 
 bool bothOrNone(T t) { return (t.x[0] == t.k[0]) == (t.x[1] == t.k[1]); }
 bool notBoth(T t) { return t.x[0] != t.k[0] || t.x[1] != t.k[1]; }
-
-bool among(T t) { return std::ranges::count(t.lists[0], t.x[0]) > 0; }
-bool notAmong(T t) { return !among(t); }
-bool within(T t) { return t.k[0] <= t.x[0] && t.x[0] <= t.k[1]; }
-bool notWithin(T t) { return !within(t); }
 
 // Narrows once and is done.
 Row narrowing(const char *name, const char *kinds, Door door, Meaning meaning, Example example) {

@@ -29,11 +29,6 @@ bool onlyIf(T t) {
   return !isTrue(t.x[0]) || Holds(rest(t));
 }
 
-bool among(T t) { return std::ranges::count(t.lists[0], t.x[0]) > 0; }
-bool notAmong(T t) { return !among(t); }
-bool within(T t) { return t.k[0] <= t.x[0] && t.x[0] <= t.k[1]; }
-bool notWithin(T t) { return !within(t); }
-
 bool someLiteral(T t) { return std::ranges::any_of(t.arrays[0], isTrue) || !std::ranges::all_of(t.arrays[1], isTrue); }
 Value someLiteralAsInt(T t) { return someLiteral(t) ? 1 : 0; }
 
