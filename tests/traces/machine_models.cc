@@ -75,7 +75,7 @@ void Machine::observeInScript(const Line &line, int depth) {
                        group == Group::kNoGood || name == "cs_selectValue" || name == "cs_minimize";
   const bool keeps = group == Group::kContext && (name.starts_with("cs_forget") || name.starts_with("cs_accept"));
   if (changes && depth <= scriptBase_) effect(scriptBase_);
-  if (keeps) effect(scriptBase_);
+  if (keeps) effect(0);  // also what was attached: the restore of an outer context leaves it
   // Opening a context in a handler propagates what waits, and a failure of that is not reported.
   if (solver::queue.head != nullptr && (group == Group::kContext || group == Group::kSearch)) effect(scriptBase_);
   if (group == Group::kSearch) refused_ = true;
