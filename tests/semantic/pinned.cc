@@ -16,6 +16,9 @@ const std::filesystem::path kHere = std::filesystem::path(__FILE__).parent_path(
 const std::filesystem::path kLines = kHere / "expected.txt";
 const std::filesystem::path kPage = kHere.parent_path().parent_path() / "docs" / "consistency.md";
 
+// Below the heading of its table.
+constexpr std::string_view kRule = "|---|---|---|--:|--:|--:|--:|";
+
 // The name in "| `Name` | ...", empty for other lines.
 std::string caseIn(const std::string &line) {
   if (!line.starts_with("| `")) return "";
@@ -57,13 +60,11 @@ void pinLines(const std::map<std::string, Seen> &seen) {
 void pinRows(const std::map<std::string, Seen> &seen) {
   std::ifstream old(kPage);
   std::ostringstream text;
-  bool written = false;
   for (std::string line; std::getline(old, line);) {
     if (caseIn(line).empty()) text << line << "\n";
-    if (written || !line.starts_with("|---")) continue;
+    if (line != kRule) continue;
     for (const Case &c : allCases())
       if (!isModel(c)) text << rowOf(c.name, seen.at(c.name).measure) << "\n";
-    written = true;
   }
   std::ofstream(kPage) << text.str();
 }
