@@ -36,6 +36,7 @@
  *   11. Counting and elements with given results
  *   12. Circuits
  *   13. Division and powers with given results
+ *   14. Values and how often they are taken
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -427,6 +428,22 @@ KORU_API bool cs_NotTable(CSint **vars, int n, const int *rows, int count);
 /** As cs_Table, with cells that stand for all values: CS_ANY. */
 KORU_API bool cs_ShortTable(CSint **vars, int n, const int *rows, int count);
 
+/**
+ * A table as a decision diagram, in which rows share beginnings and ends: vars[0], ..., vars[n - 1] are the values
+ * along a path of n arcs from the node @p root to the node @p terminal. Arc k, for each k below @p count, leads from
+ * the node sources[k] to the node targets[k] and bears the value values[k]. Nodes are any ints; arcs may come in any
+ * order, several bear one value, and a graph with cycles, such as an automaton, is taken for what it is after 1, 2,
+ * ... steps.
+ * Weak: arcs from which the terminal cannot be reached take memory as well. Domain consistent, but a variable that
+ * stands in several places counts there as several.
+ * @return false when there is no such path, when n or count is negative, an array of a positive size or a variable
+ * null, when there are more than 2^30 / 3 arcs, and when memory runs out. With n = 0 the root must be the terminal.
+ * Cost: memory linear in the arcs that can be reached, for each position where they can. A run is that of a table of
+ * the arcs of one position, and only positions run that have lost a value or a node.
+ */
+KORU_API bool cs_Mdd(CSint **vars, int n, const int *sources, const int *values, const int *targets, int count,
+                     int root, int terminal);
+
 /* ==================================================================================================================
  * 7. Clauses
  * ================================================================================================================ */
@@ -672,6 +689,59 @@ KORU_API bool cs_Mod(CSint *x, CSint *y, CSint *z);
  * off towards 0: 1 and -1 have such powers of their own, 0 has none, and all others have 0.
  */
 KORU_API bool cs_Pow(CSint *x, CSint *y, CSint *z);
+
+/* ==================================================================================================================
+ * 14. Values and how often they are taken
+ *
+ * All return false when nothing is left that satisfies them, when n or m is negative, an array of a positive size or a
+ * variable null, and when memory is exhausted. Variables may stand in several places; a count may be counted itself.
+ * ================================================================================================================ */
+
+/**
+ * For each j below @p m, counts[j] of the @p n variables equal values[j]; when @p closed, they take no other values.
+ * Where a value may be taken from three to five times, its count is a variable over 3..5.
+ * Weak: it looks at one value at a time and at the sum of the counts (forward checking). Three variables over two
+ * values that may be taken once each pass until one is bound, when there are others to make up the sum;
+ * cs_CardinalityDomain sees that at once, and costs more.
+ * Also false when a value stands twice among @p values.
+ * Cost: m log m for posting; a run takes time linear in n and the values left to variables that are not bound, when
+ * the values are consecutive ints, otherwise in n times m.
+ */
+KORU_API bool cs_Cardinality(CSint **vars, int n, const int *values, CSint **counts, int m, bool closed);
+
+/**
+ * As cs_Cardinality, and every value that is left, of a variable or a count, is part of a solution (domain consistent;
+ * Regin 1996), as long as the domains of the counts have no holes. Counts with holes are taken for intervals, of which
+ * the bounds are right.
+ * Weak: a run costs the more the wider the counts are, which is why they should be bound or narrow.
+ * Cost: memory for n + 2 m sets of m values. A run takes time linear in n times m, 64 values at a time, and as much
+ * again for each value that a variable has lost to another one, and for each that a count can have more or less than
+ * it has in the flow at hand.
+ */
+KORU_API bool cs_CardinalityDomain(CSint **vars, int n, const int *values, CSint **counts, int m, bool closed);
+
+/**
+ * The @p n variables take @p count different values: a bound on the machines, colours or rooms that are used at all.
+ * Weak: it sees domains as intervals. The count has the bounds that intervals allow (Beldiceanu 2001 below, a matching
+ * above); with no more values than needed, the variables lose values that are not part of so small a choice, and with
+ * as many as possible, those that others are bound to. That is less than domain consistent; it is exact once one
+ * variable is left. From a domain that spans more than 2^20 ints no inner values are taken.
+ * Cost: a run, n log n; n * n when all values must be new.
+ */
+KORU_API bool cs_NValues(CSint **vars, int n, CSint *count);
+
+/**
+ * Items in bins: bins[i], for each i below @p n, is the bin that item i of the size sizes[i] is in, and loads[j] the
+ * sum of the sizes in bin j, for each j below @p m. Bins are numbered from 0; no size is negative.
+ * Weak: bins are looked at one by one, with the sum of all loads (Shaw 2004). That a number of items cannot be spread
+ * over the bins is not seen before some are placed. Of one bin, every item that can be there is part of a set that
+ * makes one of the loads, and one without which no set does is put there; of the load the bounds are right. In a bin
+ * with more than 8192 units of space left an item need only fit, and not be missed.
+ * Also false when a size is negative.
+ * Cost: memory for n sets of as many values as a load has, 8192 at most. A run takes time linear in n times m, and for
+ * each bin in the items that can be there times the space left, 64 units at a time.
+ */
+KORU_API bool cs_BinPacking(CSint **bins, const int *sizes, int n, CSint **loads, int m);
 
 #ifdef __cplusplus
 }

@@ -2,6 +2,7 @@
 // Sequences, permutations, counting and elements whose results are handed over.
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 
 #include "catalogue/relations.h"
 #include "catalogue/row.h"
@@ -89,6 +90,40 @@ Row operation(const char *name, Door door, Meaning meaning, Example example) {
   return row;
 }
 
+bool standsTwice(std::vector<Wide> values) {
+  std::ranges::sort(values);
+  return std::ranges::adjacent_find(values) != values.end();
+}
+
+// Arrays: variables, counts. Values; whether there are no others.
+bool cardinality(T t) {
+  const std::vector<Wide> &values = t.lists[0];
+  if (standsTwice(values)) return false;
+  std::ptrdiff_t counted = 0;
+  for (std::size_t j = 0; j < values.size(); ++j) {
+    const std::ptrdiff_t times = std::ranges::count(t.arrays[0], values[j]);
+    if (times != t.arrays[1][j]) return false;
+    counted += times;
+  }
+  return t.k[0] == 0 || counted == std::ssize(t.arrays[0]);
+}
+
+bool nValues(T t) {
+  const std::set<int> different(t.arrays[0].begin(), t.arrays[0].end());
+  return std::ssize(different) == t.x.back();
+}
+
+// Arrays: bins, loads. Sizes.
+bool binPacking(T t) {
+  std::vector<Wide> filled(t.arrays[1].size(), 0);
+  for (std::size_t i = 0; i < t.arrays[0].size(); ++i) {
+    const int bin = t.arrays[0][i];
+    if (t.lists[0][i] < 0 || bin < 0 || bin >= std::ssize(filled)) return false;
+    filled[static_cast<std::size_t>(bin)] += t.lists[0][i];
+  }
+  return std::ranges::equal(filled, t.arrays[1]);
+}
+
 Row element(const char *name, const char *kinds, Door door, Meaning meaning, Example example) {
   Row row{name, kinds, door, meaning, kDomain, std::move(example)};
   row.fewest = 1;
@@ -100,7 +135,21 @@ const Row kRows[] = {
     {"cs_StrictlyIncreasing", "an", door<cs_StrictlyIncreasing>, strictlyIncreasing, kDomain, {{1, 2, 2}}},
     {"cs_Inverse", "aan", door<cs_Inverse>, inverse, kNone, {{0, 1, 2, 0, 2, 1}}},
     {"cs_Precede", "anii", door<cs_Precede>, precedes, kDomain, {{5, 4, 3}, {}, {3, 4}}},
+    {"cs_BinPacking", "aknan", door<cs_BinPacking>, binPacking, kKnown, {{0, 1, 1, 3, 5}, {3, 2}, {}, {{3, 4}}}},
+    {"cs_Cardinality",
+     "ankanb",
+     door<cs_Cardinality>,
+     cardinality,
+     kKnown,
+     {{5, 6, 5, 1, 1}, {3, 2}, {0}, {{5, 6, 7, 8, 9}}}},
+    {"cs_CardinalityDomain",
+     "ankanb",
+     door<cs_CardinalityDomain>,
+     cardinality,
+     kBounds,
+     {{5, 6, 5, 1, 1}, {3, 2}, {0}, {{5, 6, 7, 8, 9}}}},
     {"cs_CountOf", "anvv", door<cs_CountOf>, countOf, kDomain, {{1, 1, 2, 1, 3}}},
+    {"cs_NValues", "anv", door<cs_NValues>, nValues, kKnown, {{1, 1, 2, 3}}},
     element("cs_ElementOf", "vknv", door<cs_ElementOf>, elementOf, {{1, 5}, {}, {}, {{2, 3, 5}}}),
     element("cs_VarElementOf", "vanv", door<cs_VarElementOf>, varElementOf, {{1, 1, 2, 3, 4}}),
     {"cs_Circuit", "an", door<cs_Circuit>, circuit<false>, kNone, {{1, 2, 1}}},

@@ -22,7 +22,7 @@ const Cases &allCases() {
     Cases all;
     for (const auto family :
          {relationCases, arithmeticCases, linearCases, reifiedCases, globalCases, elementCases, automatonCases,
-          schedulingCases, hostCases, logicCases, linearRelationCases, tableCases}) {
+          schedulingCases, hostCases, logicCases, linearRelationCases, tableCases, countingCases}) {
       const Cases more = family();
       all.insert(all.end(), more.begin(), more.end());
     }

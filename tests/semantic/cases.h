@@ -20,6 +20,7 @@ Cases automatonCases();
 Cases schedulingCases();
 Cases hostCases();
 Cases tableCases();
+Cases countingCases();
 
 // A case for a row of the catalogue: sizes, ints and domains of every kind, as many as take a quarter of a second.
 Case defaultCase(const catalogue::Row &row);

@@ -6,18 +6,14 @@
 // the row that supported it has gone.
 // State: the rows that are left, trailed words; RowSet.
 // Wakes: at every change.
+#include "constraints/strong/table.h"
+
 #include <algorithm>
 
-#include "constraints/strong/row_set.h"
 #include "core/domain_walk.h"
-#include "core/post.h"
 #include "koru_extras.h"
 
 namespace koru::table {
-
-struct Table : Deferred {
-  RowSet rows;
-};
 
 // ----- rules
 
@@ -58,15 +54,13 @@ static bool filterColumn(RowSet &rows, RowSet::Column &column) {
   return forEachValue(v, [&](int value) { return rows.isInFront(column, value) || removeValue(v, value); });
 }
 
-static bool filter(Table &c) {
+bool filter(Table &c) {
   if (!c.rows.update() || c.rows.empty()) return false;
   for (int j = 0; j < c.rows.columns() && !c.rows.unchanged(); ++j)
     if (!c.rows.isOnlyChange(c.rows.column(j)) && !filterColumn(c.rows, c.rows.column(j))) return false;
   c.rows.noteSeen(true);
   return true;
 }
-
-constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
 
 // ----- posting
 

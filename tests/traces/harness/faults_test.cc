@@ -56,7 +56,7 @@ TEST(SeededFault, ARelationThatTheModelGetsWrongIsFound) {
   EXPECT_EQ(failureOf(trace, Fault::kRelation), "solutions: the search finds others than there are");
 }
 
-TEST(SeededFault, ARestoreThatDoesNotHappenIsFoundAndShrunk) { expectFound(Fault::kRestore, "restore: ", 6); }
+TEST(SeededFault, ARestoreThatDoesNotHappenIsFoundAndShrunk) { expectFound(Fault::kRestore, "restore: ", 7); }
 
 TEST(SeededFault, ABlockThatIsNotFreedIsFoundAndShrunk) { expectFound(Fault::kLeak, "leak: ", 6); }
 
