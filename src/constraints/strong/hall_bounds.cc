@@ -2,7 +2,6 @@
 #include "constraints/strong/hall_bounds.h"
 
 #include <algorithm>
-#include <tuple>
 
 #include "core/narrow.h"
 
@@ -13,15 +12,37 @@ HallBounds::HallBounds(int count) : byMin_(count) {
   if (byMin_) byMax_ = decltype(byMax_)(count);
   if (byMax_) points_ = decltype(points_)(std::uint64_t{2} * static_cast<unsigned>(count) + 2);
   if (points_) room_ = Buffer<Interval>(count);
+  for (int i = 0; room_ && i < count; ++i) {
+    room_[i].position = i;
+    byMin_[i] = byMax_[i] = &room_[i];
+  }
+}
+
+// The order of the last run is nearly that of this one. Insertion takes a step for each pair that has changed places;
+// after too many, it is sorted anew.
+template <class T, class Before>
+static void restoreOrder(T **items, int count, Before before) {
+  int steps = 8 * count;
+  for (int i = 1; i < count; ++i) {
+    T *item = items[i];
+    int k = i;
+    for (; k > 0 && before(item, items[k - 1]) && steps > 0; --k, --steps) items[k] = items[k - 1];
+    items[k] = item;
+    if (steps == 0) return std::sort(items, items + count, before);
+  }
 }
 
 // By bound, and by position where bounds are equal: events come in the same order everywhere.
 void HallBounds::sort(int count) {
-  std::sort(byMin_.get(), byMin_.get() + count, [](const Interval *a, const Interval *b) {
-    return std::tie(a->variable->min, a->position) < std::tie(b->variable->min, b->position);
+  for (int i = 0; i < count; ++i) {
+    room_[i].min = room_[i].variable->min;
+    room_[i].max = room_[i].variable->max;
+  }
+  restoreOrder(byMin_.get(), count, [](const Interval *a, const Interval *b) {
+    return a->min != b->min ? a->min < b->min : a->position < b->position;
   });
-  std::sort(byMax_.get(), byMax_.get() + count, [](const Interval *a, const Interval *b) {
-    return std::tie(a->variable->max, a->position) < std::tie(b->variable->max, b->position);
+  restoreOrder(byMax_.get(), count, [](const Interval *a, const Interval *b) {
+    return a->max != b->max ? a->max < b->max : a->position < b->position;
   });
 }
 
@@ -29,17 +50,17 @@ void HallBounds::sort(int count) {
 void HallBounds::rank(int count) {
   int point = 0;
   int opened = 0;
-  std::int64_t previous = std::int64_t{byMin_[0]->variable->min} - 2;
+  std::int64_t previous = std::int64_t{byMin_[0]->min} - 2;
   points_[0].bound = previous;
   const auto at = [&](std::int64_t bound) {
     if (bound != previous) points_[++point].bound = previous = bound;
     return point;
   };
   for (int closed = 0; closed < count;) {
-    const std::int64_t end = std::int64_t{byMax_[closed]->variable->max} + 1;
-    if (opened < count && byMin_[opened]->variable->min <= end) {
+    const std::int64_t end = std::int64_t{byMax_[closed]->max} + 1;
+    if (opened < count && byMin_[opened]->min <= end) {
       Interval *interval = byMin_[opened++];
-      interval->minRank = at(interval->variable->min);
+      interval->minRank = at(interval->min);
     } else {
       byMax_[closed++]->maxRank = at(end);
     }
@@ -151,10 +172,7 @@ bool HallBounds::filterUpper(int count) {
 
 bool HallBounds::filter(CSint *const *vars, int count) {
   if (count == 0) return true;
-  for (int i = 0; i < count; ++i) {
-    room_[i] = {vars[i], i, 0, 0};
-    byMin_[i] = byMax_[i] = &room_[i];
-  }
+  for (int i = 0; i < count; ++i) room_[i].variable = vars[i];
   do {
     fellInto_ = false;
     sort(count);

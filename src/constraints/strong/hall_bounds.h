@@ -24,6 +24,8 @@ class HallBounds {
   struct Interval {
     CSint *variable;
     int position;
+    int min;  // at the last sort
+    int max;
     int minRank;
     int maxRank;
   };
