@@ -568,8 +568,7 @@ KORU_API bool cs_NotInIntervalIf(CSint *b, CSint *x, int lo, int hi);
  * @return false when nothing is left that satisfies it, when n is negative, an array or variable null, the method none
  * of the six or memory exhausted. Cost: n log n for posting. Per event constant for a sum in which every term still has
  * room, as in one over 0..1 with equal coefficients until it is full; linear when a term can be narrowed, and for the
- * first event after a restore. Twice as fast when coefficients and constant are such that 64 bits hold every sum
- * (coefficients of up to about 2^30 together).
+ * first event after a restore.
  */
 KORU_API bool cs_Linear(CSint **vars, const long long *coeffs, int n, int method, long long constant);
 

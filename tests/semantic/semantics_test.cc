@@ -3,8 +3,12 @@
 // a posting, or a narrowing of one by a public relation, with all that is compared then.
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <set>
+#include <string>
 
 #include "catalogue/headers.h"
 #include "semantic/cases.h"
@@ -148,6 +152,15 @@ std::set<std::string> statedFunctions() {
 
 TEST(SemanticCases, CoverEveryFunctionThatStatesSomething) {
   EXPECT_EQ(statedFunctions(), catalogue::statingFunctions());
+}
+
+// The page that says which constraint when.
+TEST(SemanticCases, AreOfFunctionsThatThePageOfConstraintsNames) {
+  const auto root = std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
+  std::ifstream file(root / "docs" / "constraints.md");
+  const std::string page{std::istreambuf_iterator<char>(file), {}};
+  for (const std::string &function : catalogue::statingFunctions())
+    EXPECT_NE(page.find('`' + function + '`'), std::string::npos) << function << " is missing in docs/constraints.md";
 }
 
 }  // namespace
