@@ -500,6 +500,52 @@ koru_example_test(rcpsp.bad_cut rcpsp 2 ARGS "${bad_file}" EXPECT_ERROR "^rcpsp:
 koru_example_test(rcpsp.empty rcpsp 2 EXPECT_ERROR "^rcpsp: stdin:1: \"jobs\" is missing\n$")
 koru_example_arguments(rcpsp file)
 
+# --- tour ---
+koru_example_test(tour.towns tour 0 ARGS --towns 10
+  EXPECT "^towns: 1 9 4 6 10 7 8 5 2 3\n2959 long \\(optimal\\) [|] [0-9]+ fails [|] [0-9.]+ s\n$")
+koru_example_test(tour.knight tour 0 ARGS --knight 6 EXPECT "^   1  [^\n]*\n.*a round of 36 squares [|] 0 fails [|] ")
+koru_example_test(tour.large_board tour 0 ARGS --quiet --knight 12 EXPECT "^a round of 144 squares [|] ")
+koru_example_test(tour.odd_board tour 1 ARGS --knight 5 EXPECT "^no round trip: there is none\n$")
+koru_example_test(tour.picture tour 0 ARGS --quiet --towns 6 --svg "${CMAKE_CURRENT_BINARY_DIR}/tour.svg"
+  EXPECT "\\(optimal\\)" WRITES "${CMAKE_CURRENT_BINARY_DIR}/tour.svg" EXPECT_WRITTEN "^<svg .*</svg>\n$")
+koru_example_test(tour.no_picture tour 2 ARGS --quiet --towns 4 --svg "${CMAKE_CURRENT_BINARY_DIR}/none/tour.svg"
+  EXPECT_ERROR "^tour: [^\n]*tour.svg: ")
+koru_example_test(tour.help tour 0 ARGS --help EXPECT "^usage: tour ")
+koru_example_test(tour.bad_number tour 2 ARGS --towns 2 EXPECT_ERROR "^tour: 2 is no number from 3 to 60\n")
+
+# --- crossword ---
+set(words "${CMAKE_CURRENT_SOURCE_DIR}/data/words.txt")
+koru_example_test(crossword.square crossword 0 ARGS --words "${words}" "${puzzles}/square4.grid"
+  EXPECT "^G A V E\nO R A L\nL E S S\nD A T E\nfilled, 8 slots, [0-9]+ words [|] ")
+koru_example_test(crossword.stairs crossword 0 ARGS --words "${words}" "${puzzles}/stairs.grid"
+  EXPECT "^    E R A  \n.*filled, 10 slots, ")
+koru_example_test(crossword.random crossword 0 ARGS --quiet --seed 3 --words "${words}" "${puzzles}/square4.grid"
+  EXPECT "^filled, 8 slots, ")
+koru_example_input(given_grid given.grid "gold\n....\n....\n....\n")
+koru_example_test(crossword.given crossword 0 ARGS --words "${words}" "${given_grid}" EXPECT "^G O L D\nA R E A\n")
+koru_example_input(long_grid long.grid "......\n")
+koru_example_test(crossword.no_words crossword 1 ARGS --words "${words}" "${long_grid}"
+  EXPECT "^the grid cannot be filled: no words fit\n$")
+koru_example_test(crossword.needs_words crossword 2 ARGS "${puzzles}/square4.grid"
+  EXPECT_ERROR "^crossword: --words is needed\n")
+koru_example_input(bad_grid ragged.grid "....\n...\n")
+koru_example_test(crossword.ragged crossword 2 ARGS --words "${words}" "${bad_grid}"
+  EXPECT_ERROR "^crossword: [^\n]*ragged.grid:[12]: the rows are not of the same length\n$")
+koru_example_input(bad_grid digit.grid "..1.\n")
+koru_example_test(crossword.digit crossword 2 ARGS --words "${words}" "${bad_grid}"
+  EXPECT_ERROR "^crossword: [^\n]*digit.grid:1: a cell is \"\\.\", \"X\" or a letter\n$")
+koru_example_test(crossword.help crossword 0 ARGS --help EXPECT "^usage: crossword ")
+
+# --- exams ---
+koru_example_test(exams.small exams 0 ARGS --exams 8 --slots 6 --students 10
+  EXPECT "^slot  1: .*slot  6: .*\nexams in a row: 3 \\(optimal\\) [|] ")
+koru_example_test(exams.free exams 0 ARGS --quiet --exams 30 --slots 20 --choices 4 --seats 60
+  EXPECT "^exams in a row: 0 \\(optimal\\) [|] ")
+koru_example_test(exams.too_few exams 1 ARGS --slots 2 EXPECT "^no timetable: there are too few slots or seats\n$")
+koru_example_test(exams.choices exams 2 ARGS --exams 3 --choices 4
+  EXPECT_ERROR "^exams: 3 exams are too few to choose 4\n")
+koru_example_test(exams.help exams 0 ARGS --help EXPECT "^usage: exams ")
+
 # --- roster ---
 koru_example_test(roster.drawn roster 0 ARGS --nurses 6 --days 7 --wishes 40
   EXPECT "^nurse  1  [.ELN]+\n.*nurse  6  [.ELN]+\nbroken wishes weigh 0 \\(optimal\\) [|] ")

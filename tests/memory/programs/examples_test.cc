@@ -12,6 +12,8 @@
 // The main functions of the programs, under names of their own.
 extern "C" {
 int car_sequencing_main(int argc, char **argv);
+int crossword_main(int argc, char **argv);
+int exams_main(int argc, char **argv);
 int golomb_main(int argc, char **argv);
 int jobshop_main(int argc, char **argv);
 int knapsack_main(int argc, char **argv);
@@ -25,6 +27,7 @@ int rcpsp_main(int argc, char **argv);
 int roster_main(int argc, char **argv);
 int send_more_money_main(int argc, char **argv);
 int sudoku_main(int argc, char **argv);
+int tour_main(int argc, char **argv);
 }
 
 namespace koru::test {
@@ -43,8 +46,12 @@ struct Example {
 
 void PrintTo(const Example &example, std::ostream *out) { *out << example.name; }
 
+const std::string kWords = (exampleFolder() / "data" / "words.txt").string();
+
 const Example kExamples[] = {
     {"car_sequencing", car_sequencing_main, {}, "data/cars_10.txt"},
+    {"crossword", crossword_main, {"--words", kWords.c_str()}, "puzzles/stairs.grid"},
+    {"exams", exams_main, {"--exams", "6", "--slots", "7", "--students", "5", "--quiet"}},
     {"golomb", golomb_main, {"5"}},
     {"jobshop", jobshop_main, {}, "data/jobshop_ft06.txt"},
     {"knapsack", knapsack_main, {"--steps"}, "data/knapsack_p01.txt"},
@@ -58,6 +65,7 @@ const Example kExamples[] = {
     {"roster", roster_main, {"--nurses", "5", "--days", "3", "--wishes", "20", "--quiet"}},
     {"send_more_money", send_more_money_main, {}},
     {"sudoku", sudoku_main, {"--quiet"}, "puzzles/hard9.txt"},
+    {"tour", tour_main, {"--towns", "5", "--quiet"}},
 };
 
 class ExampleMemory : public ::testing::TestWithParam<Example> {
