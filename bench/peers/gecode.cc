@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The benchmark problems as a Gecode user writes them: value-consistent distinct with offset views where Koru needs
-// shifted variables, n-ary branching on ascending values, no restarts.
+// The benchmark problems as a Gecode user writes them: value-consistent distinct, where nothing else is said, with
+// offset views where Koru needs shifted variables, n-ary branching on ascending values, no restarts.
 #include <gecode/minimodel.hh>
 
 #include "gecode_problem.h"
+#include "models_strong.h"
 
 namespace koru::bench {
 
@@ -54,22 +55,23 @@ Outcome pigeon(const Recomputation &recomputation) {
   return outcome;
 }
 
-template <class Belongs>
+template <Gecode::IntPropLevel level, class Belongs>
 void distinctWhere(Problem &problem, int order, Belongs belongs) {
   IntVarArgs group;
   for (int i = 0; i < order * order; ++i)
     if (belongs(i / order, i % order)) group << problem.vars[i];
-  problem.distinct(group);
+  problem.distinct(group, level);
 }
 
+template <Gecode::IntPropLevel level>
 Problem *makeGrid(const Grid &grid) {
   const int n = grid.order;
   const int b = grid.block;
   auto *problem = new Problem(n * n, 1, n);
-  for (int k = 0; k < n; ++k) distinctWhere(*problem, n, [k](int row, int) { return row == k; });
-  for (int k = 0; k < n; ++k) distinctWhere(*problem, n, [k](int, int column) { return column == k; });
+  for (int k = 0; k < n; ++k) distinctWhere<level>(*problem, n, [k](int row, int) { return row == k; });
+  for (int k = 0; k < n; ++k) distinctWhere<level>(*problem, n, [k](int, int column) { return column == k; });
   for (int k = 0; b > 0 && k < n; ++k)
-    distinctWhere(*problem, n, [k, b](int r, int c) { return r / b == k / b && c / b == k % b; });
+    distinctWhere<level>(*problem, n, [k, b](int r, int c) { return r / b == k / b && c / b == k % b; });
   for (int i = 0; i < n * n; ++i) {
     const int clue = grid.cells[static_cast<std::size_t>(i)];
     if (clue != 0) Gecode::rel(*problem, problem->vars[i], Gecode::IRT_EQ, clue);
@@ -78,11 +80,20 @@ Problem *makeGrid(const Grid &grid) {
   return problem;
 }
 
-template <auto grids, long long solutions>
-Outcome completeGrids(const Recomputation &recomputation) {
+template <Gecode::IntPropLevel level>
+Outcome completeGrids(const std::vector<Grid> &grids, long long solutions, const Recomputation &recomputation) {
   Outcome outcome;
-  for (const Grid &grid : instances().*grids) search(outcome, makeGrid(grid), recomputation, solutions);
+  for (const Grid &grid : grids) search(outcome, makeGrid<level>(grid), recomputation, solutions);
   return outcome;
+}
+
+template <auto grids, long long solutions, Gecode::IntPropLevel level = Gecode::IPL_VAL>
+Outcome completeGrids(const Recomputation &recomputation) {
+  return completeGrids<level>(instances().*grids, solutions, recomputation);
+}
+
+Outcome largeSquares(const Recomputation &recomputation) {
+  return completeGrids<Gecode::IPL_DOM>(squares30(), 1, recomputation);
 }
 
 // Domain consistency in the shifts: holes pass there in Koru as well.
@@ -152,6 +163,8 @@ const PeerModel kPeers[] = {
     {"sudoku 9x9", completeGrids<&Instances::sudoku9, kAllSolutions>},
     {"sudoku 16x16", completeGrids<&Instances::sudoku16, 1>},
     {"qwh 20/150", completeGrids<&Instances::qwh, 1>},
+    {"sudoku strong", completeGrids<&Instances::sudoku16, 1, Gecode::IPL_DOM>},
+    {"qwh strong", largeSquares},
     {"langford 2,10", langford<2, 10>},
     {"langford 3,11", langford<3, 11>},
     {"chain 10^4 x 200", chain<10000, 200>},

@@ -26,7 +26,9 @@ class Problem : public Gecode::Space {
     Gecode::branch(*this, x, Gecode::INT_VAR_SIZE_MIN(), Gecode::INT_VALUES_MIN());
   }
   void inOrder(const IntVarArgs &x) { Gecode::branch(*this, x, Gecode::INT_VAR_NONE(), Gecode::INT_VALUES_MIN()); }
-  void distinct(const IntVarArgs &x) { Gecode::distinct(*this, x, Gecode::IPL_VAL); }
+  void distinct(const IntVarArgs &x, Gecode::IntPropLevel level = Gecode::IPL_VAL) {
+    Gecode::distinct(*this, x, level);
+  }
   void distinct(const IntArgs &offsets, const IntVarArgs &x) { Gecode::distinct(*this, offsets, x, Gecode::IPL_VAL); }
 };
 

@@ -8,7 +8,7 @@ namespace koru::bench {
 
 namespace {
 
-template <int n>
+template <int n, Gecode::IntPropLevel level>
 CostProblem *makeGolomb() {
   auto *problem = new CostProblem(n, 0, n * n, n * n);
   const IntVarArray &marks = problem->vars;
@@ -20,7 +20,7 @@ CostProblem *makeGolomb() {
       Gecode::linear(*problem, IntArgs({1, -1}), IntVarArgs() << marks[j] << marks[i], Gecode::IRT_EQ,
                      distances[distances.size() - 1]);
     }
-  problem->distinct(distances);
+  problem->distinct(distances, level);
   Gecode::rel(*problem, marks, Gecode::IRT_LE);
   Gecode::rel(*problem, distances[0], Gecode::IRT_LE, distances[distances.size() - 1]);
   Gecode::rel(*problem, problem->cost, Gecode::IRT_EQ, marks[n - 1]);
@@ -28,9 +28,9 @@ CostProblem *makeGolomb() {
   return problem;
 }
 
-template <int n>
+template <int n, Gecode::IntPropLevel level = Gecode::IPL_VAL>
 Outcome golomb(const Recomputation &recomputation) {
-  return minimizeByRestarts(makeGolomb<n>, recomputation);
+  return minimizeByRestarts(makeGolomb<n, level>, recomputation);
 }
 
 template <int n>
@@ -55,6 +55,7 @@ Outcome allInterval(const Recomputation &recomputation) {
 const PeerModel kPeers[] = {
     {"golomb 9", golomb<9>},
     {"golomb 10", golomb<10>},
+    {"golomb bounds", golomb<10, Gecode::IPL_BND>},
     {"all_interval 11", allInterval<11>},
     {"all_interval 12", allInterval<12>},
 };

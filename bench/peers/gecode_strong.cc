@@ -21,63 +21,6 @@ Outcome tooFewSlots(const Recomputation &) {
   return outcome;
 }
 
-template <class Belongs>
-void distinctWhere(Problem &problem, int order, Belongs belongs) {
-  IntVarArgs group;
-  for (int i = 0; i < order * order; ++i)
-    if (belongs(i / order, i % order)) group << problem.vars[i];
-  Gecode::distinct(problem, group, Gecode::IPL_DOM);
-}
-
-Problem *makeGrid(const Grid &grid) {
-  const int n = grid.order;
-  const int b = grid.block;
-  auto *problem = new Problem(n * n, 1, n);
-  for (int k = 0; k < n; ++k) distinctWhere(*problem, n, [k](int row, int) { return row == k; });
-  for (int k = 0; k < n; ++k) distinctWhere(*problem, n, [k](int, int column) { return column == k; });
-  for (int k = 0; b > 0 && k < n; ++k)
-    distinctWhere(*problem, n, [k, b](int r, int c) { return r / b == k / b && c / b == k % b; });
-  for (int i = 0; i < n * n; ++i)
-    if (grid.cells[static_cast<std::size_t>(i)] != 0)
-      Gecode::rel(*problem, problem->vars[i], Gecode::IRT_EQ, grid.cells[static_cast<std::size_t>(i)]);
-  problem->smallestFirst(problem->vars);
-  return problem;
-}
-
-Outcome completeGrids(const std::vector<Grid> &grids, const Recomputation &recomputation) {
-  Outcome outcome;
-  for (const Grid &grid : grids) search(outcome, makeGrid(grid), recomputation, 1);
-  return outcome;
-}
-
-Outcome qwh(const Recomputation &recomputation) { return completeGrids(squares30(), recomputation); }
-Outcome sudoku16(const Recomputation &recomputation) { return completeGrids(instances().sudoku16, recomputation); }
-
-template <int n>
-CostProblem *makeGolomb() {
-  auto *problem = new CostProblem(n, 0, n * n, n * n);
-  const IntVarArray &marks = problem->vars;
-  IntVarArgs distances;
-  Gecode::rel(*problem, marks[0], Gecode::IRT_EQ, 0);
-  for (int i = 0; i < n; ++i)
-    for (int j = i + 1; j < n; ++j) {
-      distances << Gecode::IntVar(*problem, 1, n * n);
-      Gecode::linear(*problem, IntArgs({1, -1}), IntVarArgs() << marks[j] << marks[i], Gecode::IRT_EQ,
-                     distances[distances.size() - 1]);
-    }
-  Gecode::distinct(*problem, distances, Gecode::IPL_BND);
-  Gecode::rel(*problem, marks, Gecode::IRT_LE);
-  Gecode::rel(*problem, distances[0], Gecode::IRT_LE, distances[distances.size() - 1]);
-  Gecode::rel(*problem, problem->cost, Gecode::IRT_EQ, marks[n - 1]);
-  problem->inOrder(marks);
-  return problem;
-}
-
-template <int n>
-Outcome golomb(const Recomputation &recomputation) {
-  return minimizeByRestarts(makeGolomb<n>, recomputation);
-}
-
 Gecode::BoolVarArgs truthValues(Problem &problem) {
   Gecode::BoolVarArgs result;
   for (int i = 0; i < problem.vars.size(); ++i) result << Gecode::channel(problem, problem.vars[i]);
@@ -184,9 +127,6 @@ Outcome shortestTour(const Recomputation &recomputation) {
 
 const PeerModel kPeers[] = {
     {"exams 11/10 x 10^3", tooFewSlots<1000>},
-    {"qwh strong", qwh},
-    {"sudoku strong", sudoku16},
-    {"golomb bounds", golomb<10>},
     {"3-sat 80/340", threeSat<80, 340, 5>},
     {"3-sat 100/425", threeSat<100, 425, 2>},
     {"bibd 13,3,1", blockDesign<13, 3, 1>},
