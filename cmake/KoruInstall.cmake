@@ -5,8 +5,12 @@ include(GNUInstallDirs)
 
 set(KORU_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/koru")
 
+set(KORU_THREADS_TARGETS)
+if(TARGET koru_threads)
+  set(KORU_THREADS_TARGETS koru_threads koru_threads_static)
+endif()
 install(
-  TARGETS koru koru_static
+  TARGETS koru koru_static ${KORU_THREADS_TARGETS}
   EXPORT koru-targets
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" # koru.dll
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
@@ -38,5 +42,11 @@ string(REGEX REPLACE "/$" "" KORU_PC_PREFIX "${KORU_PC_PREFIX}")
 if(KORU_HAS_BACKTRACE)
   set(KORU_PC_BACKTRACE "-lbacktrace ")
 endif()
-configure_file("${PROJECT_SOURCE_DIR}/cmake/koru.pc.in" "${PROJECT_BINARY_DIR}/koru.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/koru.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+function(koru_pkgconfig KORU_PC_NAME)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/koru.pc.in" "${PROJECT_BINARY_DIR}/${KORU_PC_NAME}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${KORU_PC_NAME}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+endfunction()
+koru_pkgconfig(koru)
+if(TARGET koru_threads)
+  koru_pkgconfig(koru_threads)
+endif()

@@ -37,6 +37,7 @@
  *   12. Circuits
  *   13. Division and powers with given results
  *   14. Values and how often they are taken
+ *   15. Several solvers
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -117,7 +118,7 @@ typedef enum CSstatus {
   CS_STATUS_CHOICE_POINTS = 6, /**< the limit on choice points was reached */
   CS_STATUS_SOLUTIONS = 7,     /**< as many solutions as asked for have been given */
   CS_STATUS_STOPPED = 8,       /**< cs_stopSearch was called */
-  CS_STATUS_MEMORY = 9,        /**< memory was exhausted */
+  CS_STATUS_MEMORY = 9,        /**< memory was exhausted, or the limit on it reached */
   CS_STATUS_REFUSED = 10       /**< a null object, or one whose turn it is not */
 } CSstatus;
 
@@ -132,7 +133,9 @@ enum {
   CS_ORDER_MOST_CONSTRAINED = 6, /**< the most constraints, as cs_getNbConstraints counts them */
   CS_ORDER_DOM_WDEG = 7,         /**< the least number of elements for each failure that its constraints have caused;
                                       failures count for less and less as the search goes on (Boussemart et al. 2004) */
-  CS_ORDER_HOST = 8              /**< the host's own: chooseVariable */
+  CS_ORDER_HOST = 8,             /**< the host's own: chooseVariable */
+  CS_ORDER_ACTIVITY = 9          /**< the least number of elements for each change that propagation has made to it;
+                                      changes count for less and less (Michel, Van Hentenryck 2012; without probes) */
 };
 
 /** Which decision is taken on it first; when that fails its opposite holds. */
@@ -144,7 +147,8 @@ enum {
   CS_VALUE_LOW_HALF = 4,  /**< <= the middle of the bounds */
   CS_VALUE_HIGH_HALF = 5, /**< > the middle of the bounds */
   CS_VALUE_RANDOM = 6,    /**< = any element */
-  CS_VALUE_HOST = 7       /**< the host's own: chooseValue */
+  CS_VALUE_HOST = 7,      /**< the host's own: chooseValue */
+  CS_VALUE_SELECTOR = 8   /**< the first decision of a value selector: selectors */
 };
 
 /** What follows a decision that has failed. */
@@ -195,6 +199,7 @@ typedef struct CSsearchStats {
   long long noGoods;              /**< learnt from these */
   long long neighbourhoods;       /**< looked into */
   long long neighbourhoodsBetter; /**< with a better solution */
+  long long wakings;              /**< calls of propagators: of handlers, and of runs that wait */
   long long peakDepth;            /**< the most decisions in force at a time */
   long long peakTrail;            /**< the most undo records at a time, at a choice point */
   double seconds;                 /**< spent in cs_nextSolution, by a monotonic clock */
@@ -234,6 +239,12 @@ typedef struct CSsearchOptions {
   long long fails;                 /**< limit on fails; 0: none */
   long long choicePoints;          /**< limit on choice points; 0: none */
   long long solutions;             /**< limit on solutions; 0: none */
+  long long memory;                /**< limit on the bytes that the solver holds in its stacks and its pool of records,
+                                        and the search in decisions and no-goods, what there was before included;
+                                        0: none. The search then ends with CS_STATUS_MEMORY; nothing is reported */
+  CSvalueSelector **selectors;     /**< for CS_VALUE_SELECTOR, one for each variable by position, null for = the
+                                        minimum; the array is not copied. Each is asked for its first decision only,
+                                        and anew at every choice: after a decision that has failed its opposite holds */
   CSchooseVariable chooseVariable; /**< for CS_ORDER_HOST */
   CSchooseValue chooseValue;       /**< for CS_VALUE_HOST */
   CSchooseRelaxed chooseRelaxed;   /**< for CS_NEIGHBOURS_HOST */
@@ -245,8 +256,9 @@ typedef struct CSsearchOptions {
 /**
  * Make a search over the @p n variables of @p vars, and open a context for what it will do. A variable may stand in the
  * array twice. Freed by cs_freeSearch.
- * @return null when n < 0, an array or a variable is null, memory is exhausted (CS_ERR_MEMORY is reported), or without
- * a running solver. Cost: some 80 bytes a variable.
+ * @return null when n < 0, an array or a variable is null, memory is exhausted (CS_ERR_MEMORY is reported), without a
+ * running solver, or in a callback of cs_backtrack. Where the posting phase that it ends fails (section 3), or has
+ * failed with nobody told, the search says CS_STATUS_EXHAUSTED at once. Cost: some 80 bytes a variable.
  */
 KORU_API CSsearch *cs_createSearch(CSint **vars, int n);
 
@@ -282,6 +294,16 @@ KORU_API CSstatus cs_nextSolution(CSsearch *search);
 /** What cs_nextSolution has returned last; CS_STATUS_READY before it was called, CS_STATUS_REFUSED for null. */
 KORU_API CSstatus cs_getSearchStatus(const CSsearch *search);
 
+/**
+ * Why the last of the other searches has ended, those of koru.h (cs_search to cs_searchValueSelectorRestartNG; of one
+ * inside another the outer one, when it is through): CS_STATUS_SOLUTION when one was found, CS_STATUS_OPTIMAL when
+ * cs_minimize has been through, CS_STATUS_EXHAUSTED when everything that the search was to try has failed, or
+ * cs_findAll is through; CS_STATUS_FAILS, CS_STATUS_STOPPED (by cs_cancelSearch), CS_STATUS_MEMORY; CS_STATUS_REFUSED
+ * for arguments that it does not take, CS_STATUS_READY before any search. It says nothing of search objects, and
+ * CS_STATUS_EXHAUSTED proves that there is no solution only where the host's selectors leave out no value.
+ */
+KORU_API CSstatus cs_searchStatus(void);
+
 /** A status in words, as "optimal" or "time limit": constant text, never freed. "unknown" for any other number. */
 KORU_API const char *cs_getStatusName(CSstatus status);
 
@@ -296,8 +318,9 @@ KORU_API const int *cs_getBestSolution(const CSsearch *search);
 KORU_API bool cs_getSearchStats(const CSsearch *search, CSsearchStats *stats, size_t size);
 
 /**
- * Ask the search to stop: it ends with CS_STATUS_STOPPED at its next choice point, or at once when it has not begun.
- * May be called from any thread and from a signal handler while the object lives. Null is ignored.
+ * Ask the search to stop: it ends with CS_STATUS_STOPPED at its next choice point, or at once when it has not begun. A
+ * propagation under way is given up after 64 more events at most, or before the next run of a constraint. May be called
+ * from any thread and from a signal handler while the object lives. Null is ignored.
  */
 KORU_API void cs_stopSearch(CSsearch *search);
 
@@ -741,6 +764,50 @@ KORU_API bool cs_NValues(CSint **vars, int n, CSint *count);
  * each bin in the items that can be there times the space left, 64 units at a time.
  */
 KORU_API bool cs_BinPacking(CSint **bins, const int *sizes, int n, CSint **loads, int m);
+
+/* ==================================================================================================================
+ * 15. Several solvers
+ *
+ * One solver runs at a time. It can be parked and another one begun, or brought back, so that a program works at two
+ * problems by turns, and keeps both:
+ *
+ *     cs_init();
+ *     ...                                      // variables, constraints, searches of one problem
+ *     CSsolver *first = cs_detachSolver();     // now it is as before cs_init
+ *     cs_init();
+ *     ...                                      // another problem
+ *     CSsolver *second = cs_detachSolver();
+ *     cs_attachSolver(first);                  // all of the first as it was left
+ *
+ * Everything belongs to a solver: variables, constraints, contexts, searches that go on, profilers, the locator, error
+ * handlers and the error code, counters. What belongs to a parked one must not be used, not even for reading.
+ *
+ * The library has two flavours, built from the same sources. In libkoru (CMake's koru::koru) the running solver is the
+ * process's: no call may run while another one runs in a different thread. In libkoru_threads (koru::koru_threads) each
+ * thread has a running solver of its own, and knows nothing of those of other threads; one thread may park its solver
+ * and another one attach it. All that this header and koru.h say of the solver is true of each thread's. A thread ends
+ * or parks its solver before it ends itself, or the memory is lost. cs_stopSearch is for any thread in both flavours.
+ * The flavour for threads takes about a tenth more time, some 36 KB for each thread, and a program that is linked with
+ * it: loading it later (dlopen) takes more static thread storage than is usually kept free. It is not made for Windows.
+ * ================================================================================================================ */
+
+/** A solver (opaque), for telling parked ones apart. The same one for each time that a solver is parked. */
+typedef struct CSsolver CSsolver;
+
+/**
+ * Park the running solver. Until another one is attached or begun it is as before cs_init.
+ * @return the solver, to attach again; null, with nothing done, when none is running, memory is exhausted
+ * (CS_ERR_MEMORY is reported), or code of the host is running that a propagation, a posting, a search, an undo or an
+ * error report has called. Cost: constant.
+ */
+KORU_API CSsolver *cs_detachSolver(void);
+
+/**
+ * Bring a parked solver back. Once it is ended by cs_end, @p solver must not be used any more.
+ * @return false, with nothing done, for null, a solver that is not parked, or when one is running already.
+ * Cost: constant.
+ */
+KORU_API bool cs_attachSolver(CSsolver *solver);
 
 #ifdef __cplusplus
 }

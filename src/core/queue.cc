@@ -253,13 +253,10 @@ template <bool supervised>
   return true;
 }
 
-// Events and runs until nobody waits and there are no events. `handled` is the latest event of this propagation,
-// recycled, or null.
+// The queue is empty and somebody waits: runs and the events that they cause, until nobody does. `handled` is the
+// latest event of this propagation, recycled, or null.
 template <bool supervised>
 [[gnu::noinline]] void settle(Queue &queue, const EventRecord *handled, Entry *listener) {
-  if constexpr (supervised) {
-    if (!drain<supervised>(queue, handled, nullptr, listener)) return;
-  }
   Latest latest;
   latest.note(handled);
   while (Deferred *record = solver::agenda.takeFirst()) {
@@ -277,6 +274,14 @@ template <bool supervised>
   leave(queue);
 }
 
+[[gnu::noinline]] void propagateSupervised(Queue &queue) {
+  Entry *listener = nullptr;
+  const EventRecord *handled = nullptr;
+  if (!drain<true>(queue, handled, nullptr, listener)) return;
+  if (solver::agenda.due()) return settle<true>(queue, handled, listener);
+  leave(queue);
+}
+
 }  // namespace
 
 void propagate() {
@@ -284,7 +289,7 @@ void propagate() {
   Queue &queue = solver::queue;
   ++queue.depth;
   if (queue.supervisor.mustEnd != nullptr) [[unlikely]]
-    return settle<true>(queue, nullptr, nullptr);
+    return propagateSupervised(queue);
   // Set once per run, by the first conflict listener met in any event's list.
   Entry *listener = nullptr;
   EventRecord *event = nullptr;

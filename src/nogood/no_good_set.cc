@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "core/lifetime.h"
 #include "core/post.h"
 #include "nogood/watches.h"
 
@@ -25,7 +26,10 @@ CSnoGoodSet::CSnoGoodSet(CSint **variables, int variableCount, CSnoGoodFilter ad
 }
 
 CSnoGoodSet::~CSnoGoodSet() {
-  if (release != nullptr) release(this, extra);
+  if (release != nullptr) {
+    const koru::HostAsked asked;
+    release(this, extra);
+  }
   while (newest != nullptr) {
     CSnoGood *noGood = newest;
     newest = noGood->older;
@@ -88,7 +92,10 @@ bool isSubsumed(CSnoGoodSet &set, const CSnoGood &added) {
 }
 
 bool isWanted(CSnoGoodSet &set, CSnoGood &added) {
-  if (set.filter != nullptr && !set.filter(&set, &added, set.array, set.size, set.extra)) return false;
+  if (set.filter != nullptr) {
+    const HostAsked asked;
+    if (!set.filter(&set, &added, set.array, set.size, set.extra)) return false;
+  }
   const Hold hold(set);
   return !isSubsumed(set, added);
 }
@@ -175,6 +182,7 @@ void cs_addNoGood(CSnoGoodSet *set, const int *indexes, const CSvalueSelection *
 
 void cs_filterNoGood(CSnoGoodSet *set, CSnoGoodFilter keep) {
   if (set == nullptr || keep == nullptr) return;
+  const HostAsked asked;
   const Hold hold(*set);
   const CSnoGood *last = set->newest;  // those that `keep` adds are not asked about
   for (CSnoGood *noGood = set->oldest; noGood != nullptr; noGood = noGood == last ? nullptr : noGood->newer)

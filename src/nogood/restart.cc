@@ -36,7 +36,6 @@ struct Restarts {
   }
 
   bool search() {
-    const AtWork atWork;
     Recorder recorder(set);
     run.recorder = recorder.hook();
     int limit = limitOf(argument);
@@ -63,8 +62,10 @@ struct Restarts {
 bool cs_searchValueSelectorRestartNG(CSint **array, CSvalueSelector **selectors, int size, CSfindFreeVarIndex f,
                                      CSfailLimit nbFailsMaxFunc, void *arg, int nbFailsMaxTotal, CSnoGoodSet *set,
                                      const CSsearchNotify *notify) {
-  if (f == nullptr || nbFailsMaxFunc == nullptr) return false;
+  const koru::SearchRun run(koru::SearchRun::Counters::kKeep);
+  if (f == nullptr || nbFailsMaxFunc == nullptr) return run.refused();
   const CSsearchNotify *hooks = notify != nullptr ? notify : &koru::noHooks();
   koru::Restarts restarts{{array, selectors, size, f, hooks, 0, {}}, nbFailsMaxFunc, arg, nbFailsMaxTotal, set};
-  return restarts.search();
+  const bool found = restarts.search();
+  return run.ended(found, restarts.totalReached());
 }

@@ -5,24 +5,20 @@
 #include "profiler/locator.h"
 
 #include <cstring>
+#include <utility>
 
 #include "core/solver.h"
-#include "core/state.h"
+#include "profiler/state.h"
 
 namespace koru {
 
 namespace {
 
-KORU_STATE char *format = nullptr;
-
-void forgetFormat() {
-  deallocate(format);
-  format = nullptr;
-}
+void forgetFormat() { deallocate(std::exchange(profilerState.locatorFormat, nullptr)); }
 
 }  // namespace
 
-const char *locatorFormat() { return format; }
+const char *locatorFormat() { return profilerState.locatorFormat; }
 
 }  // namespace koru
 
@@ -37,6 +33,6 @@ void cs_setProfilerLocator(const char *newFormat, CSprofilerLocator locator, voi
     std::memcpy(copy, newFormat, std::strlen(newFormat) + 1);
   }
   forgetFormat();
-  format = copy;
+  profilerState.locatorFormat = copy;
   solver::ports.locator = locator != nullptr ? Locator{locator, forgetFormat, arg} : Locator{};
 }

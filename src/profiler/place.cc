@@ -9,12 +9,10 @@
 #include "core/alloc.h"
 #include "core/ports.h"
 #include "core/site.h"
-#include "core/state.h"
 #include "profiler/platform.h"
+#include "profiler/state.h"
 
 namespace koru {
-
-namespace {
 
 struct KnownPlace {
   const void *returnAddress;
@@ -24,12 +22,11 @@ struct KnownPlace {
   char *text() { return reinterpret_cast<char *>(this + 1); }
 };
 
-constexpr unsigned kBuckets = 256;
-KORU_STATE KnownPlace *knownPlaces[kBuckets] = {};
+namespace {
 
 unsigned bucketOf(const void *address) {
   const auto bits = reinterpret_cast<std::uintptr_t>(address);
-  return static_cast<unsigned>((bits ^ bits >> 8) % kBuckets);
+  return static_cast<unsigned>((bits ^ bits >> 8) % ProfilerState::kBuckets);
 }
 
 // Characters that a line and an address take at most, with the tabs and the end.
@@ -50,7 +47,7 @@ KnownPlace *lookUp(const void *returnAddress) {
 
 const char *placeOf(const void *returnAddress) {
   if (returnAddress == nullptr) return kUnknownPlace;
-  KnownPlace *&bucket = knownPlaces[bucketOf(returnAddress)];
+  KnownPlace *&bucket = profilerState.knownPlaces[bucketOf(returnAddress)];
   const std::uint64_t unloads = platform::unloads();
   for (KnownPlace *known = bucket; known != nullptr; known = known->next)
     if (known->returnAddress == returnAddress && known->unloads == unloads) return known->text();
@@ -64,7 +61,7 @@ const char *placeOf(const void *returnAddress) {
 const void *hostCaller(const void *returnAddress) { return platform::firstOutside(returnAddress); }
 
 void forgetPlaces() {
-  for (KnownPlace *&bucket : knownPlaces) {
+  for (KnownPlace *&bucket : profilerState.knownPlaces) {
     while (bucket != nullptr) {
       KnownPlace *next = bucket->next;
       deallocate(bucket);

@@ -41,7 +41,7 @@ struct AllSolutions {
 bool cs_findAll(CSint **array, int size, CSfindFreeVar f, CSfoundCallback found) {
   const koru::SearchRun run;
   koru::searchState.solutionFound = false;
-  if (!koru::Selection::canChoose(array, size, f)) return false;
+  if (!koru::Selection::canChoose(array, size, f)) return run.refused();
   koru::AllSolutions{array, size, {array, size, f}, found}.label();
-  return koru::searchState.solutionFound;
+  return run.ended(koru::searchState.solutionFound, false, CS_STATUS_EXHAUSTED);
 }

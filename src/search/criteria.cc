@@ -36,5 +36,7 @@ bool cs_searchCriteria(CSint **array, int size, CSfindFreeVarIndex f, CScriteria
 
 bool cs_searchCriteriaFail(CSint **array, int size, CSfindFreeVarIndex f, CScriteria criteria, int nbFailsMax) {
   const koru::SearchRun run;
-  return f != nullptr && criteria != nullptr && koru::CriteriaSearch{array, size, f, criteria, nbFailsMax}.label();
+  if (f == nullptr || criteria == nullptr) return run.refused();
+  const bool found = koru::CriteriaSearch{array, size, f, criteria, nbFailsMax}.label();
+  return run.ended(found, koru::failLimitReached(nbFailsMax));
 }

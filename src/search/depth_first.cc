@@ -40,7 +40,9 @@ struct DepthFirst {
 
 bool searchDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit) {
   const SearchRun run;
-  return Selection::canChoose(array, size, select) && labelDepthFirst(array, size, select, failLimit);
+  if (!Selection::canChoose(array, size, select)) return run.refused();
+  const bool found = labelDepthFirst(array, size, select, failLimit);
+  return run.ended(found, failLimitReached(failLimit));
 }
 
 }  // namespace
@@ -60,7 +62,10 @@ bool cs_searchFail(CSint **array, int size, CSfindFreeVar f, int nbFailsMax) {
 bool cs_Vsearch(int nbVars, CSint *var1, ...) {
   const int size = nbVars < 1 ? 0 : nbVars;
   const koru::Buffer<CSint *> array(size);
-  if (!array) return false;
+  if (!array) {
+    koru::searchState.status = CS_STATUS_MEMORY;
+    return false;
+  }
   std::va_list arguments;
   va_start(arguments, var1);
   for (int i = 0; i < size; ++i) array[i] = i == 0 ? var1 : va_arg(arguments, CSint *);

@@ -45,7 +45,8 @@ bool cs_searchMatrix(CSint ***matrix, int nbRows, int extra, CSfindFreeRow findF
 bool cs_searchMatrixFail(CSint ***matrix, int nbRows, int extra, CSfindFreeRow findFreeRow,
                          CSfindFreeVarInRow findFreeVarInRow, CSmatrixCriteria criteria, int nbFailsMax) {
   const koru::SearchRun run;
-  if (findFreeRow == nullptr || findFreeVarInRow == nullptr || criteria == nullptr) return false;
+  if (findFreeRow == nullptr || findFreeVarInRow == nullptr || criteria == nullptr) return run.refused();
   const koru::MatrixSearch search{matrix, nbRows, extra, findFreeRow, findFreeVarInRow, criteria, nbFailsMax};
-  return search.label(search.nextRow());
+  const bool found = search.label(search.nextRow());
+  return run.ended(found, koru::failLimitReached(nbFailsMax));
 }

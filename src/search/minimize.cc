@@ -45,6 +45,6 @@ struct Minimize {
 
 bool cs_minimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfoundCostCallback found) {
   const koru::SearchRun run;
-  return koru::Selection::canChoose(array, size, f) && cost != nullptr &&
-         koru::Minimize{array, size, f, cost, found}.search();
+  if (!koru::Selection::canChoose(array, size, f) || cost == nullptr) return run.refused();
+  return run.ended(koru::Minimize{array, size, f, cost, found}.search(), false, CS_STATUS_OPTIMAL);
 }

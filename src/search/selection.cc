@@ -43,7 +43,7 @@ bool Selection::canChoose(CSint **array, int size, CSfindFreeVar select) {
 
 Selection::Selection(CSint **array, int size, CSfindFreeVar select)
     : array_(array), size_(size), select_(select), step_(stepFor(select)) {
-  SelectionRoom &room = searchState.selectionRoom;
+  SelectionRoom &room = selectionRoom;
   if (room.taken || array == nullptr || size < 1 || size > SelectionRoom::kSize) step_ = askHost;
   if (step_ == askHost) return;
   room.taken = true;
@@ -51,7 +51,7 @@ Selection::Selection(CSint **array, int size, CSfindFreeVar select)
 }
 
 Selection::~Selection() {
-  if (step_ != askHost) searchState.selectionRoom.taken = false;
+  if (step_ != askHost) selectionRoom.taken = false;
 }
 
 }  // namespace koru

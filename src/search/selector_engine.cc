@@ -105,12 +105,12 @@ bool SelectorRun::label(const LevelNode *parent, int depth) {
 bool cs_searchValueSelectorFail(CSint **array, CSvalueSelector **selectors, int size, CSfindFreeVarIndex f,
                                 int nbFailsMax, const CSsearchNotify *notify) {
   const koru::SearchRun searching;
-  if (f == nullptr) return false;
+  if (f == nullptr) return searching.refused();
   const CSsearchNotify &hooks = notify != nullptr ? *notify : koru::noHooks();
   if (hooks.searchStart != nullptr) hooks.searchStart(nbFailsMax, array, size, hooks.extra);
   koru::SelectorRun run{array, selectors, size, f, &hooks, nbFailsMax, {}};
   const bool result = run.search();
   if (hooks.searchEnd != nullptr)
     hooks.searchEnd(result, koru::searchState.fails, nbFailsMax, array, size, hooks.extra);
-  return result;
+  return searching.ended(result, nbFailsMax > 0 && run.fails >= nbFailsMax);
 }

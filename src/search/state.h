@@ -4,8 +4,10 @@
 #pragma once
 
 #include "core/branch_set.h"
+#include "core/errors.h"
 #include "core/refusal.h"
 #include "core/state.h"
+#include "koru_extras.h"
 
 namespace koru {
 
@@ -24,10 +26,11 @@ struct SearchState {
   int choicePoints = 0;
   bool cancelled = false;
   bool solutionFound = false;
-  SelectionRoom selectionRoom{};
+  CSstatus status = CS_STATUS_READY;  // of the search that ended last
 };
 
-extern KORU_STATE SearchState searchState;
+inline KORU_STATE SearchState searchState;
+inline KORU_STATE SelectionRoom selectionRoom{};
 
 // `solutionFound` belongs to cs_findAll alone, which may have another search inside it.
 inline void resetCounters() {
@@ -39,9 +42,25 @@ inline void resetCounters() {
 // Every search has one while it runs.
 class SearchRun {
  public:
-  SearchRun() { resetCounters(); }
+  enum class Counters { kReset, kKeep };
+
+  explicit SearchRun(Counters counters = Counters::kReset) : reportsBefore_(solver::errors.memoryReports) {
+    if (counters == Counters::kReset) resetCounters();
+  }
+
+  // Notes why the search has ended, and gives its result back. `complete` is what true says: of a search for one
+  // solution CS_STATUS_SOLUTION, of one that goes on to the end what that end proves.
+  bool ended(bool result, bool limitReached = false, CSstatus complete = CS_STATUS_SOLUTION) const;
+  // Without having begun: false.
+  static bool refused() {
+    searchState.status = CS_STATUS_REFUSED;
+    return false;
+  }
 
  private:
+  CSstatus reasonFor(bool result, bool limitReached, CSstatus complete) const;
+
+  unsigned reportsBefore_;
   AtWork atWork_;
 };
 

@@ -36,13 +36,31 @@ int randomElement(CSsearch &s, const CSint *v) {
 CSvalueSelection equalTo(int value) { return {CS_METHOD_EQ, value}; }
 
 // A decision that the domain does not settle: both it and its opposite leave something.
+CSvalueSelection ifUsable(bool given, const CSvalueSelection &decision, const CSint *v) {
+  const bool usable = given && isMethod(decision.method) && isUndecided(decision, v);
+  return usable ? decision : equalTo(v->min);
+}
+
 CSvalueSelection askHost(const CSsearch &s, int position) {
   const CSint *v = s.labelled[position];
   CSvalueSelection decision = equalTo(v->min);
   const bool given = s.options.chooseValue != nullptr &&
                      s.options.chooseValue(&decision, position, s.labelled.variables(), s.hostSize, s.options.extra);
-  const bool usable = given && isMethod(decision.method) && isUndecided(decision, v);
-  return usable ? decision : equalTo(v->min);
+  return ifUsable(given, decision, v);
+}
+
+// Begins and ends the selector for the sake of its first decision.
+CSvalueSelection askSelector(const CSsearch &s, int position) {
+  const CSint *v = s.labelled[position];
+  CSvalueSelection decision = equalTo(v->min);
+  if (s.options.selectors == nullptr) return decision;
+  CSvalueSelector *selector = s.options.selectors[position];
+  CSint **array = s.labelled.variables();
+  void *word = nullptr;
+  if (!cs_initValueSelector(selector, position, array, s.hostSize, &word)) return decision;
+  const bool given = cs_selectNextValue(&decision, selector, position, array, s.hostSize, &word);
+  cs_endValueSelector(selector, position, array, s.hostSize, &word);
+  return ifUsable(given, decision, v);
 }
 
 }  // namespace
@@ -68,6 +86,8 @@ CSvalueSelection chooseDecision(CSsearch &s, const Phase &phase, int position) {
       return equalTo(randomElement(s, v));
     case CS_VALUE_HOST:
       return askHost(s, position);
+    case CS_VALUE_SELECTOR:
+      return askSelector(s, position);
     default:
       return equalTo(v->min);
   }

@@ -40,13 +40,19 @@ struct MostConstrained : ByNumber {
 };
 
 // Elements by weight, compared as fractions.
-struct DomWdeg {
+struct ByFraction {
   std::uint64_t elements;
   std::uint64_t weight;
-  explicit DomWdeg(const CSsearch &s, const CSint *v, int position)
-      : elements(std::uint64_t{elementsLessOne(v)} + 1), weight(s.weights.of(position)) {}
-  bool operator<(const DomWdeg &other) const { return elements * other.weight < other.elements * weight; }
+  ByFraction(const CSint *v, std::uint64_t by) : elements(std::uint64_t{elementsLessOne(v)} + 1), weight(by) {}
+  bool operator<(const ByFraction &other) const { return elements * other.weight < other.elements * weight; }
   bool isLeast() const { return false; }
+};
+
+struct DomWdeg : ByFraction {
+  DomWdeg(const CSsearch &s, const CSint *v, int position) : ByFraction(v, s.weights.of(position)) {}
+};
+struct MostActive : ByFraction {
+  MostActive(const CSsearch &s, const CSint *v, int position) : ByFraction(v, s.activity.of(position)) {}
 };
 
 // The choice among the positions of a phase.
@@ -130,6 +136,8 @@ int chooseInPhase(CSsearch &s, const Phase &phase, int first) {
       return bestOf<MostConstrained>(s, phase);
     case CS_ORDER_DOM_WDEG:
       return bestOf<DomWdeg>(s, phase);
+    case CS_ORDER_ACTIVITY:
+      return bestOf<MostActive>(s, phase);
     case CS_ORDER_HOST:
       return askHost(s, first);
     default:

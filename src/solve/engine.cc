@@ -29,8 +29,8 @@ bool memoryExhausted(const CSsearch &s) { return solver::errors.memoryReports !=
 
 // Asked before each thing that is tried. When the search has to end, `ending` says why.
 inline bool mayGoOn(CSsearch &s) {
-  const bool looks = s.stats.choicePoints >= s.nextLook || s.stats.fails >= s.failLimit || memoryExhausted(s) ||
-                     s.stopped.load(std::memory_order_relaxed);
+  const bool looks =
+      s.stats.choicePoints >= s.nextLook || memoryExhausted(s) || s.stopped.load(std::memory_order_relaxed);
   return !looks || lookClosely(s);
 }
 
@@ -44,11 +44,24 @@ bool postBound(const CSsearch &s) {
   return best < kIntMax && cs_GE(s.objective, best + 1);
 }
 
-bool post(CSsearch &s, int position, const CSvalueSelection &decision) {
-  if ((s.objective == nullptr || postBound(s)) && cs_selectValue(s.labelled[position], &decision)) return true;
-  ++s.stats.fails;
+// A propagation that was cut short is no fail.
+bool noteRefusal(CSsearch &s) {
+  if (s.ending != CS_STATUS_READY) return false;
+  if (++s.stats.fails >= s.failLimit) s.nextLook = 0;
   ++s.runFails;
   return false;
+}
+
+// Most decisions are equalities.
+inline bool select(CSint *v, const CSvalueSelection &decision) {
+  return decision.method == CS_METHOD_EQ ? cs_EQ(v, decision.value) : cs_selectValue(v, &decision);
+}
+
+[[gnu::always_inline]] inline bool post(CSsearch &s, int position, const CSvalueSelection &decision) {
+  const int mark = solver::trail.count();
+  const bool accepted = (s.objective == nullptr || postBound(s)) && select(s.labelled[position], decision);
+  if (s.activity.created()) s.activity.notePropagation(mark);
+  return accepted || noteRefusal(s);
 }
 
 // ----- down
@@ -85,7 +98,8 @@ bool nextValue(const CSint *v, Step &step) {
   if (step.upwards ? value >= v->max : value <= v->min) return false;
   step.leftBehind = true;
   step.lastTried = value;
-  step.decision.value = step.upwards ? valueAfter(v, value) : valueBefore(v, value);
+  const int next = step.upwards ? value + 1 : value - 1;
+  step.decision.value = contains(v, next) ? next : step.upwards ? valueAfter(v, value) : valueBefore(v, value);
   return true;
 }
 
@@ -225,7 +239,7 @@ CSstatus ended(CSsearch &s) {
 }
 
 bool begin(CSsearch &s) {
-  if (!lookClosely(s)) return false;
+  if (!lookClosely(s) || s.refuted) return false;
   if (s.status == CS_STATUS_READY) return beginRun(s);
   return back(s) || anew(s, true);
 }

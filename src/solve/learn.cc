@@ -33,6 +33,7 @@ class Learner {
     }
     elements_[count_] = e;
     addNoGood(*s_.noGoods, elements_.get(), count_ + 1);
+    s_.noGoodBytes += sizeof(CSnoGood) + static_cast<unsigned>(count_ + 1) * sizeof(NoGoodElement);
     return true;
   }
 

@@ -10,6 +10,13 @@ namespace koru::solve {
 // read once in 32 times.
 CSstatus limitReached(CSsearch &s);
 
+// The same for what is honoured inside a propagation too: the clock, memory and being stopped. Remembers what it says,
+// so that the search ends at its next look.
+bool mustEndNow(CSsearch &s);
+
 void tellProgress(CSsearch &s);
+
+// Brings the statistics up to date with the solver's count.
+void noteWakings(CSsearch &s);
 
 }  // namespace koru::solve

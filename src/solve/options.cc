@@ -6,15 +6,17 @@ namespace koru::solve {
 static bool isWithin(long long value, long long low, long long high) { return low <= value && value <= high; }
 
 bool isOrder(int order, const CSsearchOptions &o) {
-  return isWithin(order, CS_ORDER_INPUT, CS_ORDER_HOST) && (order != CS_ORDER_HOST || o.chooseVariable != nullptr);
+  return isWithin(order, CS_ORDER_INPUT, CS_ORDER_ACTIVITY) && (order != CS_ORDER_HOST || o.chooseVariable != nullptr);
 }
 
 bool isValueOrder(int value, const CSsearchOptions &o) {
-  return isWithin(value, CS_VALUE_MIN, CS_VALUE_HOST) && (value != CS_VALUE_HOST || o.chooseValue != nullptr);
+  return isWithin(value, CS_VALUE_MIN, CS_VALUE_SELECTOR) && (value != CS_VALUE_HOST || o.chooseValue != nullptr) &&
+         (value != CS_VALUE_SELECTOR || o.selectors != nullptr);
 }
 
 static bool areLimits(const CSsearchOptions &o) {
-  return o.milliseconds >= 0 && o.fails >= 0 && o.choicePoints >= 0 && o.solutions >= 0 && o.progressMilliseconds >= 0;
+  return o.milliseconds >= 0 && o.fails >= 0 && o.choicePoints >= 0 && o.solutions >= 0 && o.memory >= 0 &&
+         o.progressMilliseconds >= 0;
 }
 
 static bool areRestarts(const CSsearchOptions &o) {

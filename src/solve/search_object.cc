@@ -11,7 +11,6 @@
 #include "core/post.h"
 #include "core/refusal.h"
 #include "core/solver.h"
-#include "core/state.h"
 #include "search/branching.h"
 #include "solve/engine.h"
 #include "solve/limits.h"
@@ -21,30 +20,36 @@ namespace koru::solve {
 
 namespace {
 
-KORU_STATE CSsearch *newest = nullptr;
-
 // ----- life
 
 void destroy(CSsearch *s) {
-  newest = s->older;
+  solver::newestSearch = s->older;
   s->path.destroy();
   s->~CSsearch();
   deallocate(s);
 }
 
 // By cs_end, once for each that is left.
-void releaseAtEnd(void *) { destroy(newest); }
+void releaseAtEnd(void *) { destroy(solver::newestSearch); }
+
+// A posting phase that ends with the root may leave no solution, which the search then says.
+bool openRoot(CSsearch &s) {
+  const unsigned reports = solver::errors.memoryReports;
+  s.refuted = solver::agenda.postingUnsettled() && !endPosting();
+  const int open = solver::contexts.count();
+  return solver::errors.memoryReports == reports && cs_saveContext() > open;
+}
 
 CSsearch *create(CSint *const *vars, int n) {
   void *memory = allocate(sizeof(CSsearch));
   if (memory == nullptr) return nullptr;
   auto *s = new (memory) CSsearch;
-  s->older = newest;
-  newest = s;
+  s->older = solver::newestSearch;
+  solver::newestSearch = s;
   s->options = withDefaults({});
   s->options.size = sizeof(CSsearchOptions);
   s->stats.secondsToFirst = s->stats.secondsToBest = -1;
-  if (!s->labelled.add(vars, n, CS_ORDER_INPUT, CS_VALUE_MIN) || !openContext()) {
+  if (!s->labelled.add(vars, n, CS_ORDER_INPUT, CS_VALUE_MIN) || !openRoot(*s)) {
     destroy(s);
     return nullptr;
   }
@@ -76,6 +81,8 @@ bool prepare(CSsearch &s) {
   if (s.objective != nullptr && !s.labelled.add(&s.objective, 1, CS_ORDER_INPUT, value)) return false;
   s.unsettled = BranchSet(s.labelled.size());
   if (!s.unsettled || !s.path.create()) return false;
+  if (s.labelled.usesOrder(CS_ORDER_ACTIVITY) && !s.activity.create(s.labelled.variables(), s.labelled.size()))
+    return false;
   if (needsWeights(s) && !s.weights.collect(s.labelled.variables(), s.labelled.size())) return false;
   if (o.neighbours != CS_NEIGHBOURS_NONE && !s.neighbourhood.create(s.hostSize, o.relaxed)) return false;
   s.random = Random(o.seed);
@@ -89,7 +96,8 @@ bool hasBegun(const CSsearch &s) { return s.status != CS_STATUS_READY; }
 bool hasEnded(const CSsearch &s) { return hasBegun(s) && s.status != CS_STATUS_SOLUTION; }
 
 bool isItsTurn(const CSsearch &s) {
-  return &s == newest && !s.running && s.root.stands() && solver::contexts.count() == s.openContexts;
+  return &s == solver::newestSearch && !s.running && !solver::trail.undoing() && s.root.stands() &&
+         solver::contexts.count() == s.openContexts;
 }
 
 // Everything as it was when the object was made.
@@ -102,18 +110,29 @@ void noteFailure(void *search, const Constraint *constraint) {
   static_cast<CSsearch *>(search)->weights.noteFailure(constraint);
 }
 
-// While the search runs, it is told of the constraints that fail.
+bool mustEnd(void *search) { return mustEndNow(*static_cast<CSsearch *>(search)); }
+
+// While the search runs, it is told of the constraints that fail, and asked whether propagation may go on.
 class Listening {
  public:
-  explicit Listening(CSsearch &s) : before_(solver::ports.failureListener) {
+  explicit Listening(CSsearch &s) : s_(s), listener_(solver::ports.failureListener) {
     if (s.weights.collected()) solver::ports.failureListener = {noteFailure, &s};
+    s.outerSupervisor = solver::queue.supervisor;
+    solver::queue.supervisor = {mustEnd, &s};
+    solver::queue.untilAsked = 0;
+    s.wakingsNoted = solver::queue.wakings;
   }
   Listening(const Listening &) = delete;
   Listening &operator=(const Listening &) = delete;
-  ~Listening() { solver::ports.failureListener = before_; }
+  ~Listening() {
+    solver::ports.failureListener = listener_;
+    solver::queue.supervisor = s_.outerSupervisor;
+    noteWakings(s_);
+  }
 
  private:
-  FailureListener before_;
+  CSsearch &s_;
+  FailureListener listener_;
 };
 
 CSstatus next(CSsearch &s) {
@@ -144,8 +163,10 @@ constexpr const char *kNames[] = {"ready",      "solution",           "optimal",
 using namespace koru;
 using namespace koru::solve;
 
+// Deliberate: none while something is undone, as branches cannot be told apart then.
 CSsearch *cs_createSearch(CSint **vars, int n) {
-  if (!solver::initialised || n < 0 || (n > 0 && (vars == nullptr || !allPresent(vars, n)))) return nullptr;
+  if (!solver::initialised || solver::trail.undoing() || n < 0 || (n > 0 && (vars == nullptr || !allPresent(vars, n))))
+    return nullptr;
   return create(vars, n);
 }
 
@@ -195,12 +216,15 @@ bool cs_getSearchStats(const CSsearch *search, CSsearchStats *stats, size_t size
   return true;
 }
 
+// From a signal handler it has to be lock-free.
+static_assert(std::atomic<bool>::is_always_lock_free);
+
 void cs_stopSearch(CSsearch *search) {
   if (search != nullptr) search->stopped.store(true, std::memory_order_relaxed);
 }
 
 bool cs_freeSearch(CSsearch *search) {
-  if (search == nullptr || search != newest || search->running) return false;
+  if (search == nullptr || search != solver::newestSearch || search->running) return false;
   if (search->root.stands()) closeRoot(*search);
   solver::ports.remove(&search->atEnd);
   destroy(search);

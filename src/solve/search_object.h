@@ -11,7 +11,10 @@
 #include "core/block_stack.h"
 #include "core/branch_set.h"
 #include "core/ports.h"
+#include "core/queue.h"
+#include "core/state.h"
 #include "koru_extras.h"
+#include "solve/activity.h"
 #include "solve/clock.h"
 #include "solve/labelled.h"
 #include "solve/neighbourhood.h"
@@ -36,6 +39,8 @@ struct CSsearch {
   koru::Observer atEnd{};  // frees the object when the solver ends
 
   CSstatus ending = CS_STATUS_READY;  // why it has to end, when it has
+  bool refuted = false;               // the postings before it have left no solution
+  koru::Supervisor outerSupervisor;   // whom it has taken the place of while it runs
 
   // The run.
   koru::BlockStack<koru::solve::Step> path;
@@ -52,16 +57,25 @@ struct CSsearch {
 
   // What it has learnt.
   koru::solve::Weights weights;
+  koru::solve::Activity activity;
   koru::solve::Neighbourhood neighbourhood;
   CSnoGoodSet *noGoods = nullptr;
+  std::uint64_t noGoodBytes = 0;  // of all that were ever learnt
 
   CSsearchStats stats{};
+  unsigned long long wakingsNoted = 0;          // of those that the solver counts
   double nextProgress = 0;                      // seconds
   long long nextLook = 0;                       // at so many choice points the limits are looked at
   long long failLimit = koru::solve::kNoLimit;  // and at so many fails
   koru::solve::Clock clock;
   std::atomic<bool> stopped{false};
 };
+
+namespace koru::solver {
+
+inline KORU_STATE CSsearch *newestSearch = nullptr;
+
+}  // namespace koru::solver
 
 namespace koru::solve {
 

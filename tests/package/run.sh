@@ -48,7 +48,7 @@ run() {
 
 uses_shared() {
   if [[ -z ${EMULATOR:-} ]]; then
-    readelf -d "$1" | grep -q 'NEEDED.*libkoru\.so\.3\]'
+    readelf -d "$1" | grep -qE 'NEEDED.*libkoru(_threads)?\.so\.3\]'
   else
     [[ $("$OBJDUMP" -p "$1.exe") == *"DLL Name: koru.dll"* ]]
   fi
@@ -100,6 +100,21 @@ program_by_hand() {
   check "$program" static
 }
 
+# The flavour for threads, where it was built: both libraries by pkg-config.
+programs_with_threads() {
+  local program=$scratch/threads
+  [[ -f $pkgconfig/koru_threads.pc ]] || return 0
+  # shellcheck disable=SC2086,SC2046 # the flags are words
+  "$CC" ${TARGET_FLAGS:-} "$consumer/consumer.c" $(PKG_CONFIG_PATH=$pkgconfig "$PKG_CONFIG" --cflags --libs koru_threads) \
+    -o "${program}_shared"
+  # shellcheck disable=SC2086,SC2046
+  "$CC" ${TARGET_FLAGS:-} -DKORU_STATIC "$consumer/consumer.c" -I"$prefix/include" "$libdir/libkoru_threads.a" \
+    $(PKG_CONFIG_PATH=$pkgconfig "$PKG_CONFIG" --static --libs-only-l koru_threads | sed 's/-lkoru_threads//') \
+    -o "${program}_static"
+  check "${program}_shared" shared
+  check "${program}_static" static
+}
+
 # What the headers name of documents and examples, and what the documents link to, is there.
 check_documents() {
   local file name names=0
@@ -138,6 +153,7 @@ installed() {
     for library in shared static; do make_program $language $library; done
   done
   if [[ -z ${EMULATOR:-} ]]; then program_by_hand; fi
+  programs_with_threads
   check_documents
   compile_examples
 }

@@ -169,6 +169,10 @@ void Generator::fillSearch(Line &line) {
   }
   // How to select: by a script when there are any.
   if (!matrix && line.row->kinds[2] == 'i') line.args[2].number = random_.below(scriptCount_ > 0 ? 5 : 4);
+  if (name == "cs_nextSolution") {
+    line.args[3].number = random_.below(INT_MAX);
+    return;
+  }
   const char *kinds = line.row->kinds;
   std::size_t i = 0;
   for (const char *kind = kinds; *kind != '\0'; ++kind) {

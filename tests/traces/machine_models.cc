@@ -162,9 +162,10 @@ void Machine::observeSearch(const Line &line, int depth) {
   }
   if (name == "cs_cancelSearch") return;
   const bool complete = name == "cs_search" || name == "cs_findAll" || name == "cs_minimize" || name == "cs_Vsearch";
-  const bool proper = line.args[0].number != kNull && line.args[1].number > 0 && line.args[2].number >= 0 &&
-                      line.args[2].number < 4 && (name != "cs_minimize" || variable(line.args[4].number) != nullptr);
-  if (complete && proper && answer_ == 0 && !refused_ && holdsNoNull(*this, line)) {
+  const bool selects = complete && line.args[2].number >= 0 && line.args[2].number < 4 &&
+                       (name != "cs_minimize" || variable(line.args[4].number) != nullptr);
+  const bool proper = line.args[0].number != kNull && line.args[1].number > 0;
+  if (proper && (selects || name == "cs_nextSolution") && answer_ == 0 && !refused_ && holdsNoNull(*this, line)) {
     std::vector<CSint *> variables;
     const auto solutions = solutions_.all(variables);
     if (solutions && !solutions->empty() && !solutions_.mayRefuse())

@@ -58,12 +58,20 @@ int sizeOf(const Line &line, std::size_t at, const std::vector<int> &numbers) {
   return end != std::string_view::npos ? std::max(numbers[end], 0) : line.row->constraint->most;
 }
 
+// The cells of a matrix: so many rows as the size after it says, as wide as the size before it.
+std::size_t cellsOf(const Line &line, std::size_t at, const std::vector<int> &numbers) {
+  const std::string_view kinds = line.row->kinds;
+  const auto sizeAt = [&](std::size_t i) { return static_cast<std::size_t>(std::max(numbers[i], 0)); };
+  return sizeAt(kinds.rfind('n', at)) * sizeAt(kinds.find('r', at));
+}
+
 // The ints of a list, as many as the sizes say.
 std::vector<catalogue::Wide> listOf(const Line &line, std::size_t at, const std::vector<int> &numbers) {
   std::vector<catalogue::Wide> list(line.args[at].list.begin(), line.args[at].list.end());
   const char kind = line.row->kinds[at];
   if (kind == 'T') list.resize(std::max<std::size_t>(list.size(), kMostOfTable * kMostOfTable), -1);
   if (kind == 'k' || kind == 'L') list.resize(static_cast<std::size_t>(sizeOf(line, at, numbers)));
+  if (kind == 'm') list.resize(std::min(list.size(), cellsOf(line, at, numbers)));
   return list;
 }
 

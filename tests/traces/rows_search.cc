@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Rows of the table: searches, selections, selectors and hooks.
+#include "koru_extras.h"
 #include "traces/calls.h"
 
 namespace koru::traces {
@@ -87,6 +88,59 @@ void searchMatrixFail(Machine &m, const Line &line) {
                                      Scripted<CSmatrixCriteria>::slot(line.args[5].number), line.args[6].number));
 }
 
+// How a search object is to search, by number: digits in changing bases.
+class OptionsByNumber {
+ public:
+  OptionsByNumber(int number, CSint *cost) : rest_(static_cast<unsigned>(number)) {
+    options_.size = sizeof options_;
+    options_.order = digit(CS_ORDER_HOST);
+    if (digit(4) == 0) options_.order = CS_ORDER_ACTIVITY;
+    options_.value = digit(CS_VALUE_HOST);
+    options_.branching = digit(2);
+    options_.lastConflict = digit(2) == 1;
+    options_.randomTies = digit(2) == 1;
+    options_.guided = digit(2) == 1;
+    options_.restarts = digit(4);
+    options_.restartFails = 1 + digit(3);
+    if (digit(8) == 0) options_.choicePoints = 1 + digit(20);
+    if (cost == nullptr || digit(2) == 0) return;
+    (digit(2) == 0 ? options_.minimize : options_.maximize) = cost;
+    options_.neighbours = digit(CS_NEIGHBOURS_HOST);
+    options_.neighbourFails = 1 + digit(3);
+  }
+  const CSsearchOptions &options() const { return options_; }
+
+ private:
+  int digit(unsigned base) {
+    const unsigned result = rest_ % base;
+    rest_ = rest_ / base * 2654435761U + rest_ / base;
+    return static_cast<int>(result);
+  }
+
+  unsigned rest_;
+  CSsearchOptions options_{};
+};
+
+// A search object from its making to its end: everything is as before then. Answers 0 when it has proved that there is
+// nothing.
+void searchObject(Machine &m, const Line &line) {
+  constexpr int kMostSolutions = 50;
+  Reader in(m, line);
+  CSint **array = in.next<CSint **>();
+  const int size = in.next<int>();
+  CSint *cost = in.next<CSint *>();
+  const OptionsByNumber how(in.next<int>(), cost);
+  const int contexts = solver::contexts.count();
+  CSsearch *search = cs_createSearch(array, size);
+  cs_setSearchOptions(search, &how.options());
+  for (int i = 0; i < kMostSolutions && cs_nextSolution(search) == CS_STATUS_SOLUTION; ++i) continue;
+  const CSstatus status = cs_getSearchStatus(search);
+  const bool nothing = status == CS_STATUS_EXHAUSTED && cs_getBestSolution(search) == nullptr;
+  if (search != nullptr && !cs_freeSearch(search)) m.fail("a search object cannot be freed");
+  if (solver::contexts.count() != contexts) m.fail("a search object leaves contexts open");
+  m.answer(line, nothing ? 0 : 1);
+}
+
 template <auto F>
 void select(Machine &m, const Line &line) {
   Reader in(m, line);
@@ -137,6 +191,7 @@ const Row kRows[] = {
     {"cs_searchMatrixFail", 'b', "aiisssi", kSearch, 3, searchMatrixFail},
     {"cs_searchValueSelectorFail", 'b', "aQnsih", kSearch, 8, call<cs_searchValueSelectorFail>},
     {"cs_searchValueSelectorRestartNG", 'b', "aQnssxigh", kSearch, 8, call<cs_searchValueSelectorRestartNG>},
+    {"cs_nextSolution", 'b', "anvi", kSearch, 8, searchObject},
     {"cs_cancelSearch", '-', "", kSearch, 1, call<cs_cancelSearch>},
     {"cs_findFreeVar", 'b', "an", kQuery, 1, select<cs_findFreeVar>},
     {"cs_findFreeVarNbElements", 'b', "an", kQuery, 1, select<cs_findFreeVarNbElements>},

@@ -14,6 +14,7 @@ extern "C" {
 int car_sequencing_main(int argc, char **argv);
 int crossword_main(int argc, char **argv);
 int exams_main(int argc, char **argv);
+int configurator_main(int argc, char **argv);
 int golomb_main(int argc, char **argv);
 int jobshop_main(int argc, char **argv);
 int knapsack_main(int argc, char **argv);
@@ -28,6 +29,7 @@ int roster_main(int argc, char **argv);
 int send_more_money_main(int argc, char **argv);
 int sudoku_main(int argc, char **argv);
 int tour_main(int argc, char **argv);
+int timetable_main(int argc, char **argv);
 }
 
 namespace koru::test {
@@ -52,6 +54,7 @@ const Example kExamples[] = {
     {"car_sequencing", car_sequencing_main, {}, "data/cars_10.txt"},
     {"crossword", crossword_main, {"--words", kWords.c_str()}, "puzzles/stairs.grid"},
     {"exams", exams_main, {"--exams", "6", "--slots", "7", "--students", "5", "--quiet"}},
+    {"configurator", configurator_main, {}},
     {"golomb", golomb_main, {"5"}},
     {"jobshop", jobshop_main, {}, "data/jobshop_ft06.txt"},
     {"knapsack", knapsack_main, {"--steps"}, "data/knapsack_p01.txt"},
@@ -66,6 +69,7 @@ const Example kExamples[] = {
     {"send_more_money", send_more_money_main, {}},
     {"sudoku", sudoku_main, {"--quiet"}, "puzzles/hard9.txt"},
     {"tour", tour_main, {"--towns", "5", "--quiet"}},
+    {"timetable", timetable_main, {"--classes", "1", "--quiet"}},
 };
 
 class ExampleMemory : public ::testing::TestWithParam<Example> {

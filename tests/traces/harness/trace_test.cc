@@ -68,6 +68,7 @@ TEST(TraceTable, HasARowForEachExportOfKoruAndEachFurtherConstraint) {
   const auto root = std::filesystem::path(__FILE__).parent_path().parent_path().parent_path().parent_path();
   std::ifstream list(root / "cmake" / "exports.txt");
   std::set<std::string> exported = catalogue::statingFunctions("koru_extras.h");
+  exported.insert("cs_nextSolution");  // a search object from its making to its end
   for (std::string name; list >> name;) exported.insert(name);
   EXPECT_EQ(named, exported);
 }

@@ -132,11 +132,11 @@ TEST_F(SelectionRoomTest, IsHeldWhileASearchLastsAndGivenBack) {
   makeXy(2, 2);
   {
     const Selection selection(xy, 2, cs_findFreeVar);
-    EXPECT_TRUE(searchState.selectionRoom.taken);
+    EXPECT_TRUE(selectionRoom.taken);
   }
-  EXPECT_FALSE(searchState.selectionRoom.taken);
+  EXPECT_FALSE(selectionRoom.taken);
   const Selection host(xy, 2, select);
-  EXPECT_FALSE(searchState.selectionRoom.taken) << "a host's function needs none";
+  EXPECT_FALSE(selectionRoom.taken) << "a host's function needs none";
 }
 
 TEST_F(SelectionRoomTest, ASecondSelectionAtTheSameTimeDoesWithout) {
@@ -148,7 +148,7 @@ TEST_F(SelectionRoomTest, ASecondSelectionAtTheSameTimeDoesWithout) {
     EXPECT_EQ(inner.next(), other[0]);
     EXPECT_EQ(outer.next(), xy[0]);
   }
-  EXPECT_TRUE(searchState.selectionRoom.taken);
+  EXPECT_TRUE(selectionRoom.taken);
   cs_saveContext();
   ASSERT_TRUE(cs_EQ(xy[0], 1));
   EXPECT_EQ(outer.next(), xy[1]);
@@ -159,10 +159,10 @@ TEST_F(SelectionRoomTest, AnArrayThatIsTooLongIsScannedInFull) {
   array.back() = cs_createCSint(0, 1);
   for (const CSfindFreeVar f : kBuiltIn) {
     Selection selection(array.data(), static_cast<int>(array.size()), f);
-    EXPECT_FALSE(searchState.selectionRoom.taken);
+    EXPECT_FALSE(selectionRoom.taken);
     EXPECT_EQ(selection.next(), array.back());
     Selection fitting(array.data() + 1, static_cast<int>(array.size()) - 1, f);
-    EXPECT_TRUE(searchState.selectionRoom.taken);
+    EXPECT_TRUE(selectionRoom.taken);
     EXPECT_EQ(fitting.next(), array.back());
   }
 }
@@ -191,7 +191,7 @@ TEST_F(SelectionRoomTest, ASearchInsideASearchFindsItsOwnSolutions) {
   EXPECT_TRUE(cs_search(xy, 2, cs_findFreeVar));
   EXPECT_EQ(values(xy[1]), std::vector{2});
   EXPECT_EQ(innerSolutions, 3);
-  EXPECT_FALSE(searchState.selectionRoom.taken);
+  EXPECT_FALSE(selectionRoom.taken);
 }
 
 }  // namespace

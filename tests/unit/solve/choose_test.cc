@@ -133,6 +133,57 @@ TEST_F(ChooseTest, ByValuesBothWays) {
   }
 }
 
+TEST_F(ChooseTest, ByTheFirstDecisionOfASelector) {
+  using Order = std::vector<int>;
+  CSint *v = cs_createCSint(1, 5);
+  const auto orderOf = [&](CSvalueSelector *selector) {
+    return orderOfValues(v, [&](CSsearchOptions &o) {
+      o.value = CS_VALUE_SELECTOR;
+      o.selectors = &selector;
+    });
+  };
+  EXPECT_EQ(orderOf(cs_getValueSelector(CS_SELECT_DESCENDING)), (Order{5, 4, 3, 2, 1}));
+  EXPECT_EQ(orderOf(cs_getValueSelector(CS_SELECT_LOWER_HALF)), (Order{1, 2, 3, 4, 5}));
+  EXPECT_EQ(orderOf(cs_getValueSelector(CS_SELECT_MEDIAN)), (Order{3, 2, 4, 1, 5}));
+  EXPECT_EQ(orderOf(nullptr), (Order{1, 2, 3, 4, 5}));
+  static int ended;
+  ended = 0;
+  CSvalueSelector last{nullptr,
+                       [](CSvalueSelection *r, int index, CSint **array, int, void *) {
+                         *r = {CS_METHOD_EQ, cs_getMax(array[index])};
+                         return true;
+                       },
+                       [](int, CSint **, int, void *) { return ++ended > 0; }};
+  EXPECT_EQ(orderOf(&last), (Order{5, 4, 3, 2, 1}));
+  EXPECT_EQ(ended, 4) << "each choice begins and ends it";
+}
+
+// A phase may ask for selectors that the options which are set later do not have.
+TEST_F(ChooseTest, WithoutSelectorsTheMinimum) {
+  CSint **x = cs_createCSintArray(1, 0, 2);
+  CSvalueSelector *selector = cs_getValueSelector(CS_SELECT_DESCENDING);
+  CSsearchOptions o{};
+  o.size = sizeof o;
+  o.selectors = &selector;
+  CSsearch *s = cs_createSearch(x, 0);
+  ASSERT_TRUE(cs_setSearchOptions(s, &o));
+  ASSERT_TRUE(cs_addSearchPhase(s, x, 1, CS_ORDER_INPUT, CS_VALUE_SELECTOR));
+  o.selectors = nullptr;
+  ASSERT_TRUE(cs_setSearchOptions(s, &o));
+  ASSERT_EQ(cs_nextSolution(s), CS_STATUS_SOLUTION);
+  EXPECT_EQ(cs_getValue(x[0]), 0);
+}
+
+// What propagation changes most comes first: a decision on x[0] changes x[3] and x[4], and again when it is undone.
+TEST_F(ChooseTest, TheMostActive) {
+  CSint **x = cs_createCSintArray(5, 0, 9);
+  ASSERT_TRUE(cs_Le(x[3], cs_Add(x[0], CSINT(5))) && cs_Lt(x[0], x[4]));
+  const std::vector<int> order =
+      orderOfVariables({x[0], x[1], x[2], x[3], x[4]}, [](CSsearchOptions &o) { o.order = CS_ORDER_ACTIVITY; });
+  EXPECT_EQ(order.front(), 0) << "at first all are equal, and x[0] has fewest values";
+  EXPECT_EQ(order[1], 3);
+}
+
 // A value at random of any domain there can be.
 TEST_F(ChooseTest, RandomValuesOfTheWidestDomain) {
   CSint *v = cs_createCSint(INT_MIN, INT_MAX);

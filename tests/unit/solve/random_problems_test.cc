@@ -44,7 +44,7 @@ class RandomProblemsTest : public SolverTest {
     const int first = random.between(0, p.size());
     CSsearch *s = cs_createSearch(p.vars.data(), first);
     EXPECT_TRUE(cs_addSearchPhase(s, p.vars.data() + first, p.size() - first, CS_ORDER_SMALLEST,
-                                  o.value == CS_VALUE_HOST ? CS_VALUE_MAX : o.value));
+                                  o.value >= CS_VALUE_HOST ? CS_VALUE_MAX : o.value));
     EXPECT_TRUE(cs_setSearchOptions(s, &o)) << textOf(o);
     if (random.between(0, 1) == 1) {
       EXPECT_TRUE(cs_setSearchHint(s, random.between(0, p.size() - 1), 1));
@@ -173,6 +173,63 @@ TEST_F(RandomProblemsTest, StopsWhereItIsTold) {
         EXPECT_TRUE(cs_freeSearch(s));
       }
       cs_restoreContext();
+    }
+  }
+}
+
+// A stop in the middle of a propagation, at each of its events: what came before is as without it, and no failure is
+// taken for a proof.
+class StoppedInsideTest : public RandomProblemsTest {
+ protected:
+  struct Stopper {
+    CSsearch *search = nullptr;
+    int left;
+  };
+  static bool count(CSint *, int, int, CSint **, int, void *extra) {
+    auto &stopper = *static_cast<Stopper *>(extra);
+    if (stopper.search != nullptr && --stopper.left == 0) cs_stopSearch(stopper.search);
+    return true;
+  }
+
+  // The solutions up to a stop at the k-th event; 0: none.
+  std::vector<Values> stopAt(std::uint64_t seed, int k, const std::vector<Values> &whole) {
+    Random random(seed);
+    Random hosts(seed);
+    SmallProblem p(random);
+    CSsearchOptions o = anyOptions(random, hosts);
+    if (seed % 2 == 0) o.restarts = CS_RESTARTS_CONSTANT;
+    beginAnew();
+    std::vector<Values> found;
+    if (p.post()) {
+      if (seed % 3 == 0) o.minimize = p.cost;
+      Stopper stopper{nullptr, k};
+      cs_eventNewMin(p.vars.data(), p.size(), count, &stopper);
+      cs_eventNewMax(p.vars.data(), p.size(), count, &stopper);
+      const Before before(p);
+      CSsearch *s = stopper.search = start(p, o, random);
+      while (cs_nextSolution(s) == CS_STATUS_SOLUTION) found.push_back(valuesOf(p));
+      const bool stopped = k > 0 && stopper.left <= 0;
+      if (!stopped) {
+        EXPECT_NE(cs_getSearchStatus(s), CS_STATUS_STOPPED);
+      } else if (cs_getSearchStatus(s) != CS_STATUS_STOPPED) {
+        EXPECT_EQ(found, whole) << "the stop came when all was done; seed " << seed << " event " << k;
+      }
+      before.expectRestored(p);
+      EXPECT_TRUE(cs_freeSearch(s));
+      before.expectRestored(p);
+    }
+    cs_restoreContext();
+    return found;
+  }
+};
+
+TEST_F(StoppedInsideTest, NothingBeforeIsDifferent) {
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    const std::vector<Values> whole = stopAt(seed, 0, {});
+    for (int k = 1; k <= 20; ++k) {
+      const std::vector<Values> found = stopAt(seed, k, whole);
+      ASSERT_LE(found.size(), whole.size());
+      EXPECT_TRUE(std::equal(found.begin(), found.end(), whole.begin())) << seed << " " << k;
     }
   }
 }

@@ -84,6 +84,26 @@ TEST_F(SearchObjectTest, RefusesToGoOnInAnotherContext) {
   EXPECT_EQ(solver::contexts.count(), 1);
 }
 
+TEST_F(SearchObjectTest, RefusesToSearchWhileSomethingIsUndone) {
+  static CSint **x;
+  static CSsearch *open;
+  static bool made;
+  static CSstatus status;
+  x = cs_createCSintArray(2, 0, 2);
+  open = cs_createSearch(x, 2);
+  EXPECT_EQ(cs_nextSolution(open), CS_STATUS_SOLUTION);
+  cs_saveContext();
+  cs_backtrack(x[0], 0, [](CSint *, int) {
+    made = cs_createSearch(x, 2) != nullptr;
+    status = cs_nextSolution(open);
+  });
+  cs_restoreContext();
+  EXPECT_FALSE(made);
+  EXPECT_EQ(status, CS_STATUS_REFUSED);
+  EXPECT_EQ(cs_nextSolution(open), CS_STATUS_SOLUTION);
+  EXPECT_TRUE(cs_freeSearch(open));
+}
+
 TEST_F(SearchObjectTest, RefusesWhatMakesNoSense) {
   CSint **x = cs_createCSintArray(2, 0, 2);
   CSint *holes[] = {x[0], nullptr};

@@ -109,12 +109,33 @@ inline void anyRelaxed(bool *relaxed, const int *, int n, void *extra) {
   for (int i = 0; i < n; ++i) relaxed[i] = static_cast<Random *>(extra)->between(0, 1) == 1;
 }
 
+// One of each kind, one that answers nonsense, one that does not begin, and none.
+inline CSvalueSelector **anySelectors() {
+  static CSvalueSelector nonsense{nullptr,
+                                  [](CSvalueSelection *r, int, CSint **, int, void *) {
+                                    *r = {77, 0};
+                                    return true;
+                                  },
+                                  nullptr};
+  static CSvalueSelector unwilling{[](int, CSint **, int, void *) { return false; }, nullptr, nullptr};
+  static CSvalueSelector *selectors[] = {cs_getValueSelector(CS_SELECT_DESCENDING),
+                                         cs_getValueSelector(CS_SELECT_LOWER_HALF),
+                                         cs_getValueSelector(CS_SELECT_MEDIAN),
+                                         &nonsense,
+                                         cs_getValueSelector(CS_SELECT_UPPER_HALF),
+                                         &unwilling,
+                                         nullptr,
+                                         cs_getValueSelector(CS_SELECT_ASCENDING)};
+  return selectors;
+}
+
 // Whatever can be asked for, but limits.
 inline CSsearchOptions anyOptions(Random &random, Random &hosts) {
   CSsearchOptions o{};
   o.size = sizeof o;
-  o.order = random.between(CS_ORDER_INPUT, CS_ORDER_HOST);
-  o.value = random.between(CS_VALUE_MIN, CS_VALUE_HOST);
+  o.order = random.between(CS_ORDER_INPUT, CS_ORDER_ACTIVITY);
+  o.value = random.between(CS_VALUE_MIN, CS_VALUE_SELECTOR);
+  o.selectors = anySelectors() + random.between(0, 3);
   o.branching = random.between(CS_BRANCH_BINARY, CS_BRANCH_VALUES);
   o.lastConflict = random.between(0, 1) == 1;
   o.randomTies = random.between(0, 1) == 1;
