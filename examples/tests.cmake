@@ -555,3 +555,22 @@ koru_example_test(roster.month roster 0 ARGS --quiet --seconds 60 EXPECT "^broke
 koru_example_test(roster.help roster 0 ARGS --help EXPECT "^usage: roster ")
 koru_example_test(roster.bad_option roster 2 ARGS --fast EXPECT_ERROR "^roster: unknown option --fast\n")
 koru_example_test(roster.bad_number roster 2 ARGS --days 1 EXPECT_ERROR "^roster: 1 is no number from 2 to 56\n")
+
+# --- timetable ---
+koru_example_test(timetable.drawn timetable 0 ARGS --classes 2 --seconds 60
+  EXPECT "^class  1  [MENHGAS. ]+\nclass  2  [MENHGAS. ]+\ndisliked hours cost 0, at least 0 \\(optimal\\) [|] ")
+koru_example_test(timetable.quiet timetable 0 ARGS --quiet --classes 1 --rooms 1 EXPECT "^disliked hours cost 0, at least 0 ")
+koru_example_test(timetable.school timetable 0 ARGS --quiet --seconds 1 EXPECT "^disliked hours cost [0-9]+, at least 0 ")
+koru_example_test(timetable.help timetable 0 ARGS --help EXPECT "^usage: timetable ")
+koru_example_test(timetable.bad_number timetable 2 ARGS --classes 0
+  EXPECT_ERROR "^timetable: 0 is no number from 1 to 12\n")
+
+# --- configurator ---
+koru_example_input(bicycle bicycle.txt "limit 500\ncheck\nundo\ncheapest\nframe race\nrack light\nundo\nundo\n\nquit\nshow\n")
+koru_example_test(configurator.bicycle configurator 0 INPUT "${bicycle}"
+  EXPECT "^  frame   city touring race mountain\n.*  price   440 to 1740\n  frame   city\n  wheels  28\n  tyres   slick road knobby studded\n  gears   hub-3\n.*\n1 choice left out\n  frame   city\n  wheels  28\n  tyres   slick road knobby\n.*\n450: city 28 slick hub-3 rim none\n.*\nthat does not fit what was chosen\n.*  price   440 to 1740\nnothing has been chosen\n$")
+koru_example_input(impossible impossible.txt "limit 449\ncheapest\nlimit\n")
+koru_example_test(configurator.impossible configurator 2 INPUT "${impossible}"
+  EXPECT "that does not fit what was chosen\n450: city 28 slick hub-3 rim none\n$" EXPECT_ERROR "^configurator: limit : not understood\n$")
+koru_example_test(configurator.help configurator 0 ARGS --help EXPECT "^usage: configurator ")
+koru_example_test(configurator.argument configurator 2 ARGS 8 EXPECT_ERROR "^configurator: 8 is not expected\n")

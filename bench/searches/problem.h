@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// What the problems of koru_searches share: a model in a running solver, and how it is searched.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "koru_extras.h"
+
+namespace koru::bench::searches {
+
+using Array = std::vector<CSint *>;
+
+// The arrays live as long as the constraints that keep them.
+class Model {
+ public:
+  Model() {
+    cs_init();
+    options.size = sizeof options;
+  }
+  Model(const Model &) = delete;
+  Model &operator=(const Model &) = delete;
+  ~Model() { cs_end(); }
+
+  Array &array() { return arrays_.emplace_back(); }
+  Array &array(int size, int min, int max) {
+    Array &result = array();
+    while (static_cast<int>(result.size()) < size) result.push_back(cs_createCSint(min, max));
+    return result;
+  }
+  void require(bool posted) { consistent = consistent && posted; }
+
+  Array vars;                 // labelled
+  Array then;                 // and these after them, the least value first
+  CSsearchOptions options{};  // but for limits
+  bool consistent = true;
+
+ private:
+  std::deque<Array> arrays_;
+};
+
+// What a search came to.
+struct Result {
+  std::string status;
+  bool found = false;
+  int objective = 0;
+  double secondsToBest = -1;
+  double seconds = 0;
+  long long choicePoints = 0;
+  long long fails = 0;
+};
+
+// How often a search ended well, for problems that are many of a kind.
+inline bool isProof(const Result &r) { return r.status == "optimal" || r.status == "exhausted"; }
+
+struct Problem {
+  const char *name;
+  int instances;  // numbered from 1
+  bool optimizes;
+  void (*post)(Model &model, int instance);
+};
+
+void postQuasigroup(Model &model, int instance);
+void postGolfers(Model &model, int instance);
+void postJobShop(Model &model, int instance);  // la01 to la05
+
+#if KORU_BENCH_HAS_GECODE
+// The same quasigroup by Gecode: accumulated failure counts, Luby restarts with no-goods, domain-consistent distinct.
+Result searchQuasigroupByGecode(int instance, double seconds);
+#endif
+
+}  // namespace koru::bench::searches
