@@ -18,8 +18,10 @@ static bool changesDomain(TrailKind kind) {
 // The table is half empty.
 bool Activity::create(CSint *const *variables, int n) {
   count_ = n;
-  const std::uint64_t size = std::bit_ceil(2 * static_cast<std::uint64_t>(n) + 1);
-  if (!make(places_, size) || !make(same_, n) || !make(lastCounted_, n) || !make(activities_, n)) return false;
+  const auto count = static_cast<std::uint64_t>(n);
+  const std::uint64_t size = std::bit_ceil(2 * count + 1);
+  if (!make(places_, size) || !make(same_, count) || !make(lastCounted_, count) || !make(activities_, count))
+    return false;
   mask_ = static_cast<int>(size - 1);
   std::fill_n(places_.get(), size, Place{nullptr, -1});
   std::fill_n(lastCounted_.get(), n, 0U);

@@ -179,9 +179,10 @@ class PostingPhaseTest : public SolverTest {
   CSint **x = nullptr;
   void SetUp() override {
     SolverTest::SetUp();
-    x = cs_createCSintArray(3, 0, 1);
+    x = cs_createCSintArray(3, 0, 2);
     ASSERT_TRUE(cs_beginPosting());
     ASSERT_TRUE(cs_AllNeqDomain(x, 3)) << "its run waits";
+    for (int i = 0; i < 3; ++i) ASSERT_TRUE(cs_LE(x[i], 1));
   }
 };
 
