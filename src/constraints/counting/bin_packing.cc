@@ -2,13 +2,15 @@
 // cs_BinPacking: loads[j] is the sum of the sizes of the items in bin j; bins[i] is the bin of item i, from 0 on.
 // Consistency: of each bin by itself, domain of the items and bounds of the load: an item can be there when some of the
 // others make one of the loads with it, and can be elsewhere when they make one without it (Shaw, A constraint for bin
-// packing, 2004, with the sums themselves in the place of his test). The loads together are the size of all items.
+// packing, 2004, with the sums themselves in the place of his test). The loads together are the size of all items, and
+// the bins hold what is not placed by the bound L2.
 // Cost: a run of O(n m) and O(n s / 64) for each bin with s of its greatest load free; once more when it narrows.
 // State: none.
 // Wakes: at every change.
 // Deliberate: in a bin with more space than BinSums has sums for, an item need only fit, and not be missed.
 #include <algorithm>
 
+#include "constraints/counting/bin_bound.h"
 #include "constraints/counting/bin_sums.h"
 #include "constraints/relational/fixpoint.h"
 #include "core/domain_walk.h"
@@ -25,6 +27,7 @@ struct BinPacking : Deferred {
   std::int64_t total;
   Buffer<int> candidates;  // items that can be in one bin, and are not there yet
   BinSums sums;
+  BinBound bound;
 
   CSint *bin(int i) const { return bins.get()[i]; }
   CSint *load(int j) const { return loads.get()[j]; }
@@ -116,12 +119,19 @@ static bool filterBin(BinPacking &c, int j) {
   return filterByBounds(c, j, content);
 }
 
-static bool filter(BinPacking &c) {
+static bool filterBins(BinPacking &c) {
   if (!keepToBins(c)) return false;
   for (int j = 0; j < c.m; ++j)
     if (!filterBin(c, j)) return false;
   return narrowByTotal(c);
 }
+
+static bool filter(BinPacking &c) {
+  return relational::toFixpoint<BinPacking, filterBins>(c) &&
+         c.bound.allows(c.bins.get(), c.sizes.get(), c.n, c.loads.get(), c.m);
+}
+
+constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
 
 // ----- posting
 
@@ -146,13 +156,15 @@ static bool makeSums(BinPacking &c) {
 static bool post(const Poster &poster, CSint *const *bins, const int *sizes, int n, CSint *const *loads, int m) {
   Posting posting{poster};
   if (!posting) return false;
-  BinPacking record{{}, relational::copyOf(bins, n), n, {}, m, {}, 0, {}, {}};
+  BinPacking record{{}, relational::copyOf(bins, n), n, {}, m, {}, 0, {}, {}, {}};
   if (!record.bins || (n > 0 && sizes == nullptr)) return false;
   record.loads = relational::copyOf(loads, m);
   if (!record.loads || !takeSizes(record, sizes) || !make(record.candidates, static_cast<unsigned>(n)) ||
       !makeSums(record))
     return false;
-  auto c = posting.add(relational::kTable<BinPacking, filter, Rank::kQuadratic>, std::move(record));
+  record.bound = BinBound(n, m);
+  if (!record.bound) return false;
+  auto c = posting.add(kTable, std::move(record));
   for (int i = 0; posting && i < n; ++i) c.attach(c->bin(i), i);
   for (int j = 0; posting && j < m; ++j) c.attach(c->load(j), n);
   return posting && runSoon(*c);

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "constraints/counting/value_classes.h"
-#include "constraints/relational/fixpoint.h"
+#include "core/post.h"
 #include "koru_extras.h"
 
 namespace koru::counting {
@@ -25,22 +25,16 @@ struct Takers {
 };
 
 struct Cardinality : Deferred {
-  Shared<CSint *> vars;
+  Buffer<CSint *> vars;
   int n;
   bool closed;
   ValueClasses classes;
   Buffer<Takers> takers;       // by class
   Buffer<std::uint64_t> sets;  // three, of classes
 
-  CSint *at(int i) const { return vars.get()[i]; }
   std::uint64_t *read() const { return sets.get(); }
   std::uint64_t *full() const { return read() + classes.words(); }
   std::uint64_t *needy() const { return full() + classes.words(); }
-  std::int64_t size() const {
-    std::int64_t sum = relational::sizeOf(vars.get(), n);
-    for (int j = 0; j < classes.counted(); ++j) sum += classes.count(j)->count;
-    return sum;
-  }
 };
 
 template <class Visit>
@@ -54,13 +48,13 @@ static void forEachClass(const std::uint64_t *set, int words, Visit visit) {
 static void countTakers(const Cardinality &c) {
   std::fill_n(c.takers.get(), c.classes.classes(), Takers{0, 0, 0, 0});
   for (int i = 0; i < c.n; ++i) {
-    if (isBound(c.at(i))) {
-      Takers &t = c.takers[c.classes.classOf(valueOf(c.at(i)))];
+    if (isBound(c.vars[i])) {
+      Takers &t = c.takers[c.classes.classOf(valueOf(c.vars[i]))];
       ++t.bound;
       ++t.able;
       continue;
     }
-    c.classes.read(c.at(i), c.read());
+    c.classes.read(c.vars[i], c.read());
     forEachClass(c.read(), c.classes.words(), [&](int j) { ++c.takers[j].able; });
   }
 }
@@ -87,8 +81,8 @@ static bool narrowByTakers(const Cardinality &c) {
   return true;
 }
 
-// All numbers together are n.
-static bool narrowByOthers(const Cardinality &c) {
+// All numbers together are n. Once more when a bound fell into a hole; else another pass would find nothing.
+static bool narrowByOthers(const Cardinality &c, bool &again) {
   std::int64_t least = 0;
   std::int64_t most = 0;
   for (int j = 0; j < c.classes.classes(); ++j) {
@@ -97,7 +91,10 @@ static bool narrowByOthers(const Cardinality &c) {
   }
   for (int j = 0; j < c.classes.classes(); ++j) {
     const auto [bound, able, min, max] = c.takers[j];
-    if (!narrowCount(c, j, c.n - most + max, c.n - least + min)) return false;
+    const std::int64_t low = std::max<std::int64_t>(min, c.n - most + max);
+    const std::int64_t high = std::min<std::int64_t>(max, c.n - least + min);
+    if (!narrowCount(c, j, low, high)) return false;
+    again = again || c.takers[j].min != low || c.takers[j].max != high;
   }
   return true;
 }
@@ -117,27 +114,39 @@ static bool findSettled(const Cardinality &c) {
 }
 
 // Who can take a value that needs all takes none but those; of two such values there are too few for one.
-static bool settle(const Cardinality &c, CSint *v) {
+static bool settle(const Cardinality &c, CSint *v, bool &again) {
   c.classes.read(v, c.read());
   int needed = 0;
   for (int k = 0; k < c.classes.words(); ++k) needed += std::popcount(c.read()[k] & c.needy()[k]);
   if (needed > 1) return false;
-  bool any = needed == 1;
+  bool any = false;
   for (int k = 0; k < c.classes.words(); ++k) {
-    any = any || (c.read()[k] & c.full()[k]) != 0;
-    c.read()[k] &= needed == 1 ? c.needy()[k] : ~c.full()[k];
+    const std::uint64_t gone = c.read()[k] & (needed == 1 ? ~c.needy()[k] : c.full()[k]);
+    any = any || gone != 0;
+    c.read()[k] &= ~gone;
   }
+  again = again || any;
   return !any || c.classes.keep(v, c.read());
 }
 
-static bool filter(Cardinality &c) {
+static bool pass(const Cardinality &c, bool &again) {
   countTakers(c);
-  if (!narrowByTakers(c) || !narrowByOthers(c)) return false;
+  if (!narrowByTakers(c) || !narrowByOthers(c, again)) return false;
   if (!findSettled(c)) return true;
   for (int i = 0; i < c.n; ++i)
-    if (!isBound(c.at(i)) && !settle(c, c.at(i))) return false;
+    if (!isBound(c.vars[i]) && !settle(c, c.vars[i], again)) return false;
   return true;
 }
+
+static bool filter(Cardinality &c) {
+  for (bool again = true; again;) {
+    again = false;
+    if (!pass(c, again)) return false;
+  }
+  return true;
+}
+
+constexpr auto kTable = deferred<filter>(Rank::kLinear);
 
 // ----- posting
 
@@ -145,12 +154,12 @@ static bool post(const Poster &poster, CSint *const *array, int n, const int *va
                  bool closed) {
   Posting posting{poster};
   if (!posting) return false;
-  Cardinality record{{}, relational::copyOf(array, n), n, closed, {}, {}, {}};
+  Cardinality record{{}, copyVariables(array, n), n, closed, {}, {}, {}};
   if (!record.vars || !record.classes.build(values, counts, m)) return false;
   const auto words = static_cast<unsigned>(record.classes.words());
   if (!make(record.takers, static_cast<unsigned>(m) + 1) || !make(record.sets, std::uint64_t{3} * words)) return false;
-  auto c = posting.add(relational::kTable<Cardinality, filter>, std::move(record));
-  for (int i = 0; posting && i < n; ++i) c.attach(c->at(i), i);
+  auto c = posting.add(kTable, std::move(record));
+  for (int i = 0; posting && i < n; ++i) c.attach(c->vars[i], i);
   for (int j = 0; posting && j < m; ++j) c.attach(c->classes.count(j), n);
   return posting && runSoon(*c);
 }

@@ -19,6 +19,7 @@ bool ValueClasses::build(const int *values, CSint *const *counts, int m) {
   Counted *begin = counted_.get();
   std::sort(begin, begin + m, [](const Counted &a, const Counted &b) { return a.value < b.value; });
   consecutive_ = m > 0 && std::int64_t{begin[m - 1].value} - begin[0].value == m - 1;
+  if (consecutive_) first_ = begin[0].value;
   return std::adjacent_find(begin, begin + m, [](const Counted &a, const Counted &b) { return a.value == b.value; }) ==
          begin + m;
 }
@@ -31,14 +32,13 @@ int ValueClasses::firstFrom(int value) const {
       begin);
 }
 
-int ValueClasses::classOf(int value) const {
+int ValueClasses::find(int value) const {
   const int j = firstFrom(value);
   return j < m_ && counted_[j].value == value ? j : others();
 }
 
 bool ValueClasses::hasOthers(const CSint *v) const {
   if (m_ == 0 || v->min < counted_[0].value || v->max > counted_[m_ - 1].value) return true;
-  if (consecutive_) return false;
   int j = firstFrom(v->min);
   return !forEachValue(v, [&](int value) {
     while (counted_[j].value < value) ++j;
@@ -46,21 +46,16 @@ bool ValueClasses::hasOthers(const CSint *v) const {
   });
 }
 
-void ValueClasses::read(const CSint *v, std::uint64_t *classes) const {
-  for (int k = 0; k < words(); ++k)
-    classes[k] = consecutive_ ? domainWord(v, counted_[0].value + std::int64_t{k} * kWordBits) : 0;
-  if (consecutive_) {
-    for (int j = m_; j < words() * kWordBits; ++j) WordSet(classes).clear(j);
-  } else {
-    for (int j = firstFrom(v->min); j < m_ && counted_[j].value <= v->max; ++j)
-      if (contains(v, counted_[j].value)) WordSet(classes).set(j);
-  }
+void ValueClasses::readEach(const CSint *v, std::uint64_t *classes) const {
+  std::fill_n(classes, words(), 0);
+  for (int j = firstFrom(v->min); j < m_ && counted_[j].value <= v->max; ++j)
+    if (contains(v, counted_[j].value)) WordSet(classes).set(j);
   if (hasOthers(v)) WordSet(classes).set(others());
 }
 
 // None of the others. Bounds first, so that they move once.
 bool ValueClasses::keepCounted(CSint *v, const std::uint64_t *classes) const {
-  if (consecutive_) return keepValues(v, counted_[0].value, classes, words());
+  if (consecutive_) return keepValues(v, first_, classes, words());
   int low = 0;
   while (low < m_ && !hasClass(classes, low)) ++low;
   if (low == m_) return false;

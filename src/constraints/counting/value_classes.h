@@ -26,9 +26,20 @@ class ValueClasses {
   CSint *count(int j) const { return counted_[j].count; }
 
   // The class of a value.
-  int classOf(int value) const;
+  int classOf(int value) const {
+    if (!consecutive_) return find(value);
+    const std::int64_t j = std::int64_t{value} - first_;
+    return j >= 0 && j < m_ ? static_cast<int>(j) : others();
+  }
   // The classes of v, words() of them: O(1) for each 64 where the counted values are consecutive, otherwise for each.
-  void read(const CSint *v, std::uint64_t *classes) const;
+  void read(const CSint *v, std::uint64_t *classes) const {
+    if (!consecutive_) return readEach(v, classes);
+    const int last = m_ / kWordBits;
+    for (int k = 0; k <= last; ++k) classes[k] = domainWord(v, first_ + std::int64_t{k} * kWordBits);
+    const std::uint64_t bit = std::uint64_t{1} << (m_ % kWordBits);
+    classes[last] &= bit - 1;
+    if (v->min < first_ || v->max - first_ >= m_) classes[last] |= bit;
+  }
   // Leaves v these of its classes. False when nothing is left or memory is exhausted (reported).
   bool keep(CSint *v, const std::uint64_t *classes) const;
 
@@ -39,12 +50,15 @@ class ValueClasses {
   };
 
   int firstFrom(int value) const;
+  int find(int value) const;
+  void readEach(const CSint *v, std::uint64_t *classes) const;
   bool hasOthers(const CSint *v) const;
   bool keepCounted(CSint *v, const std::uint64_t *classes) const;
 
   Buffer<Counted> counted_;
   int m_ = 0;
   bool consecutive_ = false;
+  std::int64_t first_ = 0;  // of the values, when they are consecutive
 };
 
 }  // namespace koru::counting

@@ -117,6 +117,15 @@ TEST_F(BinPackingTest, OneVariableInSeveralPlaces) {
   EXPECT_EQ(cs_getValue(both), 1);
 }
 
+TEST_F(BinPackingTest, TooFewBinsAreSeen) {
+  EXPECT_FALSE(post(create(3, 0, 1), {6, 6, 6}, create(2, 0, 11))) << "each needs a bin of its own";
+  EXPECT_TRUE(post(create(3, 0, 1), {6, 6, 5}, create(2, 0, 11)));
+  EXPECT_FALSE(post(create(5, 0, 2), {7, 7, 4, 4, 4}, create(3, 0, 10))) << "there is no space beside the large ones";
+  EXPECT_TRUE(post(create(5, 0, 2), {7, 7, 4, 4, 3}, create(3, 0, 10)));
+  EXPECT_FALSE(
+      post(create(4, 0, 2), {5, 5, 5, 5}, {cs_createCSint(0, 9), cs_createCSint(0, 10), cs_createCSint(0, 4)}));
+}
+
 TEST_F(BinPackingTest, AllPackingsAreFound) {
   Vars bins = create(6, 0, 2);
   ASSERT_TRUE(post(bins, {1, 2, 3, 4, 5, 6}, create(3, 7, 7)));
