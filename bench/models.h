@@ -8,6 +8,7 @@
 #include "instances.h"
 #include "models_arith.h"
 #include "models_automata.h"
+#include "models_counting.h"
 #include "models_globals.h"
 #include "models_scheduling.h"
 #include "models_search.h"
@@ -251,6 +252,11 @@ inline constexpr Model kModels[] = {
     {"cumulative 10", "event", cumulative<10, 2000>},
     {"cumulative 60", "event", cumulative<60, 200>},
     {"cumulative 500", "event", cumulative<500, 10>},
+    {"cardinality 40/8", "node", cardinalities<cs_Cardinality, kTightScopes, 5>},
+    {"cardinality 60/10", "node", cardinalities<cs_Cardinality, kExactScopes, 3>},
+    {"card_domain 40/8", "node", cardinalities<cs_CardinalityDomain, kTightScopes, 5>},
+    {"card_domain 60/10", "node", cardinalities<cs_CardinalityDomain, kExactScopes, 3>},
+    {"bin_packing 40/14", "node", binPacking<40, 14, 101, 3>},
     {"post 10^6", "constraint", postManyPairs},
 };
 

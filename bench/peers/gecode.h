@@ -26,5 +26,6 @@ std::span<const PeerModel> searchPeers();
 std::span<const PeerModel> globalPeers();
 std::span<const PeerModel> eventPeers();
 std::span<const PeerModel> strongPeers();
+std::span<const PeerModel> countingPeers();
 
 }  // namespace koru::bench

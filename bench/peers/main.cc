@@ -85,7 +85,7 @@ Comparison compare(const Model &model, const PeerModel &peer, int repeat) {
 
 const PeerModel *peerOf(const Model &model) {
   for (const auto peers :
-       {relationPeers(), arithmeticPeers(), globalPeers(), searchPeers(), eventPeers(), strongPeers()})
+       {relationPeers(), arithmeticPeers(), globalPeers(), searchPeers(), eventPeers(), strongPeers(), countingPeers()})
     for (const PeerModel &peer : peers)
       if (std::strcmp(peer.name, model.name) == 0) return &peer;
   return nullptr;
