@@ -35,7 +35,8 @@ class ValueClasses {
   void read(const CSint *v, std::uint64_t *classes) const {
     if (!consecutive_) return readEach(v, classes);
     const int last = m_ / kWordBits;
-    for (int k = 0; k <= last; ++k) classes[k] = domainWord(v, first_ + std::int64_t{k} * kWordBits);
+    std::int64_t from = first_;
+    for (int k = 0; k <= last; ++k, from += kWordBits) classes[k] = domainWord(v, from);
     const std::uint64_t bit = std::uint64_t{1} << (m_ % kWordBits);
     classes[last] &= bit - 1;
     if (v->min < first_ || v->max - first_ >= m_) classes[last] |= bit;

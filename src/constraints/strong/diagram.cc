@@ -55,7 +55,8 @@ void Diagram::step() {
 void Diagram::collect(int node) {
   for (int k = firstArc_[node]; k < firstArc_[node + 1]; ++k) {
     const Arc &arc = arcs_[k];
-    int *cell = cells_.get() + std::ptrdiff_t{3} * rows_++;
+    int *cell = cells_.get() + static_cast<std::ptrdiff_t>(rows_) * 3;
+    ++rows_;
     cell[0] = arc.source;
     cell[1] = arc.value;
     cell[2] = arc.target;
