@@ -65,6 +65,9 @@ void postQuasigroup(Model &model, int instance);
 void postGolfers(Model &model, int instance);
 void postJobShop(Model &model, int instance);  // la01 to la05
 
+// How soon a search ends in the middle of one long propagation; printed.
+void measureStopping();
+
 #if KORU_BENCH_HAS_GECODE
 // The same quasigroup by Gecode: accumulated failure counts, Luby restarts with no-goods, domain-consistent distinct.
 Result searchQuasigroupByGecode(int instance, double seconds);
