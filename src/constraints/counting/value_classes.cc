@@ -48,9 +48,10 @@ bool ValueClasses::hasOthers(const CSint *v) const {
 
 void ValueClasses::readEach(const CSint *v, std::uint64_t *classes) const {
   std::fill_n(classes, words(), 0);
+  WordSet found(classes);
   for (int j = firstFrom(v->min); j < m_ && counted_[j].value <= v->max; ++j)
-    if (contains(v, counted_[j].value)) WordSet(classes).set(j);
-  if (hasOthers(v)) WordSet(classes).set(others());
+    if (contains(v, counted_[j].value)) found.set(j);
+  if (hasOthers(v)) found.set(others());
 }
 
 // None of the others. Bounds first, so that they move once.

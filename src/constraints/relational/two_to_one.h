@@ -51,7 +51,7 @@ constexpr std::uint64_t kMostPairs = 2048;
 inline bool hasFewPairs(const TwoToOne &c) {
   const std::uint64_t ofX = std::uint64_t{distance(c.x->min, c.x->max)} + 1;
   const std::uint64_t ofY = std::uint64_t{distance(c.y->min, c.y->max)} + 1;
-  return ofX * ofY <= kMostPairs && ofX <= kMostPairs && ofY <= kMostPairs;
+  return ofX <= kMostPairs && ofX * ofY <= kMostPairs;
 }
 
 // What the pairs lead to, in places of the stack.

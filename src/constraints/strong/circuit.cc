@@ -19,7 +19,7 @@ namespace koru::circuit {
 enum class Place { kNone, kChain, kRing };
 
 struct Circuit : Deferred {
-  Buffer<CSint *> next;
+  Buffer<CSint *> successors;
   int count;
   bool partial;  // nodes may be left out
   Matching matching;
@@ -28,27 +28,29 @@ struct Circuit : Deferred {
   Buffer<bool> entered;  // somebody's successor is known to be this node
 };
 
-static bool mayBeOut(const Circuit &c, int i) { return c.partial && contains(c.next[i], i); }
+static bool mayBeOut(const Circuit &c, int i) { return c.partial && contains(c.successors[i], i); }
 
 // Values beyond the nodes are there at the posting, and when an accepted context inside a restored one brings them
 // back.
 static bool keepToNodes(const Circuit &c) {
   for (int i = 0; i < c.count; ++i) {
-    if (!narrowMin(c.next[i], 0) || !narrowMax(c.next[i], c.count - 1)) return false;
-    if (!c.partial && c.count > 1 && !removeIfPresent(c.next[i], i)) return false;
+    if (!narrowMin(c.successors[i], 0) || !narrowMax(c.successors[i], c.count - 1)) return false;
+    if (!c.partial && c.count > 1 && !removeIfPresent(c.successors[i], i)) return false;
   }
   return true;
 }
 
 static std::int64_t edges(const Circuit &c) {
   std::int64_t sum = 0;
-  for (int i = 0; i < c.count; ++i) sum += c.next[i]->count;
+  for (int i = 0; i < c.count; ++i) sum += c.successors[i]->count;
   return sum;
 }
 
 // ----- chains: nodes whose successors are known, one behind the other
 
-static bool hasKnownSuccessor(const Circuit &c, int i) { return isBound(c.next[i]) && valueOf(c.next[i]) != i; }
+static bool hasKnownSuccessor(const Circuit &c, int i) {
+  return isBound(c.successors[i]) && valueOf(c.successors[i]) != i;
+}
 
 static void findEntered(const Circuit &c) {
   for (int i = 0; i < c.count; ++i) {
@@ -56,7 +58,7 @@ static void findEntered(const Circuit &c) {
     c.places[i] = Place::kNone;
   }
   for (int i = 0; i < c.count; ++i)
-    if (hasKnownSuccessor(c, i)) c.entered[valueOf(c.next[i])] = true;
+    if (hasKnownSuccessor(c, i)) c.entered[valueOf(c.successors[i])] = true;
 }
 
 static int countMandatory(const Circuit &c) {
@@ -72,11 +74,11 @@ static bool keepOpen(const Circuit &c, int start, int mandatory) {
   int length = 1;
   c.places[start] = Place::kChain;
   for (; hasKnownSuccessor(c, end); ++length) {
-    end = valueOf(c.next[end]);
+    end = valueOf(c.successors[end]);
     if (length == c.count) return false;  // into a ring: a variable stands twice, and the host goes on all the same
     c.places[end] = Place::kChain;
   }
-  return length == 1 || length == mandatory || removeIfPresent(c.next[end], start);
+  return length == 1 || length == mandatory || removeIfPresent(c.successors[end], start);
 }
 
 static bool keepChainsOpen(const Circuit &c) {
@@ -91,18 +93,18 @@ static bool leaveOutBesideRing(const Circuit &c) {
   int start = 0;
   while (start < c.count && c.places[start] != Place::kNone) ++start;
   if (start == c.count) return true;
-  for (int i = start; c.places[i] == Place::kNone; i = valueOf(c.next[i])) c.places[i] = Place::kRing;
+  for (int i = start; c.places[i] == Place::kNone; i = valueOf(c.successors[i])) c.places[i] = Place::kRing;
   for (int i = 0; i < c.count; ++i)
-    if (c.places[i] != Place::kRing && !(mayBeOut(c, i) && bindValue(c.next[i], i))) return false;
+    if (c.places[i] != Place::kRing && !(mayBeOut(c, i) && bindValue(c.successors[i], i))) return false;
   return true;
 }
 
 // ----- the run
 
 static bool filterOnce(Circuit &c) {
-  if (!keepToNodes(c) || !c.matching.covers(c.next.get()) || !c.matching.filter(c.next.get())) return false;
+  if (!keepToNodes(c) || !c.matching.covers(c.successors.get()) || !c.matching.filter(c.successors.get())) return false;
   findEntered(c);
-  return keepChainsOpen(c) && leaveOutBesideRing(c) && c.graph.filter(c.next.get());
+  return keepChainsOpen(c) && leaveOutBesideRing(c) && c.graph.filter(c.successors.get());
 }
 
 static bool filter(Circuit &c) {

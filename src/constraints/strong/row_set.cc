@@ -81,7 +81,7 @@ namespace {
 // A value and a row as one number, which sorts quickly: by value, then by row.
 class Cell {
  public:
-  Cell() = default;
+  Cell() = default;  // cppcheck-suppress uninitMemberVar; arrays of cells are filled later
   Cell(int value, int row) : key_(std::uint64_t{distance(kIntMin, value)} << 32 | static_cast<std::uint32_t>(row)) {}
 
   int value() const { return wrap(std::int64_t{kIntMin} + static_cast<std::int64_t>(key_ >> 32)); }
@@ -138,7 +138,7 @@ struct RowSet::Sorted {
     if (plain) cells = Buffer<Cell>(std::uint64_t{static_cast<unsigned>(columns)} * static_cast<unsigned>(rows));
   }
 
-  Cell *column(int j) const { return cells.get() + std::int64_t{j} * rows; }
+  Cell *column(int j) const { return &cells.get()[std::int64_t{j} * rows]; }
   void load(int j, const int *from, std::int64_t stride, const int *order, bool hasAny) const {
     Cell *to = column(j);
     int last = rows;
