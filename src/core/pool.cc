@@ -59,4 +59,6 @@ void Pool::destroy() {
   *this = Pool{};
 }
 
+std::size_t Pool::bytes() const { return bytes_; }
+
 }  // namespace koru

@@ -21,7 +21,7 @@ class Pool {
   void destroy();
 
   // What the pool has had from the allocator and not given back.
-  std::size_t bytes() const { return bytes_; }
+  std::size_t bytes() const;
 
   // Records are out that destroy() will not free: they went to the allocator one by one.
   bool hasLoose() const { return loose_ > 0; }

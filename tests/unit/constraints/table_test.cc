@@ -155,6 +155,38 @@ std::vector<std::vector<int>> supported(const std::vector<CSint *> &vars, const 
   return left;
 }
 
+// 7 stands in the first and the last of a thousand rows, so its rows are a list; every other value has few words.
+Rows sparseRows() {
+  Rows rows;
+  for (int i = 0; i < 1000; ++i) rows.push_back({i, i == 0 || i == 999 ? 7 : i + 10});
+  return rows;
+}
+
+TEST_F(TableTest, AValueInFewFarRowsKeepsAListOfThem) {
+  CSint *x = cs_createCSint(0, 2000);
+  CSint *y = cs_createCSint(0, 2000);
+  ASSERT_TRUE(post(cs_Table, {x, y}, sparseRows()));
+  EXPECT_EQ(cs_getMin(y), 7);
+  cs_saveContext();
+  EXPECT_TRUE(cs_EQ(y, 7));
+  EXPECT_EQ(values(x), (std::vector<int>{0, 999}));
+  EXPECT_TRUE(cs_NEQ(x, 0));
+  EXPECT_EQ(cs_getValue(x), 999);
+  cs_restoreContext();
+  EXPECT_TRUE(cs_NEQ(y, 7));
+  EXPECT_FALSE(cs_isIn(x, 0));
+  EXPECT_EQ(cs_getMax(x), 998);
+  EXPECT_TRUE(cs_LE(x, 500));
+  EXPECT_EQ(cs_getMax(y), 510);
+}
+
+TEST_F(TableTest, AForbiddenValueInFewFarRowsIsCounted) {
+  CSint *x = fromValues({0, 999});
+  CSint *y = cs_createCSint(7, 8);
+  ASSERT_TRUE(post(cs_NotTable, {x, y}, sparseRows()));
+  EXPECT_EQ(cs_getValue(y), 8);
+}
+
 struct LongTable {
   PostTable post;
   int rows;
