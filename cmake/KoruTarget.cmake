@@ -21,6 +21,10 @@ function(koru_library target)
   koru_use_backtrace(${target})
   target_compile_definitions(${target} PRIVATE $<$<BOOL:${KORU_LOGGING}>:KORU_LOGGING=1>)
   target_compile_options(${target} PRIVATE -fno-rtti -fno-semantic-interposition)
+  # The library throws nothing and catches nothing: what the compiler adds for that is not to count as branches.
+  if(KORU_INSTRUMENT STREQUAL "coverage")
+    target_compile_options(${target} PRIVATE -fno-exceptions)
+  endif()
   # Only by frame pointers can 32-bit Windows follow the library's calls back to the host's.
   if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(${target} PRIVATE -fno-omit-frame-pointer)

@@ -171,7 +171,6 @@ bool HallBounds::filterUpper(int count) {
 }
 
 bool HallBounds::filter(CSint *const *vars, int count) {
-  if (count == 0) return true;
   for (int i = 0; i < count; ++i) room_[i].variable = vars[i];
   do {
     fellInto_ = false;

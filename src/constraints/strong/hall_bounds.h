@@ -16,8 +16,8 @@ class HallBounds {
   explicit HallBounds(int count);
   explicit operator bool() const { return static_cast<bool>(room_); }
 
-  // Narrows the bounds to their fixpoint. False when there is no solution or memory is exhausted (reported). O(n log
-  // n), and as much again for each time that a bound falls into a hole of its domain.
+  // Narrows the bounds of `count` variables, at least one, to their fixpoint. False when there is no solution or memory
+  // is exhausted (reported). O(n log n), and as much again for each time that a bound falls into a hole of its domain.
   bool filter(CSint *const *vars, int count);
 
  private:

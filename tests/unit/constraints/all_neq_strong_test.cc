@@ -158,4 +158,16 @@ TEST_F(AllNeqDomainTest, ValuesThatAreLeftLeadToSolutions) {
   }
 }
 
+// Within the context the minima come to stand in the opposite order; after it they are equal.
+TEST_P(AllNeqStrongTest, ARestoreThatTurnsTheOrderRoundIsNoticed) {
+  constexpr int kCount = 60;
+  std::vector<CSint *> vars = create(kCount, 0, 200);
+  ASSERT_TRUE(post(vars));
+  cs_saveContext();
+  for (int i = 0; i < kCount; ++i) ASSERT_TRUE(cs_GE(vars[static_cast<std::size_t>(i)], kCount - i));
+  cs_restoreContext();
+  for (int i = 1; i < kCount; ++i) ASSERT_TRUE(cs_LE(vars[static_cast<std::size_t>(i)], kCount - 2));
+  EXPECT_EQ(cs_getMin(vars[0]), kCount - 1);
+}
+
 }  // namespace

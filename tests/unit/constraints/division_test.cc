@@ -145,6 +145,24 @@ TEST_F(DivisionTest, APowerBeyondTheIntsIsNone) {
   EXPECT_EQ(cs_getValue(y), 10);
 }
 
+TEST_F(DivisionTest, PowersOfOneAndMinusOneHaveAnyExponent) {
+  CSint *x = cs_createCSint(-1, 1);
+  CSint *y = cs_createCSint(INT_MIN, INT_MAX);
+  CSint *z = cs_createCSint(-5, 5);
+  EXPECT_TRUE(cs_Pow(x, y, z));
+  EXPECT_EQ(values(z), (Values{-1, 0, 1}));
+  EXPECT_TRUE(cs_EQ(y, INT_MIN));
+  EXPECT_EQ(values(x), (Values{-1, 1}));
+  EXPECT_EQ(cs_getValue(z), 1);
+  CSint *base = cs_createCSint(-3000, 3000);
+  CSint *exponent = cs_createCSint(INT_MIN, INT_MIN);
+  CSint *result = cs_createCSint(0, 0);
+  EXPECT_TRUE(cs_Pow(base, exponent, result));
+  EXPECT_TRUE(cs_GE(base, -1) && cs_LE(base, 3000));
+  EXPECT_EQ(cs_getMin(base), 2);
+  EXPECT_FALSE(cs_LE(base, 1));
+}
+
 TEST_F(DivisionTest, ANegativeExponentLeavesOneZeroOrNothing) {
   CSint *x = cs_createCSint(0, 3000);
   CSint *y = cs_createCSint(-9, -1);

@@ -187,6 +187,17 @@ TEST_F(TableTest, AForbiddenValueInFewFarRowsIsCounted) {
   EXPECT_EQ(cs_getValue(y), 8);
 }
 
+// There are more combinations than 64 bits count.
+TEST_F(TableTest, OneForbiddenRowAmongAllIntsTakesNothing) {
+  std::vector<CSint *> vars;
+  for (int i = 0; i < 3; ++i) vars.push_back(cs_createCSint(kMin, kMax));
+  ASSERT_TRUE(post(cs_NotTable, vars, {{1, 2, 3}}));
+  EXPECT_TRUE(cs_EQ(vars[0], 1));
+  EXPECT_EQ(cs_getMin(vars[2]), kMin);
+  EXPECT_TRUE(cs_EQ(vars[1], 2));
+  EXPECT_FALSE(cs_EQ(vars[2], 3));
+}
+
 struct LongTable {
   PostTable post;
   int rows;
