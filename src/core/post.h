@@ -191,7 +191,7 @@ class Posting {
 
   Site *site_ = nullptr;
   bool consistent_ = false;
-  [[no_unique_address]] check::Entered entered_;
+  [[no_unique_address, maybe_unused]] check::Entered entered_;
 };
 
 // A variable that stands twice in a constraint: the newest entry is of the same posting.
