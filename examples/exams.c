@@ -7,6 +7,7 @@
 // each pair of exams with students in common, a truth value says whether they stand side by side; the sum of the
 // students is minimised.
 #include "arguments.h"
+#include "made_up.h"
 #include "progress.h"
 
 #include <koru_extras.h>
@@ -48,11 +49,6 @@ typedef struct {
 } Timetable;
 
 // --- The made-up students ---
-
-static int randomBelow(unsigned *state, int n) {
-  *state = *state * 1664525u + 1013904223u;
-  return (int)((unsigned long long)(*state >> 8) * (unsigned)n >> 24);
-}
 
 // Different exams, neighbours in the list more often than others.
 static void choose(unsigned *state, const Options *options, int *chosen) {

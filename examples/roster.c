@@ -9,6 +9,7 @@
 // best one from then on, runs end and begin anew, and neighbourhoods of the best roster are looked into between them.
 // An interrupt (ctrl-C) ends the search; the best roster stays.
 #include "arguments.h"
+#include "made_up.h"
 #include "progress.h"
 
 #include <koru_extras.h>
@@ -59,11 +60,6 @@ typedef struct {
 static CSsearch *running;  // for the signal handler
 
 // --- The made-up ward ---
-
-static int randomBelow(unsigned *state, int n) {
-  *state = *state * 1664525u + 1013904223u;
-  return (int)((unsigned long long)(*state >> 8) * (unsigned)n >> 24);
-}
 
 static void makeWishes(Roster *roster) {
   unsigned state = (unsigned)roster->options->seed * 7919u;

@@ -7,6 +7,7 @@
 // minimised: neighbourhoods of the best timetable are looked into, of lessons that are linked by constraints.
 // An interrupt (ctrl-C) ends the search; the best timetable stays.
 #include "arguments.h"
+#include "made_up.h"
 #include "progress.h"
 
 #include <koru_extras.h>
@@ -57,11 +58,6 @@ typedef struct {
 static CSsearch *running;  // for the signal handler
 
 // --- The made-up school ---
-
-static int randomBelow(unsigned *state, int n) {
-  *state = *state * 1664525u + 1013904223u;
-  return (int)((unsigned long long)(*state >> 8) * (unsigned)n >> 24);
-}
 
 static int teacherOf(int class, int subject) { return class / CLASSES_OF_A_TEACHER * SUBJECTS + subject; }
 

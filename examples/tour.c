@@ -6,6 +6,7 @@
 // town is tried first, and neighbourhoods of the best round trip are looked into between complete runs. A knight's
 // round is a search for any solution, the squares with the fewest ways on first.
 #include "arguments.h"
+#include "made_up.h"
 #include "progress.h"
 
 #include <koru_extras.h>
@@ -45,11 +46,6 @@ typedef struct {
 } Tour;
 
 // --- The map ---
-
-static int randomBelow(unsigned *state, int n) {
-  *state = *state * 1664525u + 1013904223u;
-  return (int)((unsigned long long)(*state >> 8) * (unsigned)n >> 24);
-}
 
 // The distance of two towns, cut off.
 static int distanceOf(const Tour *tour, int i, int j) {

@@ -74,7 +74,7 @@ class Campaign : public ::testing::TestWithParam<Scenario> {
  protected:
   void run(const Depth &depth) {
     if (replayed() != nullptr && !std::string(replayed()).starts_with(GetParam().name + " "))
-      GTEST_SKIP() << "KORU_MEMORY_POINT names a point of another scenario";
+      GTEST_SKIP() << "not asked for: KORU_MEMORY_POINT replays a single point, which is in another scenario";
     depth_ = depth;
     expected_ = fill(Filling{}).outcome;
     for (std::size_t stack = 0; stack < kStacks && !HasFailure(); ++stack) fillAll(static_cast<Stack>(stack));
