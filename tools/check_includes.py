@@ -39,7 +39,7 @@ CORE_FLOORS = (
     ("context_stack", "domain_bits", "site"),
     ("check", "variable"),
     ("constraint", "domain_walk", "format"),
-    ("agenda", "log"),
+    ("agenda", "event_queue", "log"),
     ("queue",),
     ("trail",),
     ("attach", "branch_set", "create", "narrow", "refusal"),

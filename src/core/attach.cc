@@ -12,11 +12,16 @@ static std::uint8_t heardBy(const Constraint &c) {
   return (c.flags & kConflictListener) != 0 ? kHearsConflicts : 0;
 }
 
+static Entry entryAbove(Entry *older, Constraint *c, int index, std::uint8_t heard) {
+  if (older == nullptr) return {c, nullptr, nullptr, index, heard, 0, 0};
+  const auto aboveOldest = static_cast<std::uint8_t>(heard | older->heardAboveOldest);
+  return {c, older, nullptr, index, heard, older->heardFromHere(), aboveOldest};
+}
+
 bool attachConstraint(Constraint *c, CSint *v, int index, std::uint8_t concerned) {
   auto *entry = static_cast<Entry *>(solver::pool.take(sizeof(Entry)));
   if (entry == nullptr) return false;
-  const std::uint8_t heardByOlder = v->constraints != nullptr ? v->constraints->heardFromHere() : std::uint8_t{0};
-  *entry = {c, v->constraints, nullptr, index, static_cast<std::uint8_t>(heardBy(*c) & concerned), heardByOlder};
+  *entry = entryAbove(v->constraints, c, index, static_cast<std::uint8_t>(heardBy(*c) & concerned));
   ++c->references;
   v->constraints = entry;
   if (!solver::trail.noteAttached(v)) {

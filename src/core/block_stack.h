@@ -30,15 +30,20 @@ class BlockStack {
   Record *push() {
     if (top_ == end_ && !enterNextBlock()) [[unlikely]]
       return nullptr;
-    ++count_;
     return top_++;
   }
+
+  // Whether pushes find room in the current block, and a way to have it for one: false as a push would be null.
+  bool hasRoom() const { return top_ != end_; }
+  bool hasRoomForTwo() const { return end_ - top_ >= 2; }
+  [[nodiscard]] bool makeRoom() { return hasRoom() || enterNextBlock(); }
+  // A push for which there is room.
+  Record *pushInRoom() { return top_++; }
 
   // The record removed, readable until the next push. The stack must not be empty.
   Record *pop() {
     if (top_ == begin_) [[unlikely]]
       enterPreviousBlock();
-    --count_;
     return --top_;
   }
 
@@ -52,7 +57,11 @@ class BlockStack {
     return block->records()[index - block->base];
   }
 
-  int count() const { return count_; }
+  // The newest record, of a stack that is not empty.
+  const Record &newest() const { return top_ != begin_ ? top_[-1] : at(count() - 1); }
+
+  bool empty() const { return top_ == begin_ && base_ == 0; }
+  int count() const { return base_ + static_cast<int>(top_ - begin_); }
   int blockCount() const { return blockCount_; }
   std::uint64_t bytes() const { return std::uint64_t{kCapacity} * sizeof(Record) * static_cast<unsigned>(blockCount_); }
   bool created() const { return first_ != nullptr; }
@@ -66,6 +75,13 @@ class BlockStack {
   // Those from a stack index on, oldest first.
   template <class Visit>
   void forEachFrom(int first, Visit visit) const;
+
+ protected:
+  // For a loop over the newest records that keeps the top in a register: the records of the current block from `count`
+  // on, and the new end of the stack within them.
+  Record *top() const { return top_; }
+  Record *lowestFrom(int count) const { return count > base_ ? begin_ + (count - base_) : begin_; }
+  void cutAt(Record *top) { top_ = top; }
 
  private:
   struct Block {
@@ -86,6 +102,7 @@ class BlockStack {
   [[gnu::noinline, gnu::cold]] void enterPreviousBlock();
   void use(Block *block) {
     current_ = block;
+    base_ = block->base;
     begin_ = block->records();
     end_ = begin_ + kCapacity;
   }
@@ -93,7 +110,7 @@ class BlockStack {
   Record *top_ = nullptr;    // the next free record
   Record *begin_ = nullptr;  // the current block's records
   Record *end_ = nullptr;
-  int count_ = 0;
+  int base_ = 0;  // of the current block
   int blockCount_ = 0;
   Block *current_ = nullptr;
   Block *first_ = nullptr;
@@ -104,7 +121,7 @@ typename BlockStack<Record>::Block *BlockStack<Record>::makeBlock(Block *previou
   constexpr std::size_t slack = alignof(Record) > alignof(Block) ? alignof(Record) : 0;
   auto *block = static_cast<Block *>(allocateArray(sizeof(Block) + slack, kCapacity, sizeof(Record)));
   if (block == nullptr) return nullptr;
-  *block = {count_, nullptr, previous};
+  *block = {count(), nullptr, previous};
   ++blockCount_;
   return block;
 }
@@ -153,7 +170,6 @@ void BlockStack<Record>::popTo(int count) {
   while (count < block->base) block = block->previous;
   use(block);
   top_ = begin_ + (count - block->base);
-  count_ = count;
 }
 
 // GCOVR_EXCL_START: one of the tests' own checks
@@ -164,15 +180,16 @@ bool BlockStack<Record>::sound() const {
     if (block->base != blocks * kCapacity || block->previous != previous) return false;
     ++blocks;
   }
-  return blocks == blockCount_ && (current_ == nullptr || count_ == current_->base + (top_ - begin_));
+  return blocks == blockCount_ && (current_ == nullptr || base_ == current_->base);
 }
 // GCOVR_EXCL_STOP
 
 template <class Record>
 template <class Visit>
 void BlockStack<Record>::forEach(Visit visit) const {
-  for (Block *block = first_; block != nullptr && block->base < count_; block = block->next) {
-    const int inBlock = count_ - block->base < kCapacity ? count_ - block->base : kCapacity;
+  const int all = count();
+  for (Block *block = first_; block != nullptr && block->base < all; block = block->next) {
+    const int inBlock = all - block->base < kCapacity ? all - block->base : kCapacity;
     for (int i = 0; i < inBlock; ++i) visit(block->records()[i]);
   }
 }
@@ -180,10 +197,11 @@ void BlockStack<Record>::forEach(Visit visit) const {
 template <class Record>
 template <class Visit>
 void BlockStack<Record>::forEachFrom(int first, Visit visit) const {
+  const int all = count();
   Block *block = current_;
   while (block != nullptr && block->base > first) block = block->previous;
-  for (; block != nullptr && block->base < count_; block = block->next) {
-    const int end = count_ - block->base < kCapacity ? count_ - block->base : kCapacity;
+  for (; block != nullptr && block->base < all; block = block->next) {
+    const int end = all - block->base < kCapacity ? all - block->base : kCapacity;
     for (int i = first > block->base ? first - block->base : 0; i < end; ++i) visit(block->records()[i]);
   }
 }

@@ -28,11 +28,16 @@ struct BranchStamp {
   // Inline, as an all-different takes and asks for one whenever a variable is bound.
   static BranchStamp now() {
     if (solver::trail.undoing()) return {kIntMax, 0};
-    const int level = solver::contexts.count();
-    return {level, level > 0 ? solver::contexts.at(level - 1).serial : 0};
+    if (solver::contexts.empty()) return {0, 0};
+    const ContextMark &newest = solver::contexts.newest();
+    return {newest.level, newest.serial};
   }
   bool stands() const {
-    return level == 0 || (level <= solver::contexts.count() && solver::contexts.at(level - 1).serial == serial);
+    if (level == 0) return true;
+    if (solver::contexts.empty()) return false;
+    const ContextMark &newest = solver::contexts.newest();
+    if (newest.level == level) return newest.serial == serial;
+    return newest.level > level && solver::contexts.at(level - 1).serial == serial;
   }
 };
 
@@ -51,12 +56,12 @@ class BranchSetOn {
 
   // Puts back what was taken out on branches that have been left. To be called before the set is used.
   void refresh() {
-    while (takenCount_ > 0 && !newest().stands()) put(taken_[--takenCount_].position);
+    if (closings_ != solver::closings) putBack();
   }
 
   // Both take a position out for this branch; `stamp` is that of now, for a caller who takes out many.
   void takeOut(int position, const BranchStamp &stamp) {
-    std::uint64_t &word = words_[position / 64];
+    std::uint64_t &word = words_[wordOf(position)];
     if ((word & maskOf(position)) == 0) return;
     word &= ~maskOf(position);
     taken_[takenCount_++] = {position, stamp.level, stamp.serial};
@@ -70,9 +75,22 @@ class BranchSetOn {
       if (!visitWord(i * 64, words_[i], visit)) return false;
     return true;
   }
+  template <class Visit>
+  bool forEachBut(int position, Visit visit) const {
+    for (int i = 0; i < wordCount_; ++i) {
+      const std::uint64_t left = wordOf(position) == wordOf(i * 64) ? words_[i] & ~maskOf(position) : words_[i];
+      if (!visitWord(i * 64, left, visit)) return false;
+    }
+    return true;
+  }
 
  private:
-  static std::uint64_t maskOf(int position) { return std::uint64_t{1} << (position % 64); }
+  void putBack() {
+    closings_ = solver::closings;
+    while (takenCount_ > 0 && !newest().stands()) put(taken_[--takenCount_].position);
+  }
+  static std::size_t wordOf(int position) { return static_cast<unsigned>(position) / 64; }
+  static std::uint64_t maskOf(int position) { return std::uint64_t{1} << (static_cast<unsigned>(position) % 64); }
   template <class Visit>
   static bool visitWord(int first, std::uint64_t left, Visit &visit) {
     if (left == ~std::uint64_t{0}) {
@@ -84,13 +102,14 @@ class BranchSetOn {
       if (!visit(first + std::countr_zero(left))) return false;
     return true;
   }
-  void put(int position) { words_[position / 64] |= maskOf(position); }
+  void put(int position) { words_[wordOf(position)] |= maskOf(position); }
   BranchStamp newest() const { return {taken_[takenCount_ - 1].level, taken_[takenCount_ - 1].serial}; }
 
   std::uint64_t *words_ = nullptr;
   Taken *taken_ = nullptr;
   int wordCount_ = 0;
   int takenCount_ = 0;
+  std::uint64_t closings_ = 0;  // at the last refresh
 };
 
 class BranchSet : public BranchSetOn {

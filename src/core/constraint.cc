@@ -21,6 +21,7 @@ void release(Constraint *c) {
 Entry *unlinkNewest(CSint *v) {
   Entry *entry = v->constraints;
   v->constraints = entry->next;
+  if (v->constraints == nullptr) v->shifted = false;
   return entry;
 }
 

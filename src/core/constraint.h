@@ -70,6 +70,7 @@ struct Entry {
   int index;        // the variable's position among the constraint's variables, -1 when it does not care
   std::uint8_t heard;
   std::uint8_t heardByOlder;
+  std::uint8_t heardAboveOldest;  // by this and the older entries without the oldest one
 
   std::uint8_t heardFromHere() const { return heard | heardByOlder; }
 };

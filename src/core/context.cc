@@ -15,36 +15,48 @@ namespace {
 
 enum class Close { kForget, kAccept, kRestore };
 
-// Closes contexts until `label` - 1 remain; 1 <= label <= the number open.
-void closeUntil(int label, Close how) {
-  [[maybe_unused]] const check::Entered entered;
-  ContextMark mark{};
-  while (solver::contexts.count() >= label) mark = *solver::contexts.pop();
+void restoreTo(const ContextMark &mark) {
+  if (solver::queue.depth > 0) solver::agenda.dropAll();
+  solver::refusals = mark.refusals;
+  solver::trail.undoTo(mark.trailMark);
+}
+
+void acceptDownTo(const ContextMark &mark, int left) {
+  if constexpr (kChecked) check::noteAccept();
+  if (left > 0 && solver::trail.count() > mark.trailMark) solver::acceptedInside = true;
+  solver::trail.discardTo(mark.trailMark);
+}
+
+// The oldest of those that were closed has the mark; `left` are still open.
+[[gnu::always_inline]] inline void finishClosing(const ContextMark &mark, int left, Close how) {
+  ++solver::closings;
+  solver::trail.setContexts(left);
   solver::queue.limit = mark.savedLimit;
-  if (how == Close::kRestore && solver::queue.depth > 0) solver::agenda.dropAll();
-  if (how == Close::kRestore) {
-    solver::refusals = mark.refusals;
-    solver::trail.undoTo(mark.trailMark);
-  }
-  if (how == Close::kAccept) {
-    if constexpr (kChecked) check::noteAccept();
-    if (label > 1 && solver::trail.count() > mark.trailMark) solver::acceptedInside = true;
-    solver::trail.discardTo(mark.trailMark);
-  }
+  if (how == Close::kRestore) restoreTo(mark);
+  if (how == Close::kAccept) acceptDownTo(mark, left);
   if constexpr (kChecked) check::invariantsWhenIdle();
 }
 
+// Closes contexts until `label` - 1 remain.
 void closeIfOpen(int label, Close how) {
-  if (label >= 1 && label <= solver::contexts.count()) closeUntil(label, how);
+  if (label < 1 || label > solver::contexts.count()) return;
+  [[maybe_unused]] const check::Entered entered;
+  ContextMark mark{};
+  while (solver::contexts.count() >= label) mark = *solver::contexts.pop();
+  finishClosing(mark, label - 1, how);
 }
 
-void closeNewest(Close how) { closeIfOpen(solver::contexts.count(), how); }
+[[gnu::always_inline]] inline void closeNewest(Close how) {
+  const int label = solver::contexts.count();
+  [[maybe_unused]] const check::Entered entered;
+  if (label > 0) finishClosing(*solver::contexts.pop(), label - 1, how);
+}
 
 // The run whose own changes are under way is woken by those that are made in the context.
 void settle() {
   solver::agenda.hush(nullptr);
   if (solver::agenda.posting()) endPosting();
-  if (solver::queue.head != nullptr || solver::agenda.due()) propagate();
+  if (!solver::events.empty() || solver::agenda.due()) propagate();
 }
 
 }  // namespace
@@ -59,11 +71,13 @@ int cs_saveContext(void) {
   if (!solver::initialised) return 0;
   const unsigned savedLimit = solver::queue.limit;
   solver::queue.limit = solver::queue.depth;
-  if (solver::queue.head != nullptr || solver::agenda.busy()) koru::settle();
+  if (!solver::events.empty() || solver::agenda.busy()) koru::settle();
   const int trailMark = solver::trail.count();
   if (koru::ContextMark *mark = solver::contexts.push())
-    *mark = {trailMark, savedLimit, ++solver::contextSerial, solver::refusals};
-  return solver::contexts.count();
+    *mark = {trailMark, savedLimit, ++solver::contextSerial, solver::refusals, solver::contexts.count()};
+  const int label = solver::contexts.count();
+  solver::trail.setContexts(label);
+  return label;
 }
 
 void cs_forgetSaveContext(void) { koru::closeNewest(Close::kForget); }

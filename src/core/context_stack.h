@@ -14,12 +14,14 @@ struct ContextMark {
   unsigned savedLimit;   // the propagation limit in force before the context was opened
   std::uint64_t serial;  // no two contexts have the same
   int refusals;          // counted before it was opened
+  int level;             // its label: how many were open with it
 };
 
 namespace solver {
 
 inline KORU_STATE BlockStack<ContextMark> contexts;
 inline KORU_STATE std::uint64_t contextSerial = 0;  // of the newest context ever opened
+inline KORU_STATE std::uint64_t closings = 0;       // of contexts; what was done on a branch may have been undone since
 inline KORU_STATE bool acceptedInside = false;      // changes were made permanent while an outer context was open
 
 }  // namespace solver

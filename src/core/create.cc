@@ -17,7 +17,8 @@ CSint intervalOf(int min, int max) {
           .name = nullptr,
           .constraints = nullptr,
           .reportedMin = min,
-          .reportedMax = max};
+          .reportedMax = max,
+          .shifted = false};
 }
 
 CSint *createVariable(int min, int max) {

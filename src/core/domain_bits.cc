@@ -33,35 +33,14 @@ constexpr std::uint64_t kOnes = ~std::uint64_t{0};
 constexpr std::uint64_t fromBit(std::uint32_t bit) { return kOnes << (bit % 64); }
 constexpr std::uint64_t upToBit(std::uint32_t bit) { return kOnes >> (63 - bit % 64); }
 
-// Inlined into both callers below, so that each counts with what its target machine offers.
-[[gnu::always_inline]] inline std::int64_t countBits(const std::uint64_t *words, std::uint32_t first,
-                                                     std::uint32_t last) {
+std::int64_t count(const std::uint64_t *words, std::uint32_t first, std::uint32_t last) {
   std::uint32_t word = first / 64;
   const std::uint32_t lastWord = last / 64;
-  // GCOVR_EXCL_BR_START: inlined twice, and a machine runs one of them
-  if (word == lastWord) return std::popcount(words[word] & fromBit(first) & upToBit(last));
-  std::int64_t count = std::popcount(words[word] & fromBit(first));
-  while (++word != lastWord) count += std::popcount(words[word]);
-  // GCOVR_EXCL_BR_STOP
-  return count + std::popcount(words[word] & upToBit(last));
+  if (word == lastWord) return countOnes(words[word] & fromBit(first) & upToBit(last));
+  std::int64_t count = countOnes(words[word] & fromBit(first));
+  while (++word != lastWord) count += countOnes(words[word]);
+  return count + countOnes(words[word] & upToBit(last));
 }
-
-#if defined(__x86_64__) && !defined(__POPCNT__)
-[[gnu::target("popcnt")]] std::int64_t countBitsByInstruction(const std::uint64_t *words, std::uint32_t first,
-                                                              std::uint32_t last) {
-  return countBits(words, first, last);
-}
-
-std::int64_t count(const std::uint64_t *words, std::uint32_t first, std::uint32_t last) {
-  // GCOVR_EXCL_BR_START: a machine has it or not
-  return __builtin_cpu_supports("popcnt") ? countBitsByInstruction(words, first, last) : countBits(words, first, last);
-  // GCOVR_EXCL_BR_STOP
-}
-#else
-std::int64_t count(const std::uint64_t *words, std::uint32_t first, std::uint32_t last) {
-  return countBits(words, first, last);
-}
-#endif
 
 }  // namespace
 

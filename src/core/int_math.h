@@ -57,6 +57,6 @@ constexpr std::uint32_t distance(int low, int high) {
 }
 
 // The number of ints in [low, high] as the 32-bit field that holds it: wrapped when the range is too wide.
-constexpr int rangeSize(int low, int high) { return wrap(std::int64_t{high} - low + 1); }
+constexpr int rangeSize(int low, int high) { return static_cast<int>(distance(low, high) + 1); }
 
 }  // namespace koru

@@ -70,9 +70,9 @@ void walkWhenIdle() {
   if (solver::queue.depth != 0 || --solver::checked.untilNext > 0) return;
   solver::checked.untilNext = solver::checked.period;
   require(!solver::agenda.due(), "nobody waits outside propagation");
-  require(solver::queue.head == nullptr, "the queue is empty outside propagation");
+  require(solver::events.empty(), "the queue is empty outside propagation");
   require(solver::graveyard == nullptr, "no detached entry waits outside propagation");
-  require(solver::variables.sound() && solver::trail.sound() && solver::contexts.sound() && solver::events.sound(),
+  require(solver::variables.sound() && solver::trail.sound() && solver::contexts.sound(),
           "block bases follow one another");
   solver::variables.forEach([](const CSint &v) {
     checkDomain(v);

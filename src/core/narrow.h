@@ -14,6 +14,13 @@ namespace koru {
 [[nodiscard]] bool lowerMax(CSint *v, int bound);      // min <= bound < max
 [[nodiscard]] bool bindFree(CSint *v, int value);      // value within the bounds, not instantiated
 [[nodiscard]] bool removeInside(CSint *v, int value);  // value within the bounds
+[[nodiscard]] bool removeHeld(CSint *v, int value);    // a value that v holds, with a count that may be wrong
+
+// The same by the sum with a constant that has made v (CSint::shifted), when it passes a change of its other variable
+// on in full: not told of it again (core/queue).
+[[nodiscard]] bool raiseMinByMaker(CSint *v, int bound);
+[[nodiscard]] bool lowerMaxByMaker(CSint *v, int bound);
+[[nodiscard]] bool removeHeldByMaker(CSint *v, int value);
 
 // Removes every value below `bound`.
 [[nodiscard]] inline bool narrowMin(CSint *v, int bound) {
@@ -41,7 +48,7 @@ namespace koru {
 
 // Removes `value`, which may be absent. Unlike removeValue it then holds also for the last value of a domain whose
 // count was written back too low.
-[[nodiscard]] inline bool removeIfPresent(CSint *v, int value) { return !contains(v, value) || removeValue(v, value); }
+[[nodiscard]] inline bool removeIfPresent(CSint *v, int value) { return !contains(v, value) || removeHeld(v, value); }
 
 // Removes `value` without trail and signal, for constraints that build a domain of their own. False only when the bit
 // array cannot be had. Deliberate: an emptied domain goes unnoticed, the caller tests for it.

@@ -5,19 +5,6 @@
 
 namespace koru {
 
-void *Pool::take(std::size_t size) {
-  if (kChecked || size > kLargest) return takeLoose(size);
-  const std::size_t units = (size + kUnit - 1) / kUnit;
-  if (FreeRecord *record = free_[units]) {
-    free_[units] = record->next;
-    return record;
-  }
-  if (static_cast<std::size_t>(end_ - next_) < units * kUnit && !addChunk()) return nullptr;
-  void *record = next_;
-  next_ += units * kUnit;
-  return record;
-}
-
 void Pool::give(void *record, std::size_t size) {
   if (record == nullptr) return;
   if (kChecked || size > kLargest) {
@@ -38,6 +25,8 @@ void *Pool::takeLoose(std::size_t size) {
   bytes_ += size;
   return record;
 }
+
+void *Pool::takeFromNextChunk(std::size_t size) { return addChunk() ? cut(size) : nullptr; }
 
 bool Pool::addChunk() {
   auto *chunk = static_cast<Chunk *>(allocate(kChunkSize));

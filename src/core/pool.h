@@ -10,12 +10,26 @@
 
 #include <cstddef>
 
+#include "core/build_mode.h"
+
 namespace koru {
 
 class Pool {
  public:
-  // Null when memory is exhausted (reported). Aligned for pointers and 64-bit ints.
-  [[nodiscard]] void *take(std::size_t size);
+  // Null when memory is exhausted (reported). Aligned for pointers and 64-bit ints. Inline, because most sizes are
+  // known where it is called: a record is then some ten instructions.
+  [[nodiscard]] void *take(std::size_t size) {
+    if (kChecked || size > kLargest) return takeLoose(size);
+    const std::size_t units = (size + kUnit - 1) / kUnit;
+    FreeRecord *record = free_[units];
+    if (record != nullptr) {
+      free_[units] = record->next;
+      return record;
+    }
+    if (static_cast<std::size_t>(end_ - next_) < units * kUnit) [[unlikely]]
+      return takeFromNextChunk(units * kUnit);
+    return cut(units * kUnit);
+  }
   // size: as it was taken. Null is ignored.
   void give(void *record, std::size_t size);
   void destroy();
@@ -38,7 +52,13 @@ class Pool {
     Chunk *previous;
   };
 
+  void *cut(std::size_t size) {
+    void *record = next_;
+    next_ += size;
+    return record;
+  }
   void *takeLoose(std::size_t size);
+  void *takeFromNextChunk(std::size_t size);
   bool addChunk();
 
   int loose_ = 0;

@@ -8,8 +8,7 @@ namespace koru {
 
 WordStamp WordStamp::now() {
   if (solver::trail.undoing()) return {kUndoing};
-  const int level = solver::contexts.count();
-  return {level > 0 ? solver::contexts.at(level - 1).serial : 0};
+  return {solver::contexts.empty() ? 0 : solver::contexts.newest().serial};
 }
 
 // Changes made by a callback of an undo are taken back with the rest: they are noted each time, and leave no stamp that

@@ -9,9 +9,16 @@ namespace koru {
 
 namespace {
 
+// With the first block of its notes, which the first one that is pushed would allocate: later they do not, for long.
+bool createTrail() {
+  if (!solver::trail.create() || !solver::trail.noteCallback(TrailKind::kCallback, nullptr, 0, nullptr)) return false;
+  solver::trail.discardTo(0);
+  return true;
+}
+
 // Stops at the first stack that cannot be had; those already built are taken over by the next attempt.
 bool createStacks() {
-  return solver::variables.create() && solver::trail.create() && solver::contexts.create() && solver::events.create();
+  return solver::variables.create() && createTrail() && solver::contexts.create() && solver::events.create();
 }
 
 // Bit arrays and names go first. Constraints that own nothing and lie in the pool go with it, unvisited: their entries
@@ -25,7 +32,6 @@ void destroyVariables() {
 void destroyTrail() {
   solver::trail.discardTo(0);
   solver::trail.destroy();
-  solver::trail = Trail{};
 }
 
 }  // namespace

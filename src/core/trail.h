@@ -25,27 +25,48 @@ enum class TrailKind : int {
   kWord = 11,         // a word of a constraint's own; value and oldCount: its 64 old bits
 };
 
+// 16 bytes (in 32-bit code 12): the variable's address and the kind share a word, for variables are cache lines.
 struct TrailRecord {
+  std::uintptr_t variableAndKind;
+  int value;
+  int oldCount;
+
+  static constexpr std::uintptr_t kKindBits = 15;
+
+  TrailKind kind() const { return static_cast<TrailKind>(variableAndKind & kKindBits); }
+  CSint *variable() const { return reinterpret_cast<CSint *>(variableAndKind & ~kKindBits); }
+};
+static_assert(alignof(CSint) > TrailRecord::kKindBits);
+
+// What a record of kind 7, 9, 10 or 11 stands for, on a stack of its own.
+struct TrailNote {
   union {
     CSint *variable;
     std::uint64_t *word;
-  };
-  TrailKind kind;
-  int value;
-  union {
-    int oldCount;
-    CSbacktrackCallback callback;
     SharedBlock *buffer;
   };
+  union {
+    CSbacktrackCallback callback;
+    std::uint64_t oldWord;
+  };
+  TrailKind kind;
+  int index;  // handed to the callback
+  int place;  // how many records the trail had before
 };
 
 class Trail : public BlockStack<TrailRecord> {
  public:
+  // For a trail that has room.
+  void noteMin(const CSint *v) { note(v, TrailKind::kMin, v->min); }
+  void noteMax(const CSint *v) { note(v, TrailKind::kMax, v->max); }
+  void noteRemoved(const CSint *v, int value) { note(v, TrailKind::kRemoved, value); }
+
   // Each is false when memory is exhausted (reported).
-  [[nodiscard]] bool noteMin(CSint *v) { return note(v, TrailKind::kMin, v->min); }
-  [[nodiscard]] bool noteMax(CSint *v) { return note(v, TrailKind::kMax, v->max); }
-  [[nodiscard]] bool noteRemoved(CSint *v, int value) { return note(v, TrailKind::kRemoved, value); }
-  [[nodiscard]] bool noteAttached(CSint *v) { return note(v, TrailKind::kAttached, 0); }
+  [[nodiscard]] bool noteAttached(const CSint *v) {
+    if (!makeRoom()) return false;
+    note(v, TrailKind::kAttached, 0);
+    return true;
+  }
   [[nodiscard]] bool noteCallback(TrailKind kind, CSint *v, int index, CSbacktrackCallback callback);
   [[nodiscard]] bool noteWord(std::uint64_t *word);
   [[nodiscard]] bool noteBuffer(SharedBlock *buffer);  // takes over the caller's share, also on failure
@@ -57,23 +78,30 @@ class Trail : public BlockStack<TrailRecord> {
   // Changes made now, by a callback of the undo, are about to be taken back with the rest.
   bool undoing() const { return undoing_ > 0; }
 
+  // How many contexts are open.
+  void setContexts(int open) { readers_ = open + undoing_; }
+
+  void destroy();
+  std::uint64_t bytes() const { return BlockStack::bytes() + notes_.bytes(); }
+
  private:
   void undo(const TrailRecord &record);
-  void dropBuffer(const TrailRecord &record);
+  void undoDomains(int mark);
+  void undoRest(int mark);
+  void undoNote();
+  TrailNote *pushNote(TrailKind kind);
 
-  [[nodiscard]] bool note(CSint *v, TrailKind kind, int value) {
-    TrailRecord *record = push();
-    if (record == nullptr) [[unlikely]]
-      return false;
-    record->variable = v;
-    record->kind = kind;
-    record->value = value;
-    record->oldCount = v->count;
-    return true;
+  // Without an open context nobody will read the record: it is counted and takes its place, but is not written. This
+  // saves the page faults of a trail that only grows: while a model is posted, and in propagation outside a search.
+  void note(const CSint *v, TrailKind kind, int value) {
+    TrailRecord *record = pushInRoom();
+    if (!kChecked && readers_ == 0) return;
+    *record = {reinterpret_cast<std::uintptr_t>(v) | static_cast<std::uintptr_t>(kind), value, v->count};
   }
 
-  int buffers_ = 0;  // records of that kind: only these need a look when records are discarded
+  BlockStack<TrailNote> notes_;
   int undoing_ = 0;  // undoTo running, one inside the other
+  int readers_ = 0;  // those, and the contexts that are open
 };
 
 namespace solver {

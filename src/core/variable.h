@@ -28,6 +28,8 @@ struct alignas(64) CSint {
   koru::Entry *constraints;  // newest first
   int reportedMin;           // the bounds as handlers last saw them
   int reportedMax;
+  bool shifted;  // its oldest constraint is the sum with a constant that made it, and undoes itself at none of its
+                 // events
 };
 
 namespace koru {

@@ -45,8 +45,8 @@ int Activity::placeOf(const CSint *v) const {
 void Activity::notePropagation(int mark) {
   ++propagations_;
   solver::trail.forEachFrom(mark, [&](const TrailRecord &record) {
-    if (!changesDomain(record.kind)) return;
-    for (int i = places_[placeOf(record.variable)].position; i >= 0; i = same_[i]) add(i);
+    if (!changesDomain(record.kind())) return;
+    for (int i = places_[placeOf(record.variable())].position; i >= 0; i = same_[i]) add(i);
   });
   addend_ += addend_ / 1000 + 1;
   if (tooLarge_) fade();

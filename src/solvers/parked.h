@@ -20,6 +20,7 @@ struct CSsolver {
   int ownersAlive = 0;
   koru::BlockStack<koru::ContextMark> contexts;
   std::uint64_t contextSerial = 0;
+  std::uint64_t closings = 0;
   bool acceptedInside = false;
   koru::Errors errors;
   bool initialised = false;
@@ -27,7 +28,7 @@ struct CSsolver {
   koru::Ports ports;
   koru::BranchStamp postingFailedAt{};
   koru::Queue queue;
-  koru::BlockStack<koru::EventRecord> events;
+  koru::EventQueue events;
   koru::Entry *graveyard = nullptr;
   int refusals = 0;
   koru::SiteTable sites;

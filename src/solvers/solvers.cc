@@ -27,6 +27,7 @@ void exchangeCore(CSsolver &s) {
   std::swap(solver::ownersAlive, s.ownersAlive);
   std::swap(solver::contexts, s.contexts);
   std::swap(solver::contextSerial, s.contextSerial);
+  std::swap(solver::closings, s.closings);
   std::swap(solver::acceptedInside, s.acceptedInside);
   std::swap(solver::errors, s.errors);
   std::swap(solver::initialised, s.initialised);

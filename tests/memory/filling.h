@@ -50,9 +50,7 @@ inline void fillStack(Stack stack, int room) {
     case kContexts:
       return pushUntilRoomIs(room, solver::contexts, cs_saveContext);
     case kEvents:
-      // Events that wait in the free list would be room, too.
-      solver::queue.free = nullptr;
-      return pushUntilRoomIs(room, solver::events, [] { solver::events.push(); });
+      return solver::events.startWithRoom(room);
     case kStacks:
       return;
   }

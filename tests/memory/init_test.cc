@@ -25,11 +25,11 @@ TEST_P(FailedInit, RecordsTheFailureOfEachOfItsAllocationsAndCanBeTriedAgain) {
     cs_end();
     EXPECT_EQ(blocksAlive, blocks) << "what had been built is taken over, and ends with the rest";
   }
-  EXPECT_EQ(k, 6) << "four stacks and the site table fail, then none";
+  EXPECT_EQ(k, 7) << "four stacks, the notes of the trail and the site table fail, then none";
 }
 
 TEST(UnusableSolver, RecordsFurtherFailuresOnlyAndAnswersEveryCallWithFailure) {
-  for (int k = 0; k < 4; ++k) {
+  for (int k = 0; k < 5; ++k) {
     SCOPED_TRACE("stack " + std::to_string(k));
     {
       const FailingAllocator failing(k, Failing::kForEver);
@@ -52,7 +52,7 @@ TEST(UnusableSolver, RecordsFurtherFailuresOnlyAndAnswersEveryCallWithFailure) {
 
 TEST(UnusableSolver, IsNotWhatAMissingSiteTableMakes) {
   {
-    const FailingAllocator failing(4, Failing::kOnce);
+    const FailingAllocator failing(5, Failing::kOnce);
     cs_init();
   }
   EXPECT_EQ(FailingAllocator::failures(), 1);

@@ -154,7 +154,7 @@ inline void complainOfFailedRun(const Scenario &scenario, const Point &point, Tr
     complaints.unless(failures == 1, "the call went on to " + std::to_string(failures) + " failed requests");
     complaints.unless(!outcome.result, "the call succeeded without the memory");
   }
-  complaints.unless(solver::queue.head == nullptr && solver::queue.depth == 0, "propagation has not ended");
+  complaints.unless(solver::events.empty() && solver::queue.depth == 0, "propagation has not ended");
   complaints.unless(trial.asAFailureLeavesIt(), "the failure has left something behind");
   complaints.unless(trial.contextsOpen(), "contexts of the caller were closed");
   Trial::checkInvariants();

@@ -77,7 +77,7 @@ void Machine::observeInScript(const Line &line, int depth) {
   if (changes && depth <= scriptBase_) effect(scriptBase_);
   if (keeps) effect(0);  // also what was attached: the restore of an outer context leaves it
   // Opening a context in a handler propagates what waits, and a failure of that is not reported.
-  if (solver::queue.head != nullptr && (group == Group::kContext || group == Group::kSearch)) effect(scriptBase_);
+  if (!solver::events.empty() && (group == Group::kContext || group == Group::kSearch)) effect(scriptBase_);
   if (group == Group::kSearch) refused_ = true;
 }
 

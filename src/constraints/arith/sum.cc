@@ -88,32 +88,56 @@ struct Shift {
 // k was made as a constant: a variable that is merely bound may become free again under a posting that was accepted.
 static bool isConstant(const CSint *v) { return v->initialMin == v->initialMax; }
 
-template <bool constantFirst>
+// Which of the two the posting has made.
+enum class Made { kSum, kOperand };
+
+template <bool constantFirst, Made made>
 struct ShiftRules : Shift {
+  // A change that is passed on in full to the variable that was made comes back with nothing to do.
+  static constexpr bool madeS = made == Made::kSum;
+  static bool raiseS(CSint *s, int bound) {
+    return bound <= s->min || (bound <= s->max && (madeS ? raiseMinByMaker(s, bound) : raiseMin(s, bound)));
+  }
+  static bool lowerS(CSint *s, int bound) {
+    return bound >= s->max || (bound >= s->min && (madeS ? lowerMaxByMaker(s, bound) : lowerMax(s, bound)));
+  }
+  static bool raiseX(CSint *x, int bound) {
+    return bound <= x->min || (bound <= x->max && (madeS ? raiseMin(x, bound) : raiseMinByMaker(x, bound)));
+  }
+  static bool lowerX(CSint *x, int bound) {
+    return bound >= x->max || (bound >= x->min && (madeS ? lowerMax(x, bound) : lowerMaxByMaker(x, bound)));
+  }
+  static bool removeFromS(CSint *s, int w) {
+    return !contains(s, w) || (madeS ? removeHeldByMaker(s, w) : removeHeld(s, w));
+  }
+  static bool removeFromX(CSint *x, int w) {
+    return !contains(x, w) || (madeS ? removeHeld(x, w) : removeHeldByMaker(x, w));
+  }
+
   static bool newMin(ShiftRules &c, const Event &e) {
-    if (e.var == c.x) return narrowMin(c.s, satAdd(c.x->min, c.k)) && wrapSub(c.s->max, c.x->min) >= c.k;
+    if (e.var == c.x) return raiseS(c.s, satAdd(c.x->min, c.k)) && wrapSub(c.s->max, c.x->min) >= c.k;
     if (constantFirst && satSub(c.s->min, c.x->max) > c.k) return false;
-    return narrowMin(c.x, satSub(c.s->min, c.k)) && (constantFirst || satSub(c.s->min, c.x->max) <= c.k);
+    return raiseX(c.x, satSub(c.s->min, c.k)) && (constantFirst || satSub(c.s->min, c.x->max) <= c.k);
   }
 
   static bool newMax(ShiftRules &c, const Event &e) {
-    if (e.var == c.x) return narrowMax(c.s, satAdd(c.x->max, c.k)) && satSub(c.s->min, c.x->max) <= c.k;
+    if (e.var == c.x) return lowerS(c.s, satAdd(c.x->max, c.k)) && satSub(c.s->min, c.x->max) <= c.k;
     if (constantFirst && satSub(c.s->max, c.x->min) < c.k) return false;
-    return narrowMax(c.x, satSub(c.s->max, c.k)) && (constantFirst || satSub(c.s->max, c.x->min) >= c.k);
+    return lowerX(c.x, satSub(c.s->max, c.k)) && (constantFirst || satSub(c.s->max, c.x->min) >= c.k);
   }
 
   static bool bound(ShiftRules &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
 
   static bool removed(ShiftRules &c, const Event &e) {
     const int w = e.newValue;
-    if (e.var == c.x) return (!isBound(c.s) || satSub(valueOf(c.s), w) != c.k) && removeIfPresent(c.s, satAdd(c.k, w));
+    if (e.var == c.x) return (!isBound(c.s) || satSub(valueOf(c.s), w) != c.k) && removeFromS(c.s, satAdd(c.k, w));
     const auto leavesConstant = [&] { return !isBound(c.x) || satSub(w, valueOf(c.x)) != c.k; };
     if (!constantFirst && !leavesConstant()) return false;
-    return removeIfPresent(c.x, satSub(w, c.k)) && (!constantFirst || leavesConstant());
+    return removeFromX(c.x, satSub(w, c.k)) && (!constantFirst || leavesConstant());
   }
 };
 
-template <bool constantFirst, class Rules = ShiftRules<constantFirst>>
+template <bool constantFirst, Made made, class Rules = ShiftRules<constantFirst, made>>
 constexpr auto kShiftTable = handlers<Rules>({.newMin = on<Rules::newMin>,
                                               .newMax = on<Rules::newMax>,
                                               .minBound = on<Rules::newMin>,
@@ -167,9 +191,28 @@ static CSint *attachAs(Posting &posting, const TableOf<Record> &table, Record re
   return posting ? z : nullptr;
 }
 
+// Sums and differences of values that none of the rules above saturates or wraps.
+static bool isExact(const CSint *v) {
+  constexpr int kFar = 1 << 29;
+  return v->initialMin > -kFar && v->initialMax < kFar;
+}
+
+// Of the three, z is the one that was made.
+static CSint *attachShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
+  CSint *attached = nullptr;
+  if (isConstant(sum.a)) {
+    attached = attachAs(posting, kShiftTable<true, Made::kSum>, {{sum.s, sum.b, sum.a->min}}, z, x, y);
+  } else if (z == sum.s) {
+    attached = attachAs(posting, kShiftTable<false, Made::kSum>, {{sum.s, sum.a, sum.b->min}}, z, x, y);
+  } else {
+    attached = attachAs(posting, kShiftTable<false, Made::kOperand>, {{sum.s, sum.a, sum.b->min}}, z, x, y);
+  }
+  if (attached != nullptr) z->shifted = isExact(x) && isExact(y) && isExact(z);
+  return attached;
+}
+
 static CSint *attachSum(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
-  if (isConstant(sum.b)) return attachAs(posting, kShiftTable<false>, {{sum.s, sum.a, sum.b->min}}, z, x, y);
-  if (isConstant(sum.a)) return attachAs(posting, kShiftTable<true>, {{sum.s, sum.b, sum.a->min}}, z, x, y);
+  if (isConstant(sum.a) || isConstant(sum.b)) return attachShift(posting, sum, z, x, y);
   return attachAs(posting, kTable, sum, z, x, y);
 }
 

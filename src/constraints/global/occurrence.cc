@@ -15,14 +15,15 @@
 
 namespace koru::occurrence {
 
+// What each event looks at comes first: it shares a cache line with the head of the constraint.
 struct Record {
-  CSint *count;
   int val;
-  CSint **vars;
   int n;
-  PrivateVariables sets;
-  CSint *possible;
   CSint *undecided;
+  CSint *possible;
+  CSint *count;
+  CSint **vars;
+  PrivateVariables sets;
 
   int sure() const { return possible->count - undecided->count; }
 };
@@ -133,7 +134,7 @@ static bool attachAll(Posting &posting, const Record &record) {
 static bool post(const Poster &poster, CSint *count, int val, CSint **vars, int n) {
   Posting posting{poster};
   if (!posting) return false;
-  Record record{count, val, vars, n, PrivateVariables(2), nullptr, nullptr};
+  Record record{val, n, nullptr, nullptr, count, vars, PrivateVariables(2)};
   return fillSets(record) && attachAll(posting, record);
 }
 

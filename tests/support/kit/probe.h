@@ -143,14 +143,14 @@ inline std::vector<const CSint *> attachOrder(int mark) {
   std::vector<const CSint *> order;
   int at = 0;
   solver::trail.forEach([&](const TrailRecord &record) {
-    if (at++ >= mark && record.kind == TrailKind::kAttached) order.push_back(record.variable);
+    if (at++ >= mark && record.kind() == TrailKind::kAttached) order.push_back(record.variable());
   });
   return order;
 }
 
 inline int trailRecords(TrailKind kind) {
   int count = 0;
-  solver::trail.forEach([&](const TrailRecord &record) { count += record.kind == kind ? 1 : 0; });
+  solver::trail.forEach([&](const TrailRecord &record) { count += record.kind() == kind ? 1 : 0; });
   return count;
 }
 

@@ -169,7 +169,7 @@ class TwinPair : public Generator {
     int at = 0;
     solver::trail.forEach([&](const TrailRecord &record) {
       if (at++ >= mark)
-        trace.records.emplace_back(copy.numberOf(record.variable), static_cast<int>(record.kind), record.value);
+        trace.records.emplace_back(copy.numberOf(record.variable()), static_cast<int>(record.kind()), record.value);
     });
     return trace;
   }

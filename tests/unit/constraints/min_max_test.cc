@@ -270,7 +270,7 @@ TEST_F(MinMaxDoorsTest, TheVariadicFormsHandTheirCopyToTheTrailBeforeTheAttachme
   for (CSint *(*post)(int, ...) : {cs_VMin, cs_VMax}) {
     const int mark = solver::trail.count();
     CSint *r = post(2, x, y);
-    EXPECT_EQ(solver::trail.at(mark).kind, TrailKind::kBuffer);
+    EXPECT_EQ(solver::trail.at(mark).kind(), TrailKind::kBuffer);
     EXPECT_EQ(attachOrder(mark), (std::vector<const CSint *>{r, x, y}));
     EXPECT_EQ(attachments(r), (Attached{{post == cs_VMin ? "cs_VMin" : "cs_VMax", -1}}));
   }

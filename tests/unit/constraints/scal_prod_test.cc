@@ -139,7 +139,7 @@ TEST_F(ScalProdTest, TheVariadicFormHandsBothCopiesToTheTrailBeforeTheAttachment
   std::vector<TrailKind> kinds;
   int at = 0;
   solver::trail.forEach([&](const TrailRecord &record) {
-    if (at++ >= mark) kinds.push_back(record.kind);
+    if (at++ >= mark) kinds.push_back(record.kind());
   });
   EXPECT_EQ(kinds, (std::vector{TrailKind::kBuffer, TrailKind::kBuffer, TrailKind::kAttached, TrailKind::kAttached,
                                 TrailKind::kAttached}));

@@ -108,8 +108,8 @@ TEST_F(SumNTest, TheCopyOfTheArgumentsIsHandedToTheTrailBeforeTheAttachments) {
   EXPECT_EQ(trailRecords(TrailKind::kBuffer), 1);
   bool attached = false;
   solver::trail.forEach([&](const TrailRecord &record) {
-    if (record.kind == TrailKind::kAttached) attached = true;
-    if (record.kind == TrailKind::kBuffer) {
+    if (record.kind() == TrailKind::kAttached) attached = true;
+    if (record.kind() == TrailKind::kBuffer) {
       EXPECT_FALSE(attached);
     }
   });

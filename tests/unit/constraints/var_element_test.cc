@@ -223,7 +223,7 @@ Values removedInside(const CSint *v, int mark) {
   Values removed;
   int at = 0;
   solver::trail.forEach([&](const TrailRecord &record) {
-    if (at++ >= mark && record.kind == TrailKind::kRemoved && record.variable == v) removed.push_back(record.value);
+    if (at++ >= mark && record.kind() == TrailKind::kRemoved && record.variable() == v) removed.push_back(record.value);
   });
   return removed;
 }

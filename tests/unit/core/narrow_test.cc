@@ -24,8 +24,8 @@ class NarrowTest : public SolverTest {
   static std::vector<Noted> noted(const CSint *v) {
     std::vector<Noted> result;
     solver::trail.forEach([&](const TrailRecord &record) {
-      if (record.kind != TrailKind::kBuffer && record.variable == v)
-        result.push_back({record.kind, record.value, record.oldCount});
+      if (record.kind() != TrailKind::kBuffer && record.variable() == v)
+        result.push_back({record.kind(), record.value, record.oldCount});
     });
     return result;
   }
@@ -380,6 +380,15 @@ TEST_F(NarrowTest, EveryOperationFailsUnchangedWhenTheTrailCannotGrow) {
   EXPECT_FALSE(removeValue(interval, 5));
   EXPECT_FALSE(removeValue(interval, 9));
   EXPECT_EQ(memoryReports, 8);
+  expectDomain(interval, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+}
+
+TEST_F(NarrowTest, TheTwoNotesOfABindingMayLieInTwoBlocks) {
+  cs_saveContext();
+  while (solver::trail.count() % Trail::kCapacity != Trail::kCapacity - 1) cs_backtrack(nullptr, 0, nullptr);
+  EXPECT_TRUE(bindValue(interval, 5));
+  EXPECT_EQ(noted(interval), (std::vector<Noted>{{TrailKind::kMin, 0, 10}, {TrailKind::kMax, 9, 10}}));
+  cs_restoreContext();
   expectDomain(interval, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
 }
 

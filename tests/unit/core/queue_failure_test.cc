@@ -29,22 +29,21 @@ TEST_F(QueueFailureTest, TheQueueIsEmptiedAndALaterChangeStartsAFreshRun) {
   ASSERT_TRUE(watch(journal, 1, {x}) && watch(journal, 2, {y}));
   journal.reactions[1] = [&](const Call &) { return narrowMin(y, 1) && narrowMax(y, 9) && false; };
   EXPECT_FALSE(narrowMin(x, 1));
-  EXPECT_EQ(solver::queue.head, nullptr);
+  EXPECT_TRUE(solver::events.empty());
   EXPECT_EQ(solver::queue.depth, 0U);
   journal.calls.clear();
   EXPECT_TRUE(removeValue(y, 5));
   EXPECT_EQ(journal.calls, (std::vector<Call>{{2, y, kRemoved, 5, 5, 0}}));
 }
 
-TEST_F(QueueFailureTest, RecordsOfAFailedRunAreRecycled) {
+TEST_F(QueueFailureTest, EventsOfAFailedRunAreDropped) {
   ASSERT_TRUE(watch(journal, 1, {x}) && watch(journal, 2, {y}));
   journal.reactions[1] = [&](const Call &) { return removeValue(y, 5) && removeValue(y, 6) && false; };
   EXPECT_FALSE(narrowMin(x, 1));
-  const int records = solver::events.count();
-  EXPECT_EQ(records, 3);
+  EXPECT_TRUE(solver::events.empty());
   journal.reactions[1] = [&](const Call &) { return removeValue(y, 7) && removeValue(y, 8) && false; };
   EXPECT_FALSE(narrowMin(x, 2));
-  EXPECT_EQ(solver::events.count(), records);
+  EXPECT_TRUE(solver::events.empty());
 }
 
 TEST_F(QueueFailureTest, NothingIsUndoneAndTheErrorCodeIsUntouched) {
@@ -151,7 +150,7 @@ TEST_F(QueueFailureTest, ChangesMadeByAListenerAreQueuedAndDroppedWithTheRest) {
   EXPECT_FALSE(narrowMin(x, 3));
   EXPECT_EQ(journal.watchers(), (std::vector<int>{1, 8}));
   EXPECT_EQ(cs_getMin(y), 5);
-  EXPECT_EQ(solver::queue.head, nullptr);
+  EXPECT_TRUE(solver::events.empty());
 }
 
 TEST_F(QueueFailureTest, EveryEventCodeReachesListenersWithItsArguments) {

@@ -91,7 +91,7 @@ TEST_F(QueueObserverTest, TheFailureNoteFindsAnEmptyQueueAndTheFailureCounted) {
   } state;
   observer.argument = &state;
   observer.notify = [](void *argument, bool, CSint *, int, Site *) {
-    *static_cast<State *>(argument) = {solver::queue.depth, solver::queue.failures, solver::queue.head == nullptr};
+    *static_cast<State *>(argument) = {solver::queue.depth, solver::queue.failures, solver::events.empty()};
   };
   EXPECT_FALSE(narrowMin(x, 1));
   EXPECT_EQ(state.depth, 0U);

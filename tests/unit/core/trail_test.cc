@@ -33,11 +33,7 @@ class TrailTest : public SolverTest {
     x = cs_createCSint(0, 9);
   }
   static void push(TrailKind kind, CSint *v, int value, int oldCount) {
-    TrailRecord *record = solver::trail.push();
-    record->variable = v;
-    record->kind = kind;
-    record->value = value;
-    record->oldCount = oldCount;
+    *solver::trail.push() = {reinterpret_cast<std::uintptr_t>(v) | static_cast<std::uintptr_t>(kind), value, oldCount};
   }
   static void set(CSint *v, int min, int max) {
     v->min = v->reportedMin = min;
@@ -58,11 +54,13 @@ TEST_F(TrailTest, TheKindNumbersAreTheFixedOnes) {
 
 TEST_F(TrailTest, NotesHoldTheStateBeforeTheChange) {
   set(x, 2, 7);
-  ASSERT_TRUE(solver::trail.noteMin(x) && solver::trail.noteMax(x) && solver::trail.noteRemoved(x, 5));
+  solver::trail.noteMin(x);
+  solver::trail.noteMax(x);
+  solver::trail.noteRemoved(x, 5);
   std::vector<std::vector<int>> records;
   solver::trail.forEach([&](const TrailRecord &record) {
-    EXPECT_EQ(record.variable, x);
-    records.push_back({static_cast<int>(record.kind), record.value, record.oldCount});
+    EXPECT_EQ(record.variable(), x);
+    records.push_back({static_cast<int>(record.kind()), record.value, record.oldCount});
   });
   EXPECT_EQ(records, (std::vector<std::vector<int>>{{0, 2, 6}, {1, 7, 6}, {5, 5, 6}}));
 }
@@ -340,6 +338,17 @@ TEST_F(TrailTest, UndoCrossesBlocks) {
   const AllocationRule counted(allowAll());
   for (int bound = 1; bound <= 3000; ++bound) ASSERT_TRUE(narrowMin(wide, bound));
   EXPECT_EQ(AllocationRule::count(), 0) << "blocks are reused";
+}
+
+TEST_F(TrailTest, UndoOfRemovalsAndMaximaCrossesBlocks) {
+  CSint *wide = cs_createCSint(0, 10000);
+  cs_saveContext();
+  for (int i = 1; i <= 3000; ++i) ASSERT_TRUE(removeValue(wide, i));
+  for (int bound = 9999; bound > 7000; --bound) ASSERT_TRUE(narrowMax(wide, bound));
+  EXPECT_EQ(cs_getNbElements(wide), 4002);
+  cs_restoreContext();
+  EXPECT_EQ(values(wide).size(), 10001U);
+  EXPECT_EQ(cs_getNbElements(wide), 10001);
 }
 
 TEST_F(TrailTest, BeforeTheStartACallbackIsDroppedWithoutAReport) {
