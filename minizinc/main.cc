@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// fzn-koru: reads a FlatZinc file, posts it, searches.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+#include "minizinc/parser.h"
+#include "minizinc/profiling.h"
+#include "minizinc/run.h"
+
+namespace {
+
+using namespace koru::fzn;
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+// There is nothing to go on with.
+[[noreturn]] void exhausted() {
+  static constexpr char kText[] = "fzn-koru: memory exhausted\n";
+  std::fwrite(kText, 1, sizeof kText - 1, stderr);
+  std::_Exit(1);
+}
+
+bool readFile(Syntax &syntax) {
+  std::FILE *f = std::fopen(syntax.file.c_str(), "rb");
+  if (f == nullptr) return false;
+  char block[1 << 16];
+  std::size_t n = 0;
+  while ((n = std::fread(block, 1, sizeof block, f)) > 0) syntax.text.append(block, n);
+  const bool read = std::ferror(f) == 0;
+  std::fclose(f);
+  return read;
+}
+
+int complain(const std::string &message) {
+  std::fprintf(stderr, "%s\n", message.c_str());
+  return 1;
+}
+
+int solve(const Syntax &syntax, const Options &options, Clock::time_point start) {
+  Report report(options.all || options.intermediate || syntax.solve.goal == Goal::kSatisfy, options.statistics);
+  report.watch(options.milliseconds);
+  cs_init();
+  cs_setErrHandler(
+      CS_ERR_MEMORY, [](CSint *, void *) { exhausted(); }, nullptr);
+  Times times;
+  times.parse = secondsSince(start);
+  Mistake mistake;
+  Model model(syntax, mistake);
+  const Profiling profiling(syntax, model, options.profile);
+  const bool posted = model.post();
+  times.post = secondsSince(start) - times.parse;
+  if (mistake.isSet()) return complain(describe(syntax, mistake));
+  if (options.verbose) std::fprintf(stderr, "read in %.3f s, posted in %.3f s\n", times.parse, times.post);
+  const bool right = run(syntax, model, posted, options, times, report);
+  profiling.write();
+  if (!report.isStopping()) cs_end();
+  return right ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  const Clock::time_point start = Clock::now();
+  std::set_new_handler(exhausted);
+  Options options;
+  std::string message;
+  if (!readOptions(argc, argv, options, message)) return complain("fzn-koru: " + message);
+  if (options.help) return std::fputs(kUsage, stdout) < 0;
+  if (options.verbose && options.processes > 1) std::fprintf(stderr, "fzn-koru runs one process\n");
+  Syntax syntax;
+  syntax.file = options.file;
+  if (!readFile(syntax)) return complain("fzn-koru: " + options.file + " cannot be read");
+  Mistake mistake;
+  if (!parse(syntax, mistake)) return complain(describe(syntax, mistake));
+  return solve(syntax, options, start);
+}

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// A FlatZinc file in the solver: its variables and its constraints, posted.
+#ifndef KORU_MINIZINC_MODEL_H
+#define KORU_MINIZINC_MODEL_H
+
+#include "minizinc/postings.h"
+
+namespace koru::fzn {
+
+class Model {
+ public:
+  // Both outlive the model; a mistake in a constraint goes to `mistake`.
+  Model(const Syntax &syntax, Mistake &mistake) : variables(syntax, mistake), syntax_(syntax), mistake_(mistake) {}
+
+  // Posts everything. False when there is no solution, or with a mistake. The solver runs already.
+  bool post();
+
+  int nbPosted() const { return nbPosted_; }
+  // The constraint that is being posted; null between two.
+  const Constraint *current() const { return current_; }
+
+  Variables variables;
+
+ private:
+  struct Step {
+    const Row *row = nullptr;  // null for what needs no posting
+    Form form = Form::kPlain;
+  };
+
+  bool look();
+  bool check(const Constraint &c, const Row &row, Form form) const;
+  bool checkArgument(const Expr &e, char letter) const;
+  bool isAlias(const Constraint &c) const;
+  void findDefinitions();
+  std::vector<std::uint32_t> order() const;
+  template <class Visit>
+  void forEachVariable(const Constraint &c, Visit visit) const;
+  bool postOne(std::uint32_t number);
+  bool makeOthers();
+
+  static constexpr std::uint32_t kNone = UINT32_MAX;
+
+  const Syntax &syntax_;
+  Mistake &mistake_;
+  std::vector<Step> steps_;
+  std::vector<std::uint32_t> definition_;  // of a variable, the constraint that makes it
+  std::deque<Array> kept_;
+  const Constraint *current_ = nullptr;
+  int nbPosted_ = 0;
+};
+
+}  // namespace koru::fzn
+
+#endif  // KORU_MINIZINC_MODEL_H

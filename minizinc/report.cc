@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "minizinc/report.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+namespace koru::fzn {
+
+namespace {
+
+constexpr long kPatience = 60'000'000;  // nanoseconds that the search has for ending by itself
+
+sigset_t endingSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  return signals;
+}
+
+void put(const std::string &text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+Report::~Report() {
+  ended_ = true;
+  if (!thread_.joinable()) return;
+  pthread_kill(thread_.native_handle(), SIGTERM);
+  thread_.join();
+}
+
+void Report::watch(long long milliseconds) {
+  const sigset_t signals = endingSignals();
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  thread_ = std::thread([this, milliseconds] { guard(milliseconds); });
+}
+
+// Waits for a signal or the time, then for the search to end, then ends the process.
+void Report::guard(long long milliseconds) {
+  const sigset_t signals = endingSignals();
+  if (milliseconds > 0) {
+    const std::timespec limit = {static_cast<time_t>(milliseconds / 1000),
+                                 static_cast<long>(milliseconds % 1000) * 1'000'000};
+    sigtimedwait(&signals, nullptr, &limit);
+  } else {
+    sigwaitinfo(&signals, nullptr);
+  }
+  stopping_ = true;
+  {
+    const std::scoped_lock lock(mutex_);
+    cs_stopSearch(search_);
+  }
+  for (int i = 0; i < 60 && !ended_; ++i) {
+    const std::timespec pause = {0, kPatience / 60};
+    nanosleep(&pause, nullptr);
+  }
+  if (ended_) return;
+  end(solutions_ > 0 ? Outcome::kSolutions : Outcome::kUnknown);
+  std::_Exit(0);
+}
+
+void Report::solution(std::string text) {
+  text += "----------\n";
+  const std::scoped_lock lock(mutex_);
+  ++solutions_;
+  if (ended_) return;
+  if (immediate_)
+    put(text);
+  else
+    held_ = std::move(text);
+}
+
+void Report::setStatistics(std::string lines) {
+  const std::scoped_lock lock(mutex_);
+  lines_ = std::move(lines);
+}
+
+void Report::setSearch(CSsearch *search) {
+  const std::scoped_lock lock(mutex_);
+  search_ = search;
+  if (stopping_) cs_stopSearch(search_);
+}
+
+void Report::end(Outcome outcome) {
+  const std::scoped_lock lock(mutex_);
+  if (ended_) return;
+  write(outcome);
+  ended_ = true;
+}
+
+void Report::write(Outcome outcome) {
+  std::string text = std::move(held_);
+  if (outcome == Outcome::kComplete) text += "==========\n";
+  if (outcome == Outcome::kUnsatisfiable) text += "=====UNSATISFIABLE=====\n";
+  if (outcome == Outcome::kUnknown) text += "=====UNKNOWN=====\n";
+  if (statistics_) text += lines_ + "%%%mzn-stat-end\n";
+  put(text);
+}
+
+}  // namespace koru::fzn
