@@ -74,7 +74,7 @@ static bool runAll(const Keeper &keeper, int n) {
 }
 
 static bool isSound(CSint *const *vars, int n, const Given &given) {
-  if (n < 0 || n == kIntMax || given.count < 0 || given.count > RowSet::kMostCells / 3) return false;
+  if (n < 0 || n == kIntMax || given.count < 0 || given.count > GivenRows::kMostCells / 3) return false;
   if (n > 0 && (vars == nullptr || !allPresent(vars, n))) return false;
   return given.count == 0 || (given.sources != nullptr && given.values != nullptr && given.targets != nullptr);
 }

@@ -6,6 +6,7 @@
 // Cost: a run of O(n), and O(words) per value of a variable once the others have no more combinations than rows are
 // left. State: the rows that are left, trailed words; RowSet. Wakes: at every change.
 #include <algorithm>
+#include <bit>
 
 #include "constraints/strong/row_set.h"
 #include "core/post.h"
@@ -38,11 +39,13 @@ static std::int64_t combinations(const RowSet &rows) {
 
 // Removes the values of which every combination with the others is forbidden.
 static bool filterColumn(const RowSet &rows, const RowSet::Column &column, std::int64_t others, bool &changed) {
-  for (int place = column.begin; place < column.begin + column.size.number(); ++place) {
-    if (rows.countRows(place) != others) continue;
-    changed = true;
-    if (!removeValue(column.v, rows.valueAt(place))) return false;
-  }
+  for (int k = 0; k < column.frontWords(); ++k)
+    for (std::uint64_t left = rows.front(column, k); left != 0; left &= left - 1) {
+      const int rank = k * 64 + std::countr_zero(left);
+      if (rows.countRows(column, rank) != others) continue;
+      changed = true;
+      if (!removeValue(column.v, rows.valueAt(column, rank))) return false;
+    }
   return true;
 }
 
@@ -71,7 +74,7 @@ static bool filter(NotTable &c) {
 
 constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
 
-static bool post(const Poster &poster, const RowSet::Given &given) {
+static bool post(const Poster &poster, const GivenRows &given) {
   if (!given.isSound()) return false;
   Posting posting{poster};
   if (!posting || given.count == 0) return posting && given.count == 0;

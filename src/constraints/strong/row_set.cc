@@ -3,234 +3,111 @@
 
 #include <algorithm>
 #include <bit>
-#include <functional>
-#include <numeric>
 
 #include "core/domain_words.h"
-#include "core/post.h"
 
 namespace koru {
 
 // ----- building
 
-bool RowSet::Given::isSound() const {
-  if (n < 1 || count < 0 || std::int64_t{n} * count > kMostCells) return false;
-  return vars != nullptr && allPresent(vars, n) && (cells != nullptr || count == 0);
-}
-
-// Equal variables get the same column, in the order of their first positions.
-int RowSet::mergeColumns(const Given &given, int *columnOf) {
-  const Buffer<int> sorted(given.n);
-  if (!sorted) return -1;
-  std::iota(sorted.get(), sorted.get() + given.n, 0);
-  CSint *const *vars = given.vars;
-  std::sort(sorted.get(), sorted.get() + given.n,
-            [=](int a, int b) { return vars[a] == vars[b] ? a < b : std::less<>()(vars[a], vars[b]); });
-  for (int k = 0; k < given.n; ++k)
-    columnOf[sorted[k]] = k > 0 && vars[sorted[k]] == vars[sorted[k - 1]] ? columnOf[sorted[k - 1]] : sorted[k];
-  int merged = 0;
-  for (int i = 0; i < given.n; ++i) {
-    if (columnOf[i] != i) {
-      columnOf[i] = columnOf[columnOf[i]];
-      continue;
-    }
-    columns_[merged].v = vars[i];
-    columnOf[i] = merged++;
-  }
-  return merged;
-}
-
-// The rows that do not contradict themselves, and whose values the variables were created with.
-int RowSet::mergeRows(const Given &given, const int *columnOf, int *cells) const {
-  int kept = 0;
-  for (int r = 0; r < given.count; ++r) {
-    const int *from = given.cells + std::int64_t{r} * given.n;
-    int *to = cells + std::int64_t{kept} * columnCount_;
-    int filled = 0;
-    bool possible = true;
-    for (int i = 0; possible && i < given.n; ++i) {
-      const int j = columnOf[i];
-      const int cell = from[i];
-      const bool any = given.hasAny && cell == kAny;
-      if (!any) possible = cell >= columns_[j].v->initialMin && cell <= columns_[j].v->initialMax;
-      if (j == filled) {  // the variable's first place
-        to[filled++] = cell;
-      } else if (given.hasAny && to[j] == kAny) {
-        to[j] = cell;
-      } else {
-        possible = possible && (any || to[j] == cell);
-      }
-    }
-    if (possible) ++kept;
-  }
-  return kept;
-}
-
-int RowSet::sortRows(int rows, const int *cells, int *order) const {
-  const std::int64_t n = columnCount_;
-  const auto at = [=](int r) { return cells + r * n; };
-  std::iota(order, order + rows, 0);
-  const auto before = [=](int a, int b) { return std::lexicographical_compare(at(a), at(a) + n, at(b), at(b) + n); };
-  if (!std::is_sorted(order, order + rows, before)) std::sort(order, order + rows, before);
-  return static_cast<int>(
-      std::unique(order, order + rows, [=](int a, int b) { return std::equal(at(a), at(a) + n, at(b)); }) - order);
-}
-
-namespace {
-
-// A value and a row as one number, which sorts quickly: by value, then by row.
-class Cell {
+// Decides how the bits of each value are kept, and where.
+class RowSet::Layout {
  public:
-  Cell() = default;  // cppcheck-suppress uninitMemberVar; arrays of cells are filled later
-  Cell(int value, int row) : key_(std::uint64_t{distance(kIntMin, value)} << 32 | static_cast<std::uint32_t>(row)) {}
+  explicit Layout(int wordCount) : wordCount_(wordCount) {}
 
-  int value() const { return wrap(std::int64_t{kIntMin} + static_cast<std::int64_t>(key_ >> 32)); }
-  int row() const { return static_cast<int>(static_cast<std::uint32_t>(key_)); }
-  bool operator<(const Cell &other) const { return key_ < other.key_; }
-
- private:
-  std::uint64_t key_;
-};
-
-// The cells of one value, rows ascending.
-struct Group {
-  const Cell *begin;
-  const Cell *end;
-
-  int firstWord() const { return begin->row() / kWordBits; }
-  int words() const { return (end - 1)->row() / kWordBits - firstWord() + 1; }
-
-  // Calls add(word, bits) for each word with rows.
-  template <class Add>
-  void visitBits(Add add) const {
-    for (const Cell *cell = begin; cell != end;) {
-      const int word = cell->row() / kWordBits;
-      std::uint64_t bits = 0;
-      for (; cell != end && cell->row() / kWordBits == word; ++cell)
-        bits |= std::uint64_t{1} << (cell->row() % kWordBits);
-      add(word, bits);
+  // What a row adds to its value: `at` is the last word seen until the place is settled.
+  static void see(Place &place, int row) {
+    const int word = row / kWordBits;
+    if (place.words == 0) place.first = word;
+    if (place.words == 0 || place.at != word) ++place.words;
+    place.at = word;
+  }
+  void settle(Column &column, Place &place) {
+    if (place.words == 0) return;
+    const int span = place.at - place.first + 1;
+    const bool isFull = wordCount_ <= kRoom || place.words * std::int64_t{kRoom} >= wordCount_;
+    if (isFull) {
+      place = {0, 0, wordCount_};
+    } else if (span <= kRoom / 2 * std::int64_t{place.words}) {
+      place.words = span;
+    } else {
+      place.first = kSparse;
     }
-  }
-  int wordsWithRows() const {
-    int count = 0;
-    visitBits([&](int, std::uint64_t) { ++count; });
-    return count;
-  }
-};
-
-template <class Visit>
-void visitGroups(const Cell *cells, int count, Visit visit) {
-  for (int begin = 0, end = 0; begin < count; begin = end) {
-    while (end < count && cells[end].value() == cells[begin].value()) ++end;
-    visit(Group{cells + begin, cells + end});
-  }
-}
-
-}  // namespace
-
-// The cells of all columns, those of each one sorted; its cells for all values come last.
-struct RowSet::Sorted {
-  Buffer<Cell> cells;
-  Buffer<int> plain;  // by column: how many of its cells have a value
-  int rows;
-
-  Sorted(int columns, int rowCount) : plain(columns), rows(rowCount) {
-    if (plain) cells = Buffer<Cell>(std::uint64_t{static_cast<unsigned>(columns)} * static_cast<unsigned>(rows));
+    column.isPlain = column.isPlain && isFull;
+    std::uint64_t &room = place.first == kSparse ? sparse : dense;
+    place.at = static_cast<int>(room);
+    room += static_cast<unsigned>(place.words);
   }
 
-  Cell *column(int j) const { return &cells.get()[std::int64_t{j} * rows]; }
-  void load(int j, const int *from, std::int64_t stride, const int *order, bool hasAny) const {
-    Cell *to = column(j);
-    int last = rows;
-    plain[j] = 0;
-    for (int r = 0; r < rows; ++r) {
-      const int value = from[order[r] * stride];
-      to[hasAny && value == kAny ? --last : plain[j]++] = {value, r};
-    }
-    std::sort(to, to + plain[j]);
-    std::reverse(to + plain[j], to + rows);
-  }
-  template <class Visit>
-  void visitValues(int j, Visit visit) const {
-    visitGroups(column(j), plain[j], visit);
-  }
-  template <class Visit>
-  void visitAny(int j, Visit visit) const {
-    visitGroups(column(j) + plain[j], rows - plain[j], visit);
-  }
-};
-
-static bool isDense(const Group &group) { return group.words() <= RowSet::kRoom * group.wordsWithRows(); }
-
-bool RowSet::makeColumns(const Sorted &sorted) {
-  std::uint64_t values = 0;
   std::uint64_t dense = 0;
   std::uint64_t sparse = 0;
   std::uint64_t any = 0;
-  for (int j = 0; j < columnCount_; ++j) {
-    sorted.visitValues(j, [&](const Group &group) {
-      ++values;
-      (isDense(group) ? dense : sparse) +=
-          static_cast<unsigned>(isDense(group) ? group.words() : group.wordsWithRows());
-    });
-    sorted.visitAny(j, [&](const Group &group) { any += static_cast<unsigned>(group.wordsWithRows()); });
-  }
-  if (dense > kIntMax || !make(values_, values) || !make(places_, values) || !make(residues_, values) ||
-      !make(order_, values) || !make(placeOf_, values) || !make(dense_, dense) || !make(sparse_, sparse) ||
-      !make(anyBits_, any))
-    return false;
-  std::fill_n(dense_.get(), dense, 0);
-  return true;
-}
 
-bool RowSet::buildColumns(const Given &given, const int *cells, const int *order, int rows) {
-  const Sorted sorted(columnCount_, rows);
-  if (!sorted.cells) return false;
-  for (int j = 0; j < columnCount_; ++j) sorted.load(j, cells + j, columnCount_, order, given.hasAny);
-  if (!makeColumns(sorted)) return false;
-  int value = 0;
-  int denseAt = 0;
-  int sparseAt = 0;
-  RowBits *anyAt = anyBits_.get();
+ private:
+  int wordCount_;
+};
+
+bool RowSet::buildColumns(RankedRows &rows) {
+  Layout layout(wordCount_);
+  const auto values = static_cast<unsigned>(rows.valueCount());
+  if (!make(places_, values) || !make(residues_, values)) return false;
+  std::fill_n(places_.get(), values, Place{0, 0, 0});
   for (int j = 0; j < columnCount_; ++j) {
+    const RankedRows::Column &from = rows.column(j);
     Column &column = columns_[j];
-    column.begin = value;
-    sorted.visitValues(j, [&](const Group &group) {
-      const int first = group.firstWord();
-      values_[value] = group.begin->value();
-      order_[value] = placeOf_[value] = value;
-      residues_[value] = {first, 0};
-      if (isDense(group)) {
-        places_[value++] = {denseAt, first, group.words()};
-        group.visitBits([&](int word, std::uint64_t bits) { dense_[denseAt + word - first] = bits; });
-        denseAt += group.words();
-      } else {
-        places_[value++] = {sparseAt, kSparse, group.wordsWithRows()};
-        group.visitBits([&](int word, std::uint64_t bits) { sparse_[sparseAt++] = {word, bits}; });
+    column = {from.v, from.begin, from.ranks, from.isRange, true, 0, nullptr, nullptr};
+    int anyWord = -1;
+    for (int r = 0; r < rowCount_; ++r) {
+      const int rank = rows.ranks(j)[r];
+      if (rank != RankedRows::kAnyRank) {
+        Layout::see(places_[column.begin + rank], r);
+      } else if (r / kWordBits != anyWord) {
+        anyWord = r / kWordBits;
+        ++layout.any;
+        column.isPlain = false;
       }
-    });
-    column.end = value;
-    column.size.init(static_cast<std::uint64_t>(value - column.begin));
-    column.anyBegin = anyAt;
-    sorted.visitAny(j, [&](const Group &group) {
-      group.visitBits([&](int word, std::uint64_t bits) { *anyAt++ = {word, bits}; });
-    });
-    column.anyEnd = anyAt;
+    }
+    for (int at = column.begin; at < column.begin + column.ranks; ++at) layout.settle(column, places_[at]);
   }
+  if (layout.dense > kIntMax || !make(dense_, layout.dense) || !make(sparse_, layout.sparse) ||
+      !make(anyBits_, layout.any))
+    return false;
+  std::fill_n(dense_.get(), layout.dense, 0);
+  RowBits *anyAt = anyBits_.get();
+  for (int j = 0; j < columnCount_; ++j) fillColumn(rows, j, anyAt);
+  values_ = rows.takeValues();
   return true;
 }
 
-bool RowSet::start(int rows) {
-  rowCount_ = rows;
-  wordCount_ = wordsFor(rows);
-  const auto words = static_cast<unsigned>(wordCount_);
-  if (!make(words_, words) || !make(index_, words) || !make(mask_, words)) return false;
-  for (int k = 0; k < wordCount_; ++k) {
-    words_[k].init(fullWord(k));
-    index_[k] = k;
+// Adds a row to a list whose last entry is `end[-1]`.
+static void addTo(RowBits *begin, RowBits *&end, int row) {
+  const int word = row / kWordBits;
+  if (end == begin || end[-1].word != word) *end++ = {word, 0};
+  end[-1].bits |= std::uint64_t{1} << (row % kWordBits);
+}
+
+void RowSet::fillColumn(const RankedRows &rows, int j, RowBits *&anyAt) {
+  Column &column = columns_[j];
+  column.anyBegin = anyAt;
+  for (int at = column.begin; at < column.begin + column.ranks; ++at) residues_[at] = {0, 0};
+  for (int r = 0; r < rowCount_; ++r) {
+    const int rank = rows.ranks(j)[r];
+    if (rank == RankedRows::kAnyRank) {
+      addTo(column.anyBegin, anyAt, r);
+      continue;
+    }
+    const Place &place = places_[column.begin + rank];
+    if (place.first == kSparse) {
+      RowBits *const begin = sparse_.get() + place.at;
+      RowBits *end = begin + residues_[column.begin + rank].word;  // as many as there are so far
+      addTo(begin, end, r);
+      residues_[column.begin + rank].word = static_cast<int>(end - begin);
+    } else {
+      dense_[place.at + r / kWordBits - place.first] |= std::uint64_t{1} << (r % kWordBits);
+    }
   }
-  used_.init(static_cast<std::uint64_t>(wordCount_));
-  return true;
+  column.anyEnd = anyAt;
+  for (int at = column.begin; at < column.begin + column.ranks; ++at) residues_[at] = {0, 0};
 }
 
 std::uint64_t RowSet::fullWord(int k) const {
@@ -238,66 +115,78 @@ std::uint64_t RowSet::fullWord(int k) const {
   return left >= kWordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << left) - 1;
 }
 
-bool RowSet::build(const Given &given) {
-  const auto n = static_cast<unsigned>(given.n);
-  const auto count = static_cast<unsigned>(given.count);
-  Buffer<int> columnOf;
-  Buffer<int> cells;
-  Buffer<int> order;
-  if (!make(columns_, n) || !make(columnOf, n) || !make(cells, std::uint64_t{n} * count) || !make(order, count))
+// The values that have rows.
+std::uint64_t RowSet::fullFront(const Column &column, int k) const {
+  std::uint64_t bits = 0;
+  const int end = std::min(column.ranks, (k + 1) * kWordBits);
+  for (int rank = k * kWordBits; rank < end; ++rank)
+    if (places_[column.begin + rank].words > 0) bits |= std::uint64_t{1} << (rank % kWordBits);
+  return bits;
+}
+
+// Gives every word its place, and makes what is needed besides.
+bool RowSet::start() {
+  used_ = wordCount_;
+  open_ = used_ + 1;
+  openWords_ = wordsFor(columnCount_);
+  int words = open_ + openWords_;
+  int widest = 0;
+  int most = 0;
+  for (int j = 0; j < columnCount_; ++j) {
+    columns_[j].size = words;
+    words += 1 + columns_[j].frontWords();
+    widest = std::max(widest, columns_[j].frontWords());
+    most = std::max(most, columns_[j].ranks);
+  }
+  wordsInAll_ = words;
+  const auto rowWords = static_cast<unsigned>(wordCount_);
+  if (!words_.create(static_cast<unsigned>(words)) || !make(index_, rowWords) || !make(mask_, rowWords) ||
+      !make(scratch_, static_cast<unsigned>(widest)) || !make(rows_, static_cast<unsigned>(most)))
     return false;
-  columnCount_ = mergeColumns(given, columnOf.get());
-  if (columnCount_ < 0) return false;
-  const int rows = sortRows(mergeRows(given, columnOf.get(), cells.get()), cells.get(), order.get());
-  return buildColumns(given, cells.get(), order.get(), rows) && start(rows);
+  for (int k = 0; k < wordCount_; ++k) index_[k] = k;
+  fill([this](int i, std::uint64_t bits) { words_.init(i, bits); });
+  return true;
+}
+
+// What all words are before anything has gone.
+template <class Set>
+void RowSet::fill(Set set) {
+  for (int k = 0; k < wordCount_; ++k) set(k, fullWord(k));
+  set(used_, static_cast<unsigned>(wordCount_));
+  for (int k = 0; k < openWords_; ++k) {
+    const int left = columnCount_ - k * kWordBits;
+    set(open_ + k, left >= kWordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << left) - 1);
+  }
+  for (int j = 0; j < columnCount_; ++j) {
+    const Column &column = columns_[j];
+    int size = 0;
+    for (int k = 0; k < column.frontWords(); ++k) {
+      const std::uint64_t bits = fullFront(column, k);
+      set(column.size + 1 + k, bits);
+      size += countOnes(bits);
+    }
+    set(column.size, static_cast<unsigned>(size));
+  }
+}
+
+bool RowSet::build(const GivenRows &given) {
+  RankedRows rows;
+  if (!rows.build(given)) return false;
+  columnCount_ = rows.columns();
+  rowCount_ = rows.rows();
+  wordCount_ = wordsFor(rowCount_);
+  return make(columns_, static_cast<unsigned>(columnCount_)) && buildColumns(rows) && start();
 }
 
 // ----- updates
 
-void RowSet::swap(int place, int other) const {
-  std::swap(order_[place], order_[other]);
-  placeOf_[order_[place]] = place;
-  placeOf_[order_[other]] = other;
-}
-
-// -1 when the column does not have the value.
-int RowSet::rankOf(const Column &column, int value) const {
-  const int *begin = values_.get() + column.begin;
-  const int *end = values_.get() + column.end;
-  const int *found = std::lower_bound(begin, end, value);
-  return found == end || *found != value ? -1 : static_cast<int>(found - values_.get());
-}
-
-// Values that have left the domain go behind those that have not; returns the number of these.
-int RowSet::partition(const Column &column) const {
-  if (isBound(column.v)) return partitionBound(column);
-  int end = column.begin + column.size.number();
-  for (int place = column.begin; place < end;) {
-    if (contains(column.v, valueAt(place))) {
-      ++place;
-    } else {
-      swap(place, --end);
-    }
-  }
-  return end - column.begin;
-}
-
-int RowSet::partitionBound(const Column &column) const {
-  const int rank = rankOf(column, valueOf(column.v));
-  if (rank < 0 || placeOf_[rank] >= column.begin + column.size.number()) return 0;
-  swap(column.begin, placeOf_[rank]);
-  return 1;
-}
-
 template <class Visit>
-bool RowSet::visitRows(int place, Visit visit) const {
-  const Place &p = places_[order_[place]];
-  const int used = used_.number();
+bool RowSet::visitRows(const Place &p, Visit visit) const {
   if (p.first == kSparse) {
     for (int i = p.at; i < p.at + p.words; ++i)
       if (!visit(sparse_[i].word, sparse_[i].bits)) return false;
-  } else if (used < p.words) {
-    for (int i = 0; i < used; ++i) {
+  } else if (const int count = used(); count < p.words) {
+    for (int i = 0; i < count; ++i) {
       const int word = index_[i];
       if (word >= p.first && word - p.first < p.words && !visit(word, dense_[p.at + word - p.first])) return false;
     }
@@ -308,115 +197,233 @@ bool RowSet::visitRows(int place, Visit visit) const {
   return true;
 }
 
-bool RowSet::clearRowsOf(int place, const WordStamp &stamp) {
-  return visitRows(place,
-                   [&](int word, std::uint64_t bits) { return words_[word].set(words_[word].bits() & ~bits, stamp); });
-}
-
-template <class Bits>
-bool RowSet::keepBits(const WordStamp &stamp, Bits bits) {
-  const int used = used_.number();
-  for (int i = 0; i < used; ++i) {
-    ReversibleWord &word = words_[index_[i]];
-    if (!word.set(word.bits() & bits(index_[i]), stamp)) return false;
+// Keeps the rows of keep(word), and moves words that are empty then behind those in front.
+template <class Keep>
+void RowSet::sweep(Keep keep) {
+  ReversibleWords::Changes changes = words_.changesNow();
+  int *const index = index_.get();
+  int left = used();
+  for (int i = left - 1; i >= 0; --i) {
+    const int word = index[i];
+    const std::uint64_t before = changes.words[word];
+    const std::uint64_t now = before & keep(word);
+    if (now == before) continue;
+    changes.set(word, now);
+    if (now == 0) std::swap(index[i], index[--left]);
   }
-  return true;
+  changes.set(used_, static_cast<unsigned>(left));
+  words_.keep(changes);
 }
 
-bool RowSet::keepRowsOf(const Column &column, int inFront, const WordStamp &stamp) {
-  if (inFront == 1 && column.anyBegin == column.anyEnd && places_[order_[column.begin]].first != kSparse)
-    return keepRowsOfOne(places_[order_[column.begin]], stamp);
-  for (int i = 0; i < used_.number(); ++i) mask_[index_[i]] = 0;
-  for (const RowBits *b = column.anyBegin; b != column.anyEnd; ++b) mask_[b->word] |= b->bits;
-  for (int place = column.begin; place < column.begin + inFront; ++place)
-    visitRows(place, [&](int word, std::uint64_t bits) {
-      mask_[word] |= bits;
-      return true;
-    });
-  return keepBits(stamp, [this](int word) { return mask_[word]; });
+// The bits of all words of each value in scratch_; returns how many these are.
+int RowSet::collectRows(const Column &column) {
+  int count = 0;
+  for (int k = 0; k < column.frontWords(); ++k)
+    for (std::uint64_t left = scratch_[k]; left != 0; left &= left - 1)
+      rows_[count++] = dense_.get() + places_[column.begin + k * kWordBits + std::countr_zero(left)].at;
+  return count;
 }
 
-// Without a mask: that of a variable that has been bound is the value's.
-bool RowSet::keepRowsOfOne(const Place &p, const WordStamp &stamp) {
-  const std::uint64_t *bits = dense_.get() + p.at;
-  return keepBits(stamp, [&](int word) {
-    const auto i = static_cast<unsigned>(word) - static_cast<unsigned>(p.first);
-    return i < static_cast<unsigned>(p.words) ? bits[i] : 0;
+// Those of values that are not plain, together.
+void RowSet::makeMask(const Column &column, bool keeps) {
+  for (int i = 0; i < used(); ++i) mask_[index_[i]] = 0;
+  if (keeps)
+    for (const RowBits *b = column.anyBegin; b != column.anyEnd; ++b) mask_[b->word] |= b->bits;
+  for (int k = 0; k < column.frontWords(); ++k)
+    for (std::uint64_t left = scratch_[k]; left != 0; left &= left - 1)
+      visitRows(places_[column.begin + k * kWordBits + std::countr_zero(left)], [this](int word, std::uint64_t bits) {
+        mask_[word] |= bits;
+        return true;
+      });
+}
+
+static void addBits(std::uint64_t *to, const std::uint64_t *from, int count) {
+  for (int k = 0; k < count; ++k) to[k] |= from[k];
+}
+
+// Word by word without an index, in loops that a compiler makes vectors of.
+void RowSet::cutFew(const Column &column, bool keeps) {
+  const std::uint64_t *mask = mask_.get();
+  if (!column.isPlain) {
+    makeMask(column, keeps);
+  } else if (const int count = collectRows(column); count == 1) {
+    mask = rows_[0];
+  } else {
+    std::fill_n(mask_.get(), wordCount_, 0);
+    for (int i = 0; i < count; ++i) addBits(mask_.get(), rows_[i], wordCount_);
+  }
+  std::uint64_t *const words = words_.held();
+  const std::uint64_t flip = keeps ? 0 : ~std::uint64_t{0};
+  std::uint64_t any = 0;
+  for (int k = 0; k < wordCount_; ++k) any |= words[k] &= mask[k] ^ flip;
+  if (any == 0) words_.set(used_, 0);
+}
+
+// By the values that have gone, or by those that are left if these are fewer.
+void RowSet::cut(const Column &column, bool keeps) {
+  if (areFew()) return cutFew(column, keeps);
+  const std::uint64_t flip = keeps ? 0 : ~std::uint64_t{0};
+  if (!column.isPlain) {
+    makeMask(column, keeps);
+    return sweep([mask = mask_.get(), flip](int word) { return mask[word] ^ flip; });
+  }
+  const int count = collectRows(column);
+  if (count == 1) return sweep([row = rows_[0], flip](int word) { return row[word] ^ flip; });
+  sweep([rows = rows_.get(), count, flip](int word) {
+    std::uint64_t bits = 0;
+    for (int i = 0; i < count; ++i) bits |= rows[i][word];
+    return bits ^ flip;
   });
 }
 
 // A run that has failed leaves domains as they are. By the counts of values, which follow the domains unless a context
 // has been accepted inside another one.
 bool RowSet::lostNothing(const Column &column) const {
-  return settled_ && column.anyBegin == column.anyEnd && column.v->count == column.size.number() &&
-         !solver::acceptedInside;
+  return settled_ && column.v->count == size(column) && !column.hasAny();
 }
 
-// The size comes last: where memory ends before it, the next update does all of it again.
-bool RowSet::updateColumn(Column &column, const WordStamp &stamp) {
-  if (lostNothing(column)) return true;
-  const int before = column.size.number();
-  const int inFront = partition(column);
-  const int gone = before - inFront;
-  if (gone == 0) return true;
-  ++changed_;
-  lastChanged_ = &column;
-  if (gone < inFront) {
-    for (int place = column.begin + inFront; place < column.begin + before; ++place)
-      if (!clearRowsOf(place, stamp)) return false;
-  } else if (!keepRowsOf(column, inFront, stamp)) {
-    return false;
+// Notes the values in front that are not in the domain; returns how many these are.
+int RowSet::findGone(const Column &column) {
+  const CSint *v = column.v;
+  int count = 0;
+  for (int k = 0; k < column.frontWords(); ++k) {
+    const std::uint64_t bits = front(column, k);
+    std::uint64_t gone = 0;
+    if (column.isRange) {
+      gone = bits & ~domainWord(v, std::int64_t{valueAt(column, 0)} + k * kWordBits);
+    } else {
+      for (std::uint64_t left = bits; left != 0; left &= left - 1)
+        if (!contains(v, valueAt(column, k * kWordBits + std::countr_zero(left)))) gone |= left & ~(left - 1);
+    }
+    scratch_[k] = gone;
+    count += countOnes(gone);
   }
-  return column.size.setNumber(inFront, stamp);
+  return count;
 }
 
-bool RowSet::sweepEmpty(const WordStamp &stamp) {
-  int used = used_.number();
-  for (int i = used - 1; i >= 0; --i)
-    if (words_[index_[i]].bits() == 0) std::swap(index_[i], index_[--used]);
-  return used_.setNumber(used, stamp);
+bool RowSet::close(const Column &column) {
+  if (!words_.prepare(1)) return false;
+  const auto j = static_cast<int>(&column - columns_.get());
+  const int k = open_ + j / kWordBits;
+  words_.set(k, words_[k] & ~(std::uint64_t{1} << (j % kWordBits)));
+  return true;
+}
+
+bool RowSet::updateColumn(const Column &column) {
+  if (lostNothing(column)) return true;
+  const int gone = findGone(column);
+  if (gone > 0) {
+    ++changed_;
+    lastChanged_ = &column;
+    if (areFew() && !words_.hold(wordCount_)) return false;
+    const int rowWords = areFew() ? 0 : used();
+    if (!words_.prepare(static_cast<unsigned>(rowWords) + static_cast<unsigned>(column.frontWords()) + 2)) return false;
+    const int left = size(column) - gone;
+    const bool keeps = left < gone;
+    for (int k = 0; k < column.frontWords(); ++k) {
+      const std::uint64_t bits = front(column, k) & ~scratch_[k];
+      if (scratch_[k] != 0) words_.set(column.size + 1 + k, bits);
+      if (keeps) scratch_[k] = bits;
+    }
+    words_.set(column.size, static_cast<unsigned>(left));
+    cut(column, keeps);
+  }
+  return !isBound(column.v) || close(column);
 }
 
 bool RowSet::reset() {
-  const WordStamp stamp = WordStamp::now();
-  for (int k = 0; k < wordCount_; ++k)
-    if (!words_[k].set(fullWord(k), stamp)) return false;
-  for (int j = 0; j < columnCount_; ++j)
-    if (!columns_[j].size.setNumber(columns_[j].end - columns_[j].begin, stamp)) return false;
-  return used_.setNumber(wordCount_, stamp);
+  if (!words_.prepare(static_cast<unsigned>(wordsInAll_))) return false;
+  fill([this](int i, std::uint64_t bits) { words_.set(i, bits); });
+  return true;
 }
 
 bool RowSet::update() {
+  words_.begin();
   const bool anew = fresh_ || !seen_.kept();
   if (anew && !fresh_ && !reset()) return false;
+  settled_ = settled_ && !anew && !solver::acceptedInside;
   changed_ = anew ? columnCount_ + 1 : 0;
-  const WordStamp stamp = WordStamp::now();
-  for (int j = 0; j < columnCount_; ++j)
-    if (!updateColumn(columns_[j], stamp)) return false;
+  const bool done = forEachOpen([this](const Column &column) { return updateColumn(column); });
   settled_ = false;  // until the run is through
-  return changed_ == 0 || sweepEmpty(stamp);
+  return done;
 }
 
 // ----- questions
 
+bool RowSet::isInFront(const Column &column, int value) const {
+  const int *begin = values_.get() + column.begin;
+  const int *end = begin + column.ranks;
+  const int *found = std::lower_bound(begin, end, value);
+  if (found == end || *found != value) return false;
+  const auto rank = static_cast<int>(found - begin);
+  return (front(column, rank / kWordBits) >> (rank % kWordBits) & 1) != 0;
+}
+
+int RowSet::lowestInFront(const Column &column) const {
+  int k = 0;
+  while (front(column, k) == 0) ++k;
+  return valueAt(column, k * kWordBits + std::countr_zero(front(column, k)));
+}
+
+int RowSet::highestInFront(const Column &column) const {
+  int k = column.frontWords() - 1;
+  while (front(column, k) == 0) --k;
+  return valueAt(column, k * kWordBits + 63 - std::countl_zero(front(column, k)));
+}
+
 bool RowSet::anySupported(const Column &column) const {
   for (const RowBits *b = column.anyBegin; b != column.anyEnd; ++b)
-    if ((words_[b->word].bits() & b->bits) != 0) return true;
+    if ((words_[b->word] & b->bits) != 0) return true;
   return false;
 }
 
-bool RowSet::findSupport(int place) {
-  return !visitRows(place, [&](int word, std::uint64_t bits) {
-    if ((words_[word].bits() & bits) == 0) return true;
-    residues_[order_[place]] = {word, bits};
+bool RowSet::findSupport(const Column &column, int at) {
+  const Place &place = places_[at];
+  const auto isLast = [this, at](int word, std::uint64_t bits) {
+    if ((words_[word] & bits) == 0) return true;
+    residues_[at] = {word, bits};
     return false;
-  });
+  };
+  if (!column.isPlain) return !visitRows(place, isLast);
+  const std::uint64_t *const bits = dense_.get() + place.at;
+  if (areFew()) {
+    const std::uint64_t *const words = words_.from(0);
+    int k = 0;
+    while (k < wordCount_ && (words[k] & bits[k]) == 0) ++k;
+    return k < wordCount_ && !isLast(k, bits[k]);
+  }
+  const int count = used();
+  for (int i = 0; i < count; ++i)
+    if (!isLast(index_[i], bits[index_[i]])) return true;
+  return false;
 }
 
-int RowSet::countRows(int place) const {
+bool RowSet::dropUnsupported(const Column &column) {
+  const std::uint64_t *const words = words_.from(0);
+  const RowBits *const residues = residues_.get();
+  int count = 0;
+  for (int k = 0; k < column.frontWords(); ++k) {
+    std::uint64_t gone = 0;
+    for (std::uint64_t left = front(column, k); left != 0; left &= left - 1) {
+      const int at = column.begin + k * kWordBits + std::countr_zero(left);
+      const RowBits &residue = residues[at];
+      if ((words[residue.word] & residue.bits) == 0 && !findSupport(column, at)) gone |= left & ~(left - 1);
+    }
+    scratch_[k] = gone;
+    count += countOnes(gone);
+  }
+  if (count == 0) return true;
+  if (!words_.prepare(static_cast<unsigned>(column.frontWords()) + 1)) return false;
+  for (int k = 0; k < column.frontWords(); ++k)
+    if (scratch_[k] != 0) words_.set(column.size + 1 + k, front(column, k) & ~scratch_[k]);
+  words_.set(column.size, static_cast<unsigned>(size(column) - count));
+  return true;
+}
+
+int RowSet::countRows(const Column &column, int rank) const {
   int rows = 0;
-  visitRows(place, [&](int word, std::uint64_t bits) {
-    rows += std::popcount(words_[word].bits() & bits);
+  visitRows(places_[column.begin + rank], [&](int word, std::uint64_t bits) {
+    rows += countOnes(words_[word] & bits);
     return true;
   });
   return rows;
@@ -424,14 +431,8 @@ int RowSet::countRows(int place) const {
 
 int RowSet::countRows() const {
   int rows = 0;
-  for (int i = 0; i < used_.number(); ++i) rows += std::popcount(words_[index_[i]].bits());
+  for (int i = 0; i < used(); ++i) rows += countOnes(words_[index_[i]]);
   return rows;
-}
-
-bool RowSet::dropValue(Column &column, int place, const WordStamp &stamp) {
-  const int size = column.size.number() - 1;
-  swap(place, column.begin + size);
-  return column.size.setNumber(size, stamp);
 }
 
 }  // namespace koru

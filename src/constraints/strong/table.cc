@@ -8,7 +8,7 @@
 // Wakes: at every change.
 #include "constraints/strong/table.h"
 
-#include <algorithm>
+#include <bit>
 
 #include "core/domain_walk.h"
 #include "koru_extras.h"
@@ -17,54 +17,40 @@ namespace koru::table {
 
 // ----- rules
 
-// Values without a row go behind those in front.
-static bool dropUnsupported(RowSet &rows, RowSet::Column &column) {
-  for (int place = column.begin; place < column.begin + column.size.number();) {
-    if (rows.isSupported(place))
-      ++place;
-    else if (!rows.dropValue(column, place, WordStamp::now()))
-      return false;
-  }
-  return true;
-}
-
-// Bounds first, so that they move once.
-static bool narrowToFront(const RowSet &rows, const RowSet::Column &column) {
-  int min = kIntMax;
-  int max = kIntMin;
-  for (int place = column.begin; place < column.begin + column.size.number(); ++place) {
-    min = std::min(min, rows.valueAt(place));
-    max = std::max(max, rows.valueAt(place));
-  }
-  return min <= max && narrowMin(column.v, min) && narrowMax(column.v, max);
-}
-
-// What the table does not have at all goes at the first time; later just what has been dropped.
-static bool filterColumn(RowSet &rows, RowSet::Column &column) {
+// The domain becomes the front. Bounds first, so that they move once; what the table does not have at all goes at the
+// first time, later just what has been dropped.
+static bool keepFront(RowSet &rows, const RowSet::Column &column) {
   CSint *v = column.v;
-  if (rows.anySupported(column) || (isBound(v) && column.size.number() == 1)) return true;
-  const int before = column.size.number();
-  if (!dropUnsupported(rows, column)) return false;
-  const int left = column.size.number();
-  if (v->count == left && left == before) return true;
-  if (!narrowToFront(rows, column)) return false;
-  for (int place = column.begin + left; place < column.begin + before; ++place)
-    if (!removeValue(v, rows.valueAt(place))) return false;
+  const int left = rows.size(column);
+  if (left == 1) return (isBound(v) || bindValue(v, rows.lowestInFront(column))) && rows.close(column);
+  if (!narrowMin(v, rows.lowestInFront(column)) || !narrowMax(v, rows.highestInFront(column))) return false;
+  for (int k = 0; v->count != left && k < column.frontWords(); ++k)
+    for (std::uint64_t gone = rows.dropped(k); gone != 0; gone &= gone - 1)
+      if (!removeValue(v, rows.valueAt(column, k * 64 + std::countr_zero(gone)))) return false;
   if (v->count == left) return true;
   return forEachValue(v, [&](int value) { return rows.isInFront(column, value) || removeValue(v, value); });
 }
 
+static bool filterColumn(RowSet &rows, const RowSet::Column &column) {
+  if (rows.isOnlyChange(column) || rows.anySupported(column)) return true;
+  const int before = rows.size(column);
+  if (!rows.dropUnsupported(column)) return false;
+  const int left = rows.size(column);
+  return (left == before && column.v->count == left) || keepFront(rows, column);
+}
+
 bool filter(Table &c) {
   if (!c.rows.update() || c.rows.empty()) return false;
-  for (int j = 0; j < c.rows.columns() && !c.rows.unchanged(); ++j)
-    if (!c.rows.isOnlyChange(c.rows.column(j)) && !filterColumn(c.rows, c.rows.column(j))) return false;
+  if (!c.rows.unchanged() &&
+      !c.rows.forEachOpen([&c](const RowSet::Column &column) { return filterColumn(c.rows, column); }))
+    return false;
   c.rows.noteSeen(true);
   return true;
 }
 
 // ----- posting
 
-static bool post(const Poster &poster, const RowSet::Given &given) {
+static bool post(const Poster &poster, const GivenRows &given) {
   if (!given.isSound()) return false;
   Posting posting{poster};
   if (!posting || given.count == 0) return posting && given.count > 0;

@@ -129,6 +129,26 @@ TEST_F(TableTest, RowsThatComeBackBehindAnAcceptAreSeen) {
   }
 }
 
+// What a callback of an undo posts finds all values that the undo has brought back so far, and their rows.
+std::vector<CSint *> undone;
+void narrowWhileUndoing(CSint *, int) {
+  EXPECT_TRUE(cs_GE(undone[0], 2));
+  EXPECT_EQ(cs_getMin(undone[1]), 2);
+}
+
+TEST_F(TableTest, ACallbackOfAnUndoFindsTheRowsThatAreBack) {
+  undone = {cs_createCSint(0, 9), cs_createCSint(0, 9)};
+  ASSERT_TRUE(post(cs_Table, undone, {{1, 1}, {2, 2}, {3, 3}, {4, 4}}));
+  cs_saveContext();
+  ASSERT_TRUE(cs_LE(undone[0], 3));
+  cs_backtrack(nullptr, 0, narrowWhileUndoing);
+  ASSERT_TRUE(cs_LE(undone[0], 1));
+  cs_restoreContext();
+  EXPECT_EQ(values(undone[1]), (std::vector<int>{1, 2, 3, 4}));
+  EXPECT_TRUE(cs_NEQ(undone[1], 2));
+  EXPECT_EQ(values(undone[0]), (std::vector<int>{1, 3, 4}));
+}
+
 // What enumeration leaves of domains.
 std::vector<std::vector<int>> supported(const std::vector<CSint *> &vars, const Rows &rows, bool forbidden) {
   std::vector<std::vector<bool>> has(vars.size(), std::vector<bool>(6));

@@ -130,7 +130,167 @@ TEST_F(ReversibleTest, RestoresGiveBackWhatWasThere) {
   }
 }
 
+// ----- many words
+
+class ReversibleWordsTest : public SolverTest {
+ public:
+  void SetUp() override {
+    SolverTest::SetUp();
+    ASSERT_TRUE(words.create(kCount));
+    for (int i = 0; i < kCount; ++i) words.init(i, 0);
+  }
+  // A run that sets some words; with `all` it says that it changes most of the first half.
+  bool run(const std::vector<std::pair<int, std::uint64_t>> &changes, bool all = false) {
+    words.begin();
+    if ((all && !words.hold(kCount / 2)) || !words.prepare(changes.size())) return false;
+    for (const auto &[i, bits] : changes) {
+      if (all && i < kCount / 2)
+        words.held()[i] = bits;
+      else
+        words.set(i, bits);
+    }
+    return true;
+  }
+  // As a run finds them.
+  std::vector<std::uint64_t> found() {
+    words.begin();
+    return {words.from(0), words.from(0) + kCount};
+  }
+
+  static constexpr int kCount = 6;
+  ReversibleWords words;
+};
+
+TEST_F(ReversibleWordsTest, ARunFindsWhatWasThereBeforeTheContext) {
+  EXPECT_TRUE(run({{0, 1}, {5, ~std::uint64_t{0}}}));
+  cs_saveContext();
+  EXPECT_TRUE(run({{0, 2}, {1, 3}, {0, 4}}));
+  EXPECT_EQ(words[0], 4U);
+  cs_restoreContext();
+  EXPECT_EQ(found(), (std::vector<std::uint64_t>{1, 0, 0, 0, 0, ~std::uint64_t{0}}));
+}
+
+TEST_F(ReversibleWordsTest, AContextHasOneRecordOnTheTrailAndHoldsOnce) {
+  cs_saveContext();
+  EXPECT_TRUE(run({{0, 1}, {1, 2}, {4, 3}}, true));
+  const int before = solver::trail.count();
+  EXPECT_TRUE(run({{0, 7}, {1, 8}, {5, 9}}, true));
+  EXPECT_EQ(solver::trail.count(), before);
+  cs_restoreContext();
+  EXPECT_EQ(found(), std::vector<std::uint64_t>(kCount, 0));
+}
+
+TEST_F(ReversibleWordsTest, WhatCannotBeUndoneTakesNoRoom) {
+  cs_saveContext();
+  cs_forgetSaveContext();
+  const long before = blocksAlive;
+  for (unsigned i = 0; i < 1000; ++i) ASSERT_TRUE(run({{1, i}, {2, i}}, i % 2 == 0));
+  EXPECT_EQ(blocksAlive, before);
+  EXPECT_EQ(words[2], 999U);
+}
+
+TEST_F(ReversibleWordsTest, ExhaustedMemoryChangesNothing) {
+  cs_saveContext();
+  std::vector<std::pair<int, std::uint64_t>> changes(100, {3, 1});
+  {
+    const AllocationRule none(refuseAll());
+    EXPECT_FALSE(run(changes)) << "the log cannot grow";
+  }
+  EXPECT_EQ(memoryReports, 1);
+  EXPECT_EQ(words[3], 0U);
+  EXPECT_TRUE(run(changes));
+  cs_restoreContext();
+  EXPECT_EQ(words[3], 1U) << "until the next run";
+  EXPECT_EQ(found()[3], 0U);
+}
+
+TEST_F(ReversibleWordsTest, AFullTrailChangesNothing) {
+  cs_saveContext();
+  fillTrail();
+  {
+    const AllocationRule none(refuseAll());
+    EXPECT_FALSE(run({{1, 1}}));
+    EXPECT_FALSE(run({{1, 1}}, true));
+  }
+  EXPECT_EQ(words[1], 0U);
+}
+
+ReversibleWordsTest *runByUndo = nullptr;
+void runWithin(CSint *, int) { EXPECT_TRUE(runByUndo->run({{0, 50}, {4, 51}}, true)); }
+
+TEST_F(ReversibleWordsTest, ARunOfARunningUndoIsTakenBackToo) {
+  runByUndo = this;
+  cs_saveContext();
+  EXPECT_TRUE(run({{0, 1}, {4, 2}}));
+  cs_saveContext();
+  EXPECT_TRUE(run({{0, 3}}));
+  cs_backtrack(nullptr, 0, runWithin);
+  EXPECT_TRUE(run({{4, 5}}, true));
+  cs_restoreContext();
+  EXPECT_EQ(found(), (std::vector<std::uint64_t>{1, 0, 0, 0, 2, 0}));
+  cs_restoreContext();
+  EXPECT_EQ(found(), std::vector<std::uint64_t>(kCount, 0));
+}
+
+// Nothing is taken back any more, for nobody relies on it; the log does not grow either.
+TEST_F(ReversibleWordsTest, AfterAnAcceptInsideAContextTheLogIsNotUsed) {
+  cs_saveContext();
+  EXPECT_TRUE(run({{0, 1}}));
+  cs_saveContext();
+  EXPECT_TRUE(run({{0, 2}}));
+  ASSERT_TRUE(cs_LE(cs_createCSint(0, 9), 8));
+  cs_acceptContext();
+  cs_restoreContext();
+  EXPECT_EQ(found()[0], 2U);
+  cs_saveContext();
+  const long before = blocksAlive;
+  for (unsigned i = 0; i < 1000; ++i) ASSERT_TRUE(run({{1, i}}));
+  EXPECT_EQ(blocksAlive, before);
+}
+
+// Random runs and contexts against copies of the words.
+TEST_F(ReversibleWordsTest, RestoresGiveBackWhatWasThere) {
+  std::mt19937 random(7);
+  std::vector<std::vector<std::uint64_t>> saved;
+  for (int i = 0; i < 20000; ++i) {
+    const unsigned choice = random() % 8;
+    if (choice <= 1 && saved.size() < 30) {
+      saved.push_back(found());
+      cs_saveContext();
+    } else if (choice == 2 && !saved.empty()) {
+      cs_restoreContext();
+      if (random() % 2 == 0) {
+        ASSERT_EQ(found(), saved.back());
+      }
+      saved.pop_back();
+    } else if (choice == 3 && !saved.empty()) {
+      cs_forgetSaveContext();
+      saved.pop_back();
+    } else {
+      std::vector<std::pair<int, std::uint64_t>> changes;
+      while (random() % 4 != 0) changes.emplace_back(static_cast<int>(random() % kCount), random() % 5);
+      ASSERT_TRUE(run(changes, random() % 2 == 0));
+    }
+  }
+}
+
 // ----- words and domains
+
+// Words are ahead of what an undo has not come to.
+void askWhileUndoing(CSint *, int) {
+  Lockstep step;
+  step.note();
+  EXPECT_FALSE(step.kept());
+}
+
+TEST_F(ReversibleTest, WhileAnUndoRunsNoStepIsKept) {
+  cs_saveContext();
+  cs_backtrack(nullptr, 0, askWhileUndoing);
+  cs_restoreContext();
+  Lockstep step;
+  step.note();
+  EXPECT_TRUE(step.kept());
+}
 
 TEST_F(ReversibleTest, AnAcceptInsideAContextBreaksTheStepUntilTheNextNote) {
   CSint *x = cs_createCSint(0, 9);
