@@ -31,7 +31,7 @@ MAY_INCLUDE = {
     "solvers": {"solvers", "solve", "search", "profiler", "core"},
 }
 CORE_FLOORS = (
-    ("build_mode", "int128", "int_math", "state"),
+    ("bit_scan", "build_mode", "int128", "int_math", "state"),
     ("lifetime",),
     ("errors", "ports"),
     ("alloc",),

@@ -11,10 +11,10 @@
 // BranchSet owns its storage, BranchSetOn works on that of somebody else.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 
 #include "core/alloc.h"
+#include "core/bit_scan.h"
 #include "core/context_stack.h"
 #include "core/int_math.h"
 #include "core/trail.h"
@@ -98,9 +98,7 @@ class BranchSetOn {
         if (!visit(first + i)) return false;
       return true;
     }
-    for (; left != 0; left &= left - 1)
-      if (!visit(first + std::countr_zero(left))) return false;
-    return true;
+    return forEachBit(first, left, visit);
   }
   void put(int position) { words_[wordOf(position)] |= maskOf(position); }
   BranchStamp newest() const { return {taken_[takenCount_ - 1].level, taken_[takenCount_ - 1].serial}; }

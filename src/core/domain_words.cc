@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "core/bit_scan.h"
 #include "core/narrow.h"
 
 namespace koru {
@@ -36,9 +37,8 @@ bool narrowBounds(CSint *v, const Kept &kept) {
 }
 
 bool removeOthers(CSint *v, const Kept &kept, int k) {
-  for (std::uint64_t bad = domainWord(v, kept.start(k)) & ~kept.words[k]; bad != 0; bad &= bad - 1)
-    if (!removeValue(v, static_cast<int>(kept.start(k) + std::countr_zero(bad)))) return false;
-  return true;
+  return forEachBit(0, domainWord(v, kept.start(k)) & ~kept.words[k],
+                    [&](int i) { return removeValue(v, static_cast<int>(kept.start(k) + i)); });
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "constraints/counting/value_classes.h"
+#include "core/bit_scan.h"
 #include "core/post.h"
 #include "koru_extras.h"
 
@@ -39,8 +40,7 @@ struct Cardinality : Deferred {
 
 template <class Visit>
 static void forEachClass(const std::uint64_t *set, int words, Visit visit) {
-  for (int k = 0; k < words; ++k)
-    for (std::uint64_t left = set[k]; left != 0; left &= left - 1) visit(k * kWordBits + std::countr_zero(left));
+  for (int k = 0; k < words; ++k) forEachBit(k * kWordBits, set[k], visit);
 }
 
 // ----- rules

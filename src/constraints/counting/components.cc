@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "core/bit_scan.h"
+
 namespace koru::counting {
 
 Components::Components(int nodes) : count_(nodes), words_(wordsFor(nodes)) {
@@ -59,8 +61,8 @@ void Components::settleLowest(int node) {
   Node &left = nodes_[node];
   const std::uint64_t *onStack = sets_.get() + words_;
   for (int k = 0; k < words_; ++k)
-    for (std::uint64_t met = row(node)[k] & onStack[k]; met != 0; met &= met - 1)
-      left.lowest = std::min(left.lowest, nodes_[k * kWordBits + std::countr_zero(met)].number);
+    forEachBit(k * kWordBits, row(node)[k] & onStack[k],
+               [&](int other) { left.lowest = std::min(left.lowest, nodes_[other].number); });
 }
 
 // Everything from the node on the stack upwards is its component.

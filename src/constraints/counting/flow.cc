@@ -2,7 +2,8 @@
 #include "constraints/counting/flow.h"
 
 #include <algorithm>
-#include <bit>
+
+#include "core/bit_scan.h"
 
 namespace koru::counting {
 
@@ -69,8 +70,7 @@ bool Flow::move() {
   int queued = 0;
   for (int k = 0; k < words_; ++k) {
     unseen()[k] = ~from()[k];
-    for (std::uint64_t left = from()[k]; left != 0; left &= left - 1)
-      queue_[queued++] = k * kWordBits + std::countr_zero(left);
+    forEachBit(k * kWordBits, from()[k], [&](int j) { queue_[queued++] = j; });
   }
   for (int taken = 0; taken < queued; ++taken) {
     queued = reach(queue_[taken], queued);
@@ -85,15 +85,16 @@ int Flow::reach(int j, int queued) {
     for (int k = 0; k < words_; ++k) {
       const std::uint64_t reached = options(i)[k] & unseen()[k];
       unseen()[k] &= ~reached;
-      for (std::uint64_t left = reached; left != 0; left &= left - 1) {
-        const int next = k * kWordBits + std::countr_zero(left);
+      const bool onlyOnTheWay = forEachBit(k * kWordBits, reached, [&](int next) {
         class_[next].via = i;
         if (WordSet(to()).has(next)) {
           shift(next);
-          return kNone;
+          return false;
         }
         queue_[queued++] = next;
-      }
+        return true;
+      });
+      if (!onlyOnTheWay) return kNone;
     }
   return queued;
 }

@@ -11,9 +11,9 @@
 // to the support it began with fails without a look at it: it is known to be lost.
 // Deliberate: values outside the alphabet leave the variables before the start state is found to be invalid.
 #include <algorithm>
-#include <bit>
 
 #include "constraints/global/regular_graph.h"
+#include "core/bit_scan.h"
 #include "core/domain_walk.h"
 #include "core/post.h"
 
@@ -113,8 +113,7 @@ static bool forEachState(const CSint *layer, Visit visit) {
     std::uint64_t left = layer->bits->words()[i];
     if (i == first / 64) left &= ~std::uint64_t{0} << (first % 64);
     if (i == last / 64) left &= ~std::uint64_t{0} >> (63 - last % 64);
-    for (; left != 0; left &= left - 1)
-      if (!visit(i * 64 + std::countr_zero(left))) return false;
+    if (!forEachBit(i * 64, left, visit)) return false;
   }
   return true;
 }

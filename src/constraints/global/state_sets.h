@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "core/alloc.h"
+#include "core/bit_scan.h"
 
 namespace koru::regular {
 
@@ -55,8 +56,7 @@ class StateSets {
   template <class Visit>
   void forEach(int layer, Visit visit) const {
     for (std::size_t i = 0; i < wordsPerLayer_; ++i)
-      for (std::uint64_t left = row(layer)[i]; left != 0; left &= left - 1)
-        visit(static_cast<int>(i * 64) + std::countr_zero(left));
+      forEachBit(static_cast<int>(i * 64), row(layer)[i], visit);
   }
 
  private:

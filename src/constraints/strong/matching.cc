@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "core/bit_scan.h"
 #include "core/narrow.h"
 
 namespace koru {
@@ -64,15 +65,16 @@ bool Matching::augment(int start) {
     for (int k = firstWord(v); k <= lastWord(v); ++k) {
       const std::uint64_t reached = domain(v, k) & unseen_[k];
       unseen_[k] &= ~reached;
-      for (std::uint64_t left = reached; left != 0; left &= left - 1) {
-        const int value = k * kWordBits + std::countr_zero(left);
+      const bool onlyOwned = forEachBit(k * kWordBits, reached, [&](int value) {
         via_[value] = position;
         if (owner_[value] == kNone) {
           exchange(value, start);
-          return true;
+          return false;
         }
         stack_[queued++] = owner_[value];
-      }
+        return true;
+      });
+      if (!onlyOwned) return true;
     }
   }
   return false;
@@ -181,8 +183,8 @@ void Matching::settleLowest(int node, int root) {
       left.lowest = lowest;
       return;
     }
-    for (std::uint64_t met = word & onStack_[k]; met != 0; met &= met - 1)
-      left.lowest = std::min(left.lowest, nodes_[owner_[k * kWordBits + std::countr_zero(met)]].number);
+    forEachBit(k * kWordBits, word & onStack_[k],
+               [&](int value) { left.lowest = std::min(left.lowest, nodes_[owner_[value]].number); });
   }
 }
 

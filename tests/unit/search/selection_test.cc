@@ -167,6 +167,26 @@ TEST_F(SelectionRoomTest, AnArrayThatIsTooLongIsScannedInFull) {
   }
 }
 
+// docs/search.md names the sizes. On both sides of them the same solutions, in the same order.
+TEST_F(SelectionRoomTest, ASearchOverMoreVariablesThanThereIsRoomForFindsTheSame) {
+  EXPECT_EQ(SelectionRoom::kSize, kThreads ? 2048 : 65536);
+  std::vector<CSint *> array(SelectionRoom::kSize - 3, CSINT(3));
+  for (int i = 0; i < 4; ++i) array.push_back(cs_createCSint(i, i + 1 + i % 2));
+  static std::vector<int> met;
+  const auto meet = [](CSint **last, int size) {
+    for (int i = size - 4; i < size; ++i) met.push_back(cs_getValue(last[i]));
+  };
+  for (const CSfindFreeVar f : kBuiltIn) {
+    met.clear();
+    ASSERT_TRUE(cs_findAll(array.data() + 1, SelectionRoom::kSize, f, meet));
+    const std::vector<int> fitting = met;
+    EXPECT_EQ(fitting.size(), 4U * 2 * 3 * 2 * 3);
+    met.clear();
+    ASSERT_TRUE(cs_findAll(array.data(), SelectionRoom::kSize + 1, f, meet));
+    EXPECT_EQ(met, fitting);
+  }
+}
+
 TEST_F(SelectionRoomTest, NoArrayAndNoSizeHaveNoVariable) {
   makeXy(2, 2);
   for (const CSfindFreeVar f : kBuiltIn) {
