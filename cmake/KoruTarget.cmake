@@ -25,6 +25,8 @@ function(koru_library target)
   # The library throws nothing and catches nothing: what the compiler adds for that is not to count as branches.
   if(KORU_INSTRUMENT STREQUAL "coverage")
     target_compile_options(${target} PRIVATE -fno-exceptions)
+    # A branch counts once, not once for each place that a function is written out in.
+    target_compile_definitions(${target} PRIVATE always_inline=unused flatten=unused)
   endif()
   # Only by frame pointers can 32-bit Windows follow the library's calls back to the host's.
   if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)

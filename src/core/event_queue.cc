@@ -9,6 +9,8 @@ EventQueue::Block *EventQueue::makeBlock() {
   return block;
 }
 
+std::uint64_t EventQueue::bytes() const { return std::uint64_t{sizeof(Block)} * static_cast<unsigned>(blockCount_); }
+
 void EventQueue::useTail(Block *block) {
   tailBlock_ = block;
   tail_ = tailBegin_ = block->records;

@@ -29,7 +29,7 @@ class EventQueue {
   void destroy();
   bool created() const { return tailBlock_ != nullptr; }
   int blockCount() const { return blockCount_; }
-  std::uint64_t bytes() const { return std::uint64_t{sizeof(Block)} * static_cast<unsigned>(blockCount_); }
+  std::uint64_t bytes() const;
 
   bool empty() const { return head_ == tail_; }
   // Exactly one event waits. Of a queue that is not empty.

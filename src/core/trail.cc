@@ -157,6 +157,8 @@ void Trail::discardTo(int mark) {
   if (count() > mark) popTo(mark);
 }
 
+std::uint64_t Trail::bytes() const { return BlockStack::bytes() + notes_.bytes(); }
+
 void Trail::destroy() {
   notes_.destroy();
   BlockStack::destroy();

@@ -82,7 +82,7 @@ class Trail : public BlockStack<TrailRecord> {
   void setContexts(int open) { readers_ = open + undoing_; }
 
   void destroy();
-  std::uint64_t bytes() const { return BlockStack::bytes() + notes_.bytes(); }
+  std::uint64_t bytes() const;
 
  private:
   void undo(const TrailRecord &record);
