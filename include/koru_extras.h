@@ -38,6 +38,7 @@
  *   13. Division and powers with given results
  *   14. Values and how often they are taken
  *   15. Several solvers
+ *   16. Schedules
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -808,6 +809,44 @@ KORU_API CSsolver *cs_detachSolver(void);
  * Cost: constant.
  */
 KORU_API bool cs_attachSolver(CSsolver *solver);
+
+/* ==================================================================================================================
+ * 16. Schedules
+ *
+ * Task i, for each i below @p n, takes up the time from starts[i] on, durations[i] long, if it is there: present[i] is
+ * a truth value, or @p present is null and all are. Of a task that is not there nothing matters but that no duration
+ * is negative. Ends may lie beyond the ints: times are added in 64 bits.
+ *
+ * Unlike cs_Cumulative and cs_Disjunctive these constraints refuse nothing that is feasible, so a proof with them is
+ * one. They act in runs, once for all changes together. All return false when nothing is left that satisfies them, when
+ * n is negative, an array of a positive size (but present) or a variable null, and when memory is exhausted. Variables
+ * may stand in several places.
+ *
+ * Bounds of starts are narrowed, and the greatest durations; values within the bounds stay. The start of a task that
+ * may be left out is not narrowed: once it has no place, its present[i] becomes false.
+ * ================================================================================================================ */
+
+/**
+ * One at a time: of any two tasks that are there and take time, one ends before the other one starts, or as it does.
+ * A task of duration 0 is in nobody's way.
+ * Strength: overload, detectable precedences, not-first/not-last and edge finding, to their common fixpoint (Vilim
+ * 2007; Vilim, Bartak, Cepek 2005 for tasks that may be left out). Weak: with no order known, three tasks that do not
+ * fit are seen only where a set of them has too little time; with one variable left its bounds are right.
+ * Cost: memory linear in n. A run takes time n log n for each time that one of the rules has found work for another.
+ */
+KORU_API bool cs_DisjunctiveTasks(CSint **starts, CSint **durations, CSint **present, int n);
+
+/**
+ * At each time, the tasks that are there and run take no more than @p capacity together: task i takes uses[i]. No use
+ * and no capacity is negative; a task of duration 0 takes nothing. Uses and the capacity are narrowed as well.
+ * Strength: time table to its fixpoint (Gay, Hartert, Schaus 2015) and overload of energy (Vilim 2009). Weak: it does
+ * no edge finding; with one variable left its bounds are right. Where the capacity times the time between the first
+ * start and the last end, or all energies together, need more than 60 bits, only the time table acts.
+ * Cost: memory linear in n. A round takes time n log n, and a step for each level of the time table that a start is
+ * moved past; a run makes rounds until one finds nothing.
+ */
+KORU_API bool cs_CumulativeTasks(CSint **starts, CSint **durations, CSint **uses, CSint **present, int n,
+                                 CSint *capacity);
 
 #ifdef __cplusplus
 }

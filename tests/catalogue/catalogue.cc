@@ -12,7 +12,7 @@ namespace {
 
 using Family = std::span<const Row> (*)();
 constexpr Family kOfKoruH[] = {relationRows, arithmeticRows, reifiedRows, arrayRows};
-constexpr Family kOfExtras[] = {extraRows, truthRows, relationalRows};
+constexpr Family kOfExtras[] = {extraRows, truthRows, relationalRows, scheduleRows};
 
 }  // namespace
 

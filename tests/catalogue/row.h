@@ -86,6 +86,7 @@ std::span<const Row> arrayRows();
 std::span<const Row> extraRows();       // of koru_extras.h
 std::span<const Row> truthRows();       // of koru_extras.h
 std::span<const Row> relationalRows();  // of koru_extras.h
+std::span<const Row> scheduleRows();    // of koru_extras.h
 
 std::span<const Row> hostRows();   // what a host writes itself; not among the following
 std::span<const Row> modelRows();  // to copy; tested as the others are, but not exported

@@ -26,6 +26,62 @@ Constraint cumulative(int n) {
   return c;
 }
 
+// Without the array that tells who is.
+Constraint allThere(const char *name, std::vector<int> sizes) {
+  return constraintOf({catalogue::rowOf(name), std::move(sizes), {}, {}, 1});
+}
+
+// With one variable left, its bounds are right.
+Constraint promisingLast(Constraint c) {
+  c.strength = [](const Left &left, std::size_t) { return left.unbound() == 1 ? Strength::kBounds : Strength::kNone; };
+  return c;
+}
+
+// Starts over six values, durations from 0 on, and who is there.
+Case disjunctiveTasks() {
+  Case c{"DisjunctiveTasks", {"cs_DisjunctiveTasks"}, {}, {}, 20, {1, 2, 2}};
+  c.fewPatternsFrom = 5;
+  c.rooms = {{0, 4}};
+  c.forms = {promisingLast(stated("cs_DisjunctiveTasks", {2})), promisingLast(allThere("cs_DisjunctiveTasks", {1})),
+             promisingLast(allThere("cs_DisjunctiveTasks", {2})), promisingLast(allThere("cs_DisjunctiveTasks", {3}))};
+  return c;
+}
+
+Case threeDisjunctiveTasks() {
+  Case c{"DisjunctiveTasksOfThree",
+         {"cs_DisjunctiveTasks"},
+         {},
+         {{0, 5}, {0, 5}, {0, 4}, {1, 2}, {2, 1}, {1, 1}, {0, 2}},
+         6,
+         {1, 1, 1, false}};
+  c.fewPatternsFrom = 5;
+  c.forms = {promisingLast(stated("cs_DisjunctiveTasks", {3})), promisingLast(allThere("cs_DisjunctiveTasks", {3}))};
+  return c;
+}
+
+Case cumulativeTasks() {
+  Case c{"CumulativeTasks", {"cs_CumulativeTasks"}, {}, {}, 8, {1, 1, 2, false}};
+  c.fewPatternsFrom = 5;
+  c.rooms = {{0, 3}};
+  c.forms = {promisingLast(stated("cs_CumulativeTasks", {1})), promisingLast(stated("cs_CumulativeTasks", {2})),
+             promisingLast(allThere("cs_CumulativeTasks", {0})), promisingLast(allThere("cs_CumulativeTasks", {1})),
+             promisingLast(allThere("cs_CumulativeTasks", {2}))};
+  return c;
+}
+
+// Durations and uses that leave something to be decided.
+Case threeCumulativeTasks() {
+  Case c{"CumulativeTasksOfThree",
+         {"cs_CumulativeTasks"},
+         {},
+         {{0, 5}, {0, 4}, {0, 4}, {1, 2}, {2, 1}, {1, 1}, {1, 2}, {1, 1}, {0, 2}, {1, 2}},
+         12,
+         {1, 1, 1, false}};
+  c.fewPatternsFrom = 5;
+  c.forms = {promisingLast(allThere("cs_CumulativeTasks", {3}))};
+  return c;
+}
+
 Constraint disjunctive(int n) { return stated("cs_Disjunctive", {n}); }
 
 }  // namespace
@@ -48,7 +104,15 @@ Cases schedulingCases() {
   Case pair{"DisjunctiveOfTwoTasks", {"cs_Disjunctive"}, {disjunctive(1), disjunctive(2)}, {{0, 4}}, 60};
   Case more{"Disjunctive", {"cs_Disjunctive"}, {disjunctive(3)}, {{0, 5}, {0, 4}, {0, 4}, {1, 2}}, 500, lean};
   more.patterns = {{0, 1, 2, 3, 4, 5}, {0, 1, 2, 3, 3, 3}, {0, 1, 2, 3, 4, 3}};
-  return {one, two, three, pair, more};
+  return {one,
+          two,
+          three,
+          pair,
+          more,
+          disjunctiveTasks(),
+          threeDisjunctiveTasks(),
+          cumulativeTasks(),
+          threeCumulativeTasks()};
 }
 
 }  // namespace koru::test::brute
