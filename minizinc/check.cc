@@ -262,105 +262,117 @@ bool isOrdered(const Arguments &a) {
 
 #define KORU_MEANING(expression) [](const Arguments &a) { return expression; }
 
-const std::map<std::string_view, Meaning> &meanings() {
-  static const std::map<std::string_view, Meaning> all = {
-      {"int_eq", KORU_MEANING(a.number(0) == a.number(1))},
-      {"int_ne", KORU_MEANING(a.number(0) != a.number(1))},
-      {"int_le", KORU_MEANING(a.number(0) <= a.number(1))},
-      {"int_lt", KORU_MEANING(a.number(0) < a.number(1))},
-      {"int_ge", KORU_MEANING(a.number(0) >= a.number(1))},
-      {"int_gt", KORU_MEANING(a.number(0) > a.number(1))},
-      {"bool_eq", KORU_MEANING(a.number(0) == a.number(1))},
-      {"bool2int", KORU_MEANING(a.number(0) == a.number(1))},
-      {"bool_ne", KORU_MEANING(a.number(0) != a.number(1))},
-      {"bool_not", KORU_MEANING(a.number(0) != a.number(1))},
-      {"bool_xor", KORU_MEANING((a.number(0) != a.number(1)) == (a.size() < 3 || a.isSet(2)))},
-      {"bool_le", KORU_MEANING(a.number(0) <= a.number(1))},
-      {"bool_lt", KORU_MEANING(a.number(0) < a.number(1))},
-      {"bool_ge", KORU_MEANING(a.number(0) >= a.number(1))},
-      {"bool_gt", KORU_MEANING(a.number(0) > a.number(1))},
-      {"set_in", KORU_MEANING(a.contains(1, a.number(0)))},
-      {"int_lin_eq", KORU_MEANING(sum(a) == 0)},
-      {"int_lin_ne", KORU_MEANING(sum(a) != 0)},
-      {"int_lin_le", KORU_MEANING(sum(a) <= 0)},
-      {"int_lin_lt", KORU_MEANING(sum(a) < 0)},
-      {"int_lin_ge", KORU_MEANING(sum(a) >= 0)},
-      {"int_lin_gt", KORU_MEANING(sum(a) > 0)},
-      {"bool_lin_eq", KORU_MEANING(sum(a) == 0)},
-      {"bool_lin_ne", KORU_MEANING(sum(a) != 0)},
-      {"bool_lin_le", KORU_MEANING(sum(a) <= 0)},
-      {"bool_lin_lt", KORU_MEANING(sum(a) < 0)},
-      {"bool_lin_ge", KORU_MEANING(sum(a) >= 0)},
-      {"bool_lin_gt", KORU_MEANING(sum(a) > 0)},
-      {"int_plus", KORU_MEANING(static_cast<Wide>(a.number(0)) + a.number(1) == a.number(2))},
-      {"int_minus", KORU_MEANING(static_cast<Wide>(a.number(0)) - a.number(1) == a.number(2))},
-      {"int_times", KORU_MEANING(static_cast<Wide>(a.number(0)) * a.number(1) == a.number(2))},
-      {"int_div", KORU_MEANING(a.number(1) != 0 && static_cast<Wide>(a.number(0)) / a.number(1) == a.number(2))},
-      {"int_mod", KORU_MEANING(a.number(1) != 0 && static_cast<Wide>(a.number(0)) % a.number(1) == a.number(2))},
-      {"int_pow", isPower},
-      {"int_pow_fixed", isPower},
-      {"int_abs", KORU_MEANING((a.number(0) < 0 ? -a.number(0) : a.number(0)) == a.number(1))},
-      {"int_max", KORU_MEANING(std::max(a.number(0), a.number(1)) == a.number(2))},
-      {"int_min", KORU_MEANING(std::min(a.number(0), a.number(1)) == a.number(2))},
-      {"array_int_maximum", KORU_MEANING(std::ranges::max(a.list(1)) == a.number(0))},
-      {"array_int_minimum", KORU_MEANING(std::ranges::min(a.list(1)) == a.number(0))},
-      {"bool_clause", clause},
-      {"array_bool_or", KORU_MEANING(anyTrue(a.list(0)) == (a.size() < 2 || a.isSet(1)))},
-      {"array_bool_and", KORU_MEANING(allTrue(a.list(0)) == (a.size() < 2 || a.isSet(1)))},
-      {"array_bool_xor", KORU_MEANING(countIn(a.list(0), 1) % 2 == 1)},
-      {"bool_or", KORU_MEANING((a.isSet(0) || a.isSet(1)) == (a.size() < 3 || a.isSet(2)))},
-      {"bool_and", KORU_MEANING((a.isSet(0) && a.isSet(1)) == (a.size() < 3 || a.isSet(2)))},
-      {"array_int_element", isElement},
-      {"array_bool_element", isElement},
-      {"array_var_int_element", isElement},
-      {"array_var_bool_element", isElement},
-      {"koru_table", isRow},
-      {"koru_regular", isWord},
-      {"koru_regular_nfa", isWordWithChoice},
-      {"koru_mdd", isPath},
-      {"koru_all_different", allDifferent},
-      {"koru_inverse", areInverse},
-      {"koru_circuit", isCircuit<false>},
-      {"koru_subcircuit", isCircuit<true>},
-      {"koru_count", KORU_MEANING(countIn(a.list(0), a.number(1)) == a.number(2))},
-      {"koru_member", KORU_MEANING(countIn(a.list(0), a.number(1)) > 0)},
-      {"koru_global_cardinality", areCounts<false>},
-      {"koru_global_cardinality_closed", areCounts<true>},
-      {"koru_global_cardinality_low_up", areCountsWithin<false>},
-      {"koru_global_cardinality_low_up_closed", areCountsWithin<true>},
-      {"koru_nvalue", KORU_MEANING([](const List &xs) {
-         return static_cast<long long>(std::set<long long>(xs.begin(), xs.end()).size());
-       }(a.list(1)) == a.number(0))},
-      {"koru_bin_packing_load", isPacked<true>},
-      {"koru_bin_packing_capa", isPacked<false>},
-      {"koru_bin_packing", isPackedEqually},
-      {"koru_increasing", isOrdered<std::less_equal<>>},
-      {"koru_decreasing", isOrdered<std::greater_equal<>>},
-      {"koru_strictly_increasing", isOrdered<std::less<>>},
-      {"koru_strictly_decreasing", isOrdered<std::greater<>>},
-      {"koru_lex_less", KORU_MEANING(a.list(0) < a.list(1))},
-      {"koru_lex_lesseq", KORU_MEANING(a.list(0) <= a.list(1))},
-      {"koru_value_precede", precedes},
-  };
-  return all;
-}
+struct Named {
+  std::string_view name;
+  Meaning meaning;
+};
+
+constexpr Named kMeanings[] = {
+    {"int_eq", KORU_MEANING(a.number(0) == a.number(1))},
+    {"int_ne", KORU_MEANING(a.number(0) != a.number(1))},
+    {"int_le", KORU_MEANING(a.number(0) <= a.number(1))},
+    {"int_lt", KORU_MEANING(a.number(0) < a.number(1))},
+    {"int_ge", KORU_MEANING(a.number(0) >= a.number(1))},
+    {"int_gt", KORU_MEANING(a.number(0) > a.number(1))},
+    {"bool_eq", KORU_MEANING(a.number(0) == a.number(1))},
+    {"bool2int", KORU_MEANING(a.number(0) == a.number(1))},
+    {"bool_ne", KORU_MEANING(a.number(0) != a.number(1))},
+    {"bool_not", KORU_MEANING(a.number(0) != a.number(1))},
+    {"bool_xor", KORU_MEANING((a.number(0) != a.number(1)) == (a.size() < 3 || a.isSet(2)))},
+    {"bool_le", KORU_MEANING(a.number(0) <= a.number(1))},
+    {"bool_lt", KORU_MEANING(a.number(0) < a.number(1))},
+    {"bool_ge", KORU_MEANING(a.number(0) >= a.number(1))},
+    {"bool_gt", KORU_MEANING(a.number(0) > a.number(1))},
+    {"set_in", KORU_MEANING(a.contains(1, a.number(0)))},
+    {"int_lin_eq", KORU_MEANING(sum(a) == 0)},
+    {"int_lin_ne", KORU_MEANING(sum(a) != 0)},
+    {"int_lin_le", KORU_MEANING(sum(a) <= 0)},
+    {"int_lin_lt", KORU_MEANING(sum(a) < 0)},
+    {"int_lin_ge", KORU_MEANING(sum(a) >= 0)},
+    {"int_lin_gt", KORU_MEANING(sum(a) > 0)},
+    {"bool_lin_eq", KORU_MEANING(sum(a) == 0)},
+    {"bool_lin_ne", KORU_MEANING(sum(a) != 0)},
+    {"bool_lin_le", KORU_MEANING(sum(a) <= 0)},
+    {"bool_lin_lt", KORU_MEANING(sum(a) < 0)},
+    {"bool_lin_ge", KORU_MEANING(sum(a) >= 0)},
+    {"bool_lin_gt", KORU_MEANING(sum(a) > 0)},
+    {"int_plus", KORU_MEANING(static_cast<Wide>(a.number(0)) + a.number(1) == a.number(2))},
+    {"int_minus", KORU_MEANING(static_cast<Wide>(a.number(0)) - a.number(1) == a.number(2))},
+    {"int_times", KORU_MEANING(static_cast<Wide>(a.number(0)) * a.number(1) == a.number(2))},
+    {"int_div", KORU_MEANING(a.number(1) != 0 && static_cast<Wide>(a.number(0)) / a.number(1) == a.number(2))},
+    {"int_mod", KORU_MEANING(a.number(1) != 0 && static_cast<Wide>(a.number(0)) % a.number(1) == a.number(2))},
+    {"int_pow", isPower},
+    {"int_pow_fixed", isPower},
+    {"int_abs", KORU_MEANING((a.number(0) < 0 ? -a.number(0) : a.number(0)) == a.number(1))},
+    {"int_max", KORU_MEANING(std::max(a.number(0), a.number(1)) == a.number(2))},
+    {"int_min", KORU_MEANING(std::min(a.number(0), a.number(1)) == a.number(2))},
+    {"array_int_maximum", KORU_MEANING(std::ranges::max(a.list(1)) == a.number(0))},
+    {"array_int_minimum", KORU_MEANING(std::ranges::min(a.list(1)) == a.number(0))},
+    {"bool_clause", clause},
+    {"array_bool_or", KORU_MEANING(anyTrue(a.list(0)) == (a.size() < 2 || a.isSet(1)))},
+    {"array_bool_and", KORU_MEANING(allTrue(a.list(0)) == (a.size() < 2 || a.isSet(1)))},
+    {"array_bool_xor", KORU_MEANING(countIn(a.list(0), 1) % 2 == 1)},
+    {"bool_or", KORU_MEANING((a.isSet(0) || a.isSet(1)) == (a.size() < 3 || a.isSet(2)))},
+    {"bool_and", KORU_MEANING((a.isSet(0) && a.isSet(1)) == (a.size() < 3 || a.isSet(2)))},
+    {"array_int_element", isElement},
+    {"array_bool_element", isElement},
+    {"array_var_int_element", isElement},
+    {"array_var_bool_element", isElement},
+    {"koru_table", isRow},
+    {"koru_regular", isWord},
+    {"koru_regular_nfa", isWordWithChoice},
+    {"koru_mdd", isPath},
+    {"koru_all_different", allDifferent},
+    {"koru_inverse", areInverse},
+    {"koru_circuit", isCircuit<false>},
+    {"koru_subcircuit", isCircuit<true>},
+    {"koru_count", KORU_MEANING(countIn(a.list(0), a.number(1)) == a.number(2))},
+    {"koru_member", KORU_MEANING(countIn(a.list(0), a.number(1)) > 0)},
+    {"koru_global_cardinality", areCounts<false>},
+    {"koru_global_cardinality_closed", areCounts<true>},
+    {"koru_global_cardinality_low_up", areCountsWithin<false>},
+    {"koru_global_cardinality_low_up_closed", areCountsWithin<true>},
+    {"koru_nvalue", KORU_MEANING([](const List &xs) {
+       return static_cast<long long>(std::set<long long>(xs.begin(), xs.end()).size());
+     }(a.list(1)) == a.number(0))},
+    {"koru_bin_packing_load", isPacked<true>},
+    {"koru_bin_packing_capa", isPacked<false>},
+    {"koru_bin_packing", isPackedEqually},
+    {"koru_increasing", isOrdered<std::less_equal<>>},
+    {"koru_decreasing", isOrdered<std::greater_equal<>>},
+    {"koru_strictly_increasing", isOrdered<std::less<>>},
+    {"koru_strictly_decreasing", isOrdered<std::greater<>>},
+    {"koru_lex_less", KORU_MEANING(a.list(0) < a.list(1))},
+    {"koru_lex_lesseq", KORU_MEANING(a.list(0) <= a.list(1))},
+    {"koru_value_precede", precedes},
+};
 
 #undef KORU_MEANING
+
+// Null for a name that has none.
+Meaning meaningOf(std::string_view name) {
+  static const std::map<std::string_view, Meaning> all = [] {
+    std::map<std::string_view, Meaning> table;
+    for (const Named &named : kMeanings) table.emplace(named.name, named.meaning);
+    return table;
+  }();
+  const auto it = all.find(name);
+  return it == all.end() ? nullptr : it->second;
+}
 
 // Names in _reif and _imp have a truth value at the end.
 bool holds(const Syntax &s, const List &values, const Constraint &c, bool &known) {
   std::string_view name = s.name(c.at);
   known = true;
-  if (const auto it = meanings().find(name); it != meanings().end())
-    return it->second(Arguments(s, values, c.arguments));
+  if (const Meaning meaning = meaningOf(name)) return meaning(Arguments(s, values, c.arguments));
   const bool reif = name.ends_with("_reif"), imp = name.ends_with("_imp");
   if (reif || imp) name.remove_suffix(reif ? 5 : 4);
-  const auto it = meanings().find(name);
-  known = (reif || imp) && it != meanings().end() && c.arguments.count > 0;
+  const Meaning meaning = meaningOf(name);
+  known = (reif || imp) && meaning != nullptr && c.arguments.count > 0;
   if (!known) return false;
   const Arguments all(s, values, c.arguments);
   const bool truth = all.isSet(all.size() - 1);
-  const bool statement = it->second(Arguments(s, values, {c.arguments.first, c.arguments.count - 1}));
+  const bool statement = meaning(Arguments(s, values, {c.arguments.first, c.arguments.count - 1}));
   return reif ? statement == truth : statement || !truth;
 }
 

@@ -30,7 +30,7 @@ void put(const std::string &text) {
 Report::~Report() {
   ended_ = true;
   if (!thread_.joinable()) return;
-  pthread_kill(thread_.native_handle(), SIGTERM);
+  pthread_kill(thread_.native_handle(), SIGINT);
   thread_.join();
 }
 

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+// The program as MiniZinc calls it. A file of models/ has its options in the first line, and what is to be printed in
+// lines that begin with "%> ".
+#include <chrono>
+#include <csignal>
+#include <sstream>
+
+#include "minizinc/tests/support.h"
+
+namespace koru::fzn {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string expectedOf(const fs::path &file, std::string &options) {
+  std::ifstream in(file);
+  std::string line, expected;
+  std::getline(in, options);
+  options.erase(0, std::string("% options:").size());
+  while (std::getline(in, line)) {
+    if (line.starts_with("%> ")) expected += line.substr(3) + "\n";
+  }
+  return expected;
+}
+
+TEST(FznProgram, PrintsWhatTheModelsSay) {
+  int files = 0;
+  for (const fs::directory_entry &entry : fs::directory_iterator(KORU_FZN_MODELS)) {
+    std::string options;
+    const std::string expected = expectedOf(entry.path(), options);
+    const Ran ran = solveFile(options, entry.path().string());
+    EXPECT_EQ(ran.output, expected) << entry.path();
+    EXPECT_EQ(ran.status, 0) << entry.path();
+    ++files;
+  }
+  EXPECT_GE(files, 15);
+}
+
+TEST(FznProgram, RefusesWhatItDoesNotKnowWithOneLine) {
+  const auto refusal = [](const std::string &text) {
+    const Ran ran = solve("", text);
+    EXPECT_EQ(ran.status, 1) << text;
+    return ran.output;
+  };
+  EXPECT_EQ(refusal("var 1..2: x;\nconstraint int_lo(x,1);\nsolve satisfy;"),
+            "m.fzn:2:12: \"int_lo\" is no constraint that is known\n");
+  EXPECT_EQ(refusal("var 1..2: x;\nconstraint int_le(x);\nsolve satisfy;"),
+            "m.fzn:2:12: \"int_le\" takes 2 arguments\n");
+  EXPECT_EQ(refusal("var 1..2: x;\nconstraint int_le(x,{1});\nsolve satisfy;"),
+            "m.fzn:2:21: argument 2 of \"int_le\" is to be an int or bool\n");
+  EXPECT_EQ(refusal("var 1..2: x;\nconstraint int_lin_le([1,x],[x,x],1);\nsolve satisfy;"),
+            "m.fzn:2:23: argument 1 of \"int_lin_le\" is to be an array of constants\n");
+  EXPECT_EQ(refusal("var 1..2: x;\nconstraint int_lin_le([1],[x,x],1);\nsolve satisfy;"),
+            "m.fzn:2:12: there are not as many coefficients as variables\n");
+  EXPECT_EQ(refusal("var 1..2: x;\nconstraint int_lin_le([9223372036854775807,1],[2,x],1);\nsolve satisfy;"),
+            "m.fzn:2:12: the constants of this sum leave 64 bits\n");
+  EXPECT_EQ(refusal("var 1..2: x;\nconstraint array_int_element(x,[1,5000000000],x);\nsolve satisfy;"),
+            "m.fzn:2:12: a number beyond 32 bits, which \"array_int_element\" does not take\n");
+  EXPECT_EQ(refusal("solve minimize 1.5;"), "m.fzn:1:16: floats are not supported\n");
+}
+
+TEST(FznProgram, RefusesOptionsThatItDoesNotKnow) {
+  EXPECT_EQ(shell(std::string(KORU_FZN) + " -x 1 m.fzn").output, "fzn-koru: option -x is not known\n");
+  EXPECT_EQ(shell(std::string(KORU_FZN) + " -t soon m.fzn").output, "fzn-koru: option -t takes a number, not soon\n");
+  EXPECT_EQ(shell(std::string(KORU_FZN) + " -s").output, "fzn-koru: a FlatZinc file is to be named\n");
+  EXPECT_EQ(shell(std::string(KORU_FZN) + " a.fzn b.fzn").output, "fzn-koru: two files are named\n");
+  EXPECT_EQ(shell(std::string(KORU_FZN) + " --restart often a.fzn").output,
+            "fzn-koru: --restart takes none, constant, luby or geometric\n");
+  const Ran missing = shell(std::string(KORU_FZN) + " /nowhere/a.fzn");
+  EXPECT_EQ(missing.output, "fzn-koru: /nowhere/a.fzn cannot be read\n");
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(shell(std::string(KORU_FZN) + " --help").status, 0);
+}
+
+TEST(FznProgram, WarnsOfARangeThatItChooses) {
+  const Ran ran = solve("", "var int: x :: output_var;\nconstraint int_lin_eq([2],[x],10);\nsolve satisfy;");
+  EXPECT_EQ(ran.output,
+            "m.fzn:1:10: warning: \"x\" has no domain; such variables range over -10000000..10000000, or 32 bits\n"
+            "x = 5;\n----------\n");
+}
+
+TEST(FznProgram, TellsStatisticsUnderTheStandardNames) {
+  const Ran ran = solve("-s", "var 1..3: x; var 1..3: y; constraint int_lt(x,y); solve minimize y;");
+  for (const char *key : {"nodes", "failures", "restarts", "variables", "propagators", "propagations", "peakDepth",
+                          "objective=2", "objectiveBound=2", "initTime", "solveTime", "nSolutions", "peakMem"}) {
+    EXPECT_NE(ran.output.find("%%%mzn-stat: " + std::string(key)), std::string::npos) << key << "\n" << ran.output;
+  }
+  EXPECT_TRUE(ran.output.ends_with("%%%mzn-stat-end\n"));
+}
+
+// A search that comes to no end: pigeons without holes enough. An objective besides has a first solution at once, where
+// the pigeons may stay away, and no better one.
+std::string pigeons(int n, bool mayStayAway) {
+  std::string text = "var 0..1: away :: output_var;\n", all = "away";
+  for (int i = 0; i < n; ++i) {
+    text += "var 1.." + std::to_string(n - 1) + ": x" + std::to_string(i) + ";\n";
+    all += ",x" + std::to_string(i);
+  }
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < i; ++j) {
+      const std::string pair = "x" + std::to_string(i) + ",x" + std::to_string(j);
+      const std::string different = "d" + std::to_string(i * n + j);
+      text += "var bool: " + different + ";\nconstraint int_ne_reif(" + pair + "," + different + ");\n";
+      text += "constraint bool_clause([" + different + (mayStayAway ? ",a" : "") + "],[]);\n";
+    }
+  }
+  text = (mayStayAway ? "var bool: a;\n" : "") + text;
+  if (mayStayAway) text += "constraint bool2int(a,away);\n";
+  return text + "solve :: int_search([" + all + "],input_order,indomain_max,complete) " +
+         (mayStayAway ? "minimize away;\n" : "satisfy;\n");
+}
+
+double secondsOf(const std::string &options, const std::string &text, std::string &output) {
+  const auto start = std::chrono::steady_clock::now();
+  output = solve(options, text).output;
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(FznProgram, EndsAtTheTimeLimit) {
+  std::string output;
+  const double seconds = secondsOf("-s -t 300", pigeons(20, false), output);
+  EXPECT_TRUE(output.starts_with("=====UNKNOWN=====\n%%%mzn-stat: nodes=")) << output;
+  EXPECT_GE(seconds, 0.29);
+  EXPECT_LT(seconds, 2.0);  // 0.4 on a machine with nothing else to do
+}
+
+// The signal comes when the first solution has been held for a while.
+TEST(FznProgram, EndsAtASignalWithTheBestSolution) {
+  for (const std::string signal : {"INT", "TERM"}) {
+    const std::string command = "sh -c 'timeout -s " + signal + " 0.4 \"$@\"' sh ";
+    const std::string file = (fs::temp_directory_path() / "koru_fzn_pigeons.fzn").string();
+    std::ofstream(file) << pigeons(20, true);
+    const Ran ran = shell(command + KORU_FZN + " -s " + file);
+    EXPECT_TRUE(ran.output.starts_with("away = 1;\n----------\n%%%mzn-stat: nodes=")) << ran.output;
+    EXPECT_TRUE(ran.output.ends_with("%%%mzn-stat-end\n"));
+    fs::remove(file);
+  }
+}
+
+}  // namespace
+}  // namespace koru::fzn
