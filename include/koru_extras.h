@@ -756,13 +756,13 @@ KORU_API bool cs_NValues(CSint **vars, int n, CSint *count);
 /**
  * Items in bins: bins[i], for each i below @p n, is the bin that item i of the size sizes[i] is in, and loads[j] the
  * sum of the sizes in bin j, for each j below @p m. Bins are numbered from 0; no size is negative.
- * Weak: apart from the sum of all loads and a bound on the number of bins (L2 of Martello and Toth 1990, as by Shaw
- * 2004), bins are looked at one by one. Of one bin, every item that can be there is part of a set that makes one of the
- * loads, and one without which no set does is put there; of the load the bounds are right. In a bin with more than 8192
- * units of space left an item need only fit, and not be missed.
- * Also false when a size is negative.
- * Cost: memory for n sets of as many values as a load has, 8192 at most. A run takes time linear in n times m, and for
- * each bin in the items that can be there times the space left, 64 units at a time.
+ * Weak: apart from the sum of all loads and a bound on the number of bins (L2 of Martello and Toth 1990, of bins as
+ * large as what is left of the emptiest: Dupuis, Schaus, Deville 2010), bins are looked at one by one. Of one bin,
+ * every item that can be there is part of a set that makes one of the loads, and one without which no set does is put
+ * there; of the load the bounds are right. In a bin with more than 8192 units of space left an item need only fit, and
+ * not be missed. Also false when a size is negative. Cost: memory for n sets of as many values as a load has, 8192 at
+ * most. A run takes time linear in n times m, and for each bin in the items that can be there times the space left, 64
+ * units at a time.
  */
 KORU_API bool cs_BinPacking(CSint **bins, const int *sizes, int n, CSint **loads, int m);
 

@@ -128,7 +128,7 @@ static bool filterBins(BinPacking &c) {
 
 static bool filter(BinPacking &c) {
   return relational::toFixpoint<BinPacking, filterBins>(c) &&
-         c.bound.allows(c.bins.get(), c.sizes.get(), c.n, c.loads.get(), c.m);
+         c.bound.allows(c.bins.get(), c.sizes.get(), c.loads.get());
 }
 
 constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
@@ -162,7 +162,7 @@ static bool post(const Poster &poster, CSint *const *bins, const int *sizes, int
   if (!record.loads || !takeSizes(record, sizes) || !make(record.candidates, static_cast<unsigned>(n)) ||
       !makeSums(record))
     return false;
-  record.bound = BinBound(n, m);
+  record.bound = BinBound(record.sizes.get(), n, m);
   if (!record.bound) return false;
   auto c = posting.add(kTable, std::move(record));
   for (int i = 0; posting && i < n; ++i) c.attach(c->bin(i), i);

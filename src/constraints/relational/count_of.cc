@@ -3,10 +3,11 @@
 // Consistency: domain; nothing but the bounds of count is narrowed while value has more than 2^16 values.
 // Cost: in a run O(n) for each value of `value`.  State: none.
 // Wakes: on every event.
-// Deliberate: at posting a narrowing propagates at once and may come back here; the buffer is then the other pass's,
-// which has done the rest. A value w is taken by lo(w) variables for sure and by hi(w) at most, so it stays while count
-// has a number in between. A variable that is free can take u if `value` may be u and one more is welcome, or if
-// `value` may be some other w, unless that one needs all that it can get and this variable is one of them.
+// A value w is taken by lo(w) variables for sure and by hi(w) at most, so it stays while count has a number in between.
+// A variable that is free can take u if `value` may be u and one more is welcome, or if `value` may be some other w,
+// unless that one needs all that it can get and this variable is one of them.
+// One walk is enough: a number of count that goes lies between lo(w) and hi(w) for no w; and who must take a value, or
+// must not, moves lo(w) or hi(w) only towards the number that count has there.
 #include <algorithm>
 
 #include "constraints/relational/fixpoint.h"
@@ -23,7 +24,6 @@ struct CountOf : Deferred {
   Buffer<int> covered;  // by number, 0..n + 1: how many more intervals begin than end there
 
   CSint *at(int i) const { return vars.get()[i]; }
-  std::int64_t size() const { return std::int64_t{value->count} + count->count + relational::sizeOf(vars.get(), n); }
 };
 
 constexpr std::uint32_t kWidest = 1U << 16;
@@ -114,6 +114,8 @@ static bool filter(CountOf &c) {
   return content.values == 0 ? keepToValues(c) : keepFrom(c, content.last);
 }
 
+constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
+
 static bool post(const Poster &poster, CSint *const *array, int n, CSint *value, CSint *count) {
   if (value == nullptr || count == nullptr || n > kIntMax - 2) return false;
   Posting posting{poster};
@@ -122,8 +124,7 @@ static bool post(const Poster &poster, CSint *const *array, int n, CSint *value,
   if (!vars) return false;
   Buffer<int> covered(n + 2);
   if (!covered) return false;
-  auto c = posting.add(relational::kTable<CountOf, filter, Rank::kQuadratic>,
-                       CountOf{{}, vars, n, value, count, std::move(covered)});
+  auto c = posting.add(kTable, CountOf{{}, vars, n, value, count, std::move(covered)});
   for (int i = 0; i < n; ++i) c.attach(vars.get()[i], i);
   c.attach(value, n);
   c.attach(count, n);

@@ -21,7 +21,6 @@ struct VarElementOf : Deferred {
   int lastSupport = 0;
 
   CSint *at(int position) const { return vars.get()[position]; }
-  std::int64_t size() const { return std::int64_t{index->count} + result->count + relational::sizeOf(vars.get(), n); }
 };
 
 constexpr std::uint32_t kWidest = 1U << 16;
@@ -54,10 +53,13 @@ static bool filterResult(VarElementOf &c) {
   return forEachValue(c.result, [&c](int value) { return hasSupport(c, value) || removeValue(c.result, value); });
 }
 
+// One walk is enough: what goes from the result, no position has.
 static bool filter(VarElementOf &c) {
   if (!filterPositions(c)) return false;
   return isBound(c.index) ? equalise(c.at(valueOf(c.index)), c.result) : filterResult(c);
 }
+
+constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
 
 static bool post(Posting &posting, CSint *index, CSint *const *array, int n, CSint *result) {
   if (!posting || n < 1) return false;
@@ -66,8 +68,7 @@ static bool post(Posting &posting, CSint *index, CSint *const *array, int n, CSi
   Buffer<int> shared(n);
   if (!shared) return false;
   for (int i = 0; i < n; ++i) shared[i] = array[i]->min;
-  auto c = posting.add(relational::kTable<VarElementOf, filter, Rank::kQuadratic>,
-                       VarElementOf{{}, index, result, vars, std::move(shared), n});
+  auto c = posting.add(kTable, VarElementOf{{}, index, result, vars, std::move(shared), n});
   for (int i = 0; i < n; ++i) c.attach(vars.get()[i], i);
   c.attach(index, n);
   c.attach(result, n);
