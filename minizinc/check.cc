@@ -253,6 +253,34 @@ bool precedes(const Arguments &a) {
   return true;
 }
 
+struct Tasks {
+  List starts, durations, uses;
+  List present;  // empty: all are
+
+  bool runs(std::size_t i, long long time) const {
+    return (present.empty() || present[i] != 0) && starts[i] <= time && time < starts[i] + durations[i];
+  }
+  // At each start, which is where a sum can be greatest, and none is negative.
+  bool fit(long long capacity) const {
+    for (const long long time : starts) {
+      Wide sum = 0;
+      for (std::size_t i = 0; i < starts.size(); ++i) sum += runs(i, time) ? uses[i] : 0;
+      if (sum > capacity) return false;
+    }
+    return capacity >= 0 && std::ranges::all_of(durations, [](long long d) { return d >= 0; }) &&
+           std::ranges::all_of(uses, [](long long u) { return u >= 0; });
+  }
+};
+
+bool isSchedule(const Arguments &a) {
+  return Tasks{a.list(0), a.list(1), a.list(2), a.size() > 4 ? a.list(4) : List()}.fit(a.number(3));
+}
+
+bool isOneAtATime(const Arguments &a) {
+  const List ones(a.list(0).size(), 1);
+  return Tasks{a.list(0), a.list(1), ones, a.size() > 2 ? a.list(2) : List()}.fit(1);
+}
+
 template <class Compare>
 bool isOrdered(const Arguments &a) {
   const List xs = a.list(0);
@@ -342,6 +370,10 @@ constexpr Named kMeanings[] = {
     {"koru_decreasing", isOrdered<std::greater_equal<>>},
     {"koru_strictly_increasing", isOrdered<std::less<>>},
     {"koru_strictly_decreasing", isOrdered<std::greater<>>},
+    {"koru_cumulative", isSchedule},
+    {"koru_cumulative_opt", isSchedule},
+    {"koru_disjunctive", isOneAtATime},
+    {"koru_disjunctive_opt", isOneAtATime},
     {"koru_lex_less", KORU_MEANING(a.list(0) < a.list(1))},
     {"koru_lex_lesseq", KORU_MEANING(a.list(0) <= a.list(1))},
     {"koru_value_precede", precedes},

@@ -32,6 +32,7 @@ std::span<const Row> elementRows();
 std::span<const Row> permutationRows();
 std::span<const Row> countingRows();
 std::span<const Row> sequenceRows();
+std::span<const Row> scheduleRows();
 
 std::size_t nbArguments(const Row &row, Form form);
 

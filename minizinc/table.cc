@@ -27,7 +27,7 @@ void add(Table &table, std::span<const Row> rows) {
 Table makeTable() {
   Table table;
   for (const auto &rows : {comparisonRows(), linearRows(), arithmeticRows(), logicRows(), elementRows(),
-                           permutationRows(), countingRows(), sequenceRows()})
+                           permutationRows(), countingRows(), sequenceRows(), scheduleRows()})
     add(table, rows);
   return table;
 }

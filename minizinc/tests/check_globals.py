@@ -18,6 +18,8 @@ from pathlib import Path
 
 X = "array[1..3] of var 1..3: x; "
 Y = "array[1..3] of var 1..3: y; "
+S = "array[1..3] of var 0..2: y; var 1..3: c; "
+O = "array[1..3] of var opt 1..4: o; "
 B = "array[1..3] of var bool: p; array[1..3] of var bool: q; "
 DFA = "array[1..2, 1..3] of int: d = [|1, 2, 0 | 2, 0, 1|]; "
 NFA = "array[1..2, 1..3] of set of int: d = [|{1, 2}, {2}, {} | {}, {1}, 1..2|]; "
@@ -81,6 +83,17 @@ GLOBALS = [
     (X + "var 1..3: m; ", "m = min(x)", True),
     (X + "var 1..3: m; ", "m = arg_max(x)", True),
     (X + "var 1..3: i; var 1..3: v; ", "x[i] = v", True),
+    (X + S, "cumulative(x, [2, 1, 3], [1, 2, 1], c)", True),
+    (X + S, "cumulative(x, y, [1, 2, 1], 2)", True),
+    (X + S, "cumulative(x, [2, 1, 2], y, c)", True),
+    (X + S, "cumulative(x, [2, 1, 2], [1, 1, 1], 1)", True),
+    (X + S, "disjunctive(x, y)", True),
+    (X + S, "disjunctive_strict(x, y)", True),
+    (X + S, "disjunctive_strict(x, [1, 2, 1])", True),
+    (O, "disjunctive(o, [2, 1, 2])", False),
+    (O, "disjunctive_strict(o, [2, 1, 2])", False),
+    (O, "cumulative(o, [2, 1, 2], [1, 1, 2], 2)", False),
+    (X + S, "diffn(x, y, [1, 2, 1], [1, 1, 2])", True),
     ("array[1..2] of var set of 1..3: s; ", "s[1] subset s[2]", True),
     ("var set of 1..3: s; var 0..3: c; ", "card(s) = c", True),
     ("var -3..3: a; var -2..2: b; var -3..3: c; ", "a div b = c", True),
