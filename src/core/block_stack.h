@@ -58,7 +58,10 @@ class BlockStack {
   }
 
   // The newest record, of a stack that is not empty.
-  const Record &newest() const { return top_ != begin_ ? top_[-1] : at(count() - 1); }
+  const Record &newest() const {
+    if (top_ != begin_) return top_[-1];
+    return at(count() - 1);
+  }
 
   bool empty() const { return top_ == begin_ && base_ == 0; }
   int count() const { return base_ + static_cast<int>(top_ - begin_); }

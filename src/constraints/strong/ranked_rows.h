@@ -5,6 +5,7 @@
 // their variable was not created with then go, and rows are in lexicographic order, each once.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -45,7 +46,7 @@ class RankedRows {
   int columns() const { return columnCount_; }
   const Column &column(int j) const { return columns_[j]; }
   // By row.
-  const int *ranks(int j) const { return ordered_.get() + std::int64_t{j} * rows_; }
+  const int *ranks(int j) const { return ordered_.get() + static_cast<std::ptrdiff_t>(j) * rows_; }
   // The values of all columns, ascending in each, which the caller takes over.
   Buffer<int> takeValues() { return std::move(values_); }
   int valueCount() const { return valueCount_; }
@@ -54,7 +55,7 @@ class RankedRows {
   int mergeColumns(const GivenRows &given, int *columnOf);
   int takeRows(const GivenRows &given, const int *columnOf);
   bool takeRow(const GivenRows &given, const int *columnOf, const int *from, int row);
-  int *cells(int j) const { return cells_.get() + std::int64_t{j} * room_; }
+  int *cells(int j) const { return cells_.get() + static_cast<std::ptrdiff_t>(j) * room_; }
   bool isAny(int value) const { return hasAny_ && value == GivenRows::kAny; }
   bool rank(int j);
   bool rankNear(int j, int least, int span);
