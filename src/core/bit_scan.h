@@ -8,9 +8,9 @@
 
 namespace koru {
 
-// Visits the bits that are set in increasing order, bit i as first + i, while `visit` returns true; a visit that returns
-// nothing never ends the walk. False when it has been ended. What a visit does to the word's origin makes no difference.
-// Cost: a few instructions for each bit that is set.
+// Visits the bits that are set in increasing order, bit i as first + i, while `visit` returns true; a visit that
+// returns nothing never ends the walk. False when it has been ended. What a visit does to the word's origin makes no
+// difference. Cost: a few instructions for each bit that is set.
 template <class Visit>
 bool forEachBit(int first, std::uint64_t word, Visit &&visit) {
   for (; word != 0; word &= word - 1) {

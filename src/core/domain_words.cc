@@ -43,6 +43,16 @@ bool removeOthers(CSint *v, const Kept &kept, int k) {
 
 }  // namespace
 
+bool keepBits(CSint *v, std::int64_t first, std::uint64_t domain, std::uint64_t kept) {
+  const int low = std::countr_zero(kept);
+  const int high = 63 - std::countl_zero(kept);
+  if (!narrowMin64(v, first + low) || !narrowMax64(v, first + high)) return false;
+  const std::uint64_t within = ~std::uint64_t{0} << low & ~std::uint64_t{0} >> (63 - high);
+  for (std::uint64_t bad = domain & ~kept & within; bad != 0; bad &= bad - 1)
+    if (!removeValue(v, static_cast<int>(first + std::countr_zero(bad)))) return false;
+  return true;
+}
+
 bool keepValues(CSint *v, std::int64_t first, const std::uint64_t *words, int count) {
   const Kept kept{first, words, wordOf(v->min - first, count), std::min(wordOf(v->max - first, count) + 1, count)};
   if (!narrowBounds(v, kept)) return false;

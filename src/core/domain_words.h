@@ -24,13 +24,20 @@ constexpr int wordsFor(int bits) { return (bits + kWordBits - 1) / kWordBits; }
 class WordSet {
  public:
   explicit WordSet(std::uint64_t *words) : words_(words) {}
-  bool has(int i) const { return (words_[i / kWordBits] >> (i % kWordBits) & 1) != 0; }
-  void set(int i) { words_[i / kWordBits] |= std::uint64_t{1} << (i % kWordBits); }
-  void clear(int i) { words_[i / kWordBits] &= ~(std::uint64_t{1} << (i % kWordBits)); }
+  bool has(int i) const { return (word(i) & bit(i)) != 0; }
+  void set(int i) { word(i) |= bit(i); }
+  void clear(int i) { word(i) &= ~bit(i); }
 
  private:
+  std::uint64_t &word(int i) const { return words_[static_cast<unsigned>(i) / kWordBits]; }
+  static std::uint64_t bit(int i) { return std::uint64_t{1} << (static_cast<unsigned>(i) % kWordBits); }
+
   std::uint64_t *words_;
 };
+
+// Takes from v, whose values are the bits of `domain`, from `first` on, those that are not `kept`, which is not empty
+// and part of them. False when memory is exhausted (reported).
+bool keepBits(CSint *v, std::int64_t first, std::uint64_t domain, std::uint64_t kept);
 
 // Takes from v every value that has no bit among `count` words from `first` on. False when none would be left (v is
 // then as it was) or memory is exhausted (reported).

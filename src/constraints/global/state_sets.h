@@ -55,8 +55,7 @@ class StateSets {
   // In increasing order; `visit` may remove the state it is told.
   template <class Visit>
   void forEach(int layer, Visit visit) const {
-    for (std::size_t i = 0; i < wordsPerLayer_; ++i)
-      forEachBit(static_cast<int>(i * 64), row(layer)[i], visit);
+    for (std::size_t i = 0; i < wordsPerLayer_; ++i) forEachBit(static_cast<int>(i * 64), row(layer)[i], visit);
   }
 
  private:

@@ -13,7 +13,7 @@ Matching::Matching(int count, int low, int span) : count_(count), low_(low), spa
   const auto n = static_cast<unsigned>(count);
   const auto values = static_cast<unsigned>(span);
   if (make(match_, n) && make(owner_, values) && make(via_, values) && make(stack_, n + 1) && make(nodes_, n + 1) &&
-      make(sets_, std::uint64_t{4} * static_cast<unsigned>(words_)))
+      make(sets_, std::uint64_t{4} * static_cast<unsigned>(words_)) && make(domains_, isOneWord() ? n : 0))
     open_ = BranchSet(count);
   if (!open_) return;
   std::fill_n(match_.get(), count, kNone);
@@ -24,9 +24,6 @@ Matching::Matching(int count, int low, int span) : count_(count), low_(low), spa
   allowed_ = free_ + words_;
 }
 
-int Matching::firstWord(const CSint *v) const { return static_cast<int>((std::int64_t{v->min} - low_) / kWordBits); }
-int Matching::lastWord(const CSint *v) const { return static_cast<int>((std::int64_t{v->max} - low_) / kWordBits); }
-
 bool Matching::covers(CSint *const *vars) {
   open_.refresh();
   return open_.forEach([&](int i) { return vars[i]->min >= low_ && std::int64_t{vars[i]->max} - low_ < span_; });
@@ -34,6 +31,7 @@ bool Matching::covers(CSint *const *vars) {
 
 bool Matching::filter(CSint *const *vars) {
   vars_ = vars;
+  if (isOneWord()) readDomains();
   if (!repair() || !separate()) return false;
   const BranchStamp now = BranchStamp::now();
   return open_.forEach([&](int i) {
@@ -42,11 +40,18 @@ bool Matching::filter(CSint *const *vars) {
   });
 }
 
+void Matching::readDomains() {
+  open_.forEach([&](int i) {
+    domains_[i] = domainWord(vars_[i], low_);
+    return true;
+  });
+}
+
 // ----- the matching
 
 bool Matching::repair() {
   open_.forEach([&](int i) {
-    if (match_[i] == kNone || holds(vars_[i], match_[i])) return true;
+    if (match_[i] == kNone || holds(i, match_[i])) return true;
     owner_[match_[i]] = kNone;
     match_[i] = kNone;
     return true;
@@ -61,9 +66,8 @@ bool Matching::augment(int start) {
   stack_[0] = start;
   for (int taken = 0; taken < queued; ++taken) {
     const int position = stack_[taken];
-    const CSint *v = vars_[position];
-    for (int k = firstWord(v); k <= lastWord(v); ++k) {
-      const std::uint64_t reached = domain(v, k) & unseen_[k];
+    for (int k = firstWord(position); k <= lastWord(position); ++k) {
+      const std::uint64_t reached = domain(position, k) & unseen_[k];
       unseen_[k] &= ~reached;
       const bool onlyOwned = forEachBit(k * kWordBits, reached, [&](int value) {
         via_[value] = position;
@@ -115,8 +119,7 @@ void Matching::startSets() {
   open_.forEach([&](int i) {
     nodes_[i].number = 0;
     WordSet(unseen_).set(match_[i]);
-    const CSint *v = vars_[i];
-    for (int k = firstWord(v); k <= lastWord(v); ++k) free_[k] |= domain(v, k);
+    for (int k = firstWord(i); k <= lastWord(i); ++k) free_[k] |= domain(i, k);
     return true;
   });
   std::uint64_t any = 0;
@@ -133,7 +136,7 @@ void Matching::enter(int node, int parent) {
     entered.word = 0;
     return;
   }
-  entered.word = firstWord(vars_[node]);
+  entered.word = firstWord(node);
   WordSet(unseen_).clear(match_[node]);
   WordSet(onStack_).set(match_[node]);
 }
@@ -159,9 +162,9 @@ bool Matching::visitFrom(int root) {
 
 int Matching::nextChild(int node) {
   const bool isFree = node == count_;
-  const int last = isFree ? words_ - 1 : lastWord(vars_[node]);
+  const int last = isFree ? words_ - 1 : lastWord(node);
   for (int &k = nodes_[node].word; k <= last; ++k) {
-    const std::uint64_t word = isFree ? unseen_[k] : domain(vars_[node], k) & unseen_[k];
+    const std::uint64_t word = isFree ? unseen_[k] : domain(node, k) & unseen_[k];
     if (word != 0) return owner_[k * kWordBits + std::countr_zero(word)];
   }
   return kNone;
@@ -172,13 +175,12 @@ void Matching::settleLowest(int node, int root) {
   Node &left = nodes_[node];
   const int lowest = nodes_[root].number;
   if (node == root || left.lowest == lowest) return;
-  const CSint *v = vars_[node];
-  if (root != count_ && holds(v, match_[root])) {
+  if (root != count_ && holds(node, match_[root])) {
     left.lowest = lowest;
     return;
   }
-  for (int k = firstWord(v); k <= lastWord(v); ++k) {
-    const std::uint64_t word = domain(v, k);
+  for (int k = firstWord(node); k <= lastWord(node); ++k) {
+    const std::uint64_t word = domain(node, k);
     if ((word & free_[k]) != 0) {
       left.lowest = lowest;
       return;
@@ -206,11 +208,17 @@ bool Matching::closeComponent(int node) {
   return consistent;
 }
 
+bool Matching::keep(int i, const std::uint64_t *allowed) const {
+  if (!isOneWord()) return keepValues(vars_[i], low_, allowed, words_);
+  const std::uint64_t kept = domains_[i] & *allowed;
+  return kept == domains_[i] || keepBits(vars_[i], low_, domains_[i], kept);
+}
+
 bool Matching::keepMatched(int begin, std::uint64_t *allowed) const {
   if (allowed == allowed_ && begin == stacked_ - 1)
     return bindValue(vars_[stack_[begin]], low_ + match_[stack_[begin]]);
   for (int i = begin; i < stacked_; ++i)
-    if (!keepValues(vars_[stack_[i]], low_, allowed, words_)) return false;
+    if (!keep(stack_[i], allowed)) return false;
   return true;
 }
 

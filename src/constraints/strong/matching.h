@@ -36,11 +36,17 @@ class Matching {
     int word;  // the next to look at
   };
 
-  std::uint64_t domain(const CSint *v, int word) const { return domainWord(v, low_ + std::int64_t{word} * kWordBits); }
-  int firstWord(const CSint *v) const;
-  int lastWord(const CSint *v) const;
-  bool holds(const CSint *v, int value) const { return contains(v, low_ + value); }
+  // Where all values are in one word, a run reads each domain once; what it takes away it does not look at again.
+  bool isOneWord() const { return words_ == 1; }
+  std::uint64_t domain(int i, int word) const {
+    return isOneWord() ? domains_[i] : domainWord(vars_[i], low_ + std::int64_t{word} * kWordBits);
+  }
+  int firstWord(int i) const { return isOneWord() ? 0 : wordOf(vars_[i]->min); }
+  int lastWord(int i) const { return isOneWord() ? 0 : wordOf(vars_[i]->max); }
+  int wordOf(int value) const { return static_cast<int>((std::int64_t{value} - low_) / kWordBits); }
+  bool holds(int i, int value) const { return (domain(i, value / kWordBits) >> (value % kWordBits) & 1) != 0; }
 
+  void readDomains();
   bool repair();
   bool augment(int start);
   void exchange(int value, int start);
@@ -52,6 +58,7 @@ class Matching {
   int nextChild(int node);
   void settleLowest(int node, int root);
   bool closeComponent(int node);
+  bool keep(int i, const std::uint64_t *allowed) const;
   bool keepMatched(int begin, std::uint64_t *allowed) const;
 
   CSint *const *vars_ = nullptr;  // during a run
@@ -65,7 +72,8 @@ class Matching {
   Buffer<int> stack_;  // positions, of the search for a path; nodes, of components
   Buffer<Node> nodes_;
   Buffer<std::uint64_t> sets_;
-  BranchSet open_;  // positions but those that were bound and whose value nobody else has
+  Buffer<std::uint64_t> domains_;  // by position, of one word
+  BranchSet open_;                 // positions but those that were bound and whose value nobody else has
 
   std::uint64_t *unseen_ = nullptr;   // values of nodes not visited
   std::uint64_t *onStack_ = nullptr;  // values of nodes on the stack
