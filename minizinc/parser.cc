@@ -144,7 +144,7 @@ class Parser {
     if (skipWord("set")) {
       d.base = Base::kSet;
       if (!expectWord("of")) return false;
-      if (d.isVar && !inPredicate_) return fail(at, "variables for sets are not supported");
+      if (d.isVar && !d.isArray && !inPredicate_) return fail(at, "variables for sets are not supported");
       return skipWord("int") || set(d.domain);
     }
     return set(d.domain);

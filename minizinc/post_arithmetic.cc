@@ -40,14 +40,52 @@ bool divide(const Call &call) { return cs_DivTrunc(call.variable(0), call.variab
 bool remainder(const Call &call) { return cs_Mod(call.variable(0), call.variable(1), call.variable(2)); }
 bool power(const Call &call) { return cs_Pow(call.variable(0), call.variable(1), call.variable(2)); }
 bool absolute(const Call &call) { return call.define(1, cs_Abs(call.variable(0))); }
-bool larger(const Call &call) { return call.define(2, cs_VMax(2, call.variable(0), call.variable(1))); }
-bool smaller(const Call &call) { return call.define(2, cs_VMin(2, call.variable(0), call.variable(1))); }
+
+// --- The greatest and the least ---
+
+// cs_Max keeps all variables below the result and the result below the greatest maximum. What it does not see: where
+// one variable alone can reach the minimum of the result, it has to. The result is the last of the array.
+bool lastToReach(CSint **array, int size, void *) {
+  const int low = cs_getMin(array[size - 1]);
+  CSint *only = nullptr;
+  for (int i = 0; i < size - 1; ++i) {
+    if (cs_getMax(array[i]) < low) continue;
+    if (only != nullptr) return true;
+    only = array[i];
+  }
+  return only != nullptr && cs_GE(only, low);
+}
+
+// The same for cs_Min.
+bool lastToReachDown(CSint **array, int size, void *) {
+  const int high = cs_getMax(array[size - 1]);
+  CSint *only = nullptr;
+  for (int i = 0; i < size - 1; ++i) {
+    if (cs_getMin(array[i]) > high) continue;
+    if (only != nullptr) return true;
+    only = array[i];
+  }
+  return only != nullptr && cs_LE(only, high);
+}
 
 // The greatest (the least) of no numbers is none.
-template <CSint *extreme(CSint **, int)>
+template <CSint *extreme(CSint **, int), CSeventAllKnownCallback last>
+bool makeExtreme(const Call &call, std::size_t result, Array operands) {
+  Array &array = call.keep(std::move(operands));
+  if (array.empty() || !call.define(result, extreme(array.data(), sizeOf(array)))) return false;
+  Array watched = array;
+  watched.push_back(call.variable(result));
+  return cs_eventRun(watched.data(), sizeOf(watched), last, nullptr);
+}
+
+template <CSint *extreme(CSint **, int), CSeventAllKnownCallback last>
 bool extremeOf(const Call &call) {
-  Array &array = call.keep(call.array(1));
-  return !array.empty() && call.define(0, extreme(array.data(), sizeOf(array)));
+  return makeExtreme<extreme, last>(call, 0, call.array(1));
+}
+
+template <CSint *extreme(CSint **, int), CSeventAllKnownCallback last>
+bool extremeOfTwo(const Call &call) {
+  return makeExtreme<extreme, last>(call, 2, {call.variable(0), call.variable(1)});
 }
 
 constexpr Row kRows[] = {
@@ -57,10 +95,10 @@ constexpr Row kRows[] = {
     {"int_pow", "xxx", power},
     {"int_pow_fixed", "xcx", power},
     {"int_abs", "xx", absolute, false, 1},
-    {"int_max", "xxx", larger, false, 2},
-    {"int_min", "xxx", smaller, false, 2},
-    {"array_int_maximum", "xX", extremeOf<cs_Max>, false, 0},
-    {"array_int_minimum", "xX", extremeOf<cs_Min>, false, 0},
+    {"int_max", "xxx", extremeOfTwo<cs_Max, lastToReach>, false, 2},
+    {"int_min", "xxx", extremeOfTwo<cs_Min, lastToReachDown>, false, 2},
+    {"array_int_maximum", "xX", extremeOf<cs_Max, lastToReach>, false, 0},
+    {"array_int_minimum", "xX", extremeOf<cs_Min, lastToReachDown>, false, 0},
 };
 
 }  // namespace

@@ -56,6 +56,8 @@ bool settle(const Call &call, Tie tie, bool holds) {
   }
 }
 
+}  // namespace
+
 bool compareConstant(const Call &call, Tie tie, int method, CSint *x, long long value) {
   // An int that no variable reaches is as good as the one beyond the variable's end.
   if (value < INT_MIN || value > INT_MAX) return settle(call, tie, isTrue(method, 0, value));
@@ -88,6 +90,8 @@ bool compareVariables(const Call &call, Tie tie, int method, CSint *x, CSint *y)
       return true;
   }
 }
+
+namespace {
 
 template <int method>
 bool compare(const Call &call) {

@@ -54,30 +54,36 @@ Array variablesOf(const Call &call, const Sum &sum) {
   return all;
 }
 
-// x - y op 0 is a comparison.
-bool isDifference(const Sum &sum) {
-  return sum.terms.size() == 2 && sum.constant == 0 && sum.coefficients[0] + sum.coefficients[1] == 0 &&
-         (sum.coefficients[0] == 1 || sum.coefficients[0] == -1);
-}
+// What a sum of one or two terms comes down to.
+struct Comparison {
+  bool is = false;
+  int method = 0;
+  const Operand *x = nullptr, *y = nullptr;  // y null: x is compared with the constant
+  long long constant = 0;
+};
 
-bool compareDifference(const Call &call, const Sum &sum, int method) {
-  CSint *x = call.variables.get(sum.terms[0]), *y = call.variables.get(sum.terms[1]);
-  if (sum.coefficients[0] < 0) std::swap(x, y);
-  switch (method) {
-    case CS_METHOD_EQ:
-      return cs_Eq(x, y);
-    case CS_METHOD_NEQ:
-      return cs_Neq(x, y);
-    case CS_METHOD_LE:
-      return cs_Le(x, y);
-    default:
-      return cs_Lt(x, y);
-  }
+constexpr int kTurned[] = {CS_METHOD_EQ, CS_METHOD_NEQ, CS_METHOD_GE, CS_METHOD_GT, CS_METHOD_LE, CS_METHOD_LT};
+
+// x op c, -x op c, x - y op 0, and x - y <= -1.
+Comparison comparisonOf(const Sum &sum, int method) {
+  const std::size_t n = sum.terms.size();
+  const auto isUnit = [](long long c) { return c == 1 || c == -1; };
+  if (n == 0 || n > 2 || !isUnit(sum.coefficients[0]) || sum.constant == LLONG_MIN) return {};
+  const bool turned = sum.coefficients[0] < 0;
+  if (n == 1)
+    return {true, turned ? kTurned[method] : method, sum.terms.data(), nullptr, turned ? -sum.constant : sum.constant};
+  const Operand *x = &sum.terms[turned ? 1 : 0], *y = &sum.terms[turned ? 0 : 1];
+  if (sum.coefficients[0] + sum.coefficients[1] != 0) return {};
+  if (sum.constant == 0) return {true, method, x, y, 0};
+  if (sum.constant == -1 && method == CS_METHOD_LE) return {true, CS_METHOD_LT, x, y, 0};
+  return {};
 }
 
 bool relate(const Call &call, Tie tie, const Sum &sum, int method) {
   if (tie == Tie::kNothing) return true;
-  if (tie == Tie::kHolds && method <= CS_METHOD_LT && isDifference(sum)) return compareDifference(call, sum, method);
+  const Comparison c = comparisonOf(sum, method);
+  if (c.is && c.y == nullptr) return compareConstant(call, tie, c.method, call.variables.get(*c.x), c.constant);
+  if (c.is) return compareVariables(call, tie, c.method, call.variables.get(*c.x), call.variables.get(*c.y));
   Array variables = variablesOf(call, sum);
   const long long *coefficients = sum.coefficients.data();
   const int n = sizeOf(variables);

@@ -34,6 +34,10 @@ std::span<const Row> countingRows();
 std::span<const Row> sequenceRows();
 std::span<const Row> scheduleRows();
 
+// x op y and x op value, stated or tied to the call's truth value; methods are CS_METHOD_...
+bool compareVariables(const Call &call, Tie tie, int method, CSint *x, CSint *y);
+bool compareConstant(const Call &call, Tie tie, int method, CSint *x, long long value);
+
 std::size_t nbArguments(const Row &row, Form form);
 
 // The row for a name, if there are several the one with as many arguments, and the form that the name has; null when no

@@ -41,9 +41,8 @@ struct Step {
   std::string_view file, line, what;
 };
 
-// "FILE|LINE|COLUMN|LINE|COLUMN|KIND|NAME"; other steps, as "i=2", have no file.
+// "FILE|LINE|COLUMN|LINE|COLUMN|KIND|NAME"; a loop has "i=2" for the kind, and some kinds have no name.
 Step stepOf(std::string_view text) {
-  Step step;
   std::string_view fields[7];
   std::size_t n = 0;
   while (n < 7) {
@@ -54,6 +53,18 @@ Step stepOf(std::string_view text) {
   }
   if (n < 6) return {{}, {}, fields[0]};
   return {fields[0], fields[1], n == 7 ? fields[6] : fields[5]};
+}
+
+// "\\8@alldifferent", an overloaded form, is alldifferent to the reader; operators are without quotes.
+std::string_view plain(std::string_view name) {
+  if (name.starts_with('\\') && name.find('@') != name.npos) name.remove_prefix(name.find('@') + 1);
+  if (name.size() > 2 && name.front() == '\'') name = name.substr(1, name.size() - 2);
+  return name;
+}
+
+// Comprehensions, declarations and values of loop variables say nothing that the line does not.
+bool isNamed(std::string_view what) {
+  return !what.empty() && what.find('=') == what.npos && what != "ac" && what != "vd" && what != "il" && what != "id";
 }
 
 bool isOfLibrary(std::string_view file) {
@@ -71,7 +82,7 @@ std::string placeOf(std::string_view path) {
     const Step step = stepOf(path.substr(0, end));
     path.remove_prefix(end == path.npos ? path.size() : end + 1);
     if (!step.file.empty() && !isOfLibrary(step.file)) place = step;
-    if (!step.file.empty()) calls.append(calls.empty() ? "" : " > ").append(step.what);
+    if (!step.file.empty() && isNamed(step.what)) calls.append(calls.empty() ? "" : " > ").append(plain(step.what));
   }
   return std::string(place.file) + "\t" + (place.line.empty() ? "0" : std::string(place.line)) + "\t0\t" + calls;
 }

@@ -31,7 +31,7 @@ def read_msc(path):
 
 def compile_model(folder, instance, msc, fzn):
     data = [str(folder / d) for d in instance["data"]]
-    command = ["minizinc", "--solver", msc, "-c", "--fzn", fzn, "--no-output-ozn", str(folder / instance["model"]), *data]
+    command = ["minizinc", "--solver", msc, "-c", "--fzn", fzn, "--no-output-ozn", "--output-objective", str(folder / instance["model"]), *data]
     done = subprocess.run(command, capture_output=True, text=True, check=False, timeout=300)
     return done.returncode == 0 and Path(fzn).exists(), done.stderr
 
@@ -67,7 +67,13 @@ def value_of(text, key):
     return float(found[-1]) if found else None
 
 
-def result_of(text, code, kind, seconds):
+def goal_of(fzn):
+    """The name of the objective; compiled so that it is put out."""
+    found = re.search(r"(?:minimize|maximize) (\w+);\s*$", Path(fzn).read_text())
+    return found[1] if found else None
+
+
+def result_of(text, code, kind, seconds, goal):
     found = text.count("----------")
     objective = value_of(text, "objective") if kind != "sat" and found else None
     if "=====UNSATISFIABLE" in text:
@@ -78,8 +84,8 @@ def result_of(text, code, kind, seconds):
         status = "sat"
     else:
         status = "unknown" if code in (0, -2, -9, 2) or "UNKNOWN" in text else f"error {code}"
-    if kind != "sat" and found and objective is None:
-        values = re.findall(r"_objective = (-?\d+)", text)
+    if kind != "sat" and found and objective is None and goal:
+        values = re.findall(rf"^{re.escape(goal)} = (-?\d+);", text, re.M)
         objective = float(values[-1]) if values else None
     return {"status": status, "objective": None if objective is None else int(objective), "seconds": round(seconds, 3),
             "failures": None if value_of(text, "failures") is None else int(value_of(text, "failures"))}
@@ -94,7 +100,7 @@ def solve(folder, instance, msc, options, verify):
                     "seconds": 0, "failures": None}
         flags = ["-s"] + (["-f"] if options.free else []) + (["-a"] if instance["kind"] != "sat" else []) + verify
         text, seconds, code = run([read_msc(msc), *flags, fzn], options.seconds)
-        return result_of(text, code, instance["kind"], seconds)
+        return result_of(text, code, instance["kind"], seconds, goal_of(fzn))
 
 
 ENDED = {"optimal", "unsat"}
@@ -103,11 +109,11 @@ ENDED = {"optimal", "unsat"}
 def disagree(a, b, kind):
     """What two runs cannot both be right about."""
     if a["status"] in ENDED and b["status"] in ENDED:
-        return a["status"] != b["status"] or a["objective"] != b["objective"]
+        return a["status"] != b["status"] or (a["objective"] != b["objective"] and None not in (a["objective"], b["objective"]))
     for x, y in ((a, b), (b, a)):
         if x["status"] == "unsat" and y["status"] == "sat":
             return True
-        if x["status"] == "optimal" and y["objective"] is not None:
+        if x["status"] == "optimal" and None not in (x["objective"], y["objective"]):
             if (y["objective"] < x["objective"]) if kind == "min" else (y["objective"] > x["objective"]):
                 return True
     return False

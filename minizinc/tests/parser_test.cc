@@ -48,6 +48,12 @@ TEST(FznParser, AnArrayMayBeCalledByAnotherName) {
   EXPECT_EQ(s.list(s.declarations[1].value.part)[1].number, 5);
 }
 
+// MiniZinc leaves such arrays where they are put out.
+TEST(FznParser, ArraysOfSetVariablesMayHoldConstants) {
+  EXPECT_EQ(mistakeIn("array [1..0] of var set of int: a :: output_array([1..0]) = []; solve satisfy;"), "");
+  EXPECT_EQ(mistakeIn("array [1..1] of var set of 1..3: a = [{2}]; solve satisfy;"), "");
+}
+
 TEST(FznParser, TellsWhereAMistakeIs) {
   EXPECT_EQ(mistakeIn("solve satisfy"), "m.fzn:1:14: ';' is expected here");
   EXPECT_EQ(mistakeIn(""), "m.fzn:1:1: the solve item is missing");
