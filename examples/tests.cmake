@@ -52,6 +52,18 @@ function(koru_example_arguments program operand)
   endif()
 endfunction()
 
+# The page shows each recipe and what it prints.
+foreach(source IN LISTS recipes)
+  get_filename_component(name "${source}" NAME_WE)
+  string(REPLACE ";" " " emulator "${CMAKE_CROSSCOMPILING_EMULATOR}")
+  add_test(
+    NAME example.recipe.${name}
+    COMMAND
+      ${CMAKE_COMMAND} "-DEMULATOR=${emulator}" "-DPROGRAM=$<TARGET_FILE:recipe_${name}>" "-DSOURCE=${source}"
+      "-DPAGE=${PROJECT_SOURCE_DIR}/docs/recipes.md" -P "${CMAKE_CURRENT_SOURCE_DIR}/recipes/check_recipe.cmake")
+  set_tests_properties(example.recipe.${name} PROPERTIES LABELS examples TIMEOUT 60)
+endforeach()
+
 set(puzzles "${CMAKE_CURRENT_SOURCE_DIR}/puzzles")
 set(easy "53..7....6..195....98....6.8...6...34..8.3..17...2...6.6....28....419..5....8..79")
 set(easy_solution "534678912672195348198342567859761423426853791713924856961537284287419635345286179")

@@ -4,8 +4,8 @@
 //
 //   koru_peers [--repeat N] [--only TEXT] [--json FILE]
 //
-// Gecode runs with two recomputation settings; the one with the smaller best time is reported. Exits with 1 when
-// numbers of solutions differ or a post fails.
+// Gecode runs with two recomputation settings; the one with the smaller best time is reported. One more run of each
+// side tells the most heap memory that it has at a time. Exits with 1 when numbers of solutions differ or a post fails.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "gecode.h"
+#include "heap.h"
 #include "models_strong.h"
 
 using namespace koru::bench;
@@ -32,7 +33,8 @@ struct Options {
 struct Measured {
   Outcome outcome;
   std::vector<double> seconds;
-  double inEnd = 0;  // of all runs, for Koru
+  double inEnd = 0;         // of all runs, for Koru
+  long long peakBytes = 0;  // of the heap, in a run that is not timed
 
   double best() const { return *std::min_element(seconds.begin(), seconds.end()); }
   double median() const {
@@ -68,6 +70,13 @@ void measure(Measured &measured, Run run) {
   measured.inEnd += secondsInEnd - endBefore;
 }
 
+template <class Run>
+void measureHeap(Measured &measured, Run run) {
+  const PeakHeap heap;
+  run();
+  measured.peakBytes = heap.bytes();
+}
+
 Comparison compare(const Model &model, const PeerModel &peer, int repeat) {
   Comparison result{&model, {}, {}, kRecomputations[0].name};
   Measured theirs[std::size(kRecomputations)];
@@ -78,8 +87,11 @@ Comparison compare(const Model &model, const PeerModel &peer, int repeat) {
   }
   const auto *best = std::min_element(std::begin(theirs), std::end(theirs),
                                       [](const Measured &a, const Measured &b) { return a.best() < b.best(); });
+  const auto k = static_cast<std::size_t>(best - theirs);
+  measureHeap(result.ours, model.run);
+  measureHeap(theirs[k], [&] { return peer.run(kRecomputations[k]); });
   result.theirs = *best;
-  result.setting = kRecomputations[best - theirs].name;
+  result.setting = kRecomputations[k].name;
   return result;
 }
 
@@ -92,15 +104,17 @@ const PeerModel *peerOf(const Model &model) {
 }
 
 void printHeading() {
-  std::printf("%-17s %10s %10s %9s %9s %5s %9s %9s %7s %9s %9s %6s %6s  %s\n", "model", "units", "theirs", "fails",
-              "theirs", "tree", "ns/unit", "theirs", "c_d/a_d", "median s", "theirs", "ratio", "total", "in cs_end");
+  std::printf("%-17s %10s %10s %9s %9s %5s %9s %9s %7s %9s %9s %6s %6s %9s %9s  %s\n", "model", "units", "theirs",
+              "fails", "theirs", "tree", "ns/unit", "theirs", "c_d/a_d", "median s", "theirs", "ratio", "total",
+              "peak KiB", "theirs", "in cs_end");
 }
 
 void print(const Comparison &c) {
-  std::printf("%-17s %10lld %10lld %9lld %9lld %5s %9.1f %9.1f %7s %9.4f %9.4f %6.2f %6.2f  %4.1f %%\n", c.model->name,
-              c.ours.outcome.units, c.theirs.outcome.units, c.ours.outcome.fails, c.theirs.outcome.fails,
+  std::printf("%-17s %10lld %10lld %9lld %9lld %5s %9.1f %9.1f %7s %9.4f %9.4f %6.2f %6.2f %9lld %9lld  %4.1f %%\n",
+              c.model->name, c.ours.outcome.units, c.theirs.outcome.units, c.ours.outcome.fails, c.theirs.outcome.fails,
               c.sameTree() ? "equal" : "other", c.ours.nanoseconds(), c.theirs.nanoseconds(), c.setting,
-              c.ours.median(), c.theirs.median(), c.ratioPerUnit(), c.ratio(),
+              c.ours.median(), c.theirs.median(), c.ratioPerUnit(), c.ratio(), c.ours.peakBytes / 1024,
+              c.theirs.peakBytes / 1024,
               100 * c.ours.inEnd / (c.ours.median() * static_cast<double>(c.ours.seconds.size())));
   if (!c.posted()) std::printf("  a post failed\n");
   if (!c.sameSolutions())
@@ -111,9 +125,9 @@ void print(const Comparison &c) {
 void writeSide(std::FILE *file, const char *name, const Measured &m) {
   std::fprintf(file,
                "\"%s\": {\"units\": %lld, \"choice_points\": %lld, \"fails\": %lld, \"solutions\": %lld, "
-               "\"min_seconds\": %.6f, \"median_seconds\": %.6f, \"ns_per_unit\": %.2f}",
+               "\"min_seconds\": %.6f, \"median_seconds\": %.6f, \"ns_per_unit\": %.2f, \"peak_bytes\": %lld}",
                name, m.outcome.units, m.outcome.choicePoints, m.outcome.fails, m.outcome.solutions, m.best(),
-               m.median(), m.nanoseconds());
+               m.median(), m.nanoseconds(), m.peakBytes);
 }
 
 bool writeJson(const std::string &path, const std::vector<Comparison> &comparisons) {
