@@ -161,7 +161,8 @@ bool OneMachine::notLast() {
   return take(false);
 }
 
-// After a check for overload, so that it is always a grey task that makes it late.
+// What the mirror image has moved may overload the machine. Where it does not, it is always a grey task that makes it
+// late.
 bool OneMachine::edges() {
   const int *byLatest = sorted(kByLatest);
   startTree();
@@ -171,6 +172,7 @@ bool OneMachine::edges() {
   for (int k = count_ - 1; k >= 0; --k) {
     const int j = byLatest[k];
     if (tasks_[j].isOut()) continue;
+    if (tasks_[j].isIn() && tree_.completion() > tasks_[j].latest) return false;
     while (tasks_[j].isIn() && tree_.greyCompletion() > tasks_[j].latest) {
       const int leaf = tree_.greyLeaf();
       const int i = taskOf_[leaf];

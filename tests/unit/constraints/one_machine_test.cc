@@ -3,6 +3,7 @@
 #include "constraints/scheduling/one_machine.h"
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <vector>
 
@@ -162,6 +163,25 @@ class OneMachineTwin : public ::testing::Test {
  private:
   std::mt19937 random_{1};
 };
+
+// Edge finding in one direction of time makes an overload that edge finding in the other one meets.
+TEST_F(OneMachineTwin, AnOverloadThatARuleHasMadeIsSeenByTheNext) {
+  Tasks given;
+  for (const auto &[earliest, latest, length] : std::vector<std::array<Time, 3>>{{18, 22, 1},
+                                                                                 {9, 23, 4},
+                                                                                 {10, 13, 3},
+                                                                                 {13, 20, 1},
+                                                                                 {4, 15, 3},
+                                                                                 {10, 23, 2},
+                                                                                 {0, 6, 4},
+                                                                                 {0, 11, 1},
+                                                                                 {4, 18, 3}})
+    given.push_back({earliest, latest, length, Presence::kIn});
+  OneMachine machine(static_cast<int>(given.size()));
+  std::ranges::copy(given, &machine[0]);
+  EXPECT_FALSE(machine.filter());
+  EXPECT_FALSE(filterNaively(given));
+}
 
 TEST_F(OneMachineTwin, FindsWhatThePublishedRulesFind) { compare(2000); }
 TEST_F(OneMachineTwin, FindsWhatThePublishedRulesFindHeavy) { compare(100000); }
