@@ -848,6 +848,32 @@ KORU_API bool cs_DisjunctiveTasks(CSint **starts, CSint **durations, CSint **pre
 KORU_API bool cs_CumulativeTasks(CSint **starts, CSint **durations, CSint **uses, CSint **present, int n,
                                  CSint *capacity);
 
+/**
+ * When the truth value @p b is true, @p next comes @p delay or more after the end: start + duration + delay <= next. A
+ * negative delay allows for an overlap. @p b null: always. When that cannot hold, b becomes false. Domain consistent.
+ * Cost: constant.
+ */
+KORU_API bool cs_PrecedenceIf(CSint *b, CSint *start, CSint *duration, int delay, CSint *next);
+
+/**
+ * A task that one of n does: exactly one of presents[i] is true, and that one has the @p start and @p duration of the
+ * task. @p present tells whether the task is there (null: it is); of one that is not, all presents[i] are false.
+ * @p presents null: all are there, so n is 1, or there is no solution.
+ * Bounds: each start and duration lies between those of the choices that are left, who does not meet it is not there,
+ * and the last one left is (Laborie, Rogerie 2008). Cost: a run, linear in n, until it finds nothing.
+ */
+KORU_API bool cs_Alternative(CSint *start, CSint *duration, CSint *present, CSint **starts, CSint **durations,
+                             CSint **presents, int n);
+
+/**
+ * A task that covers n others: it starts with the first and ends with the last of those that are there, of which there
+ * is one at least. @p present tells whether the task is there (null: it is); of one that is not, no part is. @p
+ * presents null: all parts are there. Bounds; nothing is narrowed but presence while it is open whether the task is
+ * there. The part that alone can be the first, or the last, is. Cost: a run, linear in n, until it finds nothing.
+ */
+KORU_API bool cs_Span(CSint *start, CSint *duration, CSint *present, CSint **starts, CSint **durations,
+                      CSint **presents, int n);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tasks on machines and resources. Times are added up in 64 bits.
 #include <algorithm>
-#include <tuple>
 
 #include "catalogue/relations.h"
 #include "catalogue/row.h"
@@ -23,7 +22,9 @@ bool noneNegative(Array array) {
 
 // Arrays: starts, durations, presence.
 bool disjunctiveTasks(T t) {
-  const auto &[starts, durations, present] = std::tie(t.arrays[0], t.arrays[1], t.arrays[2]);
+  const Array starts = t.arrays[0];
+  const Array durations = t.arrays[1];
+  const Array present = t.arrays[2];
   if (!noneNegative(durations)) return false;
   const auto takesTime = [&](std::size_t i) { return at(present, i) >= 1 && durations[i] > 0; };
   for (std::size_t i = 0; i < starts.size(); ++i)
@@ -36,7 +37,10 @@ bool disjunctiveTasks(T t) {
 
 // Arrays: starts, durations, uses, presence; the capacity. What runs when a task starts is the most there is.
 bool cumulativeTasks(T t) {
-  const auto &[starts, durations, uses, present] = std::tie(t.arrays[0], t.arrays[1], t.arrays[2], t.arrays[3]);
+  const Array starts = t.arrays[0];
+  const Array durations = t.arrays[1];
+  const Array uses = t.arrays[2];
+  const Array present = t.arrays[3];
   const int capacity = t.x.back();
   if (!noneNegative(durations) || !noneNegative(uses) || capacity < 0) return false;
   const auto runsAt = [&](std::size_t i, int time) {
@@ -50,7 +54,46 @@ bool cumulativeTasks(T t) {
   return true;
 }
 
+// Null: always.
+bool precedenceIf(T t) {
+  const std::size_t at = t.x.size() - 3;
+  const bool asked = at == 0 || t.x[0] >= 1;
+  return !asked || Wide{t.x[at]} + t.x[at + 1] + t.k[0] <= t.x[at + 2];
+}
+
+// Start, duration; arrays: whether it is there, starts, durations, presence.
+struct Group {
+  explicit Group(T t)
+      : start(t.x[0]), end(Wide{t.x[0]} + t.x[1]), isThere(t.arrays[0].data() == nullptr || t.arrays[0][0] >= 1) {
+    for (std::size_t i = 0; i < t.arrays[1].size(); ++i) {
+      if (at(t.arrays[3], i) < 1) continue;
+      starts.push_back(t.arrays[1][i]);
+      ends.push_back(Wide{t.arrays[1][i]} + t.arrays[2][i]);
+    }
+  }
+  Wide start;
+  Wide end;
+  bool isThere;
+  std::vector<Wide> starts;  // of the parts that are there
+  std::vector<Wide> ends;
+};
+
+bool alternative(T t) {
+  const Group g(t);
+  if (!g.isThere) return g.starts.empty();
+  return g.starts.size() == 1 && g.starts[0] == g.start && g.ends[0] == g.end;
+}
+
+bool spans(T t) {
+  const Group g(t);
+  if (!g.isThere || g.starts.empty()) return !g.isThere && g.starts.empty();
+  return std::ranges::min(g.starts) == g.start && std::ranges::max(g.ends) == g.end;
+}
+
 const Row kRows[] = {
+    {"cs_Alternative", "vvoaaOn", door<cs_Alternative>, alternative, kNone, {{4, 2, 1, 4, 5, 6, 2, 2, 3, 0, 1, 0}}},
+    {"cs_Span", "vvoaaOn", door<cs_Span>, spans, kNone, {{4, 3, 1, 4, 5, 6, 2, 2, 3, 1, 1, 1}}},
+    {"cs_PrecedenceIf", "ovviv", door<cs_PrecedenceIf>, precedenceIf, kDomain, {{1, 2, 3, 7}, {}, {3}}},
     {"cs_CumulativeTasks",
      "aaaOnv",
      door<cs_CumulativeTasks>,

@@ -82,6 +82,17 @@ Case threeCumulativeTasks() {
   return c;
 }
 
+// One and two parts, with and without what may be null.
+Case groupCase(const char *name) {
+  Case c{std::string(name).substr(3), {name}, {}, {}, 8, {1, 1, 2, false}};
+  c.fewPatternsFrom = 5;
+  c.rooms = {{0, 3}};
+  for (const unsigned nulls : {0U, 1U, 2U, 3U})
+    for (const int n : {0, 1, 2})
+      c.forms.push_back(promisingLast(constraintOf({catalogue::rowOf(name), {n}, {}, {}, nulls})));
+  return c;
+}
+
 Constraint disjunctive(int n) { return stated("cs_Disjunctive", {n}); }
 
 }  // namespace
@@ -112,7 +123,9 @@ Cases schedulingCases() {
           disjunctiveTasks(),
           threeDisjunctiveTasks(),
           cumulativeTasks(),
-          threeCumulativeTasks()};
+          threeCumulativeTasks(),
+          groupCase("cs_Alternative"),
+          groupCase("cs_Span")};
 }
 
 }  // namespace koru::test::brute

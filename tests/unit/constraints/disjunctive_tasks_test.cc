@@ -43,6 +43,14 @@ TEST_F(DisjunctiveTasksTest, EdgesAreFound) {
   EXPECT_EQ(bounds(c), (std::vector<int>{21, 33})) << "both end by 21, and with c they would not";
 }
 
+TEST_F(DisjunctiveTasksTest, WhatIsNotLastEndsBeforeOneOfTheOthersBegins) {
+  task(0, 14, 11);
+  task(1, 17, 10);
+  CSint *i = task(4, 20, 2);
+  ASSERT_TRUE(post());
+  EXPECT_EQ(cs_getMax(i), 15);
+}
+
 TEST_F(DisjunctiveTasksTest, AnOverloadIsSeen) {
   task(0, 4, 3);
   task(0, 4, 3);
