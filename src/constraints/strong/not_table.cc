@@ -6,7 +6,6 @@
 // Cost: a run of O(n), and O(words) per value of a variable once the others have no more combinations than rows are
 // left. State: the rows that are left, trailed words; RowSet. Wakes: at every change.
 #include <algorithm>
-#include <bit>
 
 #include "constraints/strong/row_set.h"
 #include "core/post.h"
@@ -39,13 +38,13 @@ static std::int64_t combinations(const RowSet &rows) {
 
 // Removes the values of which every combination with the others is forbidden.
 static bool filterColumn(const RowSet &rows, const RowSet::Column &column, std::int64_t others, bool &changed) {
+  const auto keeps = [&](int rank) {
+    if (rows.countRows(column, rank) != others) return true;
+    changed = true;
+    return removeValue(column.v, rows.valueAt(column, rank));
+  };
   for (int k = 0; k < column.frontWords(); ++k)
-    for (std::uint64_t left = rows.front(column, k); left != 0; left &= left - 1) {
-      const int rank = k * 64 + std::countr_zero(left);
-      if (rows.countRows(column, rank) != others) continue;
-      changed = true;
-      if (!removeValue(column.v, rows.valueAt(column, rank))) return false;
-    }
+    if (!forEachBit(k * 64, rows.front(column, k), keeps)) return false;
   return true;
 }
 

@@ -219,8 +219,8 @@ void RowSet::sweep(Keep keep) {
 int RowSet::collectRows(const Column &column) {
   int count = 0;
   for (int k = 0; k < column.frontWords(); ++k)
-    for (std::uint64_t left = scratch_[k]; left != 0; left &= left - 1)
-      rows_[count++] = dense_.get() + places_[column.begin + k * kWordBits + std::countr_zero(left)].at;
+    forEachBit(column.begin + k * kWordBits, scratch_[k],
+               [&](int at) { rows_[count++] = dense_.get() + places_[at].at; });
   return count;
 }
 
@@ -229,12 +229,12 @@ void RowSet::makeMask(const Column &column, bool keeps) {
   for (int i = 0; i < used(); ++i) mask_[index_[i]] = 0;
   if (keeps)
     for (const RowBits *b = column.anyBegin; b != column.anyEnd; ++b) mask_[b->word] |= b->bits;
+  const auto add = [this](int word, std::uint64_t bits) {
+    mask_[word] |= bits;
+    return true;
+  };
   for (int k = 0; k < column.frontWords(); ++k)
-    for (std::uint64_t left = scratch_[k]; left != 0; left &= left - 1)
-      visitRows(places_[column.begin + k * kWordBits + std::countr_zero(left)], [this](int word, std::uint64_t bits) {
-        mask_[word] |= bits;
-        return true;
-      });
+    forEachBit(column.begin + k * kWordBits, scratch_[k], [&](int at) { visitRows(places_[at], add); });
 }
 
 static void addBits(std::uint64_t *to, const std::uint64_t *from, int count) {
@@ -290,10 +290,11 @@ int RowSet::findGone(const Column &column) {
     const std::uint64_t bits = front(column, k);
     std::uint64_t gone = 0;
     if (column.isRange) {
-      gone = bits & ~domainWord(v, std::int64_t{valueAt(column, 0)} + k * kWordBits);
+      gone = bits & ~domainWord(v, valueAt(column, 0) + std::int64_t{k} * kWordBits);
     } else {
-      for (std::uint64_t left = bits; left != 0; left &= left - 1)
-        if (!contains(v, valueAt(column, k * kWordBits + std::countr_zero(left)))) gone |= left & ~(left - 1);
+      forEachBit(0, bits, [&](int i) {
+        if (!contains(v, valueAt(column, k * kWordBits + i))) gone |= std::uint64_t{1} << i;
+      });
     }
     scratch_[k] = gone;
     count += countOnes(gone);
@@ -377,6 +378,14 @@ bool RowSet::anySupported(const Column &column) const {
   return false;
 }
 
+// The first word in which both have a bit; `count` without one. By twos, which saves a jump for each.
+static int firstInBoth(const std::uint64_t *a, const std::uint64_t *b, int count) {
+  int k = 0;
+  while (k + 1 < count && ((a[k] & b[k]) | (a[k + 1] & b[k + 1])) == 0) k += 2;
+  while (k < count && (a[k] & b[k]) == 0) ++k;
+  return k;
+}
+
 bool RowSet::findSupport(const Column &column, int at) {
   const Place &place = places_[at];
   const auto isLast = [this, at](int word, std::uint64_t bits) {
@@ -387,9 +396,7 @@ bool RowSet::findSupport(const Column &column, int at) {
   if (!column.isPlain) return !visitRows(place, isLast);
   const std::uint64_t *const bits = dense_.get() + place.at;
   if (areFew()) {
-    const std::uint64_t *const words = words_.from(0);
-    int k = 0;
-    while (k < wordCount_ && (words[k] & bits[k]) == 0) ++k;
+    const int k = firstInBoth(words_.from(0), bits, wordCount_);
     return k < wordCount_ && !isLast(k, bits[k]);
   }
   const int count = used();
@@ -404,7 +411,7 @@ bool RowSet::dropUnsupported(const Column &column) {
   int count = 0;
   for (int k = 0; k < column.frontWords(); ++k) {
     std::uint64_t gone = 0;
-    for (std::uint64_t left = front(column, k); left != 0; left &= left - 1) {
+    for (std::uint64_t left = front(column, k); left != 0; left &= left - 1) {  // inlined once: 2 % of a run
       const int at = column.begin + k * kWordBits + std::countr_zero(left);
       const RowBits &residue = residues[at];
       if ((words[residue.word] & residue.bits) == 0 && !findSupport(column, at)) gone |= left & ~(left - 1);

@@ -8,9 +8,8 @@
 // with the domain an update finds what has gone. All these words are reversible.
 #pragma once
 
-#include <bit>
-
 #include "constraints/strong/ranked_rows.h"
+#include "core/bit_scan.h"
 #include "core/reversible.h"
 
 namespace koru {
@@ -68,8 +67,7 @@ class RowSet {
   template <class Visit>
   bool forEachOpen(Visit visit) {
     for (int k = 0; k < openWords_; ++k)
-      for (std::uint64_t left = words_[open_ + k]; left != 0; left &= left - 1)
-        if (!visit(columns_[k * 64 + std::countr_zero(left)])) return false;
+      if (!forEachBit(k * 64, words_[open_ + k], [&](int j) { return visit(columns_[j]); })) return false;
     return true;
   }
 

@@ -8,8 +8,6 @@
 // Wakes: at every change.
 #include "constraints/strong/table.h"
 
-#include <bit>
-
 #include "core/domain_walk.h"
 #include "koru_extras.h"
 
@@ -25,8 +23,8 @@ static bool keepFront(RowSet &rows, const RowSet::Column &column) {
   if (left == 1) return (isBound(v) || bindValue(v, rows.lowestInFront(column))) && rows.close(column);
   if (!narrowMin(v, rows.lowestInFront(column)) || !narrowMax(v, rows.highestInFront(column))) return false;
   for (int k = 0; v->count != left && k < column.frontWords(); ++k)
-    for (std::uint64_t gone = rows.dropped(k); gone != 0; gone &= gone - 1)
-      if (!removeValue(v, rows.valueAt(column, k * 64 + std::countr_zero(gone)))) return false;
+    if (!forEachBit(k * 64, rows.dropped(k), [&](int rank) { return removeValue(v, rows.valueAt(column, rank)); }))
+      return false;
   if (v->count == left) return true;
   return forEachValue(v, [&](int value) { return rows.isInFront(column, value) || removeValue(v, value); });
 }

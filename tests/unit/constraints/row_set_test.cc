@@ -153,7 +153,7 @@ class RowSetTest : public SolverTest, public ::testing::WithParamInterface<Shape
 
 INSTANTIATE_TEST_SUITE_P(All, RowSetTest,
                          ::testing::Values(Shape{7, 3, true}, Shape{500, 4, false}, Shape{1000, 150, true},
-                                           Shape{5000, 7, true}, Shape{5000, 900, false}));
+                                           Shape{5000, 7, true}, Shape{5000, 40, false}, Shape{5000, 900, false}));
 
 TEST_P(RowSetTest, RowsThatTheDomainsAllowAreLeftAfterEveryStep) {
   std::mt19937 random(11);
@@ -175,21 +175,54 @@ TEST_P(RowSetTest, RowsThatTheDomainsAllowAreLeftAfterEveryStep) {
 
 TEST_P(RowSetTest, ValuesWithoutRowsAreDropped) {
   update();
-  cs_saveContext();
-  ASSERT_TRUE(cs_EQ(vars[1], 0));
-  ASSERT_TRUE(set.update());
-  const RowSet::Column &column = set.column(0);
-  ASSERT_TRUE(set.dropUnsupported(column));
-  const auto has = [&](int value) {
-    return std::any_of(table.begin(), table.end(), [&](const auto &row) { return row[0] == value && row[1] == 0; });
-  };
-  int size = 0;
-  for (int value = 0; value <= GetParam().rows / 10; ++value) {
-    EXPECT_EQ(set.isInFront(column, value), has(value)) << value;
-    size += has(value);
+  for (const std::size_t bound : {0U, 1U}) {
+    cs_saveContext();
+    ASSERT_TRUE(cs_EQ(vars[bound], 0));
+    ASSERT_TRUE(set.update());
+    const std::size_t other = 1 - bound;
+    const RowSet::Column &column = set.column(static_cast<int>(other));
+    ASSERT_TRUE(set.dropUnsupported(column));
+    const auto has = [&](int value) {
+      return std::any_of(table.begin(), table.end(),
+                         [&](const auto &row) { return row[other] == value && row[bound] == 0; });
+    };
+    int size = 0;
+    for (int value = 0; value <= cs_getMax(vars[other]); ++value) {
+      EXPECT_EQ(set.isInFront(column, value), has(value)) << value;
+      size += has(value);
+    }
+    EXPECT_EQ(set.size(column), size);
+    EXPECT_TRUE(has(set.lowestInFront(column)) && has(set.highestInFront(column)));
+    cs_restoreContext();
   }
-  EXPECT_EQ(set.size(column), size);
-  EXPECT_TRUE(has(set.lowestInFront(column)) && has(set.highestInFront(column)));
+}
+
+// More columns than a word has bits.
+TEST_F(RankedRowsTest, ManyColumnsAreClosedAsTheyAreBound) {
+  std::vector<CSint *> vars;
+  for (int j = 0; j < 70; ++j) vars.push_back(cs_createCSint(0, 1));
+  const Rows table = {std::vector<int>(70, 0), std::vector<int>(70, 1)};
+  const std::vector<int> cells = flat(table);
+  RowSet set;
+  ASSERT_TRUE(set.build({vars.data(), 70, cells.data(), 2, false}));
+  const auto countOpen = [&set] {
+    int open = 0;
+    set.forEachOpen([&open](const RowSet::Column &) {
+      ++open;
+      return true;
+    });
+    return open;
+  };
+  EXPECT_EQ(countOpen(), 70);
+  cs_saveContext();
+  ASSERT_TRUE(cs_EQ(vars[69], 1) && cs_EQ(vars[3], 1));
+  ASSERT_TRUE(set.update());
+  EXPECT_EQ(countOpen(), 68);
+  EXPECT_EQ(set.countRows(), 1);
+  cs_restoreContext();
+  ASSERT_TRUE(set.update());
+  EXPECT_EQ(countOpen(), 70);
+  EXPECT_EQ(set.countRows(), 2);
 }
 
 }  // namespace
