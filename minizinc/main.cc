@@ -40,7 +40,8 @@ int complain(const std::string &message) {
 }
 
 int solve(const Syntax &syntax, const Options &options, Clock::time_point start) {
-  Report report(options.all || options.intermediate || syntax.solve.goal == Goal::kSatisfy, options.statistics);
+  Report report(options.all || options.intermediate || syntax.solve.goal == Goal::kSatisfy, options.statistics,
+                !options.profile.empty());
   report.watch(options.milliseconds);
   cs_init();
   cs_setErrHandler(

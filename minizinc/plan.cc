@@ -129,7 +129,8 @@ class Reader {
       const Expr v = variables_.follow(s_.list(to.part)[i]), value = variables_.follow(s_.list(values.part)[i]);
       if (v.kind != Kind::kDeclared || (value.kind != Kind::kInt && value.kind != Kind::kBool)) continue;
       if (value.number < INT_MIN || value.number > INT_MAX) continue;
-      plan_.hints.emplace_back(variables_.get(variables_.operand(v)), static_cast<int>(value.number));
+      const Operand o = variables_.operand(v);
+      if (!o.isConstant) plan_.hints[variables_.get(o)] = static_cast<int>(value.number);
     }
   }
 

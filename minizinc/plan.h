@@ -4,7 +4,6 @@
 #define KORU_MINIZINC_PLAN_H
 
 #include "minizinc/call.h"
-#include "minizinc/options.h"
 
 namespace koru::fzn {
 
@@ -20,9 +19,12 @@ struct Phase {
   OwnValue ownValue = OwnValue::kNone;
 };
 
+// Values to try first.
+using Hints = std::unordered_map<CSint *, int>;
+
 struct Plan {
   std::vector<Phase> phases;
-  std::vector<std::pair<CSint *, int>> hints;  // of warm_start
+  Hints hints;  // of warm_start
   int restarts = CS_RESTARTS_NONE;
   int restartFails = 0;
   int restartGrowth = 0;  // per cent

@@ -29,6 +29,18 @@ bool elementOfConstants(const Call &call) {
   return cs_GE(index, 1) && cs_ElementOf(index, values.data(), static_cast<int>(values.size()), call.variable(2));
 }
 
+constexpr long long kWide = 256;
+
+// Whether a look at each value of the result would cost more than it brings: then bounds have to do.
+bool isWide(const Array &array) {
+  long long low = INT_MAX, high = INT_MIN;
+  for (CSint *v : array) {
+    low = std::min<long long>(low, cs_getMin(v));
+    high = std::max<long long>(high, cs_getMax(v));
+  }
+  return high - low >= kWide;
+}
+
 bool elementOfVariables(const Call &call) {
   const Operand index = call.operand(0);
   const std::span<const Expr> list = call.list(1);
@@ -40,7 +52,12 @@ bool elementOfVariables(const Call &call) {
   Array array = call.array(1);
   if (array.empty()) return false;
   array.insert(array.begin(), array.front());
-  return cs_GE(call.variable(0), 1) && cs_VarElementOf(call.variable(0), array.data(), sizeOf(array), call.variable(2));
+  if (!cs_GE(call.variable(0), 1) || !cs_LE(call.variable(0), sizeOf(array) - 1)) return false;
+  if (isWide(array)) {
+    Array &kept = call.keep(std::move(array));
+    return call.define(2, cs_VarElementRange(call.variable(0), kept.data(), sizeOf(kept)));
+  }
+  return cs_VarElementOf(call.variable(0), array.data(), sizeOf(array), call.variable(2));
 }
 
 // --- Tables ---
@@ -147,8 +164,8 @@ bool diagram(const Call &call) {
 constexpr Row kRows[] = {
     {"array_int_element", "xCx", elementOfConstants},
     {"array_bool_element", "xCx", elementOfConstants},
-    {"array_var_int_element", "xXx", elementOfVariables},
-    {"array_var_bool_element", "xXx", elementOfVariables},
+    {"array_var_int_element", "xXx", elementOfVariables, false, 2},
+    {"array_var_bool_element", "xXx", elementOfVariables, false, 2},
     {"koru_table", "XC", table},
     {"koru_regular", "XccCcs", regular},
     {"koru_regular_nfa", "XccScs", regularWithChoice},

@@ -61,7 +61,7 @@ void Report::guard(long long milliseconds) {
   }
   if (ended_) return;
   end(solutions_ > 0 ? Outcome::kSolutions : Outcome::kUnknown);
-  std::_Exit(0);
+  if (!lingers_) std::_Exit(0);
 }
 
 void Report::solution(std::string text) {

@@ -19,7 +19,10 @@ enum class Outcome { kUnknown, kSolutions, kComplete, kUnsatisfiable };
 class Report {
  public:
   // `immediate`: solutions are written as they are found, else the last one at the end.
-  Report(bool immediate, bool statistics) : immediate_(immediate), statistics_(statistics) {}
+  // `lingers`: a run that is ended by the thread goes on to undo what it has done, silently, as something comes after
+  // it.
+  Report(bool immediate, bool statistics, bool lingers)
+      : immediate_(immediate), statistics_(statistics), lingers_(lingers) {}
   ~Report();
 
   // SIGTERM, SIGINT and, unless it is 0, the time limit end the run from now on. To be called before other threads.
@@ -41,7 +44,7 @@ class Report {
   void write(Outcome outcome);
 
   std::mutex mutex_;
-  bool immediate_, statistics_;
+  bool immediate_, statistics_, lingers_;
   std::string held_, lines_;
   long long solutions_ = 0;
   CSsearch *search_ = nullptr;

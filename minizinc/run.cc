@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
-// One search object labels everything. Only where several solutions of a satisfaction problem are asked for, variables
+// A search object labels everything. Only where several solutions of a satisfaction problem are asked for, variables
 // that no solution shows are left out of it: a second one, inside, looks for a single completion of what is shown.
+//
+// A free search of a model that has annotations takes turns: one search object that follows them, without restarts, and
+// one that does not, with limits on fails that grow, so that it takes at most some times longer than the better of the
+// two. What is handed on is the best solution: as a bound, and as the values that are tried first.
 #include "minizinc/run.h"
-
-#include <sys/resource.h>
 
 #include <cstdio>
 #include <set>
-#include <unordered_set>
 
 #include "minizinc/check.h"
 #include "minizinc/choose.h"
+#include "minizinc/labels.h"
 #include "minizinc/output.h"
 
 namespace koru::fzn {
@@ -18,11 +20,23 @@ namespace koru::fzn {
 namespace {
 
 constexpr int kFailsBetweenRestarts = 100;
+constexpr long long kFirstTurn = 500;  // fails of the first turn with the annotations
+constexpr int kFreeShare = 4;          // times as many fails for the turns without
+constexpr int kGrowth = 4;             // times as many fails for each next turn
+
+struct Turn {
+  bool free;
+  long long fails;  // limit; 0: none
+};
 
 class Run {
  public:
   Run(const Syntax &syntax, Model &model, const Options &options, Times times, Report &report)
-      : s_(syntax), model_(model), o_(options), times_(times), report_(report) {}
+      : s_(syntax),
+        model_(model),
+        o_(options),
+        report_(report),
+        statistics_(model, times, syntax.solve.goal != Goal::kSatisfy) {}
 
   bool go(bool posted) {
     tellStatistics(nullptr);
@@ -30,105 +44,108 @@ class Run {
       report_.end(Outcome::kUnsatisfiable);
       return true;
     }
-    makePhases();
+    plan_ = readPlan(s_, model_.variables, o_.verbose);
+    labels_ = labelsOf(s_, model_.variables, plan_, wantsSeveral());
+    if (isOptimisation()) objective_ = model_.variables.get(model_.variables.operand(s_.solve.objective));
     search();
     return right_;
   }
 
  private:
   bool isOptimisation() const { return s_.solve.goal != Goal::kSatisfy; }
+  bool minimizes() const { return s_.solve.goal == Goal::kMinimize; }
   bool wantsSeveral() const { return !isOptimisation() && (o_.all || o_.solutions > 1); }
 
-  // --- What is labelled ---
+  // --- Turns ---
 
-  void makePhases() {
-    plan_ = readPlan(s_, model_.variables, o_.verbose);
-    free_ = o_.free || plan_.phases.empty();
-    if (free_ && !plan_.phases.empty()) freePhases();
-    for (const Phase &phase : plan_.phases) seen_.insert(phase.variables.begin(), phase.variables.end());
-    hidesSome_ = wantsSeveral();
-    const bool annotated = !seen_.empty();
-    if (hidesSome_) addPhase(shown());
-    mayRepeat_ = hidesSome_ && annotated;
-    (hidesSome_ ? hidden_ : rest_) = others(false);
-    const Array introduced = others(true);
-    if (hidesSome_) {
-      hidden_.insert(hidden_.end(), introduced.begin(), introduced.end());
+  void search() {
+    const bool free = o_.free || plan_.phases.empty();
+    Outcome outcome = Outcome::kUnknown;
+    if (!free || plan_.phases.empty() || wantsSeveral()) {
+      outcome = turn({free, 0});
     } else {
-      addPhase(rest_);
-      addPhase(introduced);
+      for (long long fails = kFirstTurn;; fails *= kGrowth) {
+        outcome = turn({false, fails});
+        if (isOver(outcome)) break;
+        outcome = turn({true, fails * kFreeShare});
+        if (isOver(outcome)) break;
+      }
     }
-    if (plan_.phases.empty()) plan_.phases.emplace_back();
+    report_.end(outcome);
   }
 
-  // The variables and values of the annotations, but in an order that failures decide.
-  void freePhases() {
-    for (Phase &phase : plan_.phases) {
-      phase.order = CS_ORDER_DOM_WDEG;
-      phase.ownOrder = OwnOrder::kNone;
-    }
-    Phase &first = plan_.phases[0];
-    for (std::size_t i = 1; i < plan_.phases.size(); ++i) {
-      const Array &more = plan_.phases[i].variables;
-      first.variables.insert(first.variables.end(), more.begin(), more.end());
-    }
-    plan_.phases.resize(1);
+  bool isOver(Outcome outcome) const {
+    return outcome == Outcome::kComplete || outcome == Outcome::kUnsatisfiable || enough() || !right_ || stopped_;
   }
 
-  void addPhase(Array variables) {
-    if (variables.empty()) return;
-    Phase phase;
-    phase.variables = std::move(variables);
-    phase.order = CS_ORDER_DOM_WDEG;
-    plan_.phases.push_back(std::move(phase));
-  }
-
-  Array shown() {
-    Array all;
-    for (const Operand &o : outputOf(s_, model_.variables)) {
-      CSint *v = model_.variables.get(o);
-      if (seen_.insert(v).second) all.push_back(v);
+  // One search object from the root on, and how the run stands after it.
+  Outcome turn(Turn how) {
+    cs_saveContext();
+    if (!imposeBest(how.free)) {
+      cs_restoreContext();
+      return Outcome::kComplete;
     }
-    return all;
+    const std::vector<Phase> &phases = how.free ? labels_.free : labels_.annotated;
+    Chooser chooser(phases, o_.seed);
+    CSsearch *search = createSearch(phases, optionsOf(how, phases, chooser), how.free);
+    report_.setSearch(search);
+    const CSstatus status = goThrough(search);
+    statistics_.add(search);
+    tellStatistics(nullptr);
+    report_.setSearch(nullptr);
+    if (report_.isStopping()) return shown_ > 0 ? Outcome::kSolutions : Outcome::kUnknown;  // undoing may take long
+    cs_freeSearch(search);
+    cs_restoreContext();
+    return outcomeOf(status);
   }
 
-  // Variables that nothing has named yet: those of the model, or those that its compilation has introduced.
-  Array others(bool introduced) {
-    Array all;
-    for (std::uint32_t i = 0; i < s_.declarations.size(); ++i) {
-      const Declaration &d = s_.declarations[i];
-      if (!d.isVar || d.isArray) continue;
-      const bool made =
-          s_.find(d.annotations, "var_is_introduced") != nullptr || s_.find(d.annotations, "is_defined_var") != nullptr;
-      if (made != introduced) continue;
-      Expr e;
-      e.kind = Kind::kDeclared;
-      e.number = i;
-      const Operand o = model_.variables.operand(e);
-      CSint *v = o.isConstant ? nullptr : model_.variables.get(o);
-      if (v != nullptr && cs_getMin(v) != cs_getMax(v) && seen_.insert(v).second) all.push_back(v);
+  // A turn with neighbourhoods begins with the best solution once more.
+  bool imposeBest(bool again) const {
+    if (!isOptimisation() || shown_ == 0) return true;
+    if (again) return minimizes() ? cs_LE(objective_, best_) : cs_GE(objective_, best_);
+    return minimizes() ? cs_LT(objective_, best_) : cs_GT(objective_, best_);
+  }
+
+  CSstatus goThrough(CSsearch *search) {
+    CSstatus status = CS_STATUS_READY;
+    while (right_ && !enough()) {
+      status = cs_nextSolution(search);
+      if (status != CS_STATUS_SOLUTION) break;
+      complete(search);
     }
-    return all;
+    return status;
   }
 
-  // --- The search ---
+  bool enough() const {
+    if (report_.isStopping()) return true;
+    if (isOptimisation()) return false;
+    if (o_.all && o_.solutions == 0) return false;
+    return shown_ >= std::max(1LL, o_.solutions);
+  }
 
-  CSsearchOptions searchOptions(Chooser &chooser) {
+  Outcome outcomeOf(CSstatus status) {
+    const bool through = status == CS_STATUS_EXHAUSTED || status == CS_STATUS_OPTIMAL;
+    if (status == CS_STATUS_STOPPED || status == CS_STATUS_MEMORY) stopped_ = true;
+    if (through && !stopped_) return shown_ > 0 ? Outcome::kComplete : Outcome::kUnsatisfiable;
+    return shown_ > 0 ? Outcome::kSolutions : Outcome::kUnknown;
+  }
+
+  // --- Search objects ---
+
+  CSsearchOptions optionsOf(Turn turn, const std::vector<Phase> &phases, Chooser &chooser) const {
     CSsearchOptions how = {};
     how.size = sizeof how;
-    how.order = plan_.phases[0].order;
-    how.value = plan_.phases[0].value;
+    how.order = phases[0].order;
+    how.value = phases[0].value;
     how.seed = o_.seed;
+    how.fails = turn.fails;
     how.chooseVariable = Chooser::chooseVariable;
     how.chooseValue = Chooser::chooseValue;
     how.extra = &chooser;
     how.guided = !plan_.hints.empty();
+    if (isOptimisation()) (minimizes() ? how.minimize : how.maximize) = objective_;
     setRestarts(how);
-    if (isOptimisation()) {
-      CSint *objective = model_.variables.get(model_.variables.operand(s_.solve.objective));
-      (s_.solve.goal == Goal::kMinimize ? how.minimize : how.maximize) = objective;
-    }
-    if (free_) setFree(how);
+    if (turn.free) setFree(how);
     return how;
   }
 
@@ -153,63 +170,32 @@ class Run {
     how.neighbours = CS_NEIGHBOURS_LINKED;
   }
 
-  CSsearch *createSearch(const CSsearchOptions &how) {
-    Phase &first = plan_.phases[0];
-    CSsearch *search = cs_createSearch(first.variables.data(), sizeOf(first.variables));
+  CSsearch *createSearch(const std::vector<Phase> &phases, const CSsearchOptions &how, bool free) const {
+    const auto array = [](const Phase &phase) { return const_cast<CSint **>(phase.variables.data()); };
+    CSsearch *search = cs_createSearch(array(phases[0]), sizeOf(phases[0].variables));
     cs_setSearchOptions(search, &how);
-    for (std::size_t i = 1; i < plan_.phases.size(); ++i) {
-      Phase &phase = plan_.phases[i];
-      cs_addSearchPhase(search, phase.variables.data(), sizeOf(phase.variables), phase.order, phase.value);
-    }
-    setHints(search);
+    for (std::size_t i = 1; i < phases.size(); ++i)
+      cs_addSearchPhase(search, array(phases[i]), sizeOf(phases[i].variables), phases[i].order, phases[i].value);
+    setHints(search, phases, free && shown_ > 0 ? bestValues_ : plan_.hints);
     return search;
   }
 
-  void setHints(CSsearch *search) const {
+  static void setHints(CSsearch *search, const std::vector<Phase> &phases, const Hints &hints) {
     int index = 0;
-    for (const Phase &phase : plan_.phases) {
-      for (const CSint *v : phase.variables) {
-        for (const auto &[hinted, value] : plan_.hints) {
-          if (hinted == v) cs_setSearchHint(search, index, value);
-        }
+    for (const Phase &phase : phases) {
+      for (CSint *v : phase.variables) {
+        if (const auto it = hints.find(v); it != hints.end()) cs_setSearchHint(search, index, it->second);
         ++index;
       }
     }
   }
 
-  void search() {
-    Chooser chooser(plan_.phases, o_.seed);
-    const CSsearchOptions how = searchOptions(chooser);
-    CSsearch *search = createSearch(how);
-    report_.setSearch(search);
-    CSstatus status = CS_STATUS_READY;
-    while (right_ && !enough()) {
-      status = cs_nextSolution(search);
-      if (status != CS_STATUS_SOLUTION) break;
-      if (!complete(search)) continue;
-    }
-    tellStatistics(search);
-    report_.setSearch(nullptr);
-    report_.end(outcome(status));
-    if (!report_.isStopping()) cs_freeSearch(search);
-  }
-
-  bool enough() const {
-    if (report_.isStopping()) return true;
-    if (isOptimisation() || o_.all) return o_.all && o_.solutions > 0 && !isOptimisation() && shown_ >= o_.solutions;
-    return shown_ >= std::max(1LL, o_.solutions);
-  }
-
-  Outcome outcome(CSstatus status) const {
-    const bool through = status == CS_STATUS_EXHAUSTED || status == CS_STATUS_OPTIMAL;
-    if (through && !stopped_) return shown_ > 0 ? Outcome::kComplete : Outcome::kUnsatisfiable;
-    return shown_ > 0 ? Outcome::kSolutions : Outcome::kUnknown;
-  }
+  // --- Solutions ---
 
   // What is shown stands: look for values of the rest, if need be, and put it out.
-  bool complete(CSsearch *outer) {
+  void complete(CSsearch *outer) {
     Array open;
-    for (CSint *v : hidden_) {
+    for (CSint *v : labels_.hidden) {
       if (cs_getMin(v) != cs_getMax(v)) open.push_back(v);
     }
     if (open.empty()) return put(outer);
@@ -221,80 +207,61 @@ class Run {
     cs_setSearchOptions(inner, &how);
     report_.setSearch(inner);
     const CSstatus status = cs_nextSolution(inner);
-    const bool found = status == CS_STATUS_SOLUTION && put(outer);
+    if (status == CS_STATUS_SOLUTION) put(outer);
     if (status != CS_STATUS_SOLUTION && status != CS_STATUS_EXHAUSTED) stopped_ = true;
     report_.setSearch(outer);
     cs_freeSearch(inner);
-    return found;
   }
 
-  bool put(const CSsearch *search) {
+  void put(const CSsearch *search) {
+    if (!isNews()) return;
     const std::vector<long long> values = valuesOf(s_, model_.variables);
     Mistake wrong;
     if (o_.verify && !isSolution(s_, values, wrong)) {
       std::fprintf(stderr, "%s\n", describe(s_, wrong).c_str());
-      return right_ = false;
+      right_ = false;
+      return;
     }
     std::string text = textOf(s_, values);
-    if (mayRepeat_ && !texts_.insert(text).second) return false;
+    if (labels_.mayRepeat && !texts_.insert(text).second) return;
     ++shown_;
+    keepBest();
     report_.solution(std::move(text));
     tellStatistics(search);
-    return true;
   }
 
-  // --- Statistics ---
+  // Not the best solution once more.
+  bool isNews() const {
+    if (!isOptimisation() || shown_ == 0) return true;
+    const int value = cs_getMin(objective_);
+    return minimizes() ? value < best_ : value > best_;
+  }
+
+  void keepBest() {
+    if (!isOptimisation()) return;
+    best_ = cs_getMin(objective_);
+    if (!o_.free || plan_.phases.empty()) return;
+    for (const Phase &phase : labels_.free) {
+      for (CSint *v : phase.variables) bestValues_[v] = cs_getMin(v);
+    }
+  }
 
   void tellStatistics(const CSsearch *search) {
-    if (!o_.statistics) return;
-    CSsearchStats stats = {};
-    cs_getSearchStats(search, &stats, sizeof stats);
-    line("nodes", stats.choicePoints);
-    line("openNodes", 0);
-    if (isOptimisation() && stats.solutions > 0) line("objective", stats.objective);
-    if (isOptimisation() && search != nullptr) line("objectiveBound", stats.bound);
-    line("failures", stats.fails);
-    line("restarts", stats.restarts);
-    line("variables", model_.variables.nbMade());
-    line("intVariables", model_.variables.nbMade() - model_.variables.nbBools());
-    line("boolVariables", model_.variables.nbBools());
-    line("propagators", model_.nbPosted());
-    line("propagations", stats.wakings);
-    line("peakDepth", stats.peakDepth);
-    line("nogoods", stats.noGoods);
-    line("backjumps", 0);
-    line("nSolutions", shown_);
-    rusage usage = {};
-    getrusage(RUSAGE_SELF, &usage);
-    seconds("peakMem", static_cast<double>(usage.ru_maxrss) / 1024);
-    seconds("initTime", times_.parse + times_.post);
-    seconds("solveTime", stats.seconds);
-    report_.setStatistics(std::move(lines_));
-    lines_.clear();
-  }
-
-  void line(const char *key, long long value) {
-    lines_ += std::string("%%%mzn-stat: ") + key + "=" + std::to_string(value) + "\n";
-  }
-  void seconds(const char *key, double value) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.6g", value);
-    lines_ += std::string("%%%mzn-stat: ") + key + "=" + text + "\n";
+    if (o_.statistics) report_.setStatistics(statistics_.lines(search, shown_));
   }
 
   const Syntax &s_;
   Model &model_;
   const Options &o_;
-  Times times_;
   Report &report_;
+  Statistics statistics_;
   Plan plan_;
-  bool free_ = false;
-  bool hidesSome_ = false, mayRepeat_ = false;
+  Labels labels_;
+  CSint *objective_ = nullptr;
+  int best_ = 0;  // of the objective, once there is a solution
+  Hints bestValues_;
   bool stopped_ = false, right_ = true;
-  std::unordered_set<CSint *> seen_;
-  Array hidden_, rest_;
   std::set<std::string> texts_;
-  std::string lines_;
   long long shown_ = 0;
 };
 

@@ -3,17 +3,11 @@
 #ifndef KORU_MINIZINC_RUN_H
 #define KORU_MINIZINC_RUN_H
 
-#include "minizinc/model.h"
-#include "minizinc/plan.h"
+#include "minizinc/options.h"
 #include "minizinc/report.h"
+#include "minizinc/statistics.h"
 
 namespace koru::fzn {
-
-// Times that the statistics tell of, in seconds.
-struct Times {
-  double parse = 0;
-  double post = 0;
-};
 
 // Searches as the options and annotations say; `posted` is the model's answer. False when a solution did not stand the
 // check that --verify asks for, which the standard error stream then tells of.

@@ -84,6 +84,8 @@ const char *const kTemplates[] = {
     "array_int_element(%x,[%c,%c,%c],%x)",
     "array_bool_element(%x,[true,false,true],%b)",
     "array_var_int_element(%x,[%x,%x,%x],%x)",
+    "array_var_int_element(%x,[%x,1000,%x,-500],%x)",
+    "array_var_int_element(%x,[1000,%x,%x,3],%x)",
     "array_var_bool_element(%x,[%b,%b],%b)",
     "koru_all_different([%x,%x,%x])",
     "koru_all_different([%v,%v,%v,%v]) :: domain",
