@@ -24,9 +24,19 @@ constexpr long long kFirstTurn = 500;  // fails of the first turn with the annot
 constexpr int kFreeShare = 4;          // times as many fails for the turns without
 constexpr int kGrowth = 4;             // times as many fails for each next turn
 
+constexpr long long kProgress = 100;  // milliseconds between two looks at the statistics
+
 struct Turn {
   bool free;
   long long fails;  // limit; 0: none
+};
+
+class Run;
+
+// What a search object hands to callbacks.
+struct Host : Chooser {
+  Host(const std::vector<Phase> &phases, unsigned long long seed, Run &of) : Chooser(phases, seed), run(of) {}
+  Run &run;
 };
 
 class Run {
@@ -86,8 +96,8 @@ class Run {
       return Outcome::kComplete;
     }
     const std::vector<Phase> &phases = how.free ? labels_.free : labels_.annotated;
-    Chooser chooser(phases, o_.seed);
-    CSsearch *search = createSearch(phases, optionsOf(how, phases, chooser), how.free);
+    Host host(phases, o_.seed, *this);
+    CSsearch *search = createSearch(phases, optionsOf(how, phases, host), how.free);
     report_.setSearch(search);
     const CSstatus status = goThrough(search);
     statistics_.add(search);
@@ -132,7 +142,7 @@ class Run {
 
   // --- Search objects ---
 
-  CSsearchOptions optionsOf(Turn turn, const std::vector<Phase> &phases, Chooser &chooser) const {
+  CSsearchOptions optionsOf(Turn turn, const std::vector<Phase> &phases, Host &host) const {
     CSsearchOptions how = {};
     how.size = sizeof how;
     how.order = phases[0].order;
@@ -141,7 +151,9 @@ class Run {
     how.fails = turn.fails;
     how.chooseVariable = Chooser::chooseVariable;
     how.chooseValue = Chooser::chooseValue;
-    how.extra = &chooser;
+    how.progress = tellProgress;
+    how.progressMilliseconds = kProgress;
+    how.extra = static_cast<Chooser *>(&host);
     how.guided = !plan_.hints.empty();
     if (isOptimisation()) (minimizes() ? how.minimize : how.maximize) = objective_;
     setRestarts(how);
@@ -244,6 +256,11 @@ class Run {
     for (const Phase &phase : labels_.free) {
       for (CSint *v : phase.variables) bestValues_[v] = cs_getMin(v);
     }
+  }
+
+  // So that statistics are fresh when the run is ended from outside.
+  static void tellProgress(CSsearch *search, const CSsearchStats *, void *extra) {
+    static_cast<Host *>(static_cast<Chooser *>(extra))->run.tellStatistics(search);
   }
 
   void tellStatistics(const CSsearch *search) {
