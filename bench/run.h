@@ -2,6 +2,7 @@
 // What the benchmark programs for Koru share: a solver's lifetime, searches, and what a run did.
 #pragma once
 
+#include <cstddef>
 #include <ctime>
 #include <deque>
 #include <vector>
@@ -44,6 +45,7 @@ class Lifetime {
   Array &array() { return arrays_.emplace_back(); }
   Array &array(int size, int min, int max) {
     Array &result = array();
+    result.reserve(static_cast<std::size_t>(size));
     while (static_cast<int>(result.size()) < size) result.push_back(cs_createCSint(min, max));
     return result;
   }
