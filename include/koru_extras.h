@@ -874,6 +874,25 @@ KORU_API bool cs_Alternative(CSint *start, CSint *duration, CSint *present, CSin
 KORU_API bool cs_Span(CSint *start, CSint *duration, CSint *present, CSint **starts, CSint **durations,
                       CSint **presents, int n);
 
+/**
+ * Rectangles that do not overlap: rectangle i is widths[i] wide from x[i] on and heights[i] high from y[i] on. Borders may
+ * touch; one of no width or no height is in nobody's way. No width or height is negative.
+ * Bounds: two rectangles that are left one way to lie beside each other do so; and along each axis the rectangles share
+ * the room across, as the tasks of cs_CumulativeTasks share a capacity. With one variable left its bounds are right.
+ * Cost: memory linear in n. A run takes time n * n, and is repeated until it finds nothing.
+ */
+KORU_API bool cs_NoOverlap(CSint **x, CSint **widths, CSint **y, CSint **heights, int n);
+
+/**
+ * A level that begins at @p start and stays between @p low and @p high: event i, for each i below @p n, adds changes[i],
+ * which may be negative, at times[i], if it is there; all that happens at one time is one change. @p present as for tasks.
+ * Bounds of one variable at a time: an event happens in time where the others cannot keep the level without it, and
+ * not while they leave no room for it; changes are as large as that needs. With one variable left its bounds are right.
+ * Weak: it does not see that two events want the same room. Cost: memory linear in n. A run takes time n log n, and up
+ * to n for each event, and is repeated until it finds nothing.
+ */
+KORU_API bool cs_Reservoir(CSint **times, CSint **changes, CSint **present, int n, int start, int low, int high);
+
 #ifdef __cplusplus
 }
 #endif

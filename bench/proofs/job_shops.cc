@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // How often a search that prunes with cs_Disjunctive misses the least makespan of a job shop, and calls a longer one
-// the best. Each shop is solved to the end three times: with the orders of operations alone (cs_ReifLe both ways and
-// cs_Neq, whose propagation refuses no schedule), with cs_Disjunctive on each machine besides, and with cs_Disjunctive
-// alone, the starts being labelled. Every schedule found is checked by plain arithmetic, so a shorter one proves the
-// longer "best" wrong. The same numbers on every platform.
+// the best. Each shop is solved to the end with the orders of operations alone (cs_ReifLe both ways and cs_Neq, whose
+// propagation refuses no schedule), with cs_Disjunctive on each machine besides, with cs_Disjunctive alone, the starts
+// being labelled, and with cs_DisjunctiveTasks in the places of these two, which must never miss it. Every schedule
+// found is checked by plain arithmetic, so a shorter one proves the longer "best" wrong. The same numbers on every
+// platform.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "koru.h"
+#include "koru_extras.h"
 
 namespace {
 
@@ -117,15 +119,19 @@ bool postOrders(const Shop &shop) {
   return true;
 }
 
-bool postDisjunctives(const Shop &shop) {
+bool postDisjunctives(const Shop &shop, bool sound) {
   model.machines.resize(static_cast<std::size_t>(shop.machines));
   for (std::size_t i = 0; i < shop.operations.size(); ++i) {
     auto &[starts, durations] = model.machines[static_cast<std::size_t>(shop.operations[i].machine)];
     starts.push_back(model.starts[i]);
     durations.push_back(CSINT(shop.operations[i].duration));
   }
-  for (auto &[starts, durations] : model.machines)
-    if (!cs_Disjunctive(starts.data(), durations.data(), static_cast<int>(starts.size()))) return false;
+  for (auto &[starts, durations] : model.machines) {
+    const int n = static_cast<int>(starts.size());
+    if (!(sound ? cs_DisjunctiveTasks(starts.data(), durations.data(), nullptr, n)
+                : cs_Disjunctive(starts.data(), durations.data(), n)))
+      return false;
+  }
   return true;
 }
 
@@ -184,7 +190,9 @@ void keepSchedule(CSint **starts, int, CSint *makespan) {
   model.valid = model.valid && isSchedule(*model.shop, starts, model.best);
 }
 
-enum Machines { kOrders, kBoth, kDisjunctive };
+enum Machines { kOrders, kBoth, kDisjunctive, kTasksToo, kTasks };
+
+long long fails = 0;  // of the last search
 
 // The makespan at which the search ends.
 int solve(const Shop &shop, Machines machines) {
@@ -192,10 +200,11 @@ int solve(const Shop &shop, Machines machines) {
   int horizon = 0;
   for (const Operation &operation : shop.operations) horizon += operation.duration;
   model = {&shop, {}, {}, {}, {}, cs_createCSint(0, horizon), -1, true};
-  const bool posted = postJobs(shop, horizon) && (machines == kDisjunctive || postOrders(shop)) &&
-                      (machines == kOrders || postDisjunctives(shop));
+  const bool posted = postJobs(shop, horizon) && (machines == kDisjunctive || machines == kTasks || postOrders(shop)) &&
+                      (machines == kOrders || postDisjunctives(shop, machines >= kTasksToo));
   if (posted)
     cs_minimize(model.starts.data(), static_cast<int>(model.starts.size()), selectNext, model.makespan, keepSchedule);
+  fails = cs_getNbFails();
   cs_end();
   if (!posted || !model.valid) std::puts("there is no model, or a schedule is none");
   return model.best;
@@ -206,11 +215,13 @@ int solve(const Shop &shop, Machines machines) {
 struct Tally {
   int wrong = 0;
   int most = 0;
+  long long fails = 0;
 
   void note(int least, int found) {
     if (found > least) ++wrong;
     if (found < least) std::puts("the orders alone missed a schedule");
     most = std::max(most, found - least);
+    fails += ::fails;
   }
 };
 
@@ -223,14 +234,22 @@ void printRow(int jobs, int machines, int count, int longest) {
   const bool labelsStarts = jobs <= 5 && longest <= 9;
   Tally both;
   Tally alone;
+  Tally tasksToo;
+  Tally tasks;
+  Tally orders;
   for (int seed = 1; seed <= count; ++seed) {
     const Shop shop = randomShop(jobs, machines, longest, seed);
     const int least = solve(shop, kOrders);
+    orders.note(least, least);
     both.note(least, solve(shop, kBoth));
-    if (labelsStarts) alone.note(least, solve(shop, kDisjunctive));
+    tasksToo.note(least, solve(shop, kTasksToo));
+    if (!labelsStarts) continue;
+    alone.note(least, solve(shop, kDisjunctive));
+    tasks.note(least, solve(shop, kTasks));
   }
-  std::printf("| %d jobs, %d machines, 1 to %d | %d | %s | %s |\n", jobs, machines, longest, count,
-              asText(both).c_str(), labelsStarts ? asText(alone).c_str() : "");
+  std::printf("| %d jobs, %d machines, 1 to %d | %d | %s | %s | %d | %s | %lld | %lld |\n", jobs, machines, longest,
+              count, asText(both).c_str(), labelsStarts ? asText(alone).c_str() : "", tasksToo.wrong,
+              labelsStarts ? std::to_string(tasks.wrong).c_str() : "", orders.fails, tasksToo.fails);
   std::fflush(stdout);
 }
 
@@ -238,8 +257,9 @@ void printRow(int jobs, int machines, int count, int longest) {
 
 int main() {
   std::puts(
-      "| shops, durations | solved | too long with orders and cs_Disjunctive | too long with cs_Disjunctive alone |");
-  std::puts("|---|---|---|---|");
+      "| shops, durations | solved | too long with orders and cs_Disjunctive | too long with cs_Disjunctive alone "
+      "| too long with cs_DisjunctiveTasks | alone | fails with orders | and cs_DisjunctiveTasks |");
+  std::puts("|---|---|---|---|---|---|---|---|");
   for (const int longest : {9, 99}) {
     printRow(5, 5, 200, longest);
     printRow(6, 5, 100, longest);
@@ -247,5 +267,6 @@ int main() {
   }
   const Shop shop = la03();
   const int least = solve(shop, kOrders);
-  std::printf("\nla03: %d with the orders alone, %d with cs_Disjunctive besides\n", least, solve(shop, kBoth));
+  std::printf("\nla03: %d with the orders alone, %d with cs_Disjunctive besides, %d with cs_DisjunctiveTasks\n", least,
+              solve(shop, kBoth), solve(shop, kTasksToo));
 }

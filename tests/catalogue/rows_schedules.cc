@@ -54,6 +54,38 @@ bool cumulativeTasks(T t) {
   return true;
 }
 
+// Arrays: places and sizes along two axes.
+bool noOverlap(T t) {
+  const Array x = t.arrays[0];
+  const Array widths = t.arrays[1];
+  const Array y = t.arrays[2];
+  const Array heights = t.arrays[3];
+  if (!noneNegative(widths) || !noneNegative(heights)) return false;
+  const auto apart = [](Array place, Array size, std::size_t i, std::size_t j) {
+    return Wide{place[i]} + size[i] <= place[j] || Wide{place[j]} + size[j] <= place[i];
+  };
+  for (std::size_t i = 0; i < x.size(); ++i)
+    for (std::size_t j = 0; j < i; ++j) {
+      const bool haveArea = widths[i] > 0 && heights[i] > 0 && widths[j] > 0 && heights[j] > 0;
+      if (haveArea && !apart(x, widths, i, j) && !apart(y, heights, i, j)) return false;
+    }
+  return true;
+}
+
+// Arrays: times, changes, presence; the level at first, its limits.
+bool reservoir(T t) {
+  const auto isKept = [&](Wide level) { return t.k[1] <= level && level <= t.k[2]; };
+  if (!isKept(t.k[0])) return false;
+  const Array times = t.arrays[0];
+  for (const int time : times) {
+    Wide level = t.k[0];
+    for (std::size_t i = 0; i < times.size(); ++i)
+      if (times[i] <= time && at(t.arrays[2], i) >= 1) level += t.arrays[1][i];
+    if (!isKept(level)) return false;
+  }
+  return true;
+}
+
 // Null: always.
 bool precedenceIf(T t) {
   const std::size_t at = t.x.size() - 3;
@@ -93,6 +125,8 @@ bool spans(T t) {
 const Row kRows[] = {
     {"cs_Alternative", "vvoaaOn", door<cs_Alternative>, alternative, kNone, {{4, 2, 1, 4, 5, 6, 2, 2, 3, 0, 1, 0}}},
     {"cs_Span", "vvoaaOn", door<cs_Span>, spans, kNone, {{4, 3, 1, 4, 5, 6, 2, 2, 3, 1, 1, 1}}},
+    {"cs_NoOverlap", "aaaan", door<cs_NoOverlap>, noOverlap, kNone, {{1, 2, 9, 3, 3, 1, 1, 2, 9, 3, 3, 1}}},
+    {"cs_Reservoir", "aaOniii", door<cs_Reservoir>, reservoir, kNone, {{1, 2, 9, 3, 5, 1, 1, 1, 1}, {3}, {0, 0, 7}}},
     {"cs_PrecedenceIf", "ovviv", door<cs_PrecedenceIf>, precedenceIf, kDomain, {{1, 2, 3, 7}, {}, {3}}},
     {"cs_CumulativeTasks",
      "aaaOnv",

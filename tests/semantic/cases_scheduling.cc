@@ -82,6 +82,41 @@ Case threeCumulativeTasks() {
   return c;
 }
 
+Case noOverlap() {
+  Case c{"NoOverlap", {"cs_NoOverlap"}, {}, {}, 12, {1, 1, 2, false}};
+  c.fewPatternsFrom = 5;
+  c.rooms = {{0, 3}};
+  c.forms = {promisingLast(stated("cs_NoOverlap", {0})), promisingLast(stated("cs_NoOverlap", {1})),
+             promisingLast(stated("cs_NoOverlap", {2}))};
+  return c;
+}
+
+// Sizes of three that leave something to be decided.
+Case threeRectangles() {
+  Case c{"NoOverlapOfThree",
+         {"cs_NoOverlap"},
+         {},
+         {{0, 4}, {0, 4}, {0, 3}, {1, 2}, {2, 1}, {1, 1}, {0, 3}, {0, 3}, {0, 3}, {1, 1}, {0, 2}, {2, 1}},
+         20,
+         {1, 1, 1, false}};
+  c.patterns = {distinctPositions(12)};
+  c.forms = {promisingLast(stated("cs_NoOverlap", {3}))};
+  return c;
+}
+
+// A level that begins anywhere between the limits, or outside.
+Case reservoir() {
+  Case c{"Reservoir", {"cs_Reservoir"}, {}, {{0, 3}}, 10, {1, 1, 2, false}};
+  c.fewPatternsFrom = 5;
+  c.rooms = {{-2, 4}};
+  for (const std::vector<Wide> &levels : {std::vector<Wide>{0, 0, 1}, {1, 0, 2}, {0, -2, 0}, {3, 0, 2}})
+    for (const int n : {0, 1, 2, 3})
+      for (const unsigned nulls : {0U, 1U})
+        if (n < 3 || nulls == 1)
+          c.forms.push_back(promisingLast(constraintOf({catalogue::rowOf("cs_Reservoir"), {n}, levels, {}, nulls})));
+  return c;
+}
+
 // One and two parts, with and without what may be null.
 Case groupCase(const char *name) {
   Case c{std::string(name).substr(3), {name}, {}, {}, 8, {1, 1, 2, false}};
@@ -125,7 +160,10 @@ Cases schedulingCases() {
           cumulativeTasks(),
           threeCumulativeTasks(),
           groupCase("cs_Alternative"),
-          groupCase("cs_Span")};
+          groupCase("cs_Span"),
+          noOverlap(),
+          threeRectangles(),
+          reservoir()};
 }
 
 }  // namespace koru::test::brute

@@ -42,7 +42,7 @@ struct Group : Deferred {
   bool mustBe(int i) const { return presents.of(i) == Presence::kIn; }
   // All parts are there whatever happens when nobody was asked.
   bool leaveOut(int i) const { return presents.variables && presents.leaveOut(i); }
-  bool takeIn(int i) const { return !presents.variables || truth::makeTrue(presents.variables[i]); }
+  bool takeIn(int i) const { return presents.takeIn(i); }
   bool mayBe() const { return present == nullptr || !truth::isFalse(present); }
   bool mustBe() const { return present == nullptr || truth::isTrue(present); }
   bool leaveOut() const { return present != nullptr && truth::makeFalse(present); }

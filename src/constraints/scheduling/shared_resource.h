@@ -23,7 +23,8 @@ class SharedResource {
   explicit SharedResource(int count);
   explicit operator bool() const { return static_cast<bool>(loads_); }
 
-  // All loads are set before a filter: use and capacity are ints, not negative, and times sums of two ints.
+  // All loads are set before a filter: use and capacity are of at most 34 bits, not negative, and times
+  // sums of two ints.
   Load &operator[](int i) { return loads_[i]; }
   const Load &operator[](int i) const { return loads_[i]; }
 

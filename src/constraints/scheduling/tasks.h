@@ -26,6 +26,7 @@ struct Present {
     if (!variables || truth::isTrue(variables[i])) return Presence::kIn;
     return truth::isFalse(variables[i]) ? Presence::kOut : Presence::kOptional;
   }
+  bool takeIn(int i) const { return !variables || truth::makeTrue(variables[i]); }
   // Of a task that need not be there.
   bool leaveOut(int i) const { return truth::makeFalse(variables[i]); }
 };

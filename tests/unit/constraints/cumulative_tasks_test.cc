@@ -183,4 +183,21 @@ TEST_F(CumulativeTasksTest, BadInputIsRefused) {
   EXPECT_FALSE(cs_CumulativeTasks(nullptr, nullptr, nullptr, nullptr, 0, negative));
 }
 
+TEST_F(CumulativeTasksTest, AStartThatIsATruthValueAsWell) {
+  CSint *start = task(0, 9, 2, 1);
+  task(0, 0, 3, 1);
+  task(0, 1, 3, 1, start);
+  EXPECT_FALSE(post(CSINT(1), true));
+}
+
+// The first task lasts as long as the second one waits, and has no room for that.
+TEST_F(CumulativeTasksTest, AStartThatIsADurationAsWell) {
+  CSint *both = cs_createCSint(1, 9);
+  task(CSINT(20), both, CSINT(2));
+  task(both, CSINT(2), CSINT(2));
+  task(1, 1, 5, 2);
+  task(24, 24, 1, 2);
+  EXPECT_FALSE(post(CSINT(3)));
+}
+
 }  // namespace

@@ -191,4 +191,24 @@ TEST_F(DisjunctiveTasksTest, BadInputIsRefused) {
   EXPECT_FALSE(cs_DisjunctiveTasks(array, &negative, nullptr, 1));
 }
 
+// The start of the first task, which must be 3, tells that the last one is there, for which there is no place.
+TEST_F(DisjunctiveTasksTest, AStartThatIsATruthValueAsWell) {
+  CSint *start = task(0, 9, 2);
+  task(0, 0, 3);
+  task(0, 1, 3, start);
+  EXPECT_FALSE(post(true));
+}
+
+TEST_F(DisjunctiveTasksTest, AStartWithNothingBetweenItsBounds) {
+  starts.push_back(fromValues({0, 20}));
+  durations.push_back(CSINT(2));
+  task(0, 0, 3);
+  task(10, 12, 9);
+  EXPECT_TRUE(cs_LE(starts[0], 20));
+  ASSERT_TRUE(post());
+  EXPECT_EQ(bounds(starts[0]), (std::vector<int>{20, 20}));
+  EXPECT_EQ(bounds(starts[2]), (std::vector<int>{10, 11}));
+  EXPECT_FALSE(cs_GE(starts[2], 12));
+}
+
 }  // namespace

@@ -178,4 +178,44 @@ TEST_F(GroupsTest, BadInputIsRefused) {
   }
 }
 
+// The bounds meet, the values do not.
+TEST_F(GroupsTest, ChoicesBetweenTheValues) {
+  part(4, 5, 2, 3);
+  start = fromValues({0, 9});
+  EXPECT_FALSE(alternative(nullptr));
+  start = cs_createCSint(0, 9);
+  duration = fromValues({1, 9});
+  EXPECT_FALSE(alternative(nullptr));
+  part(3, 5, 2, 4);
+  presents[0] = cs_createCSint(0, 1);
+  start = cs_createCSint(0, 9);
+  EXPECT_FALSE(alternative(nullptr)) << "neither of the two";
+  for (CSint *&present : presents) present = cs_createCSint(0, 1);
+  duration = cs_createCSint(1, 9);
+  start = fromValues({0, 9});
+  EXPECT_FALSE(alternative(nullptr));
+}
+
+TEST_F(GroupsTest, PartsBetweenTheValues) {
+  part(4, 5, 2, 3);
+  start = fromValues({0, 9});
+  EXPECT_FALSE(span(nullptr));
+  start = cs_createCSint(0, 9);
+  duration = fromValues({1, 9});
+  EXPECT_FALSE(span(nullptr));
+}
+
+// A part that is there when the whole starts late, and then is too early.
+TEST_F(GroupsTest, OneVariableInSeveralPlaces) {
+  CSint *both = cs_createCSint(0, 9);
+  starts = {both, cs_createCSint(0, 9)};
+  durations = {both, both};
+  presents = {both, cs_createCSint(0, 1)};
+  ASSERT_TRUE(cs_Span(both, both, both, starts.data(), durations.data(), presents.data(), 2));
+  EXPECT_TRUE(cs_GE(both, 4));
+  EXPECT_EQ(cs_getMin(both), 4);
+  ASSERT_TRUE(cs_Alternative(both, both, both, starts.data(), durations.data(), presents.data(), 2));
+  EXPECT_EQ(cs_getMax(presents[1]), 0);
+}
+
 }  // namespace
