@@ -15,13 +15,14 @@ class Names {
 
   Names() : slots_(1024) {}
 
-  std::uint32_t find(std::string_view name) const { return slots_[place(name)].number; }
+  std::uint32_t find(std::string_view name) const { return slots_[place(name, hash(name))].number; }
 
   // False when it is there already.
   bool add(std::string_view name, std::uint32_t number) {
-    Slot &slot = slots_[place(name)];
+    const std::uint64_t h = hash(name);
+    Slot &slot = slots_[place(name, h)];
     if (slot.number != kUnknown) return false;
-    slot = {name, number};
+    slot = {name, number, tagOf(h)};
     if (++count_ * 2 > slots_.size()) grow();
     return true;
   }
@@ -30,7 +31,10 @@ class Names {
   struct Slot {
     std::string_view name;
     std::uint32_t number = kUnknown;
+    std::uint32_t tag = 0;  // of the hash: names are compared only where it is the same
   };
+
+  static std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
 
   static std::uint64_t hash(std::string_view name) {
     std::uint64_t h = 0xcbf29ce484222325U;  // Fowler, Noll, Vo
@@ -38,9 +42,10 @@ class Names {
     return h ^ (h >> 29);
   }
 
-  std::size_t place(std::string_view name) const {
-    std::size_t i = static_cast<std::size_t>(hash(name)) & (slots_.size() - 1);
-    while (slots_[i].number != kUnknown && slots_[i].name != name) i = (i + 1) & (slots_.size() - 1);
+  std::size_t place(std::string_view name, std::uint64_t h) const {
+    std::size_t i = static_cast<std::size_t>(h) & (slots_.size() - 1);
+    while (slots_[i].number != kUnknown && (slots_[i].tag != tagOf(h) || slots_[i].name != name))
+      i = (i + 1) & (slots_.size() - 1);
     return i;
   }
 
@@ -48,7 +53,7 @@ class Names {
     std::vector<Slot> old(slots_.size() * 2);
     old.swap(slots_);
     for (const Slot &slot : old) {
-      if (slot.number != kUnknown) slots_[place(slot.name)] = slot;
+      if (slot.number != kUnknown) slots_[place(slot.name, hash(slot.name))] = slot;
     }
   }
 
