@@ -181,32 +181,40 @@ std::string domainOf(Random &random) {
   return kDomains[random.below(8)];
 }
 
-std::string modelOf(std::string_view form, Random &random) {
+std::string modelOf(std::string_view form, Random &random, const std::string &goal = "satisfy") {
   std::string text;
   for (int i = 0; i < kInts; ++i) text += "var " + domainOf(random) + ": x" + std::to_string(i) + " :: output_var;\n";
   for (int i = 0; i < kBools; ++i) text += "var bool: b" + std::to_string(i) + " :: output_var;\n";
   text += constraintOf(form, random);
   if (random.below(3) == 0)
     text += constraintOf(kTemplates[random.below(static_cast<int>(std::size(kTemplates)))], random);
-  return text + "solve satisfy;\n";
+  return text + "solve " + goal + ";\n";
 }
 
-// By enumeration of all values from -3 to 4; domains are left to the check.
-long long countByHand(const std::string &text) {
+// What enumeration of all values from -3 to 4 finds; domains are left to the check.
+struct Found {
+  long long count = 0;
+  long long least = 100, greatest = -100;  // of x0
+};
+
+Found enumerate(const std::string &text) {
   Syntax syntax;
   Mistake mistake;
   syntax.text = text;
   EXPECT_TRUE(parse(syntax, mistake)) << describe(syntax, mistake) << "\n" << text;
-  long long count = 0;
+  Found found;
   for (int code = 0; code < 8 * 8 * 8 * 8; ++code) {
     std::vector<long long> values;
     int rest = code;
     for (int i = 0; i < kInts; ++i, rest /= 8) values.push_back(rest % 8 - 3);
     for (int i = 0; i < kBools; ++i, rest /= 2) values.push_back(rest % 2);
     Mistake wrong;
-    count += isSolution(syntax, values, wrong) ? 1 : 0;
+    if (!isSolution(syntax, values, wrong)) continue;
+    ++found.count;
+    found.least = std::min(found.least, values[0]);
+    found.greatest = std::max(found.greatest, values[0]);
   }
-  return count;
+  return found;
 }
 
 void compare(const std::string &options, const std::string &text) {
@@ -214,7 +222,7 @@ void compare(const std::string &options, const std::string &text) {
   ASSERT_EQ(ran.status, 0) << ran.output << text;
   long long found = 0;
   for (std::size_t at = 0; (at = ran.output.find("----------", at)) != std::string::npos; ++at) ++found;
-  const long long expected = countByHand(text);
+  const long long expected = enumerate(text).count;
   ASSERT_EQ(found, expected) << text;
   const char *end = expected > 0 ? "==========\n" : "=====UNSATISFIABLE=====\n";
   ASSERT_TRUE(ran.output.ends_with(end)) << ran.output << text;
@@ -226,6 +234,35 @@ void compareAll(unsigned from, unsigned to, const std::string &options) {
       Random random(seed * 977 + static_cast<unsigned>(form[5]) + static_cast<unsigned>(std::string_view(form).size()));
       ASSERT_NO_FATAL_FAILURE(compare(options, modelOf(form, random)));
     }
+  }
+}
+
+// The last solution is the best, and proved to be.
+void compareOptimum(const std::string &options, const std::string &text, bool minimizes) {
+  const Ran ran = solve(options, text);
+  ASSERT_EQ(ran.status, 0) << ran.output << text;
+  const Found expected = enumerate(text);
+  if (expected.count == 0) {
+    ASSERT_EQ(ran.output, "=====UNSATISFIABLE=====\n") << text;
+    return;
+  }
+  const std::string best = "x0 = " + std::to_string(minimizes ? expected.least : expected.greatest) + ";\n";
+  const std::size_t last = ran.output.rfind("x0 = ");
+  ASSERT_NE(last, std::string::npos) << ran.output << text;
+  ASSERT_EQ(ran.output.substr(last, best.size()), best) << options << text;
+  ASSERT_TRUE(ran.output.ends_with("==========\n")) << ran.output << text;
+}
+
+TEST(FznRandomModels, HaveTheOptimumThatEnumerationFinds) {
+  static const char *const kOptions[] = {"", "-f", "-a -f", "--restart luby", "-a --restart geometric", "-f -r 7"};
+  unsigned seed = 1;
+  for (const char *form : kTemplates) {
+    Random random(++seed * 31);
+    const bool minimizes = random.below(2) == 0;
+    const std::string annotation =
+        random.below(2) == 0 ? "" : ":: int_search([x1,x0,x2],first_fail,indomain_max,complete) ";
+    const std::string goal = annotation + (minimizes ? "minimize x0" : "maximize x0");
+    ASSERT_NO_FATAL_FAILURE(compareOptimum(kOptions[seed % 6], modelOf(form, random, goal), minimizes));
   }
 }
 
