@@ -6,6 +6,7 @@
 #include <new>
 
 #include "minizinc/parser.h"
+#include "minizinc/portfolio.h"
 #include "minizinc/profiling.h"
 #include "minizinc/run.h"
 
@@ -70,11 +71,11 @@ int main(int argc, char **argv) {
   std::string message;
   if (!readOptions(argc, argv, options, message)) return complain("fzn-koru: " + message);
   if (options.help) return std::fputs(kUsage, stdout) < 0;
-  if (options.verbose && options.processes > 1) std::fprintf(stderr, "fzn-koru runs one process\n");
   Syntax syntax;
   syntax.file = options.file;
   if (!readFile(syntax)) return complain("fzn-koru: " + options.file + " cannot be read");
   Mistake mistake;
   if (!parse(syntax, mistake)) return complain(describe(syntax, mistake));
-  return solve(syntax, options, start);
+  const auto solveBy = [&](const Options &how) { return solve(syntax, how, start); };
+  return isForPortfolio(syntax, options) ? runPortfolio(syntax, options, solveBy) : solveBy(options);
 }

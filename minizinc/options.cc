@@ -17,7 +17,7 @@ const char *const kUsage =
     "  -t MS          stop after so many milliseconds\n"
     "  -f             do not follow the model's search annotations\n"
     "  -r SEED        of all that is random\n"
-    "  -p COUNT       processes; only one is used\n"
+    "  -p COUNT       processes that search in different ways\n"
     "  -s             statistics\n"
     "  -v             say what is being done, on the standard error stream\n"
     "  --restart R    none, constant, luby or geometric, whatever the model says\n"

@@ -18,9 +18,10 @@ struct Options {
   bool statistics = false;
   bool free = false;  // -f: search as the solver likes
   bool verbose = false;
-  bool verify = false;   // check every solution before it is printed
-  std::string restarts;  // none, luby, geometric or constant; empty: as the file says
-  std::string profile;   // where the profiler's report goes
+  bool verify = false;          // check every solution before it is printed
+  std::string restarts;         // none, luby, geometric or constant; empty: as the file says
+  std::string profile;          // where the profiler's report goes
+  bool tellsObjective = false;  // in a line of its own before the end of a solution: for the parent of this process
   bool help = false;
 };
 

@@ -238,6 +238,7 @@ class Run {
     if (labels_.mayRepeat && !texts_.insert(text).second) return;
     ++shown_;
     keepBest();
+    if (o_.tellsObjective) text += "%%%koru-objective=" + std::to_string(best_) + "\n";
     report_.solution(std::move(text));
     tellStatistics(search);
   }

@@ -124,6 +124,27 @@ TEST(FznProgram, EndsAtTheTimeLimit) {
   EXPECT_LT(seconds, 2.0);  // 0.4 on a machine with nothing else to do
 }
 
+TEST(FznProgram, SearchesInSeveralProcesses) {
+  const std::string ruler = KORU_FZN_MODELS "/free_turns.fzn";
+  const Ran best = solveFile("-p 3 -s", ruler);
+  EXPECT_TRUE(best.output.starts_with("m8 = 34;\n----------\n==========\n%%%mzn-stat: nodes=")) << best.output;
+  EXPECT_TRUE(best.output.ends_with("%%%mzn-stat-end\n"));
+  EXPECT_EQ(solveFile("-p 2", KORU_FZN_MODELS "/unsatisfiable.fzn").output, "=====UNSATISFIABLE=====\n");
+  const Ran first = solveFile("-p 2", KORU_FZN_MODELS "/queens_first.fzn");
+  EXPECT_TRUE(first.output.ends_with("]);\n----------\n")) << first.output;
+  const Ran all = solveFile("-a -p 2", KORU_FZN_MODELS "/hidden.fzn");
+  EXPECT_EQ(all.output, "x = 1;\n----------\n==========\n");
+  const Ran refused = solve("-p 2", "constraint nothing(1);\nsolve satisfy;");
+  EXPECT_EQ(refused.output, "m.fzn:1:12: \"nothing\" is no constraint that is known\n");
+  EXPECT_EQ(refused.status, 1);
+}
+
+TEST(FznProgram, EndsSeveralProcessesAtTheTimeLimit) {
+  std::string output;
+  EXPECT_LT(secondsOf("-p 2 -t 300", pigeons(20, true), output), 3.0);
+  EXPECT_EQ(output, "away = 1;\n----------\n");
+}
+
 // The signal comes when the first solution has been held for a while.
 TEST(FznProgram, EndsAtASignalWithTheBestSolution) {
   for (const std::string signal : {"INT", "TERM"}) {
