@@ -200,7 +200,8 @@ typedef struct CSsearchStats {
   long long noGoods;              /**< learnt from these */
   long long neighbourhoods;       /**< looked into */
   long long neighbourhoodsBetter; /**< with a better solution */
-  long long wakings;              /**< calls of propagators: of handlers, and of runs that wait */
+  long long wakings;              /**< calls of propagators: of handlers, and of runs that wait; more while a profiler
+                                       is enabled, which sees calls that would do nothing */
   long long peakDepth;            /**< the most decisions in force at a time */
   long long peakTrail;            /**< the most undo records at a time, at a choice point */
   double seconds;                 /**< spent in cs_nextSolution, by a monotonic clock */

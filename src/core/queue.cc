@@ -264,11 +264,22 @@ template <bool supervised>
   leave(queue);
 }
 
-[[gnu::noinline]] void propagateSupervised(Queue &queue) {
+// As propagate() below, but in portions, between which there is a question: so counting them takes a register.
+[[gnu::noinline, gnu::hot]] void propagateSupervised(Queue &queue) {
   Entry *listener = nullptr;
-  EventRecord handled{};
-  if (!drain<true>(queue, handled, 0, listener)) return;
-  if (solver::agenda.due()) return settle<true>(queue, handled, listener);
+  EventRecord event{};
+  for (int most = queue.untilAsked; !solver::events.empty(); most = 0) {
+    if (most <= 0) {
+      most = queue.untilAsked = kEventsBetweenQuestions;
+      if (askSupervisor()) return drop(queue);
+    }
+    for (; most > 0 && !solver::events.empty(); --most) {
+      event = solver::events.take();
+      if (!handle<true>(queue, event, listener)) return;
+    }
+  }
+  if (solver::agenda.due()) [[unlikely]]
+    return settle<true>(queue, event, listener);
   leave(queue);
 }
 

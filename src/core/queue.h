@@ -30,7 +30,7 @@ struct Queue {
   unsigned dropped = 0;    // propagations that have failed, ever: the events that were queued then went unheard
   bool hostHears = false;  // since cs_init a constraint was posted that runs code of the host
   Supervisor supervisor;
-  int untilAsked = 0;              // so many events more
+  int untilAsked = 0;              // so many events more in each propagation
   unsigned long long wakings = 0;  // of handlers and runs, counted while there is a supervisor
 };
 
@@ -85,11 +85,9 @@ inline bool canBeUnheard() { return !solver::ports.profiling && !solver::queue.h
 
 // A sum with a constant that passes a change on to the variable that it has made would be told of it in turn, and find
 // nothing to do. When nobody else hears such an event, a removal is not queued, and a bound's event has no entries: it
-// only brings the last-reported bound up to date, in its turn. This saves some 80 instructions an event. A supervised
-// search counts wakings, and has them all.
+// only brings the last-reported bound up to date, in its turn. This saves some 80 instructions an event.
 inline bool onlyMakerHears(const CSint *v, EventCode code) {
-  return v->shifted && (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts)) == 0 && canBeUnheard() &&
-         solver::queue.supervisor.mustEnd == nullptr;
+  return v->shifted && (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts)) == 0 && canBeUnheard();
 }
 
 [[nodiscard]] inline bool signalByMaker(CSint *v, EventCode code, int value) {
