@@ -281,6 +281,20 @@ bool isOneAtATime(const Arguments &a) {
   return Tasks{a.list(0), a.list(1), ones, a.size() > 2 ? a.list(2) : List()}.fit(1);
 }
 
+bool areApart(const Arguments &a) {
+  const List x = a.list(0), y = a.list(1), w = a.list(2), h = a.list(3);
+  const auto overlap = [](long long at, long long size, long long other, long long otherSize) {
+    return size > 0 && otherSize > 0 && at < other + otherSize && other < at + size;
+  };
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    if (w[i] < 0 || h[i] < 0) return false;
+    for (std::size_t j = 0; j < i; ++j) {
+      if (overlap(x[i], w[i], x[j], w[j]) && overlap(y[i], h[i], y[j], h[j])) return false;
+    }
+  }
+  return true;
+}
+
 template <class Compare>
 bool isOrdered(const Arguments &a) {
   const List xs = a.list(0);
@@ -374,6 +388,7 @@ constexpr Named kMeanings[] = {
     {"koru_cumulative_opt", isSchedule},
     {"koru_disjunctive", isOneAtATime},
     {"koru_disjunctive_opt", isOneAtATime},
+    {"koru_diffn", areApart},
     {"koru_lex_less", KORU_MEANING(a.list(0) < a.list(1))},
     {"koru_lex_lesseq", KORU_MEANING(a.list(0) <= a.list(1))},
     {"koru_value_precede", precedes},

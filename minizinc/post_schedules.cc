@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Tasks on machines and resources. Of cs_Cumulative and cs_Disjunctive nothing is used: their proofs are none.
+// Tasks on machines and resources, rectangles. Of cs_Cumulative and cs_Disjunctive nothing is used: their proofs are
+// none.
 #include "minizinc/postings.h"
 
 namespace koru::fzn {
@@ -28,11 +29,18 @@ bool disjunctive(const Call &call) {
   return cs_DisjunctiveTasks(starts.data(), durations.data(), optional ? present.data() : nullptr, sizeOf(starts));
 }
 
+// Arguments: places and sizes along one axis and the other, as diffn has them: x, y, widths, heights.
+bool rectangles(const Call &call) {
+  Array x = call.array(0), y = call.array(1), widths = call.array(2), heights = call.array(3);
+  if (y.size() != x.size() || widths.size() != x.size() || heights.size() != x.size())
+    return call.refuse("the arrays of rectangles are not equally long");
+  return cs_NoOverlap(x.data(), widths.data(), y.data(), heights.data(), sizeOf(x));
+}
+
 constexpr Row kRows[] = {
-    {"koru_cumulative", "XXXx", cumulative},
-    {"koru_cumulative_opt", "XXXxX", cumulative},
-    {"koru_disjunctive", "XX", disjunctive},
-    {"koru_disjunctive_opt", "XXX", disjunctive},
+    {"koru_cumulative", "XXXx", cumulative}, {"koru_cumulative_opt", "XXXxX", cumulative},
+    {"koru_disjunctive", "XX", disjunctive}, {"koru_disjunctive_opt", "XXX", disjunctive},
+    {"koru_diffn", "XXXX", rectangles},
 };
 
 }  // namespace

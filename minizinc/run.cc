@@ -29,6 +29,7 @@ constexpr long long kProgress = 100;  // milliseconds between two looks at the s
 struct Turn {
   bool free;
   long long fails;  // limit; 0: none
+  bool linked;      // neighbourhoods of variables that share constraints, else of any
 };
 
 class Run;
@@ -72,12 +73,13 @@ class Run {
     const bool free = o_.free || plan_.phases.empty();
     Outcome outcome = Outcome::kUnknown;
     if (!free || plan_.phases.empty() || wantsSeveral()) {
-      outcome = turn({free, 0});
+      outcome = turn({free, 0, true});
     } else {
-      for (long long fails = kFirstTurn;; fails *= kGrowth) {
-        outcome = turn({false, fails});
+      bool linked = false;  // they cost more to find
+      for (long long fails = kFirstTurn;; fails *= kGrowth, linked = !linked) {
+        outcome = turn({false, fails, false});
         if (isOver(outcome)) break;
-        outcome = turn({true, fails * kFreeShare});
+        outcome = turn({true, fails * kFreeShare, linked});
         if (isOver(outcome)) break;
       }
     }
@@ -157,7 +159,7 @@ class Run {
     how.guided = !plan_.hints.empty();
     if (isOptimisation()) (minimizes() ? how.minimize : how.maximize) = objective_;
     setRestarts(how);
-    if (turn.free) setFree(how);
+    if (turn.free) setFree(how, turn);
     return how;
   }
 
@@ -171,7 +173,7 @@ class Run {
     if (o_.restarts == "geometric") how.restarts = CS_RESTARTS_GEOMETRIC;
   }
 
-  void setFree(CSsearchOptions &how) const {
+  void setFree(CSsearchOptions &how, Turn turn) const {
     if (o_.restarts.empty() && plan_.restarts == CS_RESTARTS_NONE) {
       how.restarts = CS_RESTARTS_LUBY;
       how.restartFails = kFailsBetweenRestarts;
@@ -179,7 +181,7 @@ class Run {
     how.lastConflict = true;
     if (!isOptimisation()) return;
     how.guided = true;
-    how.neighbours = CS_NEIGHBOURS_LINKED;
+    how.neighbours = turn.linked ? CS_NEIGHBOURS_LINKED : CS_NEIGHBOURS_RANDOM;
   }
 
   CSsearch *createSearch(const std::vector<Phase> &phases, const CSsearchOptions &how, bool free) const {

@@ -120,6 +120,8 @@ const char *const kTemplates[] = {
     "koru_disjunctive([%x,%x,%x],[1,%p,%c])",
     "koru_disjunctive([%x,%x],[%x,%x])",
     "koru_disjunctive_opt([%x,%x,%x],[2,%p,1],[%b,%b,%b])",
+    "koru_diffn([%x,%x,%x],[%x,1,%x],[2,1,%p],[1,%p,2])",
+    "koru_diffn([%x,%x],[%x,%x],[%c,2],[1,%x])",
     "koru_increasing([%x,%x,%x])",
     "koru_decreasing([%x,%x,%x])",
     "koru_strictly_increasing([%x,%x])",
