@@ -22,9 +22,9 @@ static bool keepFront(RowSet &rows, const RowSet::Column &column) {
   const int left = rows.size(column);
   if (left == 1) return (isBound(v) || bindValue(v, rows.lowestInFront(column))) && rows.close(column);
   if (!narrowMin(v, rows.lowestInFront(column)) || !narrowMax(v, rows.highestInFront(column))) return false;
+  const auto remove = [&](int rank) { return removeValue(v, rows.valueAt(column, rank)); };
   for (int k = 0; v->count != left && k < column.frontWords(); ++k)
-    if (!forEachBit(k * 64, rows.dropped(k), [&](int rank) { return removeValue(v, rows.valueAt(column, rank)); }))
-      return false;
+    if (!forEachBit(k * 64, rows.dropped(k), remove)) return false;
   if (v->count == left) return true;
   return forEachValue(v, [&](int value) { return rows.isInFront(column, value) || removeValue(v, value); });
 }

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "support/kit/solver_test.h"
+#include "unit/core/allocation_rule.h"
 
 namespace {
 
@@ -223,6 +224,63 @@ TEST_F(RankedRowsTest, ManyColumnsAreClosedAsTheyAreBound) {
   ASSERT_TRUE(set.update());
   EXPECT_EQ(countOpen(), 70);
   EXPECT_EQ(set.countRows(), 2);
+}
+
+// ----- memory
+
+TEST_F(RankedRowsTest, EachAllocationOfARowSetCanFail) {
+  constexpr int any = GivenRows::kAny;
+  std::vector<CSint *> vars = {cs_createCSint(0, 1000000), cs_createCSint(0, 9), cs_createCSint(0, 9)};
+  const std::vector<int> cells = flat({{0, 1, any}, {1000000, 2, 3}, {5, any, 4}, {5, 1, 4}});
+  int failures = 0;
+  for (bool built = false; !built; ++failures) {
+    const AllocationRule rule(refuseOnly(failures));
+    RowSet set;
+    built = set.build({vars.data(), 3, cells.data(), 4, true});
+    ASSERT_EQ(memoryReports, built ? failures : failures + 1);
+  }
+  EXPECT_GT(failures, 20);
+}
+
+TEST_P(RowSetTest, ARunWithoutMemoryIsMadeUpForLater) {
+  update();
+  cs_saveContext();
+  ASSERT_TRUE(cs_EQ(vars[1], 0));
+  fillTrail();
+  {
+    const AllocationRule none(refuseAll());
+    EXPECT_FALSE(set.update()) << "the log's length cannot be noted";
+  }
+  update();
+  cs_saveContext();
+  fillTrail();
+  {
+    const AllocationRule none(refuseAll());
+    EXPECT_TRUE(set.update()) << "nothing is to be noted";
+    const bool allHaveRows = GetParam().values <= 10;
+    EXPECT_EQ(set.dropUnsupported(set.column(0)), allHaveRows);
+  }
+  cs_restoreContext();
+  cs_restoreContext();
+  update();
+}
+
+TEST_P(RowSetTest, AResetWithoutMemoryIsMadeUpForLater) {
+  update();
+  cs_saveContext();
+  ASSERT_TRUE(cs_NEQ(vars[1], 1));
+  cs_saveContext();
+  ASSERT_TRUE(cs_EQ(vars[1], 0));
+  update();
+  cs_acceptContext();
+  cs_restoreContext();
+  cs_saveContext();
+  fillTrail();
+  {
+    const AllocationRule none(refuseAll());
+    EXPECT_FALSE(set.update());
+  }
+  update();
 }
 
 }  // namespace
