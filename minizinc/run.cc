@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kFailsBetweenRestarts = 100;
 constexpr long long kFirstTurn = 500;  // fails of the first turn with the annotations
-constexpr int kFreeShare = 4;          // times as many fails for the turns without
+constexpr int kFreeShare = 2;          // times as many fails for the turns without
 constexpr int kGrowth = 4;             // times as many fails for each next turn
 
 constexpr long long kProgress = 100;  // milliseconds between two looks at the statistics
