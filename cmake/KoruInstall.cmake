@@ -20,7 +20,7 @@ install(
 install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/include/"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-  FILES_MATCHING PATTERN "*.h")
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
 
 # With the folders named as here: the headers and the documents speak of docs/ and examples/.
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
@@ -48,5 +48,6 @@ function(koru_pkgconfig KORU_PC_NAME)
 endfunction()
 koru_pkgconfig(koru)
 if(TARGET koru_threads)
+  set(KORU_PC_DEFINE " -DKORU_THREADS") # for koru.hpp
   koru_pkgconfig(koru_threads)
 endif()

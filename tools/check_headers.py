@@ -29,6 +29,13 @@ def public_jobs(cc, cxx):
                     yield label, [compiler, "-x", language, *flags, *build], header.name
 
 
+    for header in sorted((ROOT / "include").rglob("*.hpp")):
+        name = header.relative_to(ROOT / "include").as_posix()
+        for build in ([], ["-DKORU_WARN_UNUSED"], ["-DKORU_THREADS"]):
+            command = [cxx, "-x", "c++", "-std=c++20", f"-I{ROOT}/include", *INNER_WARNINGS, *build]
+            yield " ".join([name, *build]), command, name
+
+
 def inner_jobs(cxx):
     for header in sorted((ROOT / "src").rglob("*.h")):
         name = header.relative_to(ROOT / "src").as_posix()

@@ -165,7 +165,7 @@ unless_unchanged() {
 
 # Every C and C++ file of the project, each followed by a null character.
 sources() {
-  find include src profile minizinc tests bench examples -type f \( -name '*.h' -o -name '*.c' -o -name '*.cc' \) -print0 | sort -z
+  find include src profile minizinc tests bench examples -type f \( -name '*.h' -o -name '*.hpp' -o -name '*.c' -o -name '*.cc' \) -print0 | sort -z
 }
 
 # --- Packages -------------------------------------------------------------------------------------------------------

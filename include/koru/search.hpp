@@ -1,0 +1,375 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) The Koru authors
+//
+// Part of koru.hpp: searching. The options are those of CSsearchOptions (koru_extras.h), in the same order of meaning.
+#pragma once
+
+#include "constraints.hpp"
+
+namespace koru {
+inline namespace v1 {
+
+/// How a search stands, or has ended.
+enum class Status {
+  ready = CS_STATUS_READY,
+  solution = CS_STATUS_SOLUTION,
+  optimal = CS_STATUS_OPTIMAL,
+  exhausted = CS_STATUS_EXHAUSTED,
+  time_limit = CS_STATUS_TIME,
+  fail_limit = CS_STATUS_FAILS,
+  choice_limit = CS_STATUS_CHOICE_POINTS,
+  solution_limit = CS_STATUS_SOLUTIONS,
+  stopped = CS_STATUS_STOPPED,
+  memory = CS_STATUS_MEMORY
+};
+using enum Status;
+
+inline std::ostream &operator<<(std::ostream &out, Status status) {
+  return out << cs_getStatusName(static_cast<CSstatus>(status));
+}
+
+/// What a search has done; the fields are those of CSsearchStats.
+struct Statistics : CSsearchStats {};
+
+inline std::ostream &operator<<(std::ostream &out, const Statistics &s) {
+  return out << s.choicePoints << " choice points, " << s.fails << " fails, " << s.solutions << " solutions, "
+             << s.restarts << " restarts, " << s.wakings << " wakings, depth " << s.peakDepth << ", " << s.seconds
+             << " s";
+}
+
+/// The values of all variables of a model in one solution. While the search stands at it, one that is handed over by
+/// reference reads the solver; a copy keeps the values, at the cost of one look at each variable.
+class Solution {
+ public:
+  Solution() = default;  ///< none
+  explicit Solution(detail::State &live) : state_(&live), live_(true) {}
+  KORU_APART Solution(const Solution &other) : state_(other.state_), values_(other.values_), open_(other.open_) {
+    if (other.live_) keep();
+  }
+  Solution(Solution &&other) noexcept = default;  // what is live stays so
+  Solution &operator=(Solution other) noexcept {
+    std::swap(state_, other.state_);
+    std::swap(live_, other.live_);
+    values_.swap(other.values_);
+    open_.swap(other.open_);
+    return *this;
+  }
+
+  explicit operator bool() const { return state_ != nullptr; }
+
+  /// The value; std::logic_error for a variable that the search has left open, and where there is no solution.
+  int operator[](IntVar v) const {
+    if (state_ == nullptr || v.state_ != state_) throw std::logic_error("koru: no solution for this variable");
+    if (live_) return v.value();
+    if (v.index_ >= values_.size() || open_[v.index_]) throw std::logic_error("koru: a variable that was left open");
+    return values_[v.index_];
+  }
+  long long operator[](const Linear &sum) const {
+    long long total = sum.constant();
+    for (const Term &term : sum.terms())
+      total = detail::added(total, detail::multiplied(term.coefficient, (*this)[term.var]));
+    return total;
+  }
+  std::vector<int> operator[](Vars vars) const {
+    std::vector<int> all;
+    for (const IntVar &v : vars) all.push_back((*this)[v]);
+    return all;
+  }
+
+ private:
+  KORU_APART void keep() {
+    for (CSint *v : detail::stateOf(state_).vars) {
+      values_.push_back(cs_getMin(v));
+      open_.push_back(cs_getMin(v) != cs_getMax(v));
+    }
+  }
+
+  detail::State *state_ = nullptr;
+  bool live_ = false;
+  std::vector<int> values_;
+  std::vector<bool> open_;
+};
+
+/// A decision on a variable: an int stands for "= it".
+struct Decision {
+  Decision(int v) : value(v) {}
+  Decision(Relation r, int v) : relation(r), value(v) {}
+
+  Relation relation = Relation::eq;
+  int value;
+};
+
+/// Which variable comes next: one of the constants below, or a function that returns its position in the span.
+struct Order {
+  int kind = CS_ORDER_INPUT;
+  std::function<std::size_t(std::span<const IntVar>)> choose{};
+
+  explicit Order(int k) : kind(k) {}
+  Order() = default;
+  template <std::invocable<std::span<const IntVar>> F>
+  Order(F f) : kind(CS_ORDER_HOST), choose(std::move(f)) {}
+};
+
+/// Which decision is taken first: one of the constants, prefer(values), or a function of the variable.
+struct Value {
+  int kind = CS_VALUE_MIN;
+  std::function<Decision(IntVar)> choose{};
+  std::vector<int> preferred{};
+
+  explicit Value(int k) : kind(k) {}
+  Value() = default;
+  template <std::invocable<IntVar> F>
+  Value(F f) : kind(CS_VALUE_HOST), choose(std::move(f)) {}
+};
+
+inline const Order input_order{CS_ORDER_INPUT}, smallest{CS_ORDER_SMALLEST}, largest{CS_ORDER_LARGEST},
+    smallest_min{CS_ORDER_SMALLEST_MIN}, largest_max{CS_ORDER_LARGEST_MAX}, regret{CS_ORDER_REGRET},
+    most_constrained{CS_ORDER_MOST_CONSTRAINED}, dom_wdeg{CS_ORDER_DOM_WDEG}, activity{CS_ORDER_ACTIVITY};
+inline const Value min_value{CS_VALUE_MIN}, max_value{CS_VALUE_MAX}, middle_value{CS_VALUE_MIDDLE},
+    median_value{CS_VALUE_MEDIAN}, low_half{CS_VALUE_LOW_HALF}, high_half{CS_VALUE_HIGH_HALF},
+    random_value{CS_VALUE_RANDOM};
+
+/// The value for each of the labelled variables to try first, until there is a solution; then that of the last one.
+inline Value prefer(std::vector<int> values, Value otherwise = Value()) {
+  otherwise.preferred = std::move(values);
+  return otherwise;
+}
+
+/// When the search begins again, having learnt.
+struct Restart {
+  int kind = CS_RESTARTS_NONE;
+  int fails = 0;
+  int growth = 0;
+};
+inline Restart constant(int fails) { return {CS_RESTARTS_CONSTANT, fails, 0}; }
+inline Restart luby(int fails) { return {CS_RESTARTS_LUBY, fails, 0}; }
+inline Restart geometric(int fails, int percent) { return {CS_RESTARTS_GEOMETRIC, fails, percent}; }
+
+/// Which variables are let go for a while, in a search with an objective.
+struct Neighbours {
+  int kind = CS_NEIGHBOURS_NONE;
+  int fails = 0;
+  int percent = 0;
+};
+inline Neighbours random_neighbours(int fails = 0, int percent = 0) { return {CS_NEIGHBOURS_RANDOM, fails, percent}; }
+inline Neighbours linked_neighbours(int fails = 0, int percent = 0) { return {CS_NEIGHBOURS_LINKED, fails, percent}; }
+
+/// Variables to be labelled after the others, in an order of their own; the order and the value are constants.
+struct Phase {
+  std::vector<IntVar> vars;
+  Order order{};
+  Value value{};
+};
+
+enum class Branching { binary = CS_BRANCH_BINARY, values = CS_BRANCH_VALUES };
+
+/// What a search is to do, as designated initialisers in this order: {.vars = x, .order = dom_wdeg, .seconds = 5}.
+struct Search {
+  std::vector<IntVar> vars{};  ///< to be labelled; none: all that the model has made
+  Order order{};
+  Value value{};
+  std::vector<Phase> then{};
+  Branching branching = Branching::binary;
+  Restart restart{};
+  Neighbours neighbours{};
+  bool last_conflict = false;
+  bool random_ties = false;
+  bool guided = false;  ///< the value of the last solution before all others
+  unsigned long long seed = 0;
+  double seconds = 0;  ///< limits; 0: none
+  long long fails = 0;
+  long long choice_points = 0;
+  long long solutions = 0;
+  long long memory = 0;
+  std::function<void(const Solution &)> found{};       ///< at each solution of solve, minimize and maximize
+  std::function<bool(const Statistics &)> progress{};  ///< at each solution and every progress_seconds; false: stop
+  double progress_seconds = 0;
+};
+
+/// What solve, minimize and maximize have come to.
+struct Result {
+  Status status = Status::exhausted;
+  Solution best{};  ///< the last solution, or none: if (result.best)
+  Statistics statistics{};
+};
+
+/// A search that goes on from solution to solution: a range, or a loop of next().
+class Solutions {
+ public:
+  Solutions(std::shared_ptr<detail::State> state, Search how, CSint *minimize = nullptr, CSint *maximize = nullptr)
+      : run_(std::make_unique<Run>(std::move(state), std::move(how))) {
+    run_->begin(minimize, maximize);
+  }
+
+  /// Go on. False when there is no other solution, or none was found: status() tells why.
+  bool next() { return run_->next(); }
+  /// While next() is true. A copy keeps its values.
+  const Solution &solution() const { return run_->solution; }
+  Status status() const { return run_->status(); }
+  Statistics statistics() const { return run_->statistics(); }
+  /// Ends the search at its next choice point. For any thread, and signal handlers.
+  void stop() { cs_stopSearch(run_->search); }
+
+  class Iterator {
+   public:
+    explicit Iterator(Solutions *all) : all_(all) { ++*this; }
+    const Solution &operator*() const { return all_->solution(); }
+    Iterator &operator++() {
+      if (!all_->next()) all_ = nullptr;
+      return *this;
+    }
+    bool operator==(std::nullptr_t) const { return all_ == nullptr; }
+
+   private:
+    Solutions *all_;
+  };
+  Iterator begin() { return Iterator(this); }
+  std::nullptr_t end() const { return nullptr; }
+
+ private:
+  // What the callbacks are handed: stays where it is when the range is moved.
+  struct Run {
+    std::shared_ptr<detail::State> state;
+    Search how;
+    CSsearch *search = nullptr;
+    Solution solution{};
+
+    KORU_APART Run(std::shared_ptr<detail::State> s, Search h) : state(std::move(s)), how(std::move(h)) {
+      state->use();
+    }
+    Run(const Run &) = delete;
+    Run &operator=(const Run &) = delete;
+
+    KORU_APART ~Run() {
+      try {
+        state->use();
+        cs_freeSearch(search);
+      } catch (const std::logic_error &) {  // within a callback of another model: cs_end will free it
+      }
+    }
+
+    KORU_APART void begin(CSint *minimize, CSint *maximize) {
+      state->rethrow();
+      if (how.vars.empty()) how.vars = state->all();
+      if (cs_getNbRefused() > 0) return;  // there is no solution
+      search = cs_createSearch(state->pointers(how.vars).data(), detail::sizeOf(how.vars.size()));
+      state->rethrow();
+      if (search == nullptr) throw std::logic_error("koru: no search can be begun here");
+      try {
+        tell(minimize, maximize);
+      } catch (...) {
+        cs_freeSearch(std::exchange(search, nullptr));
+        throw;
+      }
+    }
+
+    KORU_APART void tell(CSint *minimize, CSint *maximize) {
+      CSsearchOptions o = options();
+      o.minimize = minimize;
+      o.maximize = maximize;
+      const auto accept = [](bool taken) {
+        if (!taken) throw std::invalid_argument("koru: an option of a search is out of its range");
+      };
+      accept(cs_setSearchOptions(search, &o));
+      hints(how.vars, how.value, accept);
+      for (const Phase &phase : how.then) {
+        accept(cs_addSearchPhase(search, state->pointers(phase.vars).data(), detail::sizeOf(phase.vars.size()),
+                                 phase.order.kind, phase.value.kind));
+        how.vars.insert(how.vars.end(), phase.vars.begin(), phase.vars.end());
+      }
+      state->rethrow();
+    }
+
+    template <class Accept>
+    KORU_APART void hints(const std::vector<IntVar> &vars, const Value &value, Accept accept) {
+      if (value.preferred.empty()) return;
+      detail::sameSize(value.preferred.size(), vars.size());
+      for (std::size_t i = 0; i < vars.size(); ++i)
+        accept(cs_setSearchHint(search, static_cast<int>(i), value.preferred[i]));
+    }
+
+    KORU_APART CSsearchOptions options() {
+      CSsearchOptions o{};
+      o.size = sizeof o;
+      o.order = how.order.kind;
+      o.value = how.value.kind;
+      o.branching = static_cast<int>(how.branching);
+      o.lastConflict = how.last_conflict;
+      o.randomTies = how.random_ties;
+      o.guided = how.guided || !how.value.preferred.empty();
+      o.seed = how.seed;
+      o.restarts = how.restart.kind;
+      o.restartFails = how.restart.fails;
+      o.restartGrowth = how.restart.growth;
+      o.neighbours = how.neighbours.kind;
+      o.neighbourFails = how.neighbours.fails;
+      o.relaxed = how.neighbours.percent;
+      o.milliseconds = milliseconds(how.seconds);
+      o.fails = how.fails;
+      o.choicePoints = how.choice_points;
+      o.solutions = how.solutions;
+      o.memory = how.memory;
+      o.chooseVariable = how.order.choose ? chooseVariable : nullptr;
+      o.chooseValue = how.value.choose ? chooseValue : nullptr;
+      o.progress = how.progress ? progress : nullptr;
+      o.progressMilliseconds = milliseconds(how.progress_seconds);
+      o.extra = this;
+      return o;
+    }
+
+    // Rounded up: a limit that is small is still one.
+    static long long milliseconds(double seconds) {
+      if (!(seconds > -1e15 && seconds < 1e15))
+        throw std::invalid_argument("koru: a time that is no number of seconds");
+      const auto whole = static_cast<long long>(seconds * 1000);
+      return static_cast<double>(whole) < seconds * 1000 ? whole + 1 : whole;
+    }
+
+    bool next() {
+      if (search == nullptr) return false;
+      state->use();
+      CSsearch *outer = std::exchange(state->active, search);
+      const CSstatus now = cs_nextSolution(search);
+      state->active = outer;
+      if (now == CS_STATUS_REFUSED) throw std::logic_error("koru: a search that was begun later is still open");
+      if (now == CS_STATUS_MEMORY) state->outOfMemory = false;  // told by the status; all has been undone
+      state->rethrow();
+      solution = now == CS_STATUS_SOLUTION ? Solution(*state) : Solution();
+      return now == CS_STATUS_SOLUTION;
+    }
+
+    KORU_APART Status status() const {
+      return search == nullptr ? Status::exhausted : static_cast<Status>(cs_getSearchStatus(search));
+    }
+
+    KORU_APART Statistics statistics() const {
+      Statistics s{};
+      cs_getSearchStats(search, &s, sizeof(CSsearchStats));
+      return s;
+    }
+
+    static int chooseVariable(CSint **, int, void *extra) {
+      auto *run = static_cast<Run *>(extra);
+      return run->state->guard(-1, [run] { return detail::sizeOf(run->how.order.choose(run->how.vars)); });
+    }
+
+    static bool chooseValue(CSvalueSelection *decision, int index, CSint **, int, void *extra) {
+      auto *run = static_cast<Run *>(extra);
+      return run->state->guard(false, [&] {
+        const Decision d = run->how.value.choose(run->how.vars[static_cast<std::size_t>(index)]);
+        *decision = {static_cast<int>(d.relation), d.value};
+        return true;
+      });
+    }
+
+    static void progress(CSsearch *search, const CSsearchStats *stats, void *extra) {
+      auto *run = static_cast<Run *>(extra);
+      if (!run->state->guard(true, [&] { return run->how.progress(Statistics{*stats}); })) cs_stopSearch(search);
+    }
+  };
+
+  std::unique_ptr<Run> run_;
+};
+
+}  // namespace v1
+}  // namespace koru
