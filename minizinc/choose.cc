@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "minizinc/choose.h"
 
+#include <unordered_set>
+
 namespace koru::fzn {
 
-Chooser::Chooser(const std::vector<Phase> &phases, unsigned long long seed) : state_(seed) {
+Chooser::Chooser(const std::vector<Phase> &phases, const Plan &plan, unsigned long long seed)
+    : kept_(plan.kept), state_(seed) {
+  const std::unordered_set<CSint *> relaxed(plan.relaxed.begin(), plan.relaxed.end());
   int end = 0;
   for (const Phase &phase : phases) {
     end += sizeOf(phase.variables);
+    for (CSint *v : phase.variables) mayKeep_.push_back(relaxed.contains(v));
     parts_.push_back({end, phase.ownOrder, phase.ownValue});
   }
 }
@@ -33,12 +38,19 @@ int Chooser::chooseVariable(CSint **variables, int n, void *extra) {
   return best;
 }
 
-// A bit of a splitmix64 (Steele, Lea, Flood 2014).
-bool Chooser::heads() {
+// A splitmix64 (Steele, Lea, Flood 2014).
+unsigned long long Chooser::draw() {
   unsigned long long z = state_ += 0x9e3779b97f4a7c15U;
   z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9U;
   z = (z ^ (z >> 27)) * 0x94d049bb133111ebU;
-  return ((z ^ (z >> 31)) & 1) != 0;
+  return z ^ (z >> 31);
+}
+
+void Chooser::chooseRelaxed(bool *relaxed, const int *, int n, void *extra) {
+  auto &chooser = *static_cast<Chooser *>(extra);
+  const auto kept = static_cast<unsigned long long>(chooser.kept_);
+  for (int i = 0; i < n; ++i)
+    relaxed[i] = !chooser.mayKeep_[static_cast<std::size_t>(i)] || chooser.draw() % 100 >= kept;
 }
 
 bool Chooser::chooseValue(CSvalueSelection *decision, int index, CSint **variables, int, void *extra) {
@@ -53,7 +65,7 @@ bool Chooser::chooseValue(CSvalueSelection *decision, int index, CSint **variabl
       *decision = {CS_METHOD_NEQ, cs_getMax(v)};
       return true;
     case OwnValue::kRandomHalf:
-      *decision = {chooser.heads() ? CS_METHOD_LE : CS_METHOD_GT, static_cast<int>(middle)};
+      *decision = {chooser.draw() % 2 == 0 ? CS_METHOD_LE : CS_METHOD_GT, static_cast<int>(middle)};
       return true;
     default:
       return false;

@@ -9,12 +9,14 @@ namespace koru::fzn {
 
 class Chooser {
  public:
-  // The phases of a search, in its order.
-  Chooser(const std::vector<Phase> &phases, unsigned long long seed);
+  // The phases of a search, in its order, and of the plan what neighbourhoods keep.
+  Chooser(const std::vector<Phase> &phases, const Plan &plan, unsigned long long seed);
 
   // For CSsearchOptions; `extra` is the chooser.
   static int chooseVariable(CSint **variables, int n, void *extra);
   static bool chooseValue(CSvalueSelection *decision, int index, CSint **variables, int n, void *extra);
+  // Lets go all variables but those of relax_and_reconstruct, of which the given share keeps its values.
+  static void chooseRelaxed(bool *relaxed, const int *best, int n, void *extra);
 
  private:
   struct Part {
@@ -23,9 +25,11 @@ class Chooser {
     OwnValue value;
   };
   const Part &partOf(int index) const;
-  bool heads();
+  unsigned long long draw();
 
   std::vector<Part> parts_;
+  std::vector<bool> mayKeep_;  // by position
+  int kept_;                   // per cent
   unsigned long long state_;
 };
 

@@ -36,7 +36,8 @@ class Run;
 
 // What a search object hands to callbacks.
 struct Host : Chooser {
-  Host(const std::vector<Phase> &phases, unsigned long long seed, Run &of) : Chooser(phases, seed), run(of) {}
+  Host(const std::vector<Phase> &phases, const Plan &plan, unsigned long long seed, Run &of)
+      : Chooser(phases, plan, seed), run(of) {}
   Run &run;
 };
 
@@ -98,7 +99,7 @@ class Run {
       return Outcome::kComplete;
     }
     const std::vector<Phase> &phases = how.free ? labels_.free : labels_.annotated;
-    Host host(phases, o_.seed, *this);
+    Host host(phases, plan_, o_.seed, *this);
     CSsearch *search = createSearch(phases, optionsOf(how, phases, host), how.free);
     report_.setSearch(search);
     const CSstatus status = goThrough(search);
@@ -157,6 +158,10 @@ class Run {
     how.progressMilliseconds = kProgress;
     how.extra = static_cast<Chooser *>(&host);
     how.guided = !plan_.hints.empty();
+    if (isOptimisation() && !plan_.relaxed.empty()) {
+      how.neighbours = CS_NEIGHBOURS_HOST;
+      how.chooseRelaxed = Chooser::chooseRelaxed;
+    }
     if (isOptimisation()) (minimizes() ? how.minimize : how.maximize) = objective_;
     setRestarts(how);
     if (turn.free) setFree(how, turn);

@@ -263,7 +263,8 @@ TEST(FznRandomModels, HaveTheOptimumThatEnumerationFinds) {
     const bool minimizes = random.below(2) == 0;
     const std::string annotation =
         random.below(2) == 0 ? "" : ":: int_search([x1,x0,x2],first_fail,indomain_max,complete) ";
-    const std::string goal = annotation + (minimizes ? "minimize x0" : "maximize x0");
+    const char *relaxing = random.below(3) > 0 ? "" : ":: relax_and_reconstruct([x1,x0,x2],60) :: restart_luby(3) ";
+    const std::string goal = relaxing + annotation + (minimizes ? "minimize x0" : "maximize x0");
     ASSERT_NO_FATAL_FAILURE(compareOptimum(kOptions[seed % 6], modelOf(form, random, goal), minimizes));
   }
 }
