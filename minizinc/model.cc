@@ -30,6 +30,10 @@ bool Model::isAlias(const Constraint &c) const {
 }
 
 bool Model::look() {
+  if (syntax_.solve.goal != Goal::kSatisfy && !checkArgument(syntax_.solve.objective, 'x')) {
+    mistake_.set(syntax_.solve.objective.at, "the objective is to be an int or bool");
+    return false;
+  }
   steps_.resize(syntax_.constraints.size());
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     const Constraint &c = syntax_.constraints[i];

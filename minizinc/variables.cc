@@ -79,6 +79,7 @@ Expr Variables::follow(Expr e) const {
 }
 
 Operand Variables::operand(const Expr &e) const {
+  at_ = e.at;
   const Expr end = follow(e);
   if (end.kind == Kind::kInt || end.kind == Kind::kBool) return {true, end.number, 0};
   if (end.kind != Kind::kDeclared) {
@@ -133,7 +134,7 @@ CSint *Variables::get(const Operand &o) {
 
 CSint *Variables::constant(long long value) {
   if (value < INT_MIN || value > INT_MAX) {
-    inconsistent_ = true;  // no variable has such a value
+    mistake_.set(at_, "a number beyond 32 bits, which this constraint does not take");
     return nullptr;
   }
   CSint *&made = constants_[value];

@@ -49,6 +49,7 @@ class Variables {
   bool isMade(std::uint32_t variable) const { return made_[variable] != nullptr; }
   // The solver's variable, which is made now if need be; null only when domains are inconsistent.
   CSint *get(const Operand &operand);
+  // A constant beyond 32 bits is a mistake at the operand that was read last; the result is null then.
   CSint *constant(long long value);
   // Take `result` for a variable that is not made yet: its domain is imposed. False when that fails.
   bool define(std::uint32_t variable, CSint *result);
@@ -74,6 +75,7 @@ class Variables {
   std::vector<CSint *> made_;
   std::unordered_multimap<std::uint32_t, Expr> sets_;  // domains with holes
   std::unordered_map<long long, CSint *> constants_;
+  mutable std::uint32_t at_ = 0;  // where the last operand stands
   bool inconsistent_ = false;
   bool hasWarned_ = false;
   int nbMade_ = 0, nbBools_ = 0;

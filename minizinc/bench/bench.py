@@ -31,7 +31,8 @@ def read_msc(path):
 
 def compile_model(folder, instance, msc, fzn):
     data = [str(folder / d) for d in instance["data"]]
-    command = ["minizinc", "--solver", msc, "-c", "--fzn", fzn, "--no-output-ozn", "--output-objective", str(folder / instance["model"]), *data]
+    command = ["minizinc", "--solver", msc, "-c", "--fzn", fzn, "--no-output-ozn", "--output-objective",
+               str(folder / instance["model"]), *data]
     done = subprocess.run(command, capture_output=True, text=True, check=False, timeout=300)
     return done.returncode == 0 and Path(fzn).exists(), done.stderr
 

@@ -56,6 +56,11 @@ TEST(FznProgram, RefusesWhatItDoesNotKnowWithOneLine) {
             "m.fzn:2:12: the constants of this sum leave 64 bits\n");
   EXPECT_EQ(refusal("var 1..2: x;\nconstraint array_int_element(x,[1,5000000000],x);\nsolve satisfy;"),
             "m.fzn:2:12: a number beyond 32 bits, which \"array_int_element\" does not take\n");
+  EXPECT_EQ(refusal("var 1..2: x;\nconstraint int_min(x,5000000000,x);\nsolve satisfy;"),
+            "m.fzn:2:22: a number beyond 32 bits, which this constraint does not take\n");
+  EXPECT_EQ(refusal("solve minimize {1,2};"), "m.fzn:1:16: the objective is to be an int or bool\n");
+  EXPECT_EQ(refusal("array [1..1] of int: a = [1];\nsolve minimize a;"),
+            "m.fzn:2:16: the objective is to be an int or bool\n");
   EXPECT_EQ(refusal("solve minimize 1.5;"), "m.fzn:1:16: floats are not supported\n");
 }
 
