@@ -64,6 +64,10 @@ foreach(source IN LISTS recipes)
   set_tests_properties(example.recipe.${name} PROPERTIES LABELS examples TIMEOUT 60)
 endforeach()
 
+# --- in C++ ---
+koru_example_test(cpp.ward cpp_ward 0 EXPECT "^optimal: 3 wishes not met\n( [-ELN])+\n")
+koru_example_test(cpp.workshop cpp_workshop 0 EXPECT "^optimal: all done after 17\n  [.A-D]+\n")
+
 set(puzzles "${CMAKE_CURRENT_SOURCE_DIR}/puzzles")
 set(easy "53..7....6..195....98....6.8...6...34..8.3..17...2...6.6....28....419..5....8..79")
 set(easy_solution "534678912672195348198342567859761423426853791713924856961537284287419635345286179")

@@ -311,6 +311,17 @@ KORU_APART inline Constraint cumulative(Vars starts, Vars durations, Vars uses, 
           where};
 }
 
+/// Rectangles that do not overlap: the lower left corner of the i-th is (x[i], y[i]). cs_NoOverlap.
+KORU_APART inline Constraint no_overlap(Vars x, Vars widths, Vars y, Vars heights, Place where = {}) {
+  for (const Vars &other : {widths, y, heights}) detail::sameSize(x.size(), other.size());
+  return {
+      [x = detail::own(x), w = detail::own(widths), y = detail::own(y), h = detail::own(heights)](detail::State &s) {
+        return cs_NoOverlap(s.pointers(x).data(), s.pointers(w).data(), s.pointers(y).data(), s.pointers(h).data(),
+                            detail::sizeOf(x.size()));
+      },
+      where};
+}
+
 /// A constraint of the host's own: `run` is called with the variables now, and after all others whenever one of them
 /// has changed. It may post, and false makes the branch fail; what it throws arrives at whoever has searched or posted.
 /// cs_eventRun.

@@ -328,6 +328,11 @@ class Solutions {
     bool next() {
       if (search == nullptr) return false;
       state->use();
+      state->rethrow();
+      if (cs_getSearchStatus(search) == CS_STATUS_READY && cs_getNbRefused() > 0) {  // refused since it was made
+        cs_freeSearch(std::exchange(search, nullptr));
+        return false;
+      }
       CSsearch *outer = std::exchange(state->active, search);
       const CSstatus now = cs_nextSolution(search);
       state->active = outer;

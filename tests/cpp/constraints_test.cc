@@ -227,6 +227,17 @@ TEST(CppConstraint, Schedules) {
   schedule(false);
 }
 
+TEST(CppConstraint, Rectangles) {
+  const auto apart = [](const Values &v) {
+    return v[0] + 2 <= v[2] || v[2] + 1 <= v[0] || v[1] + 1 <= v[3] || v[3] + 2 <= v[1];
+  };
+  koru::Model m;
+  const IntVars x = m.ints(4, 0, 2);
+  m.post(koru::no_overlap({x[0], x[2]}, m.constants({2, 1}), {x[1], x[3]}, m.constants({1, 2})));
+  EXPECT_EQ(found(m, x), counted(4, 0, 2, apart));
+  EXPECT_THROW(koru::no_overlap({x[0]}, {x[0]}, {x[0]}, {}), std::invalid_argument);
+}
+
 // --- Results ---
 
 // A result of the first variables of lo..hi, against its meaning; where there is none, there is no solution.

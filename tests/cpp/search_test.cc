@@ -221,6 +221,18 @@ TEST(CppSearch, OnlyTheNewestGoesOn) {
   EXPECT_TRUE(first.next());
 }
 
+TEST(CppSearch, FindsNothingAfterARefusalSinceItWasMade) {
+  Model m;
+  const IntVars x = m.ints(2, 0, 1);
+  koru::Solutions all = m.solutions({.vars = x});
+  m.post(x[0] == 2);
+  EXPECT_FALSE(all.next());
+  EXPECT_EQ(all.status(), koru::exhausted);
+  EXPECT_EQ(all.statistics().solutions, 0);
+  EXPECT_FALSE(m.failed()) << "it was posted within the search, and undone with it";
+  EXPECT_EQ(found(m, x).size(), 4u);
+}
+
 // --- Exceptions ---
 
 struct Thrown {};
