@@ -838,6 +838,19 @@ KORU_API bool cs_attachSolver(CSsolver *solver);
 KORU_API bool cs_DisjunctiveTasks(CSint **starts, CSint **durations, CSint **present, int n);
 
 /**
+ * As cs_DisjunctiveTasks, on a machine that needs time between two tasks: if i comes before j, anywhere before it, then
+ * j starts times[left[i] * columns + needed[j]] or more after the end of i. left[i] is the state that i leaves the machine in,
+ * 0 to @p rows - 1, and needed[j] the one that j needs, 0 to @p columns - 1: kinds of tasks, tools, or places that a journey
+ * ends and begins at. @p times has rows times columns ints.
+ * Strength: any two tasks, and the rules of cs_DisjunctiveTasks for tasks that are longer by the least time that can
+ * follow them. Weak where that least time is short and most times are long.
+ * Also false when a state is none or a time is negative.
+ * Cost: memory linear in n and the size of @p times. A run takes time n * n, and is repeated until it finds nothing.
+ */
+KORU_API bool cs_DisjunctiveTransitions(CSint **starts, CSint **durations, CSint **present, const int *left,
+                                        const int *needed, int n, const int *times, int rows, int columns);
+
+/**
  * At each time, the tasks that are there and run take no more than @p capacity together: task i takes uses[i]. No use
  * and no capacity is negative; a task of duration 0 takes nothing. Uses and the capacity are narrowed as well.
  * Strength: time table to its fixpoint (Gay, Hartert, Schaus 2015) and overload of energy (Vilim 2009). Weak: it does

@@ -35,6 +35,28 @@ bool disjunctiveTasks(T t) {
   return true;
 }
 
+// And lists: states left, states needed, times by both; how many there are of either state.
+bool disjunctiveTransitions(T t) {
+  const Array starts = t.arrays[0];
+  const Array durations = t.arrays[1];
+  const auto isState = [](Wide count) { return [count](Wide state) { return state >= 0 && state < count; }; };
+  if (t.k[0] < 0 || t.k[1] < 0 || !noneNegative(durations)) return false;
+  const std::span<const Wide> all(t.lists[2]);  // the list may be longer
+  const auto times = all.first(std::min(all.size(), static_cast<std::size_t>(t.k[0] * t.k[1])));
+  if (!std::ranges::all_of(t.lists[0], isState(t.k[0])) || !std::ranges::all_of(t.lists[1], isState(t.k[1])) ||
+      std::ranges::any_of(times, [](Wide time) { return time < 0; }))
+    return false;
+  const auto takesTime = [&](std::size_t i) { return at(t.arrays[2], i) >= 1 && durations[i] > 0; };
+  const auto precedes = [&](std::size_t i, std::size_t j) {
+    const Wide between = times[static_cast<std::size_t>(t.lists[0][i] * t.k[1] + t.lists[1][j])];
+    return Wide{starts[i]} + durations[i] + between <= starts[j];
+  };
+  for (std::size_t i = 0; i < starts.size(); ++i)
+    for (std::size_t j = 0; j < i; ++j)
+      if (takesTime(i) && takesTime(j) && !precedes(i, j) && !precedes(j, i)) return false;
+  return true;
+}
+
 // Arrays: starts, durations, uses, presence; the capacity. What runs when a task starts is the most there is.
 bool cumulativeTasks(T t) {
   const Array starts = t.arrays[0];
@@ -125,6 +147,12 @@ bool spans(T t) {
 const Row kRows[] = {
     {"cs_Alternative", "vvoaaOn", door<cs_Alternative>, alternative, kNone, {{4, 2, 1, 4, 5, 6, 2, 2, 3, 0, 1, 0}}},
     {"cs_Span", "vvoaaOn", door<cs_Span>, spans, kNone, {{4, 3, 1, 4, 5, 6, 2, 2, 3, 1, 1, 1}}},
+    {"cs_DisjunctiveTransitions",
+     "aaOkknTii",
+     door<cs_DisjunctiveTransitions>,
+     disjunctiveTransitions,
+     kNone,
+     {{0, 3, 9, 2, 2, 2, 1, 1, 1}, {3}, {1, 2}, {{0, 0, 0}, {0, 1, 0}, {4, 4}}}},
     {"cs_NoOverlap", "aaaan", door<cs_NoOverlap>, noOverlap, kNone, {{1, 2, 9, 3, 3, 1, 1, 2, 9, 3, 3, 1}}},
     {"cs_Reservoir", "aaOniii", door<cs_Reservoir>, reservoir, kNone, {{1, 2, 9, 3, 5, 1, 1, 1, 1}, {3}, {0, 0, 7}}},
     {"cs_PrecedenceIf", "ovviv", door<cs_PrecedenceIf>, precedenceIf, kDomain, {{1, 2, 3, 7}, {}, {3}}},

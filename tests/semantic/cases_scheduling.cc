@@ -47,6 +47,23 @@ Case disjunctiveTasks() {
   return c;
 }
 
+// Three times, of which one is 0, between two states.
+Case transitions() {
+  Case c{"DisjunctiveTransitions", {"cs_DisjunctiveTransitions"}, {}, {}, 8, {1, 1, 2, false}};
+  c.fewPatternsFrom = 5;
+  c.rooms = {{0, 5}, {0, 5}, {0, 4}, {0, 3}};
+  const catalogue::Row &row = catalogue::rowOf("cs_DisjunctiveTransitions");
+  const std::vector<Wide> times{1, 0, 2, 1};
+  for (const unsigned nulls : {0U, 1U}) {
+    c.forms.push_back(promisingLast(constraintOf({row, {0}, {0, 0}, {{}, {}, {}}, nulls})));
+    c.forms.push_back(promisingLast(constraintOf({row, {1}, {1, 1}, {{0}, {0}, {3}}, nulls})));
+    c.forms.push_back(promisingLast(constraintOf({row, {2}, {2, 2}, {{0, 1}, {1, 0}, times}, nulls})));
+  }
+  c.forms.push_back(promisingLast(constraintOf({row, {3}, {2, 2}, {{0, 1, 0}, {1, 0, 0}, times}, 1})));
+  c.forms.push_back(promisingLast(constraintOf({row, {2}, {1, 1}, {{0, 1}, {0, 0}, {0}}, 1})));
+  return c;
+}
+
 Case threeDisjunctiveTasks() {
   Case c{"DisjunctiveTasksOfThree",
          {"cs_DisjunctiveTasks"},
@@ -163,7 +180,8 @@ Cases schedulingCases() {
           groupCase("cs_Span"),
           noOverlap(),
           threeRectangles(),
-          reservoir()};
+          reservoir(),
+          transitions()};
 }
 
 }  // namespace koru::test::brute

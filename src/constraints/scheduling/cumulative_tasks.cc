@@ -78,7 +78,8 @@ struct Arrays {
 };
 
 static bool post(const Poster &poster, const Arrays &given, int n, CSint *capacity) {
-  CumulativeTasks record{{}, copyVariables(given.starts, n), {}, {}, {}, n, capacity, {}};
+  CumulativeTasks record{{}, {}, {}, {}, {}, n, capacity, {}};
+  record.starts = copyVariables(given.starts, n);
   if (!record.starts || capacity == nullptr) return false;
   record.durations = copyVariables(given.durations, n);
   if (!record.durations) return false;

@@ -65,7 +65,8 @@ static bool filter(DisjunctiveTasks &c) {
 constexpr auto kTable = deferred<filter>(Rank::kSorting, kBoundsMove);
 
 static bool post(const Poster &poster, CSint **starts, CSint **durations, CSint **present, int n) {
-  DisjunctiveTasks record{{}, copyVariables(starts, n), {}, {}, n, {}, {}};
+  DisjunctiveTasks record{{}, {}, {}, {}, n, {}, {}};
+  record.starts = copyVariables(starts, n);
   if (!record.starts) return false;
   record.durations = copyVariables(durations, n);
   if (!record.durations || !record.present.copy(present, n)) return false;

@@ -54,27 +54,12 @@ struct Group : Deferred {
     return count;
   }
   std::int64_t size() const {
-    std::int64_t sum = std::int64_t{start->count} + duration->count + (present != nullptr ? present->count : 0);
-    for (int i = 0; i < n; ++i) {
-      sum += std::int64_t{starts[i]->count} + durations[i]->count;
-      if (presents.variables) sum += presents.variables[i]->count;
-    }
-    return sum;
+    return std::int64_t{start->count} + duration->count + (present != nullptr ? present->count : 0) +
+           sizeOf(starts, n) + sizeOf(durations, n) + sizeOf(presents.variables, n);
   }
 };
 
 // Attaches to all of them, and asks for the first run.
 bool postGroup(const Poster &poster, const TableOf<Group> &table, const GroupArrays &given);
-
-// Once more until nothing changes.
-template <bool (*filter)(Group &)>
-bool untilQuiet(Group &c) {
-  std::int64_t before;
-  do {
-    before = c.size();
-    if (!filter(c)) return false;
-  } while (c.size() != before);
-  return true;
-}
 
 }  // namespace koru::scheduling

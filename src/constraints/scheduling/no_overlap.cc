@@ -25,13 +25,15 @@ struct Axis {
     sizes = copyVariables(givenSizes, n);
     return static_cast<bool>(sizes);
   }
+  std::int64_t size(int n) const { return sizeOf(places, n) + sizeOf(sizes, n); }
   bool hasSize(int i) const { return sizes[i]->min > 0; }
   bool mayPrecede(int i, int j) const { return Time{places[i]->min} + sizes[i]->min <= places[j]->max; }
   bool maySeparate(int i, int j) const { return mayPrecede(i, j) || mayPrecede(j, i); }
   bool precede(int i, int j) const {
-    return narrowMax64(places[i], Time{places[j]->max} - sizes[i]->min) &&
-           narrowMin64(places[j], Time{places[i]->min} + sizes[i]->min) &&
-           narrowMax64(sizes[i], Time{places[j]->max} - places[i]->min);
+    const Time first = places[i]->min;
+    const Time last = places[j]->max;
+    return narrowMax64(places[i], last - sizes[i]->min) && narrowMin64(places[j], first + sizes[i]->min) &&
+           narrowMax64(sizes[i], last - first);
   }
 };
 
@@ -42,14 +44,8 @@ struct NoOverlap : Deferred {
   SharedResource resource;
 
   bool hasArea(int i) const { return x.hasSize(i) && y.hasSize(i); }
+  std::int64_t size() const { return x.size(n) + y.size(n); }
 };
-
-static std::int64_t sizeOf(const NoOverlap &c) {
-  std::int64_t sum = 0;
-  for (const Axis *axis : {&c.x, &c.y})
-    for (int i = 0; i < c.n; ++i) sum += std::int64_t{axis->places[i]->count} + axis->sizes[i]->count;
-  return sum;
-}
 
 // ----- two rectangles
 
@@ -100,15 +96,10 @@ static bool shareAlong(NoOverlap &c, const Axis &along, const Axis &across) {
 static bool filter(NoOverlap &c) {
   for (int i = 0; i < c.n; ++i)
     if (!narrowMin(c.x.sizes[i], 0) || !narrowMin(c.y.sizes[i], 0)) return false;
-  std::int64_t before;
-  do {
-    before = sizeOf(c);
-    if (!keepAllApart(c) || !shareAlong(c, c.x, c.y) || !shareAlong(c, c.y, c.x)) return false;
-  } while (sizeOf(c) != before);
-  return true;
+  return keepAllApart(c) && shareAlong(c, c.x, c.y) && shareAlong(c, c.y, c.x);
 }
 
-constexpr auto kTable = deferred<filter>(Rank::kQuadratic, kBoundsMove);
+constexpr auto kTable = deferred<untilQuiet<NoOverlap, filter>>(Rank::kQuadratic, kBoundsMove);
 
 struct Rectangles {
   CSint **x;

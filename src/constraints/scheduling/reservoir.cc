@@ -27,6 +27,8 @@ struct Reservoir : Deferred {
   Time high;
   Buffer<Step> steps;
   int stepCount;
+
+  std::int64_t size() const { return sizeOf(times, n) + sizeOf(changes, n) + sizeOf(present.variables, n); }
 };
 
 // Levels are looked at from below; from above, all of them with the other sign.
@@ -122,25 +124,9 @@ static bool follow(const Side &side) {
   return true;
 }
 
-static std::int64_t sizeOf(const Reservoir &c) {
-  std::int64_t sum = 0;
-  for (int i = 0; i < c.n; ++i) {
-    sum += std::int64_t{c.times[i]->count} + c.changes[i]->count;
-    if (c.present.variables) sum += c.present.variables[i]->count;
-  }
-  return sum;
-}
+static bool filter(Reservoir &c) { return follow({c, 1, c.low}) && follow({c, -1, -c.high}); }
 
-static bool filter(Reservoir &c) {
-  std::int64_t before;
-  do {
-    before = sizeOf(c);
-    if (!follow({c, 1, c.low}) || !follow({c, -1, -c.high})) return false;
-  } while (sizeOf(c) != before);
-  return true;
-}
-
-constexpr auto kTable = deferred<filter>(Rank::kQuadratic, kBoundsMove);
+constexpr auto kTable = deferred<untilQuiet<Reservoir, filter>>(Rank::kQuadratic, kBoundsMove);
 
 struct Events {
   CSint **times;
@@ -149,7 +135,8 @@ struct Events {
 };
 
 static bool post(const Poster &poster, const Events &given, int n, int start, int low, int high) {
-  Reservoir record{{}, copyVariables(given.times, n), {}, {}, n, start, low, high, {}, 0};
+  Reservoir record{{}, {}, {}, {}, n, start, low, high, {}, 0};
+  record.times = copyVariables(given.times, n);
   if (!record.times) return false;
   record.changes = copyVariables(given.changes, n);
   if (!record.changes || !record.present.copy(given.present, n)) return false;

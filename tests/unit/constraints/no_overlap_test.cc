@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_NoOverlap beyond what enumeration reaches.
 #include <climits>
+#include <utility>
 #include <vector>
 
 #include "koru_extras.h"
@@ -142,6 +143,23 @@ TEST_F(NoOverlapTest, OneVariableForTwoPlaces) {
 // They need not meet in any column, and must meet in a row, which is too short.
 TEST_F(NoOverlapTest, TheOtherAxisIsShared) {
   for (int i = 0; i < 3; ++i) add(3, 2, 7, 3);
+  EXPECT_FALSE(post());
+}
+
+// The first one is pressed between the last two, and has then no room for the second on either side.
+TEST_F(NoOverlapTest, ARoomThatOthersMakeTooSmall) {
+  CSint *const zero = CSINT(0);
+  CSint *const one = CSINT(1);
+  add(cs_createCSint(0, 10), CSINT(4), zero, one);
+  add(cs_createCSint(2, 5), CSINT(4), zero, one);
+  add(CSINT(0), CSINT(3), zero, one);
+  add(CSINT(9), CSINT(3), zero, one);
+  EXPECT_FALSE(post());
+  std::swap(x, y);
+  std::swap(widths, heights);
+  x.assign(4, zero);
+  widths.assign(4, one);
+  y = {cs_createCSint(0, 10), cs_createCSint(2, 5), CSINT(0), CSINT(9)};
   EXPECT_FALSE(post());
 }
 
