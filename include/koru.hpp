@@ -191,10 +191,19 @@ class Model {
 
   /// Posts a constraint or a condition. @return false when it is refused; failed() remembers that.
   bool post(const Constraint &a) { return a.post(state()); }
-  /// Several, in this order, up to the first that is refused.
-  bool post(const Constraint &a, const Constraint &b, const Constraint &c = {}, const Constraint &d = {},
-            const Constraint &e = {}, const Constraint &f = {}) {
-    return post(a) && post(b) && post(c) && post(d) && post(e) && post(f);
+  /// Several, in this order, up to the first that is refused. No parameter pack: with one, the line would be lost that
+  /// a condition is posted by; and no default arguments, which take as long to compile as the others.
+  bool post(const Constraint &a, const Constraint &b) { return post(a) && post(b); }
+  bool post(const Constraint &a, const Constraint &b, const Constraint &c) { return post(a, b) && post(c); }
+  bool post(const Constraint &a, const Constraint &b, const Constraint &c, const Constraint &d) {
+    return post(a, b) && post(c, d);
+  }
+  bool post(const Constraint &a, const Constraint &b, const Constraint &c, const Constraint &d, const Constraint &e) {
+    return post(a, b, c) && post(d, e);
+  }
+  bool post(const Constraint &a, const Constraint &b, const Constraint &c, const Constraint &d, const Constraint &e,
+            const Constraint &f) {
+    return post(a, b, c) && post(d, e, f);
   }
   KORU_APART bool post(const std::vector<Constraint> &all) {
     for (const Constraint &c : all)

@@ -77,6 +77,17 @@ TEST(CppModel, RemembersARefusal) {
   EXPECT_TRUE(found(m, x).empty());
 }
 
+TEST(CppModel, PostsUpToTheFirstRefusal) {
+  Model m;
+  const IntVars x = m.ints(6, 0, 9);
+  EXPECT_TRUE(m.post(x[0] <= 1, x[1] <= 2, x[2] <= 3, x[3] <= 4, x[4] <= 5));
+  EXPECT_EQ(m.all().size(), 6u);
+  EXPECT_FALSE(m.post(x[0] <= 0, x[1] <= 0, x[2] <= 0, x[3] <= 0, x[4] > 9, x[5] <= 0));
+  EXPECT_FALSE(m.post({x[5] <= 8, x[5] > 8, x[5] <= 7}));
+  EXPECT_EQ(x[3].max(), 0);
+  EXPECT_EQ(x[5].max(), 8);
+}
+
 // Refusals that no function of the library is asked for.
 TEST(CppModel, RemembersWhatItRefusesItself) {
   Model m;

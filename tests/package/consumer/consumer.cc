@@ -5,6 +5,7 @@
 
 #include <array>
 #include <iostream>
+#include <koru.hpp>
 #include <span>
 
 static bool solve(std::span<CSint *> variables) {
@@ -19,4 +20,9 @@ int main() {
   if (!solve(digits)) return 2;
   cs_printf("%A\n", digits.data(), static_cast<int>(digits.size()));
   cs_end();
+
+  koru::Model m;
+  const auto x = m.ints(2, 0, 9);
+  m.post(x[0] + x[1] == 12, x[0] > x[1]);
+  return m.solve({.vars = x}).best[x[1]] == 5 ? 0 : 3;
 }
