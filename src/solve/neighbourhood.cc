@@ -41,7 +41,7 @@ void Neighbourhood::relaxLinked(Random &random, const Weights &weights) const {
   const int wanted = sizeWanted();
   int known = 0;
   const auto relax = [&](int position) {
-    if (known >= wanted || relaxed_[position]) return;
+    if (position >= count_ || known >= wanted || relaxed_[position]) return;  // the objective is labelled as well
     relaxed_[position] = true;
     order_[known++] = position;
   };

@@ -70,6 +70,21 @@ TEST_F(NeighbourhoodTest, LinkedOnesFollowConstraints) {
   }
 }
 
+// The objective is labelled after the host's variables, and no neighbourhood lets it go.
+TEST_F(NeighbourhoodTest, LinkedOnesLeaveTheObjectiveOut) {
+  CSint **x = cs_createCSintArray(11, 0, 9);
+  for (int i = 0; i < 10; ++i) ASSERT_TRUE(cs_Neq(x[i], x[10]));
+  Weights weights;
+  ASSERT_TRUE(weights.collect(x, 11));
+  for (int i = 0; i < 20; ++i) {
+    Neighbourhood n;
+    ASSERT_TRUE(n.create(10, 50));
+    n.clear();
+    n.relaxLinked(random, weights);
+    EXPECT_EQ(relaxed(n, 10).size(), 5u);
+  }
+}
+
 TEST_F(NeighbourhoodTest, WhereNothingIsLinkedItBeginsAgain) {
   CSint **x = cs_createCSintArray(10, 0, 9);
   Weights weights;
