@@ -64,6 +64,7 @@ struct Row {
   bool alsoTogether = true;   // and when several changes come before it hears of the first
   bool saysNothing = false;   // the answer says nothing of success
   bool mayRefuse = false;     // a solution may be refused by design
+  bool mayAccept = false;     // what is none may be accepted by design
   bool postsNothing = false;  // it narrows once and is done
   bool keepsArrays = false;   // the arrays that it is given must live on, as for all of koru.h
 

@@ -111,8 +111,10 @@ void Machine::solve() {
   say("  " + std::to_string(collected_.size()) + " solutions");
   if (refused_ || refusedRequests() != refusedBefore) return;
   ++tally_.solved;
-  const bool right = solutions_.mayRefuse() ? std::ranges::includes(*expected, collected_) : *expected == collected_;
-  if (!right) fail("solutions: the search finds others than there are");
+  const bool sound = solutions_.mayAccept() || std::ranges::includes(*expected, collected_);
+  const bool complete = solutions_.mayRefuse() || std::ranges::includes(collected_, *expected);
+  const bool once = std::ranges::adjacent_find(collected_) == collected_.end();
+  if (!sound || !complete || !once) fail("solutions: the search finds others than there are");
 }
 
 // ----- life

@@ -54,6 +54,11 @@ bool Machine::affordable(const Line &line) {
     const CSint *v = variable(line.args[0].number);
     return v == nullptr || std::int64_t{v->max} - v->min < 20000;
   }
+  if (name.ends_with("If") || name.ends_with("Iff")) {
+    const bool byValues = name.find("InArray") != name.npos || name.find("InInterval") != name.npos;
+    const CSint *v = byValues ? variable(line.args[1].number) : nullptr;
+    return v == nullptr || std::int64_t{v->max} - v->min < 20000;
+  }
   if (name == "cs_setErrHandler") return number(0) != CS_ERR_MEMORY || line.args[1].number != kNull;  // it aborts
   if (name == "cs_Cumulative") return !usesItsCapacity(line);
   return solver::variables.count() < 200;

@@ -124,6 +124,10 @@ bool Solutions::mayRefuse() const {
   return std::ranges::any_of(posted_, [](const Posted &p) { return p.row->constraint->mayRefuse; });
 }
 
+bool Solutions::mayAccept() const {
+  return std::ranges::any_of(posted_, [](const Posted &p) { return p.row->constraint->mayAccept; });
+}
+
 bool Solutions::place(CSint *v, std::vector<CSint *> &result) const {
   if (std::ranges::find(result, v) != result.end()) return true;
   if (domains_.count(v) != 0) return result.push_back(v), true;

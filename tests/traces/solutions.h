@@ -45,6 +45,7 @@ class Solutions {
   std::optional<std::vector<Tuple>> all(std::vector<CSint *> &variables);
   bool none();  // or not known to have one
   bool mayRefuse() const;
+  bool mayAccept() const;
   bool sure() const { return unknown_ == kNever && failed_ == kNever; }
   bool checked() const { return checked_; }
 

@@ -59,9 +59,16 @@ bool Membership::findOutside() {
   });
 }
 
+// Bounds first: what lies beyond the values that x still has need not go one by one.
 bool Membership::impose(bool holds) const {
   if (!holds) return std::all_of(values.get(), values.get() + n, [this](int value) { return removeValue(x, value); });
-  return n > 0 && narrowMin(x, values[0]) && narrowMax(x, values[n - 1]) &&
+  const auto isLeft = [this](int value) { return contains(x, value); };
+  const int *const end = values.get() + n;
+  const int *const least = std::find_if(std::lower_bound<const int *>(values.get(), end, x->min), end, isLeft);
+  if (least == end) return false;
+  const int *most = std::upper_bound(least, end, x->max) - 1;
+  while (!isLeft(*most)) --most;
+  return narrowMin(x, *least) && narrowMax(x, *most) &&
          forEachValue(x, [this](int value) { return has(value) || removeValue(x, value); });
 }
 

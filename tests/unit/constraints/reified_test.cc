@@ -3,6 +3,7 @@
 // the ends of the int range, and states that nobody restored.
 #include <climits>
 
+#include "core/trail.h"
 #include "koru_extras.h"
 #include "support/kit/batch.h"
 #include "support/kit/probe.h"
@@ -169,6 +170,19 @@ TEST_F(ReifiedEndsTest, AVariableOverAllIntsIsCompared) {
   for (int i = 1; i < 5; ++i) EXPECT_EQ(values(b[i]), range(wanted[i], wanted[i])) << i;
   ASSERT_TRUE(cs_EQ(b[0], 1));
   EXPECT_EQ(values(y), (std::vector<int>{INT_MAX}));
+}
+
+TEST_F(ReifiedEndsTest, OnlyWhatLiesBetweenTheValuesGoesOneByOne) {
+  const int ends[] = {INT_MIN, 7, 9, INT_MAX};
+  CSint *x = cs_createCSint(0, 1000000);
+  const int before = solver::trail.count();
+  ASSERT_TRUE(cs_InArrayIf(CSINT(1), x, ends, 4));
+  EXPECT_EQ(values(x), (std::vector{7, 9}));
+  EXPECT_LT(solver::trail.count(), before + 10);
+  CSint *y = cs_createCSint(0, 1000000);
+  const int none[] = {INT_MIN, -1, INT_MAX};
+  EXPECT_FALSE(cs_InArrayIf(CSINT(1), y, none, 3));
+  EXPECT_EQ(cs_getMax(y), 1000000);
 }
 
 TEST_F(ReifiedEndsTest, ABadArrayIsRefused) {
