@@ -11,8 +11,8 @@
 
 namespace koru::test::brute {
 
-constexpr std::size_t kMostColumns = 12;
-constexpr int kWindow = 64;  // values that can be told apart
+constexpr std::size_t kMostColumns = 16;  // of the result one
+constexpr int kWindow = 64;               // values that can be told apart
 
 using Mask = std::uint64_t;
 using Masks = std::array<Mask, kMostColumns>;  // by variable or by column

@@ -53,6 +53,7 @@ class Run {
   // Calls visit with the node that posting leaves, if it is consistent, and takes everything back.
   template <class Visit>
   void post(Visit visit) {
+    if (posting_.domains.size() >= kMostColumns) return find("a posting of more variables than there are columns");
     const Node before{table_.domains(), table_.domains()};
     expectDomains(before.now, "creating");
     cs_saveContext();
