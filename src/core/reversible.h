@@ -41,8 +41,7 @@ class ReversibleWord {
   // False when memory is exhausted (reported); the word is then as before.
   bool set(std::uint64_t bits, const WordStamp &stamp) {
     if (bits == bits_) return true;
-    if (noted_ != stamp.serial && !note(stamp)) [[unlikely]]
-      return false;
+    if (!hold(stamp)) return false;
     bits_ = bits;
     return true;
   }

@@ -261,4 +261,17 @@ TEST_P(LongTableTest, DomainsAreThoseOfEnumerationAfterEveryStep) {
   }
 }
 
+// Rows in order, so that a value of the second column lies in two or three words of 80: what is left, in one of them,
+// is walked over instead.
+TEST_F(TableTest, FewRowsThatAreLeftAreWalkedOver) {
+  CSint *vars[] = {cs_createCSint(0, 499), cs_createCSint(0, 49), cs_createCSint(0, 9)};
+  std::vector<int> cells;
+  for (int r = 0; r < 5000; ++r) cells.insert(cells.end(), {r / 10, r / 100, r % 10});
+  ASSERT_TRUE(cs_Table(vars, 3, cells.data(), 5000));
+  ASSERT_TRUE(cs_InInterval(vars[0], 9, 10));
+  EXPECT_EQ(values(vars[1]), (std::vector{0, 1}));
+  ASSERT_TRUE(cs_NEQ(vars[1], 0));
+  EXPECT_EQ(values(vars[0]), (std::vector{10}));
+}
+
 }  // namespace
