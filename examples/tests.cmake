@@ -53,6 +53,7 @@ function(koru_example_arguments program operand)
 endfunction()
 
 # The page shows each recipe and what it prints.
+file(GLOB recipes CONFIGURE_DEPENDS recipes/*.c)
 foreach(source IN LISTS recipes)
   get_filename_component(name "${source}" NAME_WE)
   string(REPLACE ";" " " emulator "${CMAKE_CROSSCOMPILING_EMULATOR}")

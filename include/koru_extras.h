@@ -841,10 +841,11 @@ KORU_API bool cs_DisjunctiveTasks(CSint **starts, CSint **durations, CSint **pre
  * As cs_DisjunctiveTasks, on a machine that needs time between two tasks: if i comes before j, anywhere before it, then
  * j starts times[left[i] * columns + needed[j]] or more after the end of i. left[i] is the state that i leaves the
  * machine in, 0 to @p rows - 1, and needed[j] the one that j needs, 0 to @p columns - 1: kinds of tasks, tools, or
- * places that a journey ends and begins at. @p times has rows times columns ints. Strength: any two tasks, and the
- * rules of cs_DisjunctiveTasks for tasks that are longer by the least time that can follow them. Weak where that least
- * time is short and most times are long. Also false when a state is none or a time is negative. Cost: memory linear in
- * n and the size of @p times. A run takes time n * n, and is repeated until it finds nothing.
+ * places that a journey ends and begins at. @p times has rows times columns ints.
+ * Strength: any two tasks, and the rules of cs_DisjunctiveTasks for tasks that are longer by the least time that can
+ * follow them. Weak where that least time is short and most times are long.
+ * Also false when a state is none or a time is negative.
+ * Cost: memory linear in n and the size of @p times. A run takes time n * n, and is repeated until it finds nothing.
  */
 KORU_API bool cs_DisjunctiveTransitions(CSint **starts, CSint **durations, CSint **present, const int *left,
                                         const int *needed, int n, const int *times, int rows, int columns);
@@ -880,29 +881,32 @@ KORU_API bool cs_Alternative(CSint *start, CSint *duration, CSint *present, CSin
 
 /**
  * A task that covers n others: it starts with the first and ends with the last of those that are there, of which there
- * is one at least. @p present tells whether the task is there (null: it is); of one that is not, no part is. @p
- * presents null: all parts are there. Bounds; nothing is narrowed but presence while it is open whether the task is
- * there. The part that alone can be the first, or the last, is. Cost: a run, linear in n, until it finds nothing.
+ * is one at least. @p present tells whether the task is there (null: it is); of one that is not, no part is.
+ * @p presents null: all parts are there.
+ * Bounds; nothing is narrowed but presence while it is open whether the task is there. The part that alone can be the
+ * first, or the last, is. Cost: a run, linear in n, until it finds nothing.
  */
 KORU_API bool cs_Span(CSint *start, CSint *duration, CSint *present, CSint **starts, CSint **durations,
                       CSint **presents, int n);
 
 /**
  * Rectangles that do not overlap: rectangle i is widths[i] wide from x[i] on and heights[i] high from y[i] on. Borders
- * may touch; one of no width or no height is in nobody's way. No width or height is negative. Bounds: two rectangles
- * that are left one way to lie beside each other do so; and along each axis the rectangles share the room across, as
- * the tasks of cs_CumulativeTasks share a capacity. With one variable left its bounds are right. Cost: memory linear in
- * n. A run takes time n * n, and is repeated until it finds nothing.
+ * may touch; one of no width or no height is in nobody's way. No width or height is negative.
+ * Bounds: two rectangles that are left one way to lie beside each other do so; and along each axis the rectangles share
+ * the room across, as the tasks of cs_CumulativeTasks share a capacity. With one variable left its bounds are right.
+ * Cost: memory linear in n. A run takes time n * n, and is repeated until it finds nothing.
  */
 KORU_API bool cs_NoOverlap(CSint **x, CSint **widths, CSint **y, CSint **heights, int n);
 
 /**
  * A level that begins at @p start and stays between @p low and @p high: event i, for each i below @p n, adds
- * changes[i], which may be negative, at times[i], if it is there; all that happens at one time is one change. @p
- * present as for tasks. Bounds of one variable at a time: an event happens in time where the others cannot keep the
- * level without it, and not while they leave no room for it; changes are as large as that needs. With one variable left
- * its bounds are right. Weak: it does not see that two events want the same room. Cost: memory linear in n. A run takes
- * time n log n, and up to n for each event, and is repeated until it finds nothing.
+ * changes[i], which may be negative, at times[i], if it is there; all that happens at one time is one change.
+ * @p present as for tasks.
+ * Bounds of one variable at a time: an event happens in time where the others cannot keep the level without it, and not
+ * while they leave no room for it; changes are as large as that needs. With one variable left its bounds are right.
+ * Weak: it does not see that two events want the same room.
+ * Cost: memory linear in n. A run takes time n log n, and up to n for each event, and is repeated until it finds
+ * nothing.
  */
 KORU_API bool cs_Reservoir(CSint **times, CSint **changes, CSint **present, int n, int start, int low, int high);
 

@@ -8,18 +8,19 @@ namespace koru::fzn {
 
 namespace {
 
-using OfTwo = bool (*)(CSint *, CSint *);
-using OfConstant = bool (*)(CSint *, int);
-using TiedOfTwo = bool (*)(CSint *, CSint *, CSint *);
-using TiedOfConstant = bool (*)(CSint *, CSint *, int);
-
-// By CS_METHOD_...
-constexpr OfTwo kOfTwo[] = {cs_Eq, cs_Neq, cs_Le, cs_Lt, cs_Ge, cs_Gt};
-constexpr OfConstant kOfConstant[] = {cs_EQ, cs_NEQ, cs_LE, cs_LT, cs_GE, cs_GT};
-constexpr TiedOfTwo kIffOfTwo[] = {cs_EqIff, cs_NeqIff, cs_LeIff, cs_LtIff, cs_GeIff, cs_GtIff};
-constexpr TiedOfConstant kIffOfConstant[] = {cs_EQIff, cs_NEQIff, cs_LEIff, cs_LTIff, cs_GEIff, cs_GTIff};
-constexpr TiedOfTwo kIfOfTwo[] = {cs_EqIf, cs_NeqIf, cs_LeIf, cs_LtIf, cs_GeIf, cs_GtIf};
-constexpr TiedOfConstant kIfOfConstant[] = {cs_EQIf, cs_NEQIf, cs_LEIf, cs_LTIf, cs_GEIf, cs_GTIf};
+// With a variable or an int on the right, by CS_METHOD_...
+template <class Right>
+struct Comparisons {
+  bool (*holds[6])(CSint *, Right);
+  bool (*iff[6])(CSint *, CSint *, Right);
+  bool (*onlyIf[6])(CSint *, CSint *, Right);
+};
+constexpr Comparisons<CSint *> kOfTwo = {{cs_Eq, cs_Neq, cs_Le, cs_Lt, cs_Ge, cs_Gt},
+                                         {cs_EqIff, cs_NeqIff, cs_LeIff, cs_LtIff, cs_GeIff, cs_GtIff},
+                                         {cs_EqIf, cs_NeqIf, cs_LeIf, cs_LtIf, cs_GeIf, cs_GtIf}};
+constexpr Comparisons<int> kOfConstant = {{cs_EQ, cs_NEQ, cs_LE, cs_LT, cs_GE, cs_GT},
+                                          {cs_EQIff, cs_NEQIff, cs_LEIff, cs_LTIff, cs_GEIff, cs_GTIff},
+                                          {cs_EQIf, cs_NEQIf, cs_LEIf, cs_LTIf, cs_GEIf, cs_GTIf}};
 constexpr int kOpposite[] = {CS_METHOD_NEQ, CS_METHOD_EQ, CS_METHOD_GT, CS_METHOD_GE, CS_METHOD_LT, CS_METHOD_LE};
 constexpr int kTurned[] = {CS_METHOD_EQ, CS_METHOD_NEQ, CS_METHOD_GE, CS_METHOD_GT, CS_METHOD_LE, CS_METHOD_LT};
 
@@ -58,37 +59,30 @@ bool settle(const Call &call, Tie tie, bool holds) {
 
 }  // namespace
 
-bool compareConstant(const Call &call, Tie tie, int method, CSint *x, long long value) {
-  // An int that no variable reaches is as good as the one beyond the variable's end.
-  if (value < INT_MIN || value > INT_MAX) return settle(call, tie, isTrue(method, 0, value));
-  const int v = static_cast<int>(value);
+template <class Right>
+static bool compare(const Comparisons<Right> &to, const Call &call, Tie tie, int method, CSint *x, Right y) {
   switch (tie) {
     case Tie::kHolds:
-      return kOfConstant[method](x, v);
+      return to.holds[method](x, y);
     case Tie::kFails:
-      return kOfConstant[kOpposite[method]](x, v);
+      return to.holds[kOpposite[method]](x, y);
     case Tie::kIff:
-      return kIffOfConstant[method](call.truth(), x, v);
+      return to.iff[method](call.truth(), x, y);
     case Tie::kIf:
-      return kIfOfConstant[method](call.truth(), x, v);
+      return to.onlyIf[method](call.truth(), x, y);
     default:
       return true;
   }
 }
 
+bool compareConstant(const Call &call, Tie tie, int method, CSint *x, long long value) {
+  // An int that no variable reaches is as good as the one beyond the variable's end.
+  if (value < INT_MIN || value > INT_MAX) return settle(call, tie, isTrue(method, 0, value));
+  return compare(kOfConstant, call, tie, method, x, static_cast<int>(value));
+}
+
 bool compareVariables(const Call &call, Tie tie, int method, CSint *x, CSint *y) {
-  switch (tie) {
-    case Tie::kHolds:
-      return kOfTwo[method](x, y);
-    case Tie::kFails:
-      return kOfTwo[kOpposite[method]](x, y);
-    case Tie::kIff:
-      return kIffOfTwo[method](call.truth(), x, y);
-    case Tie::kIf:
-      return kIfOfTwo[method](call.truth(), x, y);
-    default:
-      return true;
-  }
+  return compare(kOfTwo, call, tie, method, x, y);
 }
 
 namespace {

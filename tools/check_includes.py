@@ -39,7 +39,7 @@ CORE_FLOORS = (
     ("block_stack", "pool", "shared_record"),
     ("context_stack", "domain_bits", "site"),
     ("check", "variable"),
-    ("constraint", "domain_walk", "format"),
+    ("constraint", "domain_walk", "fixpoint", "format"),
     ("agenda", "event_queue", "log"),
     ("queue",),
     ("trail",),

@@ -5,12 +5,14 @@
 
 namespace koru::solve {
 
-bool Neighbourhood::create(int n, int share) {
+bool Neighbourhood::create(int n, int share, int places) {
   relaxed_ = Buffer<bool>(n);
   order_ = Buffer<int>(n);
+  visited_ = Buffer<bool>(places);
   count_ = n;
+  places_ = places;
   share_ = share * (kWhole / 100);
-  return relaxed_ && order_;
+  return relaxed_ && order_ && visited_;
 }
 
 bool Neighbourhood::isRelaxed(int position) const { return relaxed_[position]; }
@@ -39,6 +41,7 @@ void Neighbourhood::relaxRandom(Random &random) const {
 // Breadth first from a variable drawn at random; where nothing is linked any more, from another one.
 void Neighbourhood::relaxLinked(Random &random, const Weights &weights) const {
   const int wanted = sizeWanted();
+  std::fill_n(visited_.get(), places_, false);
   int known = 0;
   const auto relax = [&](int position) {
     if (position >= count_ || known >= wanted || relaxed_[position]) return;  // the objective is labelled as well
@@ -48,7 +51,7 @@ void Neighbourhood::relaxLinked(Random &random, const Weights &weights) const {
   int next = 0;
   while (known < wanted) {
     if (next < known) {
-      weights.forEachNeighbour(order_[next++], relax);
+      weights.forEachNeighbour(order_[next++], visited_.get(), relax);
     } else {
       int from = static_cast<int>(random.below(static_cast<std::uint32_t>(count_)));
       while (relaxed_[from]) from = from + 1 < count_ ? from + 1 : 0;

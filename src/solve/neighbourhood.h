@@ -12,8 +12,9 @@ namespace koru::solve {
 
 class Neighbourhood {
  public:
-  // Over positions 0..n-1; `share` is in per cent. False when memory is exhausted (reported).
-  [[nodiscard]] bool create(int n, int share);
+  // Over positions 0..n-1; `share` is in per cent, `places` those of the weights, for linked ones. False when memory is
+  // exhausted (reported).
+  [[nodiscard]] bool create(int n, int share, int places);
 
   bool isRelaxed(int position) const;
   bool *relaxed() const { return relaxed_.get(); }
@@ -34,6 +35,8 @@ class Neighbourhood {
 
   Buffer<bool> relaxed_;
   Buffer<int> order_;
+  Buffer<bool> visited_;  // constraints, by place: all that they concern was offered already
+  int places_ = 0;
   int count_ = 0;
   int share_ = 0;
 };

@@ -84,7 +84,8 @@ bool prepare(CSsearch &s) {
   if (s.labelled.usesOrder(CS_ORDER_ACTIVITY) && !s.activity.create(s.labelled.variables(), s.labelled.size()))
     return false;
   if (needsWeights(s) && !s.weights.collect(s.labelled.variables(), s.labelled.size())) return false;
-  if (o.neighbours != CS_NEIGHBOURS_NONE && !s.neighbourhood.create(s.hostSize, o.relaxed)) return false;
+  if (o.neighbours != CS_NEIGHBOURS_NONE && !s.neighbourhood.create(s.hostSize, o.relaxed, s.weights.places()))
+    return false;
   s.random = Random(o.seed);
   s.runLimits = RunLimits(o.restarts, o.restartFails, o.restartGrowth);
   return prepareLearning(s);

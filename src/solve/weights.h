@@ -11,6 +11,8 @@
 // constraint's variables.
 #pragma once
 
+#include <utility>
+
 #include "core/alloc.h"
 #include "core/constraint.h"
 
@@ -25,10 +27,14 @@ class Weights {
   void noteFailure(const Constraint *constraint);
   std::uint64_t of(int position) const { return weights_[position]; }
 
-  // Visits the positions that share a constraint with the given one, some perhaps more than once.
+  // Each constraint has a place below this.
+  int places() const { return count_; }
+  // Visits the positions that share with the given one a constraint whose place is still unvisited, some perhaps more
+  // than once, and notes these places.
   template <class Visit>
-  void forEachNeighbour(int position, Visit visit) const {
-    for (int i = linksBegin_[position]; i < linksBegin_[position + 1]; ++i) forEachConcerned(links_[i], visit);
+  void forEachNeighbour(int position, bool *visited, Visit visit) const {
+    for (int i = linksBegin_[position]; i < linksBegin_[position + 1]; ++i)
+      if (!std::exchange(visited[links_[i]], true)) forEachConcerned(links_[i], visit);
   }
 
  private:

@@ -31,7 +31,7 @@ struct BinPacking : Deferred {
 
   CSint *bin(int i) const { return bins.get()[i]; }
   CSint *load(int j) const { return loads.get()[j]; }
-  std::int64_t size() const { return relational::sizeOf(bins.get(), n) + relational::sizeOf(loads.get(), m); }
+  std::int64_t size() const { return sizeOf(bins.get(), n) + sizeOf(loads.get(), m); }
 };
 
 // The size of the items in a bin, and of those that are or can be.
@@ -127,8 +127,7 @@ static bool filterBins(BinPacking &c) {
 }
 
 static bool filter(BinPacking &c) {
-  return relational::toFixpoint<BinPacking, filterBins>(c) &&
-         c.bound.allows(c.bins.get(), c.sizes.get(), c.loads.get());
+  return toFixpoint<BinPacking, filterBins>(c) && c.bound.allows(c.bins.get(), c.sizes.get(), c.loads.get());
 }
 
 constexpr auto kTable = deferred<filter>(Rank::kQuadratic);

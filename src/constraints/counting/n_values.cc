@@ -34,7 +34,7 @@ struct NValues : Deferred {
   Buffer<int> room;
 
   CSint *at(int i) const { return vars.get()[i]; }
-  std::int64_t size() const { return relational::sizeOf(vars.get(), n) + count->count; }
+  std::int64_t size() const { return sizeOf(vars.get(), n) + count->count; }
 };
 
 // ----- how few and how many

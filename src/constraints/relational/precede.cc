@@ -18,7 +18,7 @@ struct Precede : Deferred {
 
   CSint *at(int i) const { return vars.get()[i]; }
   bool mayTakeS(int i) const { return s != t && contains(at(i), s); }
-  std::int64_t size() const { return relational::sizeOf(vars.get(), n); }
+  std::int64_t size() const { return sizeOf(vars.get(), n); }
 };
 
 static int nextForS(const Precede &c, int from) {

@@ -56,7 +56,7 @@ static bool choose(Group &c) {
   return c.takeIn(last) && follow(c, last);
 }
 
-constexpr auto kTable = deferred<untilQuiet<Group, choose>>(Rank::kLinear, kBoundsMove);
+constexpr auto kTable = deferred<toFixpoint<Group, choose>>(Rank::kLinear, kBoundsMove);
 
 }  // namespace koru::scheduling
 

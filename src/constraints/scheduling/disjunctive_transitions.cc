@@ -25,7 +25,9 @@ struct Transitions : Deferred {
   OneMachine machine;
   Buffer<int> leastAfter;
 
-  std::int64_t size() const { return sizeOf(starts, n) + sizeOf(durations, n) + sizeOf(present.variables, n); }
+  std::int64_t size() const {
+    return sizeOf(starts.get(), n) + sizeOf(durations.get(), n) + sizeOf(present.variables.get(), n);
+  }
   Time between(int i, int j) const { return times[left[i] * columns + needed[j]]; }
   Presence presence(int i) const { return durations[i]->min > 0 ? present.of(i) : Presence::kOut; }
   bool mayPrecede(int i, int j) const {
@@ -81,7 +83,7 @@ static bool filter(Transitions &c) {
   return keepAllApart(c) && keepSequence(c);
 }
 
-constexpr auto kTable = deferred<untilQuiet<Transitions, filter>>(Rank::kQuadratic, kBoundsMove);
+constexpr auto kTable = deferred<toFixpoint<Transitions, filter>>(Rank::kQuadratic, kBoundsMove);
 
 // ----- posting
 

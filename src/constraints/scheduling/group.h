@@ -55,7 +55,7 @@ struct Group : Deferred {
   }
   std::int64_t size() const {
     return std::int64_t{start->count} + duration->count + (present != nullptr ? present->count : 0) +
-           sizeOf(starts, n) + sizeOf(durations, n) + sizeOf(presents.variables, n);
+           sizeOf(starts.get(), n) + sizeOf(durations.get(), n) + sizeOf(presents.variables.get(), n);
   }
 };
 

@@ -25,7 +25,7 @@ struct Axis {
     sizes = copyVariables(givenSizes, n);
     return static_cast<bool>(sizes);
   }
-  std::int64_t size(int n) const { return sizeOf(places, n) + sizeOf(sizes, n); }
+  std::int64_t size(int n) const { return sizeOf(places.get(), n) + sizeOf(sizes.get(), n); }
   bool hasSize(int i) const { return sizes[i]->min > 0; }
   bool mayPrecede(int i, int j) const { return Time{places[i]->min} + sizes[i]->min <= places[j]->max; }
   bool maySeparate(int i, int j) const { return mayPrecede(i, j) || mayPrecede(j, i); }
@@ -99,7 +99,7 @@ static bool filter(NoOverlap &c) {
   return keepAllApart(c) && shareAlong(c, c.x, c.y) && shareAlong(c, c.y, c.x);
 }
 
-constexpr auto kTable = deferred<untilQuiet<NoOverlap, filter>>(Rank::kQuadratic, kBoundsMove);
+constexpr auto kTable = deferred<toFixpoint<NoOverlap, filter>>(Rank::kQuadratic, kBoundsMove);
 
 struct Rectangles {
   CSint **x;

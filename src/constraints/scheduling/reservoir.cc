@@ -28,7 +28,9 @@ struct Reservoir : Deferred {
   Buffer<Step> steps;
   int stepCount;
 
-  std::int64_t size() const { return sizeOf(times, n) + sizeOf(changes, n) + sizeOf(present.variables, n); }
+  std::int64_t size() const {
+    return sizeOf(times.get(), n) + sizeOf(changes.get(), n) + sizeOf(present.variables.get(), n);
+  }
 };
 
 // Levels are looked at from below; from above, all of them with the other sign.
@@ -126,7 +128,7 @@ static bool follow(const Side &side) {
 
 static bool filter(Reservoir &c) { return follow({c, 1, c.low}) && follow({c, -1, -c.high}); }
 
-constexpr auto kTable = deferred<untilQuiet<Reservoir, filter>>(Rank::kQuadratic, kBoundsMove);
+constexpr auto kTable = deferred<toFixpoint<Reservoir, filter>>(Rank::kQuadratic, kBoundsMove);
 
 struct Events {
   CSint **times;

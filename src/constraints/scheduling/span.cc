@@ -92,7 +92,7 @@ static bool cover(Group &c) {
   return !c.mustBe() || (keepCover(c) && keepEnds(c));
 }
 
-constexpr auto kTable = deferred<untilQuiet<Group, cover>>(Rank::kLinear, kBoundsMove);
+constexpr auto kTable = deferred<toFixpoint<Group, cover>>(Rank::kLinear, kBoundsMove);
 
 }  // namespace koru::scheduling
 

@@ -4,6 +4,7 @@
 
 #include "constraints/logic/truth.h"
 #include "constraints/scheduling/one_machine.h"
+#include "core/fixpoint.h"
 #include "core/post.h"
 
 namespace koru::scheduling {
@@ -11,24 +12,6 @@ namespace koru::scheduling {
 constexpr std::uint8_t kMinRises = events(kNewMin, kMinBound, kBound);
 constexpr std::uint8_t kMaxFalls = events(kNewMax, kMaxBound, kBound);
 constexpr std::uint8_t kBoundsMove = kMinRises | kMaxFalls;
-
-// The number of values in all domains.
-inline std::int64_t sizeOf(const Buffer<CSint *> &variables, int n) {
-  std::int64_t sum = 0;
-  for (int i = 0; variables && i < n; ++i) sum += variables[i]->count;
-  return sum;
-}
-
-// Filters once more until nothing changes. A Record has size(), the values in all its domains.
-template <class Record, bool (*filter)(Record &)>
-bool untilQuiet(Record &c) {
-  std::int64_t before;
-  do {
-    before = c.size();
-    if (!filter(c)) return false;
-  } while (c.size() != before);
-  return true;
-}
 
 // The present variables of a posting, copied; without any when the host gave none.
 struct Present {

@@ -179,7 +179,7 @@ TEST_F(GroupsTest, BadInputIsRefused) {
 }
 
 // The bounds meet, the values do not.
-TEST_F(GroupsTest, ChoicesBetweenTheValues) {
+TEST_F(GroupsTest, AChoiceWithoutACommonValueFails) {
   part(4, 5, 2, 3);
   start = fromValues({0, 9});
   EXPECT_FALSE(alternative(nullptr));
@@ -196,7 +196,7 @@ TEST_F(GroupsTest, ChoicesBetweenTheValues) {
   EXPECT_FALSE(alternative(nullptr));
 }
 
-TEST_F(GroupsTest, PartsBetweenTheValues) {
+TEST_F(GroupsTest, PartsThatMeetNoValueOfTheWholeFail) {
   part(4, 5, 2, 3);
   start = fromValues({0, 9});
   EXPECT_FALSE(span(nullptr));

@@ -27,7 +27,7 @@ class NeighbourhoodTest : public SolverTest {
 
 TEST_F(NeighbourhoodTest, RandomOnesHaveTheSizeAskedFor) {
   Neighbourhood n;
-  ASSERT_TRUE(n.create(50, 20));
+  ASSERT_TRUE(n.create(50, 20, 0));
   std::set<std::set<int>> seen;
   for (int i = 0; i < 20; ++i) {
     n.clear();
@@ -40,7 +40,7 @@ TEST_F(NeighbourhoodTest, RandomOnesHaveTheSizeAskedFor) {
 
 TEST_F(NeighbourhoodTest, TheSizeAdapts) {
   Neighbourhood n;
-  ASSERT_TRUE(n.create(100, 20));
+  ASSERT_TRUE(n.create(100, 20, 0));
   const auto size = [&] {
     n.clear();
     n.relaxRandom(random);
@@ -60,7 +60,7 @@ TEST_F(NeighbourhoodTest, LinkedOnesFollowConstraints) {
   Weights weights;
   ASSERT_TRUE(weights.collect(x, 30));
   Neighbourhood n;
-  ASSERT_TRUE(n.create(30, 20));
+  ASSERT_TRUE(n.create(30, 20, weights.places()));
   for (int i = 0; i < 20; ++i) {
     n.clear();
     n.relaxLinked(random, weights);
@@ -78,7 +78,7 @@ TEST_F(NeighbourhoodTest, LinkedOnesLeaveTheObjectiveOut) {
   ASSERT_TRUE(weights.collect(x, 11));
   for (int i = 0; i < 20; ++i) {
     Neighbourhood n;
-    ASSERT_TRUE(n.create(10, 50));
+    ASSERT_TRUE(n.create(10, 50, weights.places()));
     n.clear();
     n.relaxLinked(random, weights);
     EXPECT_EQ(relaxed(n, 10).size(), 5u);
@@ -90,7 +90,7 @@ TEST_F(NeighbourhoodTest, WhereNothingIsLinkedItBeginsAgain) {
   Weights weights;
   ASSERT_TRUE(weights.collect(x, 10));
   Neighbourhood n;
-  ASSERT_TRUE(n.create(10, 90));
+  ASSERT_TRUE(n.create(10, 90, weights.places()));
   n.clear();
   n.relaxLinked(random, weights);
   EXPECT_EQ(relaxed(n, 10).size(), 9u);
@@ -98,16 +98,16 @@ TEST_F(NeighbourhoodTest, WhereNothingIsLinkedItBeginsAgain) {
 
 TEST_F(NeighbourhoodTest, OfNothingThereIsNothing) {
   Neighbourhood n;
-  ASSERT_TRUE(n.create(0, 20));
+  ASSERT_TRUE(n.create(0, 20, 0));
   n.clear();
   n.relaxRandom(random);
 }
 
 TEST_F(NeighbourhoodTest, EveryAllocationCanFail) {
-  for (int k = 0; k < 2; ++k) {
+  for (int k = 0; k < 3; ++k) {
     const FailingAllocator failing(k, Failing::kOnce);
     Neighbourhood n;
-    EXPECT_FALSE(n.create(5, 20));
+    EXPECT_FALSE(n.create(5, 20, 1));
   }
 }
 

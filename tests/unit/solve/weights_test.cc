@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "solve/weights.h"
 
+#include <memory>
 #include <set>
 
 #include "core/solver.h"
@@ -15,7 +16,9 @@ class WeightsTest : public SolverTest {
   static const Constraint *newestOn(const CSint *v) { return v->constraints->constraint; }
   std::set<int> neighboursOf(int position) const {
     std::set<int> result;
-    weights.forEachNeighbour(position, [&](int other) { result.insert(other); });
+    const auto visited = std::make_unique<bool[]>(static_cast<std::size_t>(weights.places()));
+    weights.forEachNeighbour(position, visited.get(), [&](int other) { result.insert(other); });
+    weights.forEachNeighbour(position, visited.get(), [](int) { ADD_FAILURE() << "its constraints are visited"; });
     return result;
   }
 
