@@ -96,6 +96,7 @@ void run(const Problem &problem, const char *solver, const Arguments &arguments,
 
 void runAll(const Arguments &arguments) {
   if (std::strstr("stopping", arguments.only) != nullptr) measureStopping();
+  measureOverhead(arguments.only, arguments.instances);
   for (const Problem &problem : kProblems) {
     if (std::strstr(problem.name, arguments.only) == nullptr) continue;
     run(problem, "koru", arguments, [&](int instance) { return solve(problem, instance, arguments); });

@@ -68,6 +68,9 @@ void postJobShop(Model &model, int instance);  // la01 to la05
 // How soon a search ends in the middle of one long propagation; printed.
 void measureStopping();
 
+// What a search object costs over cs_findAll, in so many runs of each, on the problems with `only` in their names.
+void measureOverhead(const char *only, int rounds);
+
 #if KORU_BENCH_HAS_GECODE
 // The same quasigroup by Gecode: accumulated failure counts, Luby restarts with no-goods, domain-consistent distinct.
 Result searchQuasigroupByGecode(int instance, double seconds);

@@ -52,40 +52,58 @@ bool noteRefusal(CSsearch &s) {
   return false;
 }
 
-// Most decisions are equalities.
-inline bool select(CSint *v, const CSvalueSelection &decision) {
-  return decision.method == CS_METHOD_EQ ? cs_EQ(v, decision.value) : cs_selectValue(v, &decision);
+// Imposes a decision, with the bound on the objective, by calling `select`.
+template <class Select>
+[[gnu::always_inline]] inline bool post(CSsearch &s, Select select) {
+  const bool counts = s.activity.created();
+  const int mark = counts ? solver::trail.count() : 0;
+  const bool accepted = (s.objective == nullptr || postBound(s)) && select();
+  if (counts) s.activity.notePropagation(mark);
+  return accepted || noteRefusal(s);
 }
 
-[[gnu::always_inline]] inline bool post(CSsearch &s, int position, const CSvalueSelection &decision) {
-  const int mark = solver::trail.count();
-  const bool accepted = (s.objective == nullptr || postBound(s)) && select(s.labelled[position], decision);
-  if (s.activity.created()) s.activity.notePropagation(mark);
-  return accepted || noteRefusal(s);
+// Most decisions are equalities.
+[[gnu::always_inline]] inline bool postDecision(CSsearch &s, CSint *v, const CSvalueSelection &decision) {
+  return post(
+      s, [&] { return decision.method == CS_METHOD_EQ ? cs_EQ(v, decision.value) : cs_selectValue(v, &decision); });
 }
 
 // ----- down
 
-// When the context of a decision cannot be had, there is none to restore, and the search ends.
+// When the context of a decision cannot be had, there is none to restore.
 enum class Try { kAccepted, kRefused, kNoContext };
 
-// Tries the decision of the newest step in a context of its own.
-Try tryStep(CSsearch &s, const Step &step) {
-  if (!openContext()) return Try::kNoContext;
+// Without memory, the search ends: all is restored, whether there is a context or not.
+bool openContextOf(const CSsearch &s) {
+  if (solver::agenda.postingUnsettled() && !endPosting()) return false;
+  cs_saveContext();
+  return !memoryExhausted(s);
+}
+
+// Tries the decision of the newest step, which `post` imposes, in a context of its own.
+template <class Post>
+[[gnu::always_inline]] inline Try tryStep(CSsearch &s, const Step &step, Post post) {
+  if (!openContextOf(s)) return Try::kNoContext;
   ++s.stats.choicePoints;
-  if (post(s, step.position, step.decision)) return Try::kAccepted;
+  if (post()) return Try::kAccepted;
   if (s.options.lastConflict) s.conflict = step.position;
   return Try::kRefused;
+}
+
+// The first decision on a variable, and how it goes on.
+Step firstStep(CSsearch &s, int position) {
+  const Phase &phase = s.labelled.phaseOf(position);
+  if (!goesByValues(s, phase)) return {position, chooseDecision(s, phase, position), false};
+  const CSint *v = s.labelled[position];
+  const bool upwards = phase.value == CS_VALUE_MIN;
+  return {position, {CS_METHOD_EQ, upwards ? v->min : v->max}, true, upwards};
 }
 
 Try descend(CSsearch &s, int position) {
   Step *step = s.path.push();
   if (step == nullptr) return Try::kNoContext;
-  const Phase &phase = s.labelled.phaseOf(position);
-  const bool byValues = goesByValues(s, phase);
-  const CSvalueSelection decision = chooseDecision(s, phase, position);
-  *step = {position, decision, byValues, byValues && decision.value == s.labelled[position]->min};
-  const Try result = tryStep(s, *step);
+  *step = firstStep(s, position);
+  const Try result = tryStep(s, *step, [&] { return postDecision(s, s.labelled[position], step->decision); });
   if (result == Try::kNoContext) s.path.pop();
   return result;
 }
@@ -103,18 +121,22 @@ bool nextValue(const CSint *v, Step &step) {
   return true;
 }
 
-// What is left of the newest step, which has been restored and is off the path: unless nothing is, it goes back.
-Try retry(CSsearch &s, Step &step) {
-  if (step.byValues) {
-    if (!nextValue(s.labelled[step.position], step)) return Try::kRefused;
-    s.path.push();
-    return tryStep(s, step);
+// What is left to the newest step, which has been restored and is off the path: unless nothing is, or the search has to
+// end, it goes back, which needs no memory, as its place was kept.
+bool retryValues(CSsearch &s, Step &step) {
+  CSint *v = s.labelled[step.position];
+  while (nextValue(v, step)) {
+    const Try result = tryStep(s, step, [&] { return post(s, [&] { return cs_EQ(v, step.decision.value); }); });
+    if (result == Try::kAccepted) return s.path.push() != nullptr;
+    if (!mayGoOn(s)) return false;
+    if (result == Try::kRefused) cs_restoreContext();
   }
+  return false;
+}
+
+bool retryOpposite(CSsearch &s, Step &step) {
   step.refuted = true;
-  const CSvalueSelection opposite = negationOf(step.decision);
-  if (!post(s, step.position, opposite)) return Try::kRefused;
-  s.path.push();
-  return Try::kAccepted;
+  return postDecision(s, s.labelled[step.position], negationOf(step.decision)) && s.path.push() != nullptr;
 }
 
 void notePeaks(CSsearch &s) {
@@ -123,14 +145,13 @@ void notePeaks(CSsearch &s) {
 }
 
 // On to a state in which something is left to try. False when there is none in this run, or the search has to end.
-// A step that has been popped keeps its place, and pushing it again needs no memory.
 bool back(CSsearch &s) {
   notePeaks(s);
-  while (s.path.count() > 0 && mayGoOn(s)) {
+  while (!s.path.empty() && mayGoOn(s)) {
     Step &step = *s.path.pop();
     if (!step.hasContext()) continue;
     cs_restoreContext();
-    if (retry(s, step) == Try::kAccepted) return true;
+    if (step.byValues ? retryValues(s, step) : retryOpposite(s, step)) return true;
   }
   return false;
 }
