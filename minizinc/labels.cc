@@ -22,9 +22,12 @@ class Collector {
     return all;
   }
 
+  // Ints before bools, which often say something about them.
   Array shown() {
-    Array all;
-    for (const Operand &o : outputOf(s_, variables_)) all.push_back(variables_.get(o));
+    Array all, bools;
+    for (const Operand &o : outputOf(s_, variables_))
+      (s_.declarations[o.variable].base == Base::kBool ? bools : all).push_back(variables_.get(o));
+    all.insert(all.end(), bools.begin(), bools.end());
     return notMet(all);
   }
 

@@ -7,6 +7,8 @@
 
 namespace koru::fzn {
 
+class SharedBound;
+
 struct Options {
   std::string file;
   bool all = false;            // -a: every solution; of an optimisation, every better one
@@ -18,10 +20,11 @@ struct Options {
   bool statistics = false;
   bool free = false;  // -f: search as the solver likes
   bool verbose = false;
-  bool verify = false;          // check every solution before it is printed
-  std::string restarts;         // none, luby, geometric or constant; empty: as the file says
-  std::string profile;          // where the profiler's report goes
-  bool tellsObjective = false;  // in a line of its own before the end of a solution: for the parent of this process
+  bool verify = false;           // check every solution before it is printed
+  std::string restarts;          // none, luby, geometric or constant; empty: as the file says
+  std::string profile;           // where the profiler's report goes
+  bool tellsObjective = false;   // in a line of its own before the end of a solution: for the parent of this process
+  SharedBound *bound = nullptr;  // of the portfolio that the process belongs to, if it searches for an optimum
   bool help = false;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A child writes as any run does, with the objective in a line of its own, to a pipe. Nothing is handed from one child
-// to another. Children end with their parent, whatever ends that.
+// A child writes as any run does, with the objective in a line of its own, to a pipe. What children hand to each other
+// is the best objective: a solution is written first, its objective told then, so that at the end of a child that has
+// found nothing better the solution it had to beat can be read. Children end with their parent, whatever ends that.
 #include "minizinc/portfolio.h"
 
 #include <fcntl.h>
@@ -13,6 +14,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+
+#include "minizinc/shared_bound.h"
 
 namespace koru::fzn {
 
@@ -50,7 +53,8 @@ class Portfolio {
   Portfolio(const Syntax &syntax, const Options &options)
       : goal_(syntax.solve.goal),
         options_(options),
-        report_(options.all || options.intermediate || goal_ == Goal::kSatisfy, options.statistics, false) {}
+        report_(options.all || options.intermediate || goal_ == Goal::kSatisfy, options.statistics, false),
+        bound_(goal_ == Goal::kSatisfy ? nullptr : SharedBound::create(goal_ == Goal::kMinimize)) {}
 
   // False when no child could be made.
   bool start(const std::function<int(const Options &)> &solve) {
@@ -91,7 +95,9 @@ class Portfolio {
     dup2(out, STDOUT_FILENO);
     const int nowhere = number == 0 ? -1 : open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);  // the first one says it all
-    const int status = solve(optionsOf(options_, number));
+    Options own = optionsOf(options_, number);
+    own.bound = bound_;
+    const int status = solve(own);
     std::fflush(stdout);
     std::_Exit(status);
   }
@@ -140,10 +146,17 @@ class Portfolio {
       std::from_chars(line.data() + kObjective.size(), line.data() + line.size(), child.objective);
     else if (line == "%%%mzn-stat-end")
       finish(child);
+    else if (isOfAll(line))
+      return;
     else if (line.starts_with("%%%mzn-stat: "))
       child.statistics.append(line).append("\n");
     else if (line != "=====UNKNOWN=====")
       child.solution.append(line).append("\n");
+  }
+
+  // Statistics that are not those of the child that ends the search.
+  static bool isOfAll(std::string_view line) {
+    return line.starts_with("%%%mzn-stat: objective") || line.starts_with("%%%mzn-stat: nSolutions");
   }
 
   void takeSolution(Child &child) {
@@ -155,6 +168,16 @@ class Portfolio {
     if (!first && (goal_ == Goal::kSatisfy || !better)) return;
     best_ = child.objective;
     report_.solution(std::move(text));
+    tellStatistics("");
+  }
+
+  void tellStatistics(std::string lines) {
+    const long long found = report_.solutions();
+    if (found > 0 && goal_ != Goal::kSatisfy) {
+      lines += "%%%mzn-stat: objective=" + std::to_string(best_) + "\n";
+      if (isOver_) lines += "%%%mzn-stat: objectiveBound=" + std::to_string(best_) + "\n";
+    }
+    report_.setStatistics(lines + "%%%mzn-stat: nSolutions=" + std::to_string(found) + "\n");
   }
 
   // What a child says at its end holds for all, unless it has given up.
@@ -165,7 +188,17 @@ class Portfolio {
     if (child.outcome == Outcome::kUnknown || (child.outcome == Outcome::kSolutions && !solved)) return;
     isOver_ = true;
     outcome_ = child.outcome;
-    report_.setStatistics(child.statistics);
+    if (goal_ != Goal::kSatisfy) {
+      for (Child &other : children_) readAllOf(other);
+      if (report_.solutions() > 0) outcome_ = Outcome::kComplete;
+    }
+    tellStatistics(child.statistics);
+  }
+
+  // What has been written so far.
+  void readAllOf(Child &child) {
+    for (pollfd waiting = {child.pipe, POLLIN, 0}; child.pipe >= 0 && !child.ended && poll(&waiting, 1, 0) > 0;)
+      readFrom(child);
   }
 
   // Those that have ended by themselves tell how.
@@ -183,6 +216,7 @@ class Portfolio {
   Goal goal_;
   const Options &options_;
   Report report_;
+  SharedBound *const bound_;
   std::vector<Child> children_;
   long long best_ = 0;  // once there is a solution
   bool isOver_ = false;
@@ -198,7 +232,7 @@ bool isForPortfolio(const Syntax &syntax, const Options &options) {
 
 int runPortfolio(const Syntax &syntax, const Options &options, const std::function<int(const Options &)> &solve) {
   Portfolio portfolio(syntax, options);
-  return portfolio.start(solve) ? portfolio.run() : solve(optionsOf(options, 0));
+  return portfolio.start(solve) ? portfolio.run() : solve(options);
 }
 
 }  // namespace koru::fzn

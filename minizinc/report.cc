@@ -64,15 +64,16 @@ void Report::guard(long long milliseconds) {
   if (!lingers_) std::_Exit(0);
 }
 
-void Report::solution(std::string text) {
+bool Report::solution(std::string text) {
   text += "----------\n";
   const std::scoped_lock lock(mutex_);
   ++solutions_;
-  if (ended_) return;
+  if (ended_) return false;
   if (immediate_)
     put(text);
   else
     held_ = std::move(text);
+  return true;
 }
 
 void Report::setStatistics(std::string lines) {

@@ -28,7 +28,8 @@ class Report {
   // SIGTERM, SIGINT and, unless it is 0, the time limit end the run from now on. To be called before other threads.
   void watch(long long milliseconds);
 
-  void solution(std::string text);
+  // False when it comes too late to be written.
+  bool solution(std::string text);
   // Statistics as they will be written, were the run to end now.
   void setStatistics(std::string lines);
   // The search that is to be stopped; null for none. A run that is to stop already stops it.

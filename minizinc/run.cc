@@ -14,6 +14,7 @@
 #include "minizinc/choose.h"
 #include "minizinc/labels.h"
 #include "minizinc/output.h"
+#include "minizinc/shared_bound.h"
 
 namespace koru::fzn {
 
@@ -59,6 +60,10 @@ class Run {
     plan_ = readPlan(s_, model_.variables, o_.verbose);
     labels_ = labelsOf(s_, model_.variables, plan_, wantsSeveral());
     if (isOptimisation()) objective_ = model_.variables.get(model_.variables.operand(s_.solve.objective));
+    if (o_.bound != nullptr && !cs_eventRun(&objective_, 1, imposeBound, this)) {
+      report_.end(Outcome::kUnsatisfiable);
+      return true;
+    }
     search();
     return right_;
   }
@@ -94,6 +99,7 @@ class Run {
   // One search object from the root on, and how the run stands after it.
   Outcome turn(Turn how) {
     cs_saveContext();
+    again_ = how.free && shown_ > 0;
     if (!imposeBest(how.free)) {
       cs_restoreContext();
       return Outcome::kComplete;
@@ -116,7 +122,13 @@ class Run {
   bool imposeBest(bool again) const {
     if (!isOptimisation() || shown_ == 0) return true;
     if (again) return minimizes() ? cs_LE(objective_, best_) : cs_GE(objective_, best_);
-    return minimizes() ? cs_LT(objective_, best_) : cs_GT(objective_, best_);
+    return imposeBetter(objective_, minimizes(), best_);
+  }
+
+  // What other processes have found, whenever the objective changes; not while the best solution is to come once more.
+  static bool imposeBound(CSint **objective, int, void *extra) {
+    const Run &run = *static_cast<const Run *>(extra);
+    return run.again_ || run.o_.bound->impose(*objective);
   }
 
   CSstatus goThrough(CSsearch *search) {
@@ -233,6 +245,7 @@ class Run {
   }
 
   void put(const CSsearch *search) {
+    again_ = false;
     if (!isNews()) return;
     const std::vector<long long> values = valuesOf(s_, model_.variables);
     Mistake wrong;
@@ -246,7 +259,7 @@ class Run {
     ++shown_;
     keepBest();
     if (o_.tellsObjective) text += "%%%koru-objective=" + std::to_string(best_) + "\n";
-    report_.solution(std::move(text));
+    if (report_.solution(std::move(text)) && o_.bound != nullptr) o_.bound->tell(best_);
     tellStatistics(search);
   }
 
@@ -285,6 +298,7 @@ class Run {
   CSint *objective_ = nullptr;
   int best_ = 0;  // of the objective, once there is a solution
   Hints bestValues_;
+  bool again_ = false;  // the turn is to begin with the best solution
   bool stopped_ = false, right_ = true;
   std::set<std::string> texts_;
   long long shown_ = 0;

@@ -256,7 +256,8 @@ void compareOptimum(const std::string &options, const std::string &text, bool mi
 }
 
 TEST(FznRandomModels, HaveTheOptimumThatEnumerationFinds) {
-  static const char *const kOptions[] = {"", "-f", "-a -f", "--restart luby", "-a --restart geometric", "-f -r 7"};
+  static const char *const kOptions[] = {"",        "-f",   "-a -f",     "--restart luby", "-a --restart geometric",
+                                         "-f -r 7", "-p 3", "-a -f -p 2"};
   unsigned seed = 1;
   for (const char *form : kTemplates) {
     Random random(++seed * 31);
@@ -265,7 +266,8 @@ TEST(FznRandomModels, HaveTheOptimumThatEnumerationFinds) {
         random.below(2) == 0 ? "" : ":: int_search([x1,x0,x2],first_fail,indomain_max,complete) ";
     const char *relaxing = random.below(3) > 0 ? "" : ":: relax_and_reconstruct([x1,x0,x2],60) :: restart_luby(3) ";
     const std::string goal = relaxing + annotation + (minimizes ? "minimize x0" : "maximize x0");
-    ASSERT_NO_FATAL_FAILURE(compareOptimum(kOptions[seed % 6], modelOf(form, random, goal), minimizes));
+    ASSERT_NO_FATAL_FAILURE(
+        compareOptimum(kOptions[seed % std::size(kOptions)], modelOf(form, random, goal), minimizes));
   }
 }
 
