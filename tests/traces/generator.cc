@@ -40,7 +40,9 @@ const Generator::Flavour Generator::kRestoring[] = {
     {{0, 3, 0, 30, 12, 14, 6, 8, 4, 6, 2, 0}, 4, 40, 2, 1, 3, true, true, 0},
 };
 
-Generator::Generator(std::uint64_t seed, Mix mix) : random_(seed) {
+// Turns are drawn apart, so that all else is the same with and without them.
+Generator::Generator(std::uint64_t seed, Mix mix) : random_(seed), turns_(~seed) {
+  byTurns_ = turns_.chance(20);
   flavour_ = mix == Mix::kAll ? &kFlavours[random_.below(static_cast<int>(std::size(kFlavours)))]
                               : &kRestoring[random_.below(static_cast<int>(std::size(kRestoring)))];
   acting_ = flavour_->acting;
@@ -67,6 +69,16 @@ void Generator::add(Line line) {
     variables_.clear();
   }
   trace_.push_back(std::move(line));
+}
+
+// The first time, another solver begins.
+void Generator::changeSolvers() {
+  add(make(turns_.chance(90) ? "cs_detachSolver" : "cs_attachSolver"));
+  if (trace_.back().row->name == std::string_view("cs_attachSolver")) return;
+  std::swap(variables_, otherVariables_);
+  std::swap(depth_, otherDepth_);
+  if (variables_.empty())
+    for (int i = 0; i < 3; ++i) add(make(Group::kCreate));
 }
 
 void Generator::begin() {
@@ -96,6 +108,7 @@ void Generator::scriptLines(int script) {
     line.script = script;
     add(std::move(line));
   };
+  if (byTurns_) put(make("cs_detachSolver"));
   if (inside && lines > 1) put(make("cs_saveContext"));
   for (int i = 0; i < lines; ++i) {
     const bool free = inside ? lines > 1 : acting_;
@@ -117,6 +130,7 @@ void Generator::scriptLines(int script) {
 }
 
 void Generator::step() {
+  if (byTurns_ && turns_.chance(10)) changeSolvers();
   if (flavour_->failing && random_.chance(12)) {
     Line line = make("fail");
     line.args[0].number = random_.chance(15) ? kNull : random_.below(12);

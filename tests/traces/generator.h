@@ -35,6 +35,7 @@ class Generator {
   static const Flavour kRestoring[];
 
   void add(Line line);
+  void changeSolvers();
   void scripts();
   void scriptLines(int script);
   void begin();
@@ -68,14 +69,16 @@ class Generator {
   koru::test::Random random_;
   const Flavour *flavour_;
   Trace trace_;
-  std::vector<Range> variables_;
-  int known_[4] = {};  // numbers given away: q, h, g, p
+  std::vector<Range> variables_, otherVariables_;  // of the solver that runs, and of the parked one
+  int known_[4] = {};                              // numbers given away: q, h, g, p
   int scriptCount_ = 0;
-  int depth_ = 0;
+  int depth_ = 0, otherDepth_ = 0;
   Range last_{0, 4};
   std::size_t lastSize_ = 0;
   int lastRows_ = 0;
   bool acting_ = false;  // scripts change what is outside of them
+  bool byTurns_;         // two solvers work by turns
+  koru::test::Random turns_;
 };
 
 }  // namespace koru::traces

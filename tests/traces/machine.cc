@@ -16,7 +16,11 @@ namespace koru::traces {
 Machine *Machine::current = nullptr;
 
 Machine::Machine(const Trace &trace, const Settings &settings, Tally &tally)
-    : trace_(trace), settings_(settings), tally_(tally), solutions_(settings.fault == Fault::kRelation) {
+    : trace_(trace),
+      settings_(settings),
+      tally_(tally),
+      world_(settings.fault == Fault::kRelation),
+      otherWorld_(settings.fault == Fault::kRelation) {
   current = this;
   watchRequests();
   refuseNothing();
@@ -33,17 +37,22 @@ const std::string &Machine::run() {
   for (const Line &line : trace_)
     if (line.script != kNull) scripts_[static_cast<std::size_t>(line.script)].lines.push_back(&line);
   for (const Line &line : trace_)
-    if (line.script == kNull && failure_.empty()) execute(line);
+    if (line.script == kNull && failure_.empty()) {
+      byHand_ = std::string_view(line.row->name).ends_with("ValueSelector") ||
+                line.row->name == std::string_view("cs_selectNextValue");
+      execute(line);
+    }
   finish();
   return failure_;
 }
 
-// The solver is ended, and what belongs to the host freed: nothing may be left. A start that failed for want of memory
-// leaves blocks to the next one.
+// The solvers are ended, and what belongs to the host freed: nothing may be left. A start that failed for want of
+// memory leaves blocks to the next one.
 void Machine::finish() {
   refuseNothing();
   if (!solver::initialised) start();
   end();
+  if (parked_ != nullptr) endParked();
   releaseOwned();
   if (settings_.fault == Fault::kLeak && trace_.size() > 5) loseBlock();
   if (liveBlocks() != before_ + std::ssize(deletedProfilers_) && failure_.empty())
@@ -96,7 +105,7 @@ void Machine::collect(CSint **array, int size) {
 // All solutions by the library, and by enumeration.
 void Machine::solve() {
   std::vector<CSint *> variables;
-  std::optional<std::vector<Tuple>> expected = solutions_.all(variables);
+  std::optional<std::vector<Tuple>> expected = world_.solutions.all(variables);
   std::int64_t leaves = 1;
   for (CSint *v : variables) leaves = v->count < 1 ? INT_MAX : std::min<std::int64_t>(leaves * v->count, INT_MAX);
   if (!expected || variables.empty() || leaves > 4000 || solver::checked.countsMayLag) return say("  not compared");
@@ -111,8 +120,8 @@ void Machine::solve() {
   say("  " + std::to_string(collected_.size()) + " solutions");
   if (refused_ || refusedRequests() != refusedBefore) return;
   ++tally_.solved;
-  const bool sound = solutions_.mayAccept() || std::ranges::includes(*expected, collected_);
-  const bool complete = solutions_.mayRefuse() || std::ranges::includes(collected_, *expected);
+  const bool sound = world_.solutions.mayAccept() || std::ranges::includes(*expected, collected_);
+  const bool complete = world_.solutions.mayRefuse() || std::ranges::includes(collected_, *expected);
   const bool once = std::ranges::adjacent_find(collected_) == collected_.end();
   if (!sound || !complete || !once) fail("solutions: the search finds others than there are");
 }
@@ -131,14 +140,14 @@ void Machine::end() {
   ending_ = true;
   cs_end();
   ending_ = false;
-  variables_.fill(nullptr);
-  sets_.fill(nullptr);
-  profilers_.fill(nullptr);
-  shown_.clear();
-  tied_.clear();
-  kept_ = Kept{};
-  twin_.clear();
-  solutions_.clear();
+  world_.variables.fill(nullptr);
+  world_.sets.fill(nullptr);
+  world_.profilers.fill(nullptr);
+  world_.shown.clear();
+  world_.tied.clear();
+  world_.kept = Kept{};
+  world_.twin.clear();
+  world_.solutions.clear();
 }
 
 void Machine::releaseOwned() {
@@ -165,7 +174,7 @@ void Machine::forgetHooks(int number) {
 }
 
 void Machine::released(const CSnoGoodSet *set) {
-  for (CSnoGoodSet *&known : sets_)
+  for (CSnoGoodSet *&known : world_.sets)
     if (known == set) known = nullptr;
 }
 
@@ -201,7 +210,7 @@ void Machine::runScript(const Script &script) {
 
 void Machine::undone(CSint *v, int index) {
   if (ending_) return fail("callback: undone at the end");
-  const std::string fault = twin_.undone(v, index);
+  const std::string fault = world_.twin.undone(v, index);
   if (!fault.empty()) fail(fault);
 }
 

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "core/solver.h"
+#include "koru_extras.h"
 #include "traces/blocks.h"
 #include "traces/solutions.h"
 #include "traces/table.h"
@@ -62,14 +63,14 @@ class Machine {
 
   // ----- what rows work with
 
-  CSint *variable(int number) const { return at(variables_, number); }
+  CSint *variable(int number) const { return at(world_.variables, number); }
   CSvalueSelector *selector(int number) const { return at(selectors_, number); }
   CSsearchNotify *hooks(int number) const { return at(hooks_, number); }
-  CSnoGoodSet *set(int number) const { return at(sets_, number); }
-  CSprofiler *profiler(int number) const { return at(profilers_, number); }
+  CSnoGoodSet *set(int number) const { return at(world_.sets, number); }
+  CSprofiler *profiler(int number) const { return at(world_.profilers, number); }
   CSint **array(const std::vector<int> &references);
   CSvalueSelector **selectorArray(const std::vector<int> &references);
-  Kept &kept() { return kept_; }
+  Kept &kept() { return world_.kept; }
   std::FILE *scratch();  // its contents go to the transcript after the call
 
   void callConstraint(const Line &line);
@@ -86,6 +87,8 @@ class Machine {
   void start();
   void end();
   void finish();
+  void parkSolver(const Line &line);
+  void attachSolver(const Line &line);
   void defineScript(const Line &line);
   void failAllocations(int first, bool all);
   void solve();
@@ -104,6 +107,20 @@ class Machine {
   static Machine *current;
 
  private:
+  // What belongs to a solver; there are two of them, one of which may be parked.
+  struct World {
+    explicit World(bool wrong) : solutions(wrong) {}
+    std::array<CSint *, kReferences> variables{};
+    std::array<CSnoGoodSet *, kReferences> sets{};
+    std::array<CSprofiler *, kReferences> profilers{};
+    std::map<int, std::string> shown;
+    std::set<const CSint *> tied;  // wide variables that a constraint holds already
+    int wideTies = 0;
+    Kept kept;
+    Twin twin;
+    Solutions solutions;
+  };
+
   // What was so before a call.
   struct Before {
     int depth;  // contexts open
@@ -147,6 +164,8 @@ class Machine {
   bool allowedWide(const Line &line);
   bool usesItsCapacity(const Line &line) const;
   bool tie(std::vector<const CSint *> &wide);
+  void changeWorlds();
+  void endParked();
   void effect(int depth);
   void closeDownTo(int depth);
   void say(const std::string &text);
@@ -162,26 +181,18 @@ class Machine {
   Tally &tally_;
   std::string failure_;
 
-  std::array<CSint *, kReferences> variables_{};
+  World world_, otherWorld_;
+  CSsolver *parked_ = nullptr;  // the other world's
   std::array<CSvalueSelector *, kReferences> selectors_{};
   std::array<CSsearchNotify *, kReferences> hooks_{};
-  std::array<CSnoGoodSet *, kReferences> sets_{};
-  std::array<CSprofiler *, kReferences> profilers_{};
-  std::map<int, std::string> shown_;
-  std::set<const CSint *> tied_;  // wide variables that a constraint holds already
-  int wideTies_ = 0;
   std::set<const CSprofiler *> deletedProfilers_;
   const long before_ = liveBlocks();
-  Kept kept_;
   std::array<Script, kScripts> scripts_;
   std::vector<CSvalueSelector *> spareSelectors_;  // whose number was given to others
   std::vector<CSsearchNotify *> spareHooks_;
   static constexpr int kDepth = 2;  // scripts that run inside each other
   std::FILE *scratch_ = nullptr;
   std::array<std::array<char, 4096>, kDepth + 1> scratchText_{};
-
-  Twin twin_;
-  Solutions solutions_;
 
   int scriptDepth_ = 0;
   int scriptBase_ = 0;        // contexts open when the script began
@@ -190,6 +201,7 @@ class Machine {
   bool refused_ = false;      // a callback has refused during the present line, or acted on the outside
   int answer_ = 0;            // what the present line answered; of pointers whether there is one
   bool ending_ = false;
+  bool byHand_ = false;  // the present line asks a selector itself
   std::vector<Tuple> collected_;
 };
 

@@ -24,14 +24,14 @@ void Machine::answer(const Line &, const char *text) {
 }
 
 void Machine::answer(const Line &line, CSint *v) {
-  keep(variables_, line, v);
-  if (line.target != kNull) shown_.erase(line.target);
+  keep(world_.variables, line, v);
+  if (line.target != kNull) world_.shown.erase(line.target);
 }
 
 void Machine::answer(const Line &line, CSint **array) {
   answer_ = array != nullptr ? 1 : 0;
   for (int i = 0; array != nullptr && line.target != kNull && i < line.args[0].number; ++i)
-    if (line.target + i < kReferences) variables_[static_cast<std::size_t>(line.target + i)] = array[i];
+    if (line.target + i < kReferences) world_.variables[static_cast<std::size_t>(line.target + i)] = array[i];
   say(array != nullptr ? "  made" : "  null");
 }
 
@@ -64,8 +64,8 @@ void Machine::answer(const Line &line, CSsearchNotify *record) {
   keep(hooks_, line, line.target == kNull ? nullptr : record);
 }
 
-void Machine::answer(const Line &line, CSnoGoodSet *set) { keep(sets_, line, set); }
-void Machine::answer(const Line &line, CSprofiler *profiler) { keep(profilers_, line, profiler); }
+void Machine::answer(const Line &line, CSnoGoodSet *set) { keep(world_.sets, line, set); }
+void Machine::answer(const Line &line, CSprofiler *profiler) { keep(world_.profilers, line, profiler); }
 
 // Deliberately, deleting a profiler does not give its memory back.
 void Machine::deleteProfiler(int number) {
@@ -74,14 +74,14 @@ void Machine::deleteProfiler(int number) {
 }
 
 CSint **Machine::array(const std::vector<int> &references) {
-  std::vector<CSint *> &result = kept_.variables.emplace_back();
+  std::vector<CSint *> &result = world_.kept.variables.emplace_back();
   for (const int number : references) result.push_back(variable(number));
   result.push_back(nullptr);
   return result.data();
 }
 
 CSvalueSelector **Machine::selectorArray(const std::vector<int> &references) {
-  std::vector<CSvalueSelector *> &result = kept_.selectors.emplace_back();
+  std::vector<CSvalueSelector *> &result = world_.kept.selectors.emplace_back();
   for (const int number : references) result.push_back(selector(number));
   result.push_back(nullptr);
   return result.data();
@@ -112,7 +112,7 @@ void Machine::sayChanges() {
   for (int i = 0; i < kReferences; ++i) {
     if (variable(i) == nullptr) continue;
     std::string text = show(variable(i));
-    std::string &known = shown_[i];
+    std::string &known = world_.shown[i];
     if (known != text) say("  v" + std::to_string(i) + " " + text);
     known = std::move(text);
   }

@@ -88,7 +88,7 @@ bool Machine::allowedWide(const Line &line) {
     if (catalogue::isArray(*kind)) std::ranges::for_each(arg.list, add);
   }
   if (wide.empty() || all < 2) return true;
-  if (line.target != kNull && wideTies_ > 3) return false;
+  if (line.target != kNull && world_.wideTies > 3) return false;
   return tie(wide);
 }
 
@@ -96,9 +96,9 @@ bool Machine::tie(std::vector<const CSint *> &wide) {
   std::ranges::sort(wide);
   if (std::ranges::adjacent_find(wide) != wide.end()) return false;
   for (const CSint *v : wide)
-    if (tied_.count(v) != 0) return false;
-  tied_.insert(wide.begin(), wide.end());
-  ++wideTies_;
+    if (world_.tied.count(v) != 0) return false;
+  world_.tied.insert(wide.begin(), wide.end());
+  ++world_.wideTies;
   return true;
 }
 

@@ -23,16 +23,16 @@ bool holdsNoNull(Machine &m, const Line &line) {
 // A callback that the call makes may give numbers away again, and open contexts of its own: what they stand for, and
 // what was known of the contexts, is noted before.
 Machine::Before Machine::look(const Line &line) {
-  twin_.follow();
+  world_.twin.follow();
   Before before{solver::contexts.count(), refusedRequests(), false, {}, std::nullopt};
-  if (line.row->group == Group::kContext) before.marks = twin_.marks();
+  if (line.row->group == Group::kContext) before.marks = world_.twin.marks();
   if (line.row->constraint != nullptr) {
     before.lacking = lacksVariable(line);
     before.relation = posted(line);
   }
   if (scriptDepth_ == 0) {
     refused_ = false;
-    solutions_.follow(before.depth);
+    world_.solutions.follow(before.depth);
   } else {
     observeInScript(line, before.depth);
   }
@@ -45,7 +45,7 @@ void Machine::tellTwin(const Line &line, const Before &before) {
   } else if (std::string_view(line.row->name).starts_with("cs_backtrack") && solver::initialised &&
              line.args[2].number != kNull) {
     const int index = line.args[1].number;
-    twin_.registered(variable(line.args[0].number), settings_.fault == Fault::kCallback ? ~index : index);
+    world_.twin.registered(variable(line.args[0].number), settings_.fault == Fault::kCallback ? ~index : index);
   }
   if (line.row->group == Group::kContext) observeContext(line, before.depth, before.marks);
   if (line.row->group == Group::kCreate) observeCreation(line);
@@ -59,12 +59,12 @@ void Machine::tellSolutions(const Line &line, Before &before) {
   if (row.group == Group::kSearch || row.group == Group::kNoGood) observeSearch(line, before.depth);
   if (row.group == Group::kEvent && row.result == 'b' && answer_ == 0) effect(before.depth);
   if (row.name == std::string_view("cs_selectValue")) effect(before.depth);
-  solutions_.follow(solver::contexts.count());
+  world_.solutions.follow(solver::contexts.count());
 }
 
 void Machine::effect(int depth) {
   refused_ = true;
-  solutions_.unknownFrom(depth);
+  world_.solutions.unknownFrom(depth);
 }
 
 // Something that stays after the script, or that interferes with what runs around it.
@@ -86,21 +86,21 @@ void Machine::observeContext(const Line &line, int depth, const std::vector<Twin
   const int now = solver::contexts.count();
   const bool outside = scriptDepth_ == 0;
   if (name.starts_with("cs_backtrack")) return;
-  if (name == "cs_saveContext" || (name == "cs_restoreAndSaveContext" && depth == 0)) return twin_.saved(depth);
+  if (name == "cs_saveContext" || (name == "cs_restoreAndSaveContext" && depth == 0)) return world_.twin.saved(depth);
   const bool reopened = name == "cs_restoreAndSaveContext";
   if (now >= depth && !reopened) return;
   const int label = reopened ? depth : now + 1;
   if (name.starts_with("cs_restore")) {
-    const std::string fault = twin_.restored(label, marks);
+    const std::string fault = world_.twin.restored(label, marks);
     if (!fault.empty()) fail(fault);
-    tally_.restored += twin_.compared() ? 1 : 0;
-    if (outside) solutions_.restored(label);
+    tally_.restored += world_.twin.compared() ? 1 : 0;
+    if (outside) world_.solutions.restored(label);
   } else {
-    if (name.starts_with("cs_accept")) twin_.accepted(label, marks);
-    twin_.follow();
-    if (outside) solutions_.kept(now);
+    if (name.starts_with("cs_accept")) world_.twin.accepted(label, marks);
+    world_.twin.follow();
+    if (outside) world_.solutions.kept(now);
   }
-  if (twin_.uncertain() && outside) effect(0);
+  if (world_.twin.uncertain() && outside) effect(0);
 }
 
 void Machine::observeCreation(const Line &line) {
@@ -114,16 +114,16 @@ void Machine::observeCreation(const Line &line) {
     values.assign(line.args[0].list.begin(), line.args[0].list.begin() + static_cast<std::ptrdiff_t>(size));
     std::ranges::sort(values);
     values.erase(std::unique(values.begin(), values.end()), values.end());
-    return solutions_.created(v, values);
+    return world_.solutions.created(v, values);
   }
   const bool array = name == "cs_createCSintArray";
   const std::int64_t low = number(array ? 1 : 0);
   const std::int64_t high = name == "CSINT" ? low : number(array ? 2 : 1);
   if (high - low > 40) return;
   for (std::int64_t value = low; value <= high; ++value) values.push_back(static_cast<int>(value));
-  solutions_.created(v, values);
+  world_.solutions.created(v, values);
   for (int i = 1; array && i < line.args[0].number; ++i)
-    if (CSint *other = variable(line.target + i)) solutions_.created(other, values);
+    if (CSint *other = variable(line.target + i)) world_.solutions.created(other, values);
 }
 
 // Without tasks a resource needs no capacity.
@@ -139,18 +139,18 @@ void Machine::observeRelation(const Line &line, Posted relation, int depth) {
   if (relation.z == nullptr && line.row->group == Group::kFunction && answer_ != 0) return effect(depth);
   if (!usual(relation)) return effect(depth);
   const bool accepted = answer_ != 0 || std::strcmp(line.row->name, "cs_Occur") == 0;
-  if (!accepted && refused_) return solutions_.refusedUnknown(depth);
+  if (!accepted && refused_) return world_.solutions.refusedUnknown(depth);
   if (!accepted) {
-    const std::string fault = solutions_.refused(std::move(relation), depth);
+    const std::string fault = world_.solutions.refused(std::move(relation), depth);
     if (!fault.empty()) fail(fault);
-    tally_.refuted += solutions_.checked() ? 1 : 0;
+    tally_.refuted += world_.solutions.checked() ? 1 : 0;
     return;
   }
   if (relation.z != nullptr && !line.row->computes() && std::ranges::count(relation.x, relation.z) == 0 &&
       relation.z->count <= 40 && relation.z->count > 0)
-    solutions_.created(relation.z, valuesOf(relation.z));
-  solutions_.post(std::move(relation));
-  if (line.row->name == std::string_view("cs_Occur") && solutions_.none()) effect(depth);
+    world_.solutions.created(relation.z, valuesOf(relation.z));
+  world_.solutions.post(std::move(relation));
+  if (line.row->name == std::string_view("cs_Occur") && world_.solutions.none()) effect(depth);
 }
 
 // A search that has looked everywhere and found nothing is right only when there is nothing.
@@ -167,14 +167,14 @@ void Machine::observeSearch(const Line &line, int depth) {
   const bool proper = line.args[0].number != kNull && line.args[1].number > 0;
   if (proper && (selects || name == "cs_nextSolution") && answer_ == 0 && !refused_ && holdsNoNull(*this, line)) {
     std::vector<CSint *> variables;
-    const auto solutions = solutions_.all(variables);
-    if (solutions && !solutions->empty() && !solutions_.mayRefuse())
+    const auto solutions = world_.solutions.all(variables);
+    if (solutions && !solutions->empty() && !world_.solutions.mayRefuse())
       fail("search: nothing found though there is a solution: " + std::string(name));
     tally_.refuted += solutions ? 1 : 0;
   }
   if (name == "cs_minimize" && answer_ != 0) effect(depth);
   if (name == "cs_searchValueSelectorRestartNG" && set(line.args[7].number) != nullptr) effect(0);
-  if (solver::contexts.count() > depth) solutions_.unknownFrom(depth + 1);
+  if (solver::contexts.count() > depth) world_.solutions.unknownFrom(depth + 1);
 }
 
 }  // namespace koru::traces

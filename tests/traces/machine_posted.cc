@@ -88,8 +88,8 @@ void Machine::callConstraint(const Line &line) {
     if (isNull(arg)) continue;
     if (catalogue::isArray(kind)) actuals[i].variables = array(arg.list);
     if (!catalogue::isList(kind)) continue;
-    std::vector<long long> &longs = kept_.longs.emplace_back(listOf(line, i, numbers));
-    std::vector<int> &ints = kept_.ints.emplace_back(longs.begin(), longs.end());
+    std::vector<long long> &longs = world_.kept.longs.emplace_back(listOf(line, i, numbers));
+    std::vector<int> &ints = world_.kept.ints.emplace_back(longs.begin(), longs.end());
     longs.push_back(0);
     ints.push_back(0);
     actuals[i].longs = longs.data();

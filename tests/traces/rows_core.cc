@@ -8,6 +8,9 @@ namespace {
 void start(Machine &m, const Line &) { m.start(); }
 void end(Machine &m, const Line &) { m.end(); }
 
+void park(Machine &m, const Line &line) { m.parkSolver(line); }
+void attach(Machine &m, const Line &line) { m.attachSolver(line); }
+
 void setHandler(Machine &m, const Line &line) {
   const int code = line.args[0].number;
   const CSerrHandler handler = Scripted<CSerrHandler>::slot(line.args[1].number);
@@ -96,6 +99,8 @@ const Row kRows[] = {
     {"cs_getErr", 'b', "", kQuery, 2, call<cs_getErr>},
     {"cs_initErr", '-', "", kLife, 2, call<cs_initErr>},
     {"cs_setErrHandler", 'b', "is", kLife, 3, setHandler},
+    {"cs_detachSolver", 'b', "", kLife, 0, park},
+    {"cs_attachSolver", 'b', "", kLife, 0, attach},
 
     {"cs_createCSint", 'v', "ii", kCreate, 10, call<cs_createCSint>},
     {"CSINT", 'v', "i", kCreate, 2, call<CSINT>},
