@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // fzn-koru: reads a FlatZinc file, posts it, searches.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +17,8 @@ using namespace koru::fzn;
 using Clock = std::chrono::steady_clock;
 
 double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+long long millisecondsSince(Clock::time_point start) { return static_cast<long long>(secondsSince(start) * 1000); }
 
 // There is nothing to go on with.
 [[noreturn]] void exhausted() {
@@ -40,10 +43,8 @@ int complain(const std::string &message) {
   return 1;
 }
 
-int solve(const Syntax &syntax, const Options &options, Clock::time_point start) {
-  Report report(options.all || options.intermediate || syntax.solve.goal == Goal::kSatisfy, options.statistics,
-                !options.profile.empty());
-  report.watch(options.milliseconds);
+int solve(const Syntax &syntax, const Options &options, Clock::time_point start, Report &report) {
+  report.setGoal(syntax.solve.goal);
   cs_init();
   cs_setErrHandler(
       CS_ERR_MEMORY, [](CSint *, void *) { exhausted(); }, nullptr);
@@ -58,7 +59,8 @@ int solve(const Syntax &syntax, const Options &options, Clock::time_point start)
   if (options.verbose) std::fprintf(stderr, "read in %.3f s, posted in %.3f s\n", times.parse, times.post);
   const bool right = run(syntax, model, posted, options, times, report);
   profiling.write();
-  if (!report.isStopping()) cs_end();
+  if (report.isStopping()) std::_Exit(right ? 0 : 1);  // undoing and freeing may take long
+  cs_end();
   return right ? 0 : 1;
 }
 
@@ -71,11 +73,20 @@ int main(int argc, char **argv) {
   std::string message;
   if (!readOptions(argc, argv, options, message)) return complain("fzn-koru: " + message);
   if (options.help) return std::fputs(kUsage, stdout) < 0;
+  // Threads do not outlive forking: several processes are watched from then on.
+  Report report(options);
+  if (options.processes <= 1) report.watch(options.milliseconds);
   Syntax syntax;
   syntax.file = options.file;
   if (!readFile(syntax)) return complain("fzn-koru: " + options.file + " cannot be read");
   Mistake mistake;
   if (!parse(syntax, mistake)) return complain(describe(syntax, mistake));
-  const auto solveBy = [&](const Options &how) { return solve(syntax, how, start); };
+  if (options.processes <= 1) return solve(syntax, options, start, report);
+  if (options.milliseconds > 0) options.milliseconds = std::max(1LL, options.milliseconds - millisecondsSince(start));
+  const auto solveBy = [&](const Options &how) {
+    Report own(how);
+    own.watch(how.milliseconds);
+    return solve(syntax, how, start, own);
+  };
   return isForPortfolio(syntax, options) ? runPortfolio(syntax, options, solveBy) : solveBy(options);
 }

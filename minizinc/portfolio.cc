@@ -53,7 +53,7 @@ class Portfolio {
   Portfolio(const Syntax &syntax, const Options &options)
       : goal_(syntax.solve.goal),
         options_(options),
-        report_(options.all || options.intermediate || goal_ == Goal::kSatisfy, options.statistics, false),
+        report_(options),
         bound_(goal_ == Goal::kSatisfy ? nullptr : SharedBound::create(goal_ == Goal::kMinimize)) {}
 
   // False when no child could be made.
@@ -73,6 +73,7 @@ class Portfolio {
       children_.back().pid = pid;
       children_.back().pipe = ends[0];
     }
+    report_.setGoal(goal_);
     report_.watch(options_.milliseconds);
     return !children_.empty();
   }

@@ -10,7 +10,7 @@ namespace koru::fzn {
 
 namespace {
 
-constexpr long kPatience = 60'000'000;  // nanoseconds that the search has for ending by itself
+constexpr int kPatience = 50;  // milliseconds that a search has for ending by itself
 
 sigset_t endingSignals() {
   sigset_t signals;
@@ -51,17 +51,20 @@ void Report::guard(long long milliseconds) {
     sigwaitinfo(&signals, nullptr);
   }
   stopping_ = true;
-  {
-    const std::scoped_lock lock(mutex_);
-    cs_stopSearch(search_);
-  }
-  for (int i = 0; i < 60 && !ended_; ++i) {
-    const std::timespec pause = {0, kPatience / 60};
+  for (int i = 0; i < kPatience && isSearching() && !ended_; ++i) {
+    const std::timespec pause = {0, 1'000'000};
     nanosleep(&pause, nullptr);
   }
   if (ended_) return;
   end(solutions_ > 0 ? Outcome::kSolutions : Outcome::kUnknown);
   if (!lingers_) std::_Exit(0);
+}
+
+// Asks the search to stop, if there is one.
+bool Report::isSearching() {
+  const std::scoped_lock lock(mutex_);
+  cs_stopSearch(search_);
+  return search_ != nullptr;
 }
 
 bool Report::solution(std::string text) {

@@ -11,6 +11,9 @@
 #include <string>
 #include <thread>
 
+#include "minizinc/options.h"
+#include "minizinc/syntax.h"
+
 namespace koru::fzn {
 
 // How a run stands; what is written at the end follows from it.
@@ -18,15 +21,18 @@ enum class Outcome { kUnknown, kSolutions, kComplete, kUnsatisfiable };
 
 class Report {
  public:
-  // `immediate`: solutions are written as they are found, else the last one at the end.
-  // `lingers`: a run that is ended by the thread goes on to undo what it has done, silently, as something comes after
-  // it.
-  Report(bool immediate, bool statistics, bool lingers)
-      : immediate_(immediate), statistics_(statistics), lingers_(lingers) {}
+  // A run with a profile that is ended by the thread goes on to undo what it has done, silently, and to write that.
+  explicit Report(const Options &options)
+      : immediate_(options.all || options.intermediate),
+        statistics_(options.statistics),
+        lingers_(!options.profile.empty()) {}
   ~Report();
 
   // SIGTERM, SIGINT and, unless it is 0, the time limit end the run from now on. To be called before other threads.
   void watch(long long milliseconds);
+  // Of a satisfaction problem solutions are written as they are found; else the last one at the end, unless the options
+  // ask for more. To be called before the first.
+  void setGoal(Goal goal) { immediate_ = immediate_ || goal == Goal::kSatisfy; }
 
   // False when it comes too late to be written.
   bool solution(std::string text);
@@ -42,6 +48,7 @@ class Report {
 
  private:
   void guard(long long milliseconds);
+  bool isSearching();
   void write(Outcome outcome);
 
   std::mutex mutex_;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The program as MiniZinc calls it. A file of models/ has its options in the first line, and what is to be printed in
 // lines that begin with "%> ".
+#include <sys/wait.h>
+
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <sstream>
@@ -148,6 +151,71 @@ TEST(FznProgram, EndsSeveralProcessesAtTheTimeLimit) {
   std::string output;
   EXPECT_LT(secondsOf("-p 2 -t 300", pigeons(20, true), output), 3.0);
   EXPECT_EQ(output, "away = 1;\n----------\n");
+}
+
+// Seconds of wall clock from a signal, or the time limit, to the end of the process, and what it has written by then.
+double secondsToEnd(const std::string &text, int signal, std::string &output) {
+  const std::string file = (fs::temp_directory_path() / ("koru_fzn_end_" + std::to_string(getpid()) + ".fzn")).string();
+  std::ofstream(file) << text;
+  int ends[2];
+  EXPECT_EQ(pipe(ends), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(ends[1], STDOUT_FILENO);
+    dup2(ends[1], STDERR_FILENO);
+    execl(KORU_FZN, KORU_FZN, "-s", "-t", signal == 0 ? "250" : "100000", file.c_str(), static_cast<char *>(nullptr));
+    _exit(1);
+  }
+  close(ends[1]);
+  usleep(250'000);
+  const auto start = std::chrono::steady_clock::now();
+  if (signal != 0) kill(child, signal);
+  char block[4096];
+  output.clear();
+  for (ssize_t n = 0; (n = read(ends[0], block, sizeof block)) > 0;) output.append(block, static_cast<std::size_t>(n));
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  close(ends[0]);
+  fs::remove(file);
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// The quickest of some tries, as a machine with other work may let a process wait for longer than that.
+void expectQuickEnd(const std::string &text, const std::string &begin) {
+  for (const int signal : {SIGTERM, SIGINT, 0}) {
+    double least = 1e9;
+    for (int i = 0; i < 10 && least > 0.1; ++i) {
+      std::string output;
+      least = std::min(least, secondsToEnd(text, signal, output));
+      EXPECT_TRUE(output.starts_with(begin)) << output;
+      EXPECT_TRUE(output.ends_with("%%%mzn-stat-end\n")) << output;
+    }
+    EXPECT_LE(least, 0.1) << "signal " << signal;
+  }
+}
+
+TEST(FznProgram, EndsASearchWithin100Milliseconds) {
+  expectQuickEnd(pigeons(20, true), "away = 1;\n----------\n%%%mzn-stat: nodes=");
+}
+
+// Bounds that rise in turns: one propagation, which comes to no end in time, before the search begins.
+TEST(FznProgram, EndsAPropagationWithin100Milliseconds) {
+  expectQuickEnd(
+      "var -2000000000..2000000000: x;\nvar -2000000000..2000000000: y;\nconstraint int_lt(x,y);\n"
+      "constraint int_lt(y,x);\nsolve satisfy;\n",
+      "=====UNKNOWN=====\n%%%mzn-stat");
+}
+
+// More than can be undone and freed in the time.
+TEST(FznProgram, EndsALargeModelWithin100Milliseconds) {
+  std::string more;
+  for (int i = 0; i < 100000; ++i) {
+    const std::string name = std::to_string(i);
+    more += "var 1..19: y" + name + ";\n";
+    if (i % 2 == 1) more += "constraint int_ne(y" + name + ",y" + std::to_string(i - 1) + ");\n";
+  }
+  expectQuickEnd(more + pigeons(20, false), "=====UNKNOWN=====\n%%%mzn-stat");
 }
 
 // The signal comes when the first solution has been held for a while.

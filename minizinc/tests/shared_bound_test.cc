@@ -79,10 +79,11 @@ std::string searched(SharedBound &bound, bool free, bool tellsAtThree = false) {
   Options options;
   options.bound = &bound;
   options.free = free;
+  options.all = true;
   testing::internal::CaptureStdout();
   cs_init();
   {
-    Report report(true, false, false);
+    Report report(options);
     Model model(syntax, mistake);
     const bool posted = model.post();
     CSint *x = model.variables.get(model.variables.operand(syntax.solve.objective));
