@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""The programs of a page: <!-- program: NAME --> before a block of code, <!-- output: NAME and the text --> after it.
+"""The programs of a page: <!-- program: NAME --> before a block of C or C++, and what it prints in a block after
+<!-- output: NAME -->.
 
-    page.py extract PAGE FOLDER      writes NAME.cc and NAME.txt for each, and prints the names, separated by ";"
+    page.py extract PAGE FOLDER      writes NAME.c or NAME.cc, and NAME.txt, for each; prints the file names, with ";"
     page.py run PROGRAM EXPECTED     runs a program and compares what it prints; exit status 1 when it differs
 """
 import re
@@ -10,7 +11,9 @@ import subprocess
 import sys
 from pathlib import Path
 
-PROGRAM = re.compile(r"<!-- program: (\w+) -->\n```cpp\n(.*?)```\n(?:<!-- output: \1\n(.*?)-->)?", re.S)
+PROGRAM = re.compile(r"<!-- program: (\w+) -->\n```(c|cpp)\n(.*?)```\n", re.S)
+OUTPUT = re.compile(r"<!-- output: (\w+) -->\n```\n(.*?)```\n", re.S)
+SUFFIX = {"c": ".c", "cpp": ".cc"}
 
 
 def write_if_new(path, text):
@@ -22,12 +25,13 @@ def extract(page, folder):
     folder.mkdir(parents=True, exist_ok=True)
     text = page.read_text(encoding="utf-8")
     programs = PROGRAM.findall(text)
-    if not programs or len(programs) != text.count("```cpp") or not all(output for _, _, output in programs):
-        sys.exit(f"{page}: a block of code that is no program with its output")
-    for name, code, output in programs:
-        write_if_new(folder / f"{name}.cc", code)
-        write_if_new(folder / f"{name}.txt", output)
-    print(";".join(name for name, _, _ in programs), end="")
+    outputs = dict(OUTPUT.findall(text))
+    if len(programs) != len(re.findall(r"^```c(?:pp)?$", text, re.M)) or [name for name, *_ in programs] != list(outputs):
+        sys.exit(f"{page}: a block of code that is no program, or not followed by its output")
+    for name, language, code in programs:
+        write_if_new(folder / (name + SUFFIX[language]), code)
+        write_if_new(folder / f"{name}.txt", outputs[name])
+    print(";".join(name + SUFFIX[language] for name, language, _ in programs), end="")
 
 
 def run(command, expected):
