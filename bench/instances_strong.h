@@ -5,10 +5,14 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <numeric>
+#include <utility>
 #include <vector>
 
 #include "instances.h"
+#include "instances_counting.h"
 
 namespace koru::bench {
 
@@ -28,17 +32,47 @@ inline Grid squareWithHoles(unsigned seed, int order, int holes) {
   return grid;
 }
 
+// The same, made less regular: wherever two rows and two columns cross in only two symbols, these may change places.
+inline Grid mixedSquareWithHoles(int seed, int order, int holes) {
+  Mixer random(static_cast<std::uint64_t>(seed * 104729 + order));
+  const auto shuffled = [&](int n) {
+    std::vector<int> values(static_cast<std::size_t>(n));
+    std::iota(values.begin(), values.end(), 0);
+    random.shuffle(values);
+    return values;
+  };
+  const std::vector<int> rows = shuffled(order);
+  const std::vector<int> columns = shuffled(order);
+  const std::vector<int> symbols = shuffled(order);
+  Grid grid(order, 0);
+  for (int r = 0; r < order; ++r)
+    for (int c = 0; c < order; ++c) {
+      const int sum = rows[static_cast<std::size_t>(r)] + columns[static_cast<std::size_t>(c)];
+      grid.at(r, c) = symbols[static_cast<std::size_t>(sum % order)] + 1;
+    }
+  for (int i = 0; i < 200 * order * order; ++i) {
+    const int a = random.below(order), b = random.below(order), x = random.below(order), y = random.below(order);
+    if (a == b || x == y || grid.at(a, x) != grid.at(b, y) || grid.at(a, y) != grid.at(b, x)) continue;
+    std::swap(grid.at(a, x), grid.at(a, y));
+    std::swap(grid.at(b, x), grid.at(b, y));
+  }
+  const std::vector<int> cells = shuffled(order * order);
+  for (int i = 0; i < holes; ++i)
+    grid.at(cells[static_cast<std::size_t>(i)] / order, cells[static_cast<std::size_t>(i)] % order) = 0;
+  return grid;
+}
+
 // Literals are 1 to n, negative when negated.
 using ThreeClause = std::array<int, 3>;
 
-inline std::vector<ThreeClause> threeClauses(unsigned seed, int variables, int count) {
-  Random random(seed);
+inline std::vector<ThreeClause> threeClauses(int seed, int variables, int count) {
+  Mixer random(static_cast<std::uint64_t>(seed * 92003 + variables));
   std::vector<ThreeClause> clauses(static_cast<std::size_t>(count));
   for (ThreeClause &clause : clauses) {
     do
       for (int &literal : clause) literal = random.below(variables) + 1;
     while (clause[0] == clause[1] || clause[0] == clause[2] || clause[1] == clause[2]);
-    for (int &literal : clause) literal = random.below(2) == 0 ? literal : -literal;
+    for (int &literal : clause) literal = random.below(2) != 0 ? -literal : literal;
   }
   return clauses;
 }

@@ -36,6 +36,16 @@ inline const std::vector<Grid> &squares30() {
   return grids;
 }
 
+template <int order, int holes>
+const std::vector<Grid> &mixedSquares() {
+  static const std::vector<Grid> grids = [] {
+    std::vector<Grid> made;
+    for (int seed = 1; seed <= 5; ++seed) made.push_back(mixedSquareWithHoles(seed, order, holes));
+    return made;
+  }();
+  return grids;
+}
+
 // The squares' clues come last: until then nothing runs.
 inline Outcome strongGrids(const std::vector<Grid> &grids) {
   Outcome outcome;
@@ -48,15 +58,18 @@ inline Outcome strongGrids(const std::vector<Grid> &grids) {
   return outcome;
 }
 
-inline Outcome qwhStrong() { return strongGrids(squares30()); }
+template <const std::vector<Grid> &(*grids)()>
+Outcome strongSquares() {
+  return strongGrids(grids());
+}
 inline Outcome sudoku16Strong() { return strongGrids(instances().sudoku16); }
 
 // ----- clauses
 
-template <int n, int m, unsigned seeds>
+template <int n, int m, int seeds>
 Outcome threeSat() {
   Outcome outcome;
-  for (unsigned seed = 1; seed <= seeds; ++seed) {
+  for (int seed = 1; seed <= seeds; ++seed) {
     Lifetime lifetime;
     Array &x = lifetime.array(n, 0, 1);
     bool posted = true;
@@ -188,13 +201,37 @@ Outcome shortestTour() {
   return outcome;
 }
 
+// ----- squares of sides n, n - 1, ... 1 in a rectangle, a number of times
+
+template <int n, int width, int height, int times>
+Outcome squares() {
+  Outcome outcome;
+  for (int i = 0; i < times; ++i) {
+    Lifetime lifetime;
+    Array &corners = lifetime.array();
+    Array &x = lifetime.array();
+    Array &y = lifetime.array();
+    Array &sides = lifetime.array();
+    for (int side = n; side > 0; --side) {
+      x.push_back(cs_createCSint(0, width - side));
+      y.push_back(cs_createCSint(0, height - side));
+      sides.push_back(CSINT(side));
+      corners.insert(corners.end(), {x.back(), y.back()});
+    }
+    if (cs_NoOverlap(x.data(), sides.data(), y.data(), sides.data(), n)) findFirst(outcome, corners, cs_findFreeVar);
+  }
+  return outcome;
+}
+
 inline constexpr Model kStrongModels[] = {
     {"exams 11/10 x 10^3", "model", tooFewSlots<1000>},
-    {"qwh strong", "node", qwhStrong},
+    {"qwh strong", "node", strongSquares<squares30>},
+    {"qwh 30/360", "node", strongSquares<mixedSquares<30, 360>>},
+    {"qwh 33/450", "node", strongSquares<mixedSquares<33, 450>>},
     {"sudoku strong", "node", sudoku16Strong},
     {"golomb bounds", "node", golomb<10, allNeqBounds>},
     {"3-sat 80/340", "node", threeSat<80, 340, 5>},
-    {"3-sat 100/425", "node", threeSat<100, 425, 2>},
+    {"3-sat 100/425", "node", threeSat<100, 425, 3>},
     {"bibd 13,3,1", "node", blockDesign<13, 3, 1>},
     {"bibd 9,3,4", "node", blockDesign<9, 3, 4>},
     {"table sparse", "node", tables<tableProblem<1, 30, 6, 27, 5, 1000>>},
@@ -204,6 +241,7 @@ inline constexpr Model kStrongModels[] = {
     {"crossword 4", "node", tables<crosswordProblem<1, 4, 2000>>},
     {"knight 6x5", "node", knightsTours<6, 5>},
     {"tour 14", "node", shortestTour<14>},
+    {"squares 9 x 100", "node", squares<9, 15, 20, 100>},
 };
 
 }  // namespace koru::bench

@@ -92,8 +92,9 @@ Outcome completeGrids(const Recomputation &recomputation) {
   return completeGrids<level>(instances().*grids, solutions, recomputation);
 }
 
+template <const std::vector<Grid> &(*grids)()>
 Outcome largeSquares(const Recomputation &recomputation) {
-  return completeGrids<Gecode::IPL_DOM>(squares30(), 1, recomputation);
+  return completeGrids<Gecode::IPL_DOM>(grids(), 1, recomputation);
 }
 
 // Domain consistency in the shifts: holes pass there in Koru as well.
@@ -164,7 +165,9 @@ const PeerModel kPeers[] = {
     {"sudoku 16x16", completeGrids<&Instances::sudoku16, 1>},
     {"qwh 20/150", completeGrids<&Instances::qwh, 1>},
     {"sudoku strong", completeGrids<&Instances::sudoku16, 1, Gecode::IPL_DOM>},
-    {"qwh strong", largeSquares},
+    {"qwh strong", largeSquares<squares30>},
+    {"qwh 30/360", largeSquares<mixedSquares<30, 360>>},
+    {"qwh 33/450", largeSquares<mixedSquares<33, 450>>},
     {"langford 2,10", langford<2, 10>},
     {"langford 3,11", langford<3, 11>},
     {"chain 10^4 x 200", chain<10000, 200>},

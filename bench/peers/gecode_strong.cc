@@ -2,6 +2,8 @@
 // The problems of models_strong.h as a Gecode user writes them, at the strongest level that Gecode has for them.
 #include <gecode/minimodel.hh>
 
+#include <algorithm>
+
 #include "gecode_problem.h"
 #include "models_strong.h"
 
@@ -27,10 +29,10 @@ Gecode::BoolVarArgs truthValues(Problem &problem) {
   return result;
 }
 
-template <int n, int m, unsigned seeds>
+template <int n, int m, int seeds>
 Outcome threeSat(const Recomputation &recomputation) {
   Outcome outcome;
-  for (unsigned seed = 1; seed <= seeds; ++seed) {
+  for (int seed = 1; seed <= seeds; ++seed) {
     auto *problem = new Problem(n, 0, 1);
     const Gecode::BoolVarArgs x = truthValues(*problem);
     for (const ThreeClause &clause : threeClauses(seed, n, m)) {
@@ -125,10 +127,35 @@ Outcome shortestTour(const Recomputation &recomputation) {
   return minimizeByRestarts(makeTour<n>, recomputation);
 }
 
+// With resources along both axes, which cs_NoOverlap has by itself.
+template <int n, int width, int height, int times>
+Outcome squares(const Recomputation &recomputation) {
+  Outcome outcome;
+  for (int i = 0; i < times; ++i) {
+    auto *problem = new Problem(2 * n, 0, std::max(width, height));
+    IntVarArgs x;
+    IntVarArgs y;
+    IntArgs sides;
+    for (int k = 0; k < n; ++k) {
+      x << problem->vars[2 * k];
+      y << problem->vars[2 * k + 1];
+      sides << n - k;
+      Gecode::rel(*problem, x[k], Gecode::IRT_LQ, width - sides[k]);
+      Gecode::rel(*problem, y[k], Gecode::IRT_LQ, height - sides[k]);
+    }
+    Gecode::nooverlap(*problem, x, sides, y, sides);
+    Gecode::cumulative(*problem, height, x, sides, sides);
+    Gecode::cumulative(*problem, width, y, sides, sides);
+    problem->inOrder(problem->vars);
+    search(outcome, problem, recomputation, 1);
+  }
+  return outcome;
+}
+
 const PeerModel kPeers[] = {
     {"exams 11/10 x 10^3", tooFewSlots<1000>},
     {"3-sat 80/340", threeSat<80, 340, 5>},
-    {"3-sat 100/425", threeSat<100, 425, 2>},
+    {"3-sat 100/425", threeSat<100, 425, 3>},
     {"bibd 13,3,1", blockDesign<13, 3, 1>},
     {"bibd 9,3,4", blockDesign<9, 3, 4>},
     {"table sparse", tables<tableProblem<1, 30, 6, 27, 5, 1000>>},
@@ -138,6 +165,7 @@ const PeerModel kPeers[] = {
     {"crossword 4", tables<crosswordProblem<1, 4, 2000>>},
     {"knight 6x5", knightsTours<6, 5>},
     {"tour 14", shortestTour<14>},
+    {"squares 9 x 100", squares<9, 15, 20, 100>},
 };
 
 }  // namespace

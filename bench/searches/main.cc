@@ -2,13 +2,15 @@
 // koru_searches: search objects on problems where the way of searching decides, as a table of what each comes to within
 // a limit, when it had its best, and whether that was proved; quasigroups also by Gecode, where it is there.
 //
-//   koru_searches [--seconds S] [--instances N] [--only NAME] [--order N]
+//   koru_searches [--seconds S] [--instances N] [--only NAME] [--order N] [--quasigroup ORDER/PERCENT]
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "run.h"
 #include "searches/problem.h"
+#include "searches/quasigroup.h"
 
 namespace koru::bench::searches {
 
@@ -22,7 +24,7 @@ struct Arguments {
 };
 
 constexpr Problem kProblems[] = {
-    {"quasigroup 30/42 %", 1000, false, postQuasigroup},
+    {"quasigroup", 1000, false, postQuasigroup},
     {"golfers 5-3-6", 5, false, postGolfers},
     {"job shop la01-05", 5, true, postJobShop},
 };
@@ -66,46 +68,55 @@ void print(const char *name, int instance, const char *solver, const Result &r) 
 }
 
 struct Sum {
+  int instances = 0;
   int found = 0;
   int proved = 0;
   double seconds = 0;
 
-  void add(const Result &r) {
+  void add(const Result &r, double time) {
+    ++instances;
     found += r.found ? 1 : 0;
     proved += isProof(r) ? 1 : 0;
-    seconds += r.seconds;
+    seconds += time;
   }
-  void print(const char *name, const char *solver, int instances, bool optimizes) const {
-    std::printf("%-20s  all  %-7s %d of %d solved", name, solver, found, instances);
-    if (optimizes) std::printf(", %d proved", proved);
-    std::printf(", %.1f s\n\n", seconds);
+  void print(const Problem &problem, const char *solver) const {
+    if (instances == 0) return;
+    std::printf("%-20s  all  %-7s %d of %d solved", problem.name, solver, found, instances);
+    if (problem.optimizes) std::printf(", %d proved", proved);
+    std::printf(", %.1f s of CPU time\n", seconds);
   }
 };
 
+// Solves an instance and adds the result; the time of the sum is CPU time, which other programs disturb less.
 template <class Solve>
-void run(const Problem &problem, const char *solver, const Arguments &arguments, const Solve &solveOne) {
-  Sum sum;
+void run(const Problem &problem, int instance, const char *solver, Sum &sum, const Solve &solveOne) {
+  const double start = cpuSeconds();
+  const Result result = solveOne();
+  sum.add(result, cpuSeconds() - start);
+  print(problem.name, instance, solver, result);
+}
+
+// Solvers take turns, so that what else the machine does slows all of them.
+void runAll(const Problem &problem, const Arguments &arguments) {
+  Sum koru;
+  Sum gecode;
   const int instances = std::min(problem.instances, arguments.instances);
   for (int instance = 1; instance <= instances; ++instance) {
-    const Result result = solveOne(instance);
-    print(problem.name, instance, solver, result);
-    sum.add(result);
+    run(problem, instance, "koru", koru, [&] { return solve(problem, instance, arguments); });
+#if KORU_BENCH_HAS_GECODE
+    if (problem.post == postQuasigroup)
+      run(problem, instance, "gecode", gecode, [&] { return searchQuasigroupByGecode(instance, arguments.seconds); });
+#endif
   }
-  sum.print(problem.name, solver, instances, problem.optimizes);
+  koru.print(problem, "koru");
+  gecode.print(problem, "gecode");
 }
 
 void runAll(const Arguments &arguments) {
   if (std::strstr("stopping", arguments.only) != nullptr) measureStopping();
   measureOverhead(arguments.only, arguments.instances);
-  for (const Problem &problem : kProblems) {
-    if (std::strstr(problem.name, arguments.only) == nullptr) continue;
-    run(problem, "koru", arguments, [&](int instance) { return solve(problem, instance, arguments); });
-#if KORU_BENCH_HAS_GECODE
-    if (problem.post == postQuasigroup)
-      run(problem, "gecode", arguments,
-          [&](int instance) { return searchQuasigroupByGecode(instance, arguments.seconds); });
-#endif
-  }
+  for (const Problem &problem : kProblems)
+    if (std::strstr(problem.name, arguments.only) != nullptr) runAll(problem, arguments);
 }
 
 bool read(int argc, char **argv, Arguments &arguments) {
@@ -119,6 +130,8 @@ bool read(int argc, char **argv, Arguments &arguments) {
       arguments.only = value;
     } else if (std::strcmp(argv[i], "--order") == 0) {
       arguments.order = std::atoi(value);
+    } else if (std::strcmp(argv[i], "--quasigroup") == 0) {
+      if (std::sscanf(value, "%d/%d", &shape.order, &shape.percent) != 2) return false;
     } else {
       return false;
     }
@@ -132,7 +145,9 @@ bool read(int argc, char **argv, Arguments &arguments) {
 int main(int argc, char **argv) {
   koru::bench::searches::Arguments arguments;
   if (!koru::bench::searches::read(argc, argv, arguments)) {
-    std::fputs("usage: koru_searches [--seconds S] [--instances N] [--only NAME] [--order N]\n", stderr);
+    std::fputs(
+        "usage: koru_searches [--seconds S] [--instances N] [--only NAME] [--order N] [--quasigroup ORDER/PERCENT]\n",
+        stderr);
     return 2;
   }
   koru::bench::searches::runAll(arguments);

@@ -14,11 +14,12 @@ namespace {
 
 class Quasigroup : public Gecode::Space {
  public:
-  explicit Quasigroup(int instance) : cells_(*this, kOrder * kOrder, 1, kOrder) {
+  explicit Quasigroup(int instance) : cells_(*this, shape.cells(), 1, shape.order) {
+    const int order = shape.order;
     Grid grid = quasigroup(instance);
-    Gecode::Matrix<Gecode::IntVarArray> matrix(cells_, kOrder, kOrder);
-    for (int r = 0; r < kOrder; ++r) {
-      for (int c = 0; c < kOrder; ++c)
+    Gecode::Matrix<Gecode::IntVarArray> matrix(cells_, order, order);
+    for (int r = 0; r < order; ++r) {
+      for (int c = 0; c < order; ++c)
         if (grid.at(r, c) != 0) Gecode::rel(*this, matrix(c, r), Gecode::IRT_EQ, grid.at(r, c));
       Gecode::distinct(*this, matrix.row(r), Gecode::IPL_DOM);
       Gecode::distinct(*this, matrix.col(r), Gecode::IPL_DOM);
