@@ -39,6 +39,7 @@
  *   14. Values and how often they are taken
  *   15. Several solvers
  *   16. Schedules
+ *   17. Walks
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -909,6 +910,112 @@ KORU_API bool cs_NoOverlap(CSint **x, CSint **widths, CSint **y, CSint **heights
  * nothing.
  */
 KORU_API bool cs_Reservoir(CSint **times, CSint **changes, CSint **present, int n, int start, int low, int high);
+
+/* ==================================================================================================================
+ * 17. Walks
+ *
+ * The labelling of cs_search and cs_findAll as something that stands still between two values, can be told where to go
+ * on, and hands out parts of what is left to others: other walks, solvers or processes with the same model. It is what
+ * searches of many processes are made of.
+ *
+ *     CSwalk *walk = cs_openWalk(x, n, cs_findFreeVar);
+ *     while (cs_goWalk(walk, LLONG_MAX, true) == CS_STATUS_SOLUTION) show(x, n);    // as cs_findAll
+ *     cs_closeWalk(walk);
+ *
+ * Where it stands is a path, the values of its levels from the root on, and whether the last value is finished with. A
+ * piece is a position and a base: it stands for all that comes after the position in the tree, as long as the levels
+ * below the base keep their values. The whole tree is the empty path with base 0. When a walk is split, the piece that
+ * it gives away and the one that it keeps are together what it had, and come in that order: first its own. However a
+ * tree is cut, each choice point, fail and solution of the search lies in exactly one piece, and put together in the
+ * order of pieces they are those of cs_findAll.
+ *
+ * That holds where the state of a node depends on the path to it alone: the selection function looks at nothing but the
+ * solver, and the constraints conclude the same whatever was tried before. cs_VarElement does not always, and no-goods
+ * are made not to. A way to a position that has changed is noticed where the level's variable has another domain.
+ *
+ * A walk opens a context for each level, above those that are open when it is made. The host may look at the state
+ * between calls, and closes the contexts that it opens there before the walk goes on. The walks of one solver take
+ * their turns on the same contexts: each is told a position (cs_setWalkPosition) when another one has been at work. The
+ * counters and the status of the searches of koru.h are not touched. cs_end frees all walks.
+ * ================================================================================================================ */
+
+/** A walk (opaque). Belongs to the solver. */
+typedef struct CSwalk CSwalk;
+
+/** The value at a level, and what it was chosen from. */
+typedef struct CSwalkStep {
+  int value;
+  int least;      /**< of the variable before it took the value */
+  int greatest;   /**< as well */
+  unsigned check; /**< of which variable it was, and how many values it had */
+} CSwalkStep;
+
+/** A position and a piece, with the steps beside it. */
+typedef struct CSwalkPosition {
+  int depth; /**< how many steps there are */
+  int base;  /**< levels that keep their value; at most depth */
+  bool done; /**< the last step's value is finished with; else everything below it is still to come */
+} CSwalkPosition;
+
+/** What a walk has done since it was opened; ways to a position do not count. */
+typedef struct CSwalkCounts {
+  long long choicePoints;
+  long long fails;
+  long long solutions;
+} CSwalkCounts;
+
+/**
+ * Open a walk at the root of the tree that cs_search and cs_findAll would search now, with everything before it. The
+ * array is not copied, and must not change. A cancel of a search before it is forgotten.
+ * @return null for a null @p f, a built-in one with a null array or variable, without a running solver, in a callback
+ * of cs_backtrack, or when memory is exhausted (CS_ERR_MEMORY is reported). Cost: 80 KB, and 17 bytes a variable.
+ */
+KORU_API CSwalk *cs_openWalk(CSint **array, int size, CSfindFreeVar f);
+
+/**
+ * Go on for at most @p choicePoints choice points, with @p stops to the next solution only.
+ * @return CS_STATUS_SOLUTION where a solution stands; CS_STATUS_EXHAUSTED when the piece is finished;
+ * CS_STATUS_CHOICE_POINTS when so many have been tried, perhaps in the middle of a level: the domains are then whatever
+ * they are; CS_STATUS_STOPPED after cs_cancelSearch, with the counts, contexts and domains that it leaves of
+ * cs_findAll: the walk is over; CS_STATUS_MEMORY when memory was exhausted (reported): the walk then has to be told a
+ * position; CS_STATUS_REFUSED, with nothing done, for null, @p choicePoints below 1, a walk that is running or stands
+ * nowhere, and when the contexts are not those that it left. Cost: that of cs_findAll.
+ */
+KORU_API CSstatus cs_goWalk(CSwalk *walk, long long choicePoints, bool stops);
+
+/** What it has done so far; zeros for null. */
+KORU_API CSwalkCounts cs_getWalkCounts(const CSwalk *walk);
+
+/**
+ * Where the walk stands, and the base of its piece; @p steps, unless it is null, is given the steps, @p room at most. A
+ * depth of -1 says that it stands nowhere. Cost: linear in the depth.
+ */
+KORU_API CSwalkPosition cs_getWalkPosition(const CSwalk *walk, CSwalkStep *steps, int room);
+
+/**
+ * Go to a position and take its piece. What the path there has in common with the present one is not searched again.
+ * The contexts above those that were open when the walk was opened are restored, as far as need be.
+ * @return how many steps could be taken: position->depth is success. Fewer: the variable chosen at that step is another
+ * one than the step tells of, its domain differs, the value is refused, or memory is exhausted (reported); the walk
+ * then stands nowhere. -1, with nothing done, for null, a walk that is running or whose context is closed, or a
+ * position that is none. Cost: a propagation for each step.
+ */
+KORU_API int cs_setWalkPosition(CSwalk *walk, const CSwalkStep *steps, const CSwalkPosition *position);
+
+/**
+ * Split a piece off: all that is left of the first level that has values left, of which those tried have taken @p least
+ * choice points each on average. It comes last in the walk's piece; the walk keeps what comes before it.
+ * @param room for how many steps there is room at @p steps; the depth of the walk is always enough
+ * @return how many steps the position of the piece has: its base is one less, and its last value is done. 0 when
+ * nothing is split off: no such level, no room, or a call that cs_goWalk would refuse.
+ */
+KORU_API int cs_splitWalk(CSwalk *walk, long long least, CSwalkStep *steps, int room);
+
+/** Free the walk; contexts stay as they are. @return false, with nothing done, for null or one that is running. */
+KORU_API bool cs_closeWalk(CSwalk *walk);
+
+/** Whether cs_cancelSearch was called since the last search began or walk was opened. */
+KORU_API bool cs_isSearchCancelled(void);
 
 #ifdef __cplusplus
 }

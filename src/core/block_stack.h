@@ -57,6 +57,9 @@ class BlockStack {
     return block->records()[index - block->base];
   }
 
+  // The stack index of a record; -1 for one that is none of them.
+  int indexOf(const Record *record) const;
+
   // The newest record, of a stack that is not empty. With an if in place of the choice a sudoku takes 0.9 % more
   // instructions.
   const Record &newest() const {
@@ -173,6 +176,19 @@ void BlockStack<Record>::popTo(int count) {
   while (count < block->base) block = block->previous;
   use(block);
   top_ = begin_ + (count - block->base);
+}
+
+// Addresses in different blocks compare as numbers do.
+template <class Record>
+int BlockStack<Record>::indexOf(const Record *record) const {
+  const auto address = reinterpret_cast<std::uintptr_t>(record);
+  for (Block *block = current_; block != nullptr; block = block->previous) {
+    const auto first = reinterpret_cast<std::uintptr_t>(block->records());
+    if (address < first || address >= first + kCapacity * sizeof(Record)) continue;
+    const int index = block->base + static_cast<int>((address - first) / sizeof(Record));
+    return index < count() ? index : -1;
+  }
+  return -1;
 }
 
 // GCOVR_EXCL_START: one of the tests' own checks

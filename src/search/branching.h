@@ -23,6 +23,14 @@ class Values {
     ++value_;
     skipAbsent();
   }
+  // Without a look at the bits, which may not be those on entry while a level below is open: the greatest is left.
+  bool anyAfterCurrent() const { return more_ && value_ < max_; }
+  // On to a value, which must not come before the present one. False when it was not there on entry.
+  bool goTo(int value) {
+    if (value < value_ || value > max_ || (bits_ != nullptr && !bits_->has(value))) return false;
+    value_ = value;
+    return true;
+  }
 
  private:
   void skipAbsent() {

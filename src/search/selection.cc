@@ -38,7 +38,7 @@ Selection::Step Selection::stepFor(CSfindFreeVar select) {
 
 bool Selection::canChoose(CSint **array, int size, CSfindFreeVar select) {
   if (select == nullptr) return false;
-  return stepFor(select) == askHost || size < 1 || (array != nullptr && allPresent(array, size));
+  return !isBuiltIn(select) || size < 1 || (array != nullptr && allPresent(array, size));
 }
 
 Selection::Selection(CSint **array, int size, CSfindFreeVar select)
@@ -46,12 +46,15 @@ Selection::Selection(CSint **array, int size, CSfindFreeVar select)
   SelectionRoom &room = selectionRoom;
   if (room.taken || array == nullptr || size < 1 || size > SelectionRoom::kSize) step_ = askHost;
   if (step_ == askHost) return;
-  room.taken = true;
+  room.taken = usesRoom_ = true;
   unsettled_ = BranchSetOn(size, room.words, room.settled);
 }
 
+Selection::Selection(CSint **array, int size, CSfindFreeVar select, const BranchSetOn &positions)
+    : array_(array), size_(size), select_(select), step_(stepFor(select)), unsettled_(positions) {}
+
 Selection::~Selection() {
-  if (step_ != askHost) selectionRoom.taken = false;
+  if (usesRoom_) selectionRoom.taken = false;
 }
 
 }  // namespace koru

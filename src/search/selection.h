@@ -15,12 +15,15 @@ namespace koru {
 class Selection {
  public:
   Selection(CSint **array, int size, CSfindFreeVar select);
+  // For a search that stands still between calls, and so has room of its own: a set of all positions.
+  Selection(CSint **array, int size, CSfindFreeVar select, const BranchSetOn &positions);
   Selection(const Selection &) = delete;
   Selection &operator=(const Selection &) = delete;
   ~Selection();
 
   CSint *next() { return step_(*this); }
 
+  static bool isBuiltIn(CSfindFreeVar select) { return stepFor(select) != askHost; }
   // False for a built-in selection without an array, or with a null variable in it: it would leave out what it cannot
   // read, and call the rest a solution. A function of the host's decides for itself.
   static bool canChoose(CSint **array, int size, CSfindFreeVar select);
@@ -37,6 +40,7 @@ class Selection {
   int size_;
   CSfindFreeVar select_;
   Step step_;
+  bool usesRoom_ = false;
   BranchSetOn unsettled_;
 };
 

@@ -1,0 +1,371 @@
+// SPDX-License-Identifier: MIT
+// Walks over random models of all constraints, cut after every few choice points, against the searches of koru.h: the
+// same solutions in the same order, the same counts, the same state in the end, whichever piece is walked first.
+#include <list>
+#include <set>
+
+#include "koru_extras.h"
+#include "semantic/cases.h"
+#include "support/kit/random.h"
+
+namespace koru::test::brute {
+namespace {
+
+constexpr long long kSlice = 5;
+constexpr int kMostSteps = 64;
+constexpr long long kMostChoicePoints = 5000;  // of a search
+
+// The domains of all variables, and how many contexts are open.
+using State = std::vector<int>;
+
+struct Outcome {
+  bool result = false;
+  std::vector<State> solutions;
+  State end;
+  long long fails = 0;
+  long long choicePoints = 0;
+  bool operator==(const Outcome &) const = default;
+};
+
+// A few constraints on shared variables, posted in the solver that runs.
+class RandomModel {
+ public:
+  // Of any constraints, or of one alone.
+  explicit RandomModel(std::uint64_t seed, const Case *only = nullptr) : random_(seed) {
+    const std::vector<Case> &cases = allCases();
+    const Case &first = only != nullptr ? *only : random_.pick(cases);
+    const Constraint &form = random_.pick(first.forms);
+    for (int i = 0; i < form.arity; ++i) {
+      const Room &room = first.rooms[std::min(static_cast<std::size_t>(i), first.rooms.size() - 1)];
+      all_.push_back(domain(room.low, room.width + random_.below(2)));
+    }
+    while (all_.size() < 4 || (all_.size() < 6 && random_.chance(50)))
+      all_.push_back(domain(first.rooms.back().low, first.rooms.back().width + 1));
+    consistent_ = add(form, false);
+    for (int n = only != nullptr ? 0 : random_.below(3); n > 0 && consistent_; --n)
+      consistent_ = add(random_.pick(random_.pick(cases).forms), true);
+    for (CSint *v : all_)
+      if (random_.chance(85) || labelled_.empty()) labelled_.push_back(v);
+    select_ = std::array{cs_findFreeVar, cs_findFreeVarNbElements, cs_findFreeVarNbElementsMin,
+                         cs_findFreeVarNbConstraints}[static_cast<std::size_t>(random_.below(4))];
+  }
+
+  bool consistent() const { return consistent_; }
+  const std::string &text() const { return text_; }
+  CSint **array() { return labelled_.data(); }
+  int size() const { return static_cast<int>(labelled_.size()); }
+  CSfindFreeVar select() const { return select_; }
+  CSint *cost() const { return all_.back(); }
+  Random &random() { return random_; }
+
+  State state() const {
+    const int contexts = cs_saveContext();
+    cs_restoreContext();
+    State s{contexts};
+    for (CSint *v : all_)
+      for (const int value : values(v)) s.push_back(value);
+    return s;
+  }
+
+ private:
+  static std::vector<int> values(CSint *v) {
+    std::vector<int> result{cs_getNbElements(v)};
+    for (int value = cs_getMin(v);; value = cs_getNextValue(v, value)) {
+      result.push_back(value);
+      if (value == cs_getMax(v)) return result;
+    }
+  }
+
+  CSint *domain(int low, int width) {
+    std::vector<int> chosen;
+    while (chosen.empty())
+      for (int i = 0; i < width; ++i)
+        if (random_.chance(75)) chosen.push_back(low + i);
+    return cs_createCSintFromDomain(chosen.data(), static_cast<int>(chosen.size()));
+  }
+
+  bool add(const Constraint &form, bool anywhere) {
+    std::vector<CSint *> x;
+    for (int i = 0; i < form.arity; ++i) x.push_back(anywhere ? random_.pick(all_) : all_[static_cast<std::size_t>(i)]);
+    text_ += form.name + "; ";
+    CSint *made = nullptr;
+    kept_.push_back(std::move(x));
+    if (!form.post(kept_.back().data(), made)) return false;
+    if (made != nullptr) all_.push_back(made);
+    return true;
+  }
+
+  Random random_;
+  std::vector<CSint *> all_, labelled_;
+  std::list<std::vector<CSint *>> kept_;  // posters may keep the arrays
+  CSfindFreeVar select_ = nullptr;
+  bool consistent_ = false;
+  std::string text_;
+};
+
+RandomModel *model = nullptr;
+Outcome *outcome = nullptr;
+
+void note(CSint **, int) { outcome->solutions.push_back(model->state()); }
+void noteCost(CSint **array, int size, CSint *) { note(array, size); }
+
+enum class Mode { kAll, kFirst, kMinimize };
+
+Outcome bySearch(RandomModel &m, Mode mode) {
+  Outcome o;
+  model = &m;
+  outcome = &o;
+  if (mode == Mode::kAll) o.result = cs_findAll(m.array(), m.size(), m.select(), note);
+  if (mode == Mode::kFirst) o.result = cs_search(m.array(), m.size(), m.select());
+  if (mode == Mode::kMinimize) o.result = cs_minimize(m.array(), m.size(), m.select(), m.cost(), noteCost);
+  if (mode == Mode::kFirst && o.result) note(m.array(), m.size());
+  o.fails = cs_getNbFails();
+  o.choicePoints = cs_getNbChoicePoints();
+  o.end = m.state();
+  return o;
+}
+
+// The next piece to walk, of those that are left.
+enum class Order { kLeftmost, kRightmost, kRandom };
+
+class InPieces {
+ public:
+  InPieces(RandomModel &m, Order order) : m_(m), order_(order) {}
+
+  Outcome run(Mode mode) {
+    walk_ = cs_openWalk(m_.array(), m_.size(), m_.select());
+    if (mode == Mode::kAll) {
+      walkAll(false);
+      leave();
+    } else if (mode == Mode::kFirst) {
+      walkAll(true) ? stand() : leave();
+    } else {
+      minimize();
+    }
+    const CSwalk *walk = walk_;
+    o_.end = m_.state();
+    cs_closeWalk(walk_);
+    EXPECT_NE(walk, nullptr);
+    return o_;
+  }
+
+ private:
+  struct Solution {
+    State state;
+    std::vector<CSwalkStep> steps;
+  };
+  struct Piece {
+    std::vector<CSwalkStep> steps;
+    CSwalkPosition position;
+    bool walked = false;
+    std::vector<Solution> solutions = {};
+    CSwalkCounts counts = {};
+  };
+  using Pieces = std::list<Piece>;
+
+  Piece here() const {
+    Piece piece{std::vector<CSwalkStep>(kMostSteps), {}};
+    piece.position = cs_getWalkPosition(walk_, piece.steps.data(), kMostSteps);
+    piece.steps.resize(static_cast<std::size_t>(piece.position.depth));
+    return piece;
+  }
+
+  void goTo(const std::vector<CSwalkStep> &steps, const CSwalkPosition &position) {
+    EXPECT_EQ(cs_setWalkPosition(walk_, steps.data(), &position), position.depth) << m_.text();
+  }
+  // All contexts closed that the walk has opened.
+  void leave() { goTo({}, {0, 0, false}); }
+
+  Pieces::iterator choose() {
+    std::vector<Pieces::iterator> left;
+    for (auto p = pieces_.begin(); p != pieces_.end(); ++p)
+      if (!p->walked) left.push_back(p);
+    if (left.empty()) return pieces_.end();
+    if (order_ == Order::kLeftmost) return left.front();
+    return order_ == Order::kRightmost ? left.back() : m_.random().pick(left);
+  }
+
+  // A slice of a piece; what is left of it follows it as pieces of their own.
+  void walkSlice(Pieces::iterator piece, bool first) {
+    if (m_.random().chance(50)) leave();
+    goTo(piece->steps, piece->position);
+    const CSwalkCounts before = cs_getWalkCounts(walk_);
+    CSstatus status = cs_goWalk(walk_, kSlice, true);
+    while (status == CS_STATUS_SOLUTION) {
+      piece->solutions.push_back({m_.state(), here().steps});
+      if (first) break;
+      status = cs_goWalk(walk_, kSlice, true);
+    }
+    const CSwalkCounts after = cs_getWalkCounts(walk_);
+    piece->counts = {after.choicePoints - before.choicePoints, after.fails - before.fails, 0};
+    piece->walked = true;
+    if (status == CS_STATUS_SOLUTION) {
+      pieces_.erase(std::next(piece), pieces_.end());
+    } else if (status == CS_STATUS_CHOICE_POINTS) {
+      auto next = std::next(piece);
+      std::vector<CSwalkStep> steps(kMostSteps);
+      while (const int depth = cs_splitWalk(walk_, 0, steps.data(), kMostSteps))
+        next = pieces_.insert(next, {{steps.begin(), steps.begin() + depth}, {depth, depth - 1, true}});
+      pieces_.insert(next, here());
+    } else {
+      EXPECT_EQ(status, CS_STATUS_EXHAUSTED);
+    }
+  }
+
+  // All pieces, or with `first` those to the left of the first solution.
+  bool walkAll(bool first) {
+    pieces_ = {{{}, {0, 0, false}}};
+    for (auto piece = choose(); piece != pieces_.end(); piece = choose()) walkSlice(piece, first);
+    found_.clear();
+    for (const Piece &piece : pieces_) {
+      o_.choicePoints += piece.counts.choicePoints;
+      o_.fails += piece.counts.fails;
+      for (const Solution &solution : piece.solutions) found_.push_back(solution);
+    }
+    for (const Solution &solution : found_) o_.solutions.push_back(solution.state);
+    o_.result = o_.result || !found_.empty();
+    return !found_.empty();
+  }
+
+  // At the last solution.
+  void stand() {
+    const auto &steps = found_.back().steps;
+    goTo(steps, {static_cast<int>(steps.size()), 0, false});
+  }
+
+  void minimize() {
+    const int root = cs_saveContext();
+    cs_closeWalk(walk_);
+    walk_ = cs_openWalk(m_.array(), m_.size(), m_.select());
+    if (!walkAll(true)) return leave();
+    do {
+      stand();
+      const int bound = cs_getMin(m_.cost());
+      cs_restoreContextUntil(root);
+      cs_closeWalk(walk_);
+      walk_ = cs_openWalk(m_.array(), m_.size(), m_.select());
+      if (!cs_LT(m_.cost(), bound)) return;
+    } while (walkAll(true));
+    leave();
+  }
+
+  RandomModel &m_;
+  Order order_;
+  CSwalk *walk_ = nullptr;
+  Pieces pieces_;
+  std::vector<Solution> found_;
+  Outcome o_;
+};
+
+// Runs a model in a solver of its own.
+template <class Do>
+Outcome inSolver(std::uint64_t seed, Do action) {
+  cs_init();
+  RandomModel m(seed);
+  const Outcome o = action(m);
+  cs_end();
+  return o;
+}
+
+struct Totals {
+  long long models = 0;
+  long long choicePoints = 0;
+};
+
+void compareModel(std::uint64_t seed, Totals &totals) {
+  cs_init();
+  const RandomModel m(seed);
+  const bool consistent = m.consistent();
+  const std::string text = m.text();
+  cs_end();
+  if (!consistent) return;
+  ++totals.models;
+  for (const Mode mode : {Mode::kAll, Mode::kFirst, Mode::kMinimize}) {
+    const Outcome expected = inSolver(seed, [&](RandomModel &each) { return bySearch(each, mode); });
+    if (expected.choicePoints > kMostChoicePoints) continue;
+    totals.choicePoints += expected.choicePoints;
+    for (const Order order : {Order::kLeftmost, Order::kRightmost, Order::kRandom}) {
+      const Outcome o = inSolver(seed, [&](RandomModel &each) { return InPieces(each, order).run(mode); });
+      EXPECT_EQ(o.solutions, expected.solutions);
+      EXPECT_TRUE(o == expected) << "seed " << seed << " mode " << static_cast<int>(mode) << " order "
+                                 << static_cast<int>(order) << ": " << text << " " << o.choicePoints << " of "
+                                 << expected.choicePoints << " choice points, " << o.fails << " of " << expected.fails
+                                 << " fails";
+    }
+  }
+}
+
+void compareModels(std::uint64_t firstSeed, int models) {
+  Totals totals;
+  for (std::uint64_t seed = firstSeed; totals.models < models; ++seed) compareModel(seed, totals);
+  std::printf("%lld models, %lld choice points\n", totals.models, totals.choicePoints);
+}
+
+TEST(WalksInPieces, AreTheSearchesOfRandomModels) { compareModels(1, 200); }
+
+TEST(WalksInPieces, AreTheSearchesOfManyRandomModelsHeavy) { compareModels(100000, 5000); }
+
+// ----- the state of a node
+
+struct Node {
+  std::vector<CSwalkStep> steps;
+  State state;
+};
+
+// The state at every node of the tree, in the order of cs_findAll.
+std::vector<Node> nodesOf(RandomModel &m) {
+  std::vector<Node> nodes;
+  CSwalk *walk = cs_openWalk(m.array(), m.size(), m.select());
+  while (nodes.size() < 2000 && cs_goWalk(walk, 1, false) == CS_STATUS_CHOICE_POINTS) {
+    Node node{std::vector<CSwalkStep>(kMostSteps), {}};
+    const CSwalkPosition position = cs_getWalkPosition(walk, node.steps.data(), kMostSteps);
+    node.steps.resize(static_cast<std::size_t>(position.depth));
+    if (position.done) continue;
+    node.state = m.state();
+    nodes.push_back(std::move(node));
+  }
+  cs_closeWalk(walk);
+  return nodes;
+}
+
+// Those that differ when the nodes are gone to from the right, each from the root.
+std::size_t differing(RandomModel &m, const std::vector<Node> &nodes) {
+  std::size_t count = 0;
+  CSwalk *walk = cs_openWalk(m.array(), m.size(), m.select());
+  for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+    const CSwalkPosition root{0, 0, false}, position{static_cast<int>(node->steps.size()), 0, false};
+    cs_setWalkPosition(walk, nullptr, &root);
+    const bool reached = cs_setWalkPosition(walk, node->steps.data(), &position) == position.depth;
+    if (!reached || m.state() != node->state) ++count;
+  }
+  cs_closeWalk(walk);
+  return count;
+}
+
+// Constraints that remember more than the path: what is concluded may depend on what was tried before.
+const std::set<std::string> kWithMemory = {"NoGoodSet"};
+
+class StateOfANode : public ::testing::TestWithParam<Case> {};
+
+TEST_P(StateOfANode, DependsOnThePathToItAlone) {
+  std::size_t nodes = 0, different = 0;
+  for (std::uint64_t seed = 1; seed <= 12; ++seed) {
+    cs_init();
+    RandomModel first(seed, &GetParam());
+    const std::vector<Node> expected = first.consistent() ? nodesOf(first) : std::vector<Node>{};
+    cs_end();
+    cs_init();
+    RandomModel second(seed, &GetParam());
+    different += differing(second, expected);
+    nodes += expected.size();
+    cs_end();
+  }
+  EXPECT_GT(nodes, 0U);
+  EXPECT_TRUE(different == 0 || kWithMemory.contains(GetParam().name)) << different << " of " << nodes << " nodes";
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, StateOfANode, ::testing::ValuesIn(allCases()),
+                         [](const auto &test) { return test.param.name; });
+
+}  // namespace
+}  // namespace koru::test::brute
