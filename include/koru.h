@@ -21,29 +21,29 @@
  *
  * The header reads as a table of contents:
  *
- *   1. Types and callbacks
- *   2. Lifecycle, version and errors
- *   3. Variables: creation, names, queries
- *   4. Choice points
- *   5. Relations
- *   6. Arithmetic
- *   7. Linear sums
- *   8. Reified comparisons
- *   9. Conditional equality
- *  10. All-different
- *  11. Element, index and membership
- *  12. Occurrence, minimum and maximum
- *  13. Automata
- *  14. Variable element
- *  15. Scheduling
- *  16. Search, variable selection and statistics
- *  17. Optimisation and criteria search
- *  18. Value selectors
- *  19. Search notification
- *  20. No-goods and restarts
- *  21. User-defined constraints
- *  22. Profiler
- *  23. Formatted output
+ *   1.  Types and callbacks
+ *   2.  Lifecycle, version and errors
+ *   3.  Variables: creation, names, queries
+ *   4.  Choice points
+ *   5.  Relations
+ *   6.  Arithmetic
+ *   7.  Linear sums
+ *   8.  Reified comparisons
+ *   9.  Conditional equality
+ *   10. All-different
+ *   11. Element, index and membership
+ *   12. Occurrence, minimum and maximum
+ *   13. Automata
+ *   14. Variable element
+ *   15. Scheduling
+ *   16. Search, variable selection and statistics
+ *   17. Optimisation and criteria search
+ *   18. Value selectors
+ *   19. Search notification
+ *   20. No-goods and restarts
+ *   21. User-defined constraints
+ *   22. Profiler
+ *   23. Formatted output
  *
  * What holds everywhere:
  *

@@ -1,0 +1,109 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Finish the manual that Doxygen has made: copy the files that its pages link to, and check that every link leads
+somewhere. With a browser, load some pages on a screen as wide as a phone's: no script may fail, nothing stick out.
+
+    finish.py FOLDER [--browser CHROMIUM]
+
+Prints what is wrong; exit status 1 then.
+"""
+import argparse
+import html
+import json
+import re
+import shutil
+import subprocess
+import sys
+from html.parser import HTMLParser
+from pathlib import Path
+from urllib.parse import unquote
+
+ROOT = Path(__file__).resolve().parents[2]
+PAGES = ["index.html", "md_docs_guide_first_model.html", "md_docs_constraints.html", "koru_8h.html"]
+CATCH = '<script>window.probeErrors = []; addEventListener("error", e => probeErrors.push(e.message));</script>'
+PROBE = """<pre id="seen"></pre><script>"use strict"; addEventListener("load", () => setTimeout(() => {
+  const search = document.querySelector("#MSearchField");
+  document.querySelector("#seen").textContent = JSON.stringify({ errors: window.probeErrors, wide: innerWidth,
+    content: document.documentElement.scrollWidth, search: search !== null, text: document.body.innerText.length });
+}, 500));</script>"""
+
+
+class Page(HTMLParser):
+    """The anchors of a page, and the local files that it links to."""
+
+    def __init__(self, path):
+        super().__init__()
+        self.anchors = set()
+        self.links = []
+        self.feed(path.read_text(encoding="utf-8"))
+
+    def handle_starttag(self, tag, attrs):
+        for name, value in attrs:
+            if name in ("id", "name"):
+                self.anchors.add(value)
+            elif name in ("href", "src") and value and not re.match(r"[a-z]+:", value):
+                self.links.append(unquote(value))
+
+
+def copy_linked(folder, pages):
+    """Sources and the licence, which pages name as seen from the repository's root."""
+    for page in pages.values():
+        for link in page.links:
+            source = ROOT / link
+            if "#" not in link and source.is_file() and not (folder / link).exists():
+                (folder / link).parent.mkdir(parents=True, exist_ok=True)
+                shutil.copy(source, folder / link)
+
+
+def broken_links(pages):
+    for path, page in pages.items():
+        for link in page.links:
+            target, _, anchor = link.partition("#")
+            file = (path.parent / target).resolve() if target else path
+            if not file.exists():
+                yield f"{path.name}: {link} leads nowhere"
+            # Doxygen 1.9 links to a list of nested classes that it leaves out when all of them are hidden.
+            elif anchor and file in pages and anchor not in pages[file].anchors and anchor != "nested-classes":
+                yield f"{path.name}: {link}: no such anchor"
+
+
+def look(browser, folder, name):
+    copy = folder / "probed.html"
+    text = (folder / name).read_text(encoding="utf-8")
+    copy.write_text(text.replace("<head>", "<head>" + CATCH, 1).replace("</body>", PROBE + "</body>", 1), encoding="utf-8")
+    profile = folder.parent / "browser"
+    command = [browser, "--headless", "--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-background-networking",
+               "--disable-component-update", "--disable-sync", "--window-size=500,900", f"--user-data-dir={profile}",
+               "--virtual-time-budget=5000", "--dump-dom", copy.as_uri()]
+    run = subprocess.run(command, capture_output=True, text=True, timeout=200, check=True)
+    shutil.rmtree(profile, ignore_errors=True)
+    copy.unlink()
+    found = re.search(r'<pre id="seen">(.+?)</pre>', run.stdout, re.S)
+    if found is None:
+        return [f"{name}: its scripts did not run\n{run.stderr[-1000:]}"]
+    seen = json.loads(html.unescape(found[1]))
+    faults = [f"{name}: {error}" for error in seen["errors"]]
+    if seen["content"] > seen["wide"]:
+        faults.append(f"{name}: {seen['content']} pixels wide on a screen of {seen['wide']}")
+    if not seen["search"] or seen["text"] < 500:
+        faults.append(f"{name}: no search field, or hardly any text")
+    return faults
+
+
+def main():
+    arguments = argparse.ArgumentParser()
+    arguments.add_argument("folder", type=Path)
+    arguments.add_argument("--browser")
+    options = arguments.parse_args()
+    folder = options.folder.resolve()
+    pages = {path: Page(path) for path in sorted(folder.glob("**/*.html"))}
+    copy_linked(folder, pages)
+    faults = list(broken_links(pages))
+    for name in PAGES if options.browser else []:
+        faults += look(options.browser, folder, name)
+    print("\n".join(faults) or f"{len(pages)} pages, every link leads somewhere")
+    return 1 if faults or not pages else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
