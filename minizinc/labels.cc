@@ -69,20 +69,15 @@ Array joined(const std::vector<Array> &arrays) {
   return all;
 }
 
-// One phase of all that the annotations name, with the values of the first.
-std::vector<Phase> freed(const std::vector<Phase> &annotated) {
-  std::vector<Phase> phases;
-  for (const Phase &phase : annotated) {
-    if (phases.empty()) {
-      phases.push_back(phase);
-      phases[0].order = CS_ORDER_DOM_WDEG;
-      phases[0].ownOrder = OwnOrder::kNone;
-      continue;
-    }
-    Array &first = phases[0].variables;
-    first.insert(first.end(), phase.variables.begin(), phase.variables.end());
-  }
-  return phases;
+// One phase of all variables, with the values of the first; none for none.
+std::vector<Phase> freed(const std::vector<Phase> &phases) {
+  if (phases.empty()) return {};
+  Phase all = phases[0];
+  all.order = CS_ORDER_DOM_WDEG;
+  all.ownOrder = OwnOrder::kNone;
+  for (std::size_t i = 1; i < phases.size(); ++i)
+    all.variables.insert(all.variables.end(), phases[i].variables.begin(), phases[i].variables.end());
+  return {all};
 }
 
 }  // namespace
@@ -107,7 +102,8 @@ Labels labelsOf(const Syntax &syntax, Variables &variables, const Plan &plan, bo
   // Without an annotation, bools that the compilation has introduced are as good a choice as any.
   if (!several && plan.phases.empty()) rest = {joined(rest)};
   for (const Array &more : rest) addPhase(labels.free, more);
-  for (std::vector<Phase> *phases : {&labels.annotated, &labels.free}) {
+  labels.joint = freed(labels.free);
+  for (std::vector<Phase> *phases : {&labels.annotated, &labels.free, &labels.joint}) {
     if (phases->empty()) phases->emplace_back();
   }
   return labels;

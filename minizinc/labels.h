@@ -10,6 +10,7 @@ namespace koru::fzn {
 struct Labels {
   std::vector<Phase> annotated;  // as the file says, then what it says nothing of
   std::vector<Phase> free;       // the same variables in an order that failures decide
+  std::vector<Phase> joint;      // the same in one phase, with the values of the first
   Array hidden;                  // in neither: what no solution shows, where several are asked for
   bool mayRepeat = false;        // the phases have variables that no solution shows
 };

@@ -2,9 +2,12 @@
 // A search object labels everything. Only where several solutions of a satisfaction problem are asked for, variables
 // that no solution shows are left out of it: a second one, inside, looks for a single completion of what is shown.
 //
-// A free search of a model that has annotations takes turns: one search object that follows them, without restarts, and
-// one that does not, with limits on fails that grow, so that it takes at most some times longer than the better of the
-// two. What is handed on is the best solution: as a bound, and as the values that are tried first.
+// A free search of a model that has annotations or an objective takes turns, with limits on fails that grow, so that it
+// takes at most some times longer than the best of them: a search object that follows the annotations, without
+// restarts; one that labels the annotated variables first, but in the order of failures, and looks into neighbourhoods
+// of the best solution; and one, for proofs, that labels all variables alike, as those that the compilation has
+// introduced may decide more. What is handed on is the best solution: as a bound, and as the values that are tried
+// first.
 #include "minizinc/run.h"
 
 #include <cstdio>
@@ -21,16 +24,17 @@ namespace koru::fzn {
 namespace {
 
 constexpr int kFailsBetweenRestarts = 100;
-constexpr long long kFirstTurn = 500;  // fails of the first turn with the annotations
-constexpr int kFreeShare = 2;          // times as many fails for the turns without
-constexpr int kGrowth = 4;             // times as many fails for each next turn
+constexpr long long kFirstTurn = 500;  // fails of each of the first turns
+constexpr int kGrowth = 4;             // times as many fails for the next ones
 
 constexpr long long kProgress = 100;  // milliseconds between two looks at the statistics
 
+enum class Way { kAnnotated, kFree, kJoint };  // the phases of Labels
+
 struct Turn {
-  bool free;
-  long long fails;  // limit; 0: none
-  bool linked;      // neighbourhoods of variables that share constraints, else of any
+  Way way;
+  long long fails = 0;                  // limit; 0: none
+  int neighbours = CS_NEIGHBOURS_NONE;  // of an objective's best solution
 };
 
 class Run;
@@ -76,20 +80,36 @@ class Run {
   // --- Turns ---
 
   void search() {
-    const bool free = o_.free || plan_.phases.empty();
-    Outcome outcome = Outcome::kUnknown;
-    if (!free || plan_.phases.empty() || wantsSeveral()) {
-      outcome = turn({free, 0, true});
-    } else {
-      bool linked = false;  // they cost more to find
-      for (long long fails = kFirstTurn;; fails *= kGrowth, linked = !linked) {
-        outcome = turn({false, fails, false});
-        if (isOver(outcome)) break;
-        outcome = turn({true, fails * kFreeShare, linked});
-        if (isOver(outcome)) break;
+    const bool free = o_.free || !isAnnotated();
+    if (free && (isAnnotated() || isOptimisation()) && !wantsSeveral())
+      report_.end(takeTurns());
+    else
+      report_.end(turn({free ? Way::kFree : Way::kAnnotated}));
+  }
+
+  bool isAnnotated() const { return !plan_.phases.empty(); }
+
+  Outcome takeTurns() {
+    int neighbours = CS_NEIGHBOURS_RANDOM;  // linked ones cost more to find
+    for (long long fails = kFirstTurn;; fails *= kGrowth) {
+      for (const Turn how :
+           {Turn{Way::kAnnotated, fails}, Turn{Way::kFree, fails, neighbours}, Turn{Way::kJoint, fails}}) {
+        if (!isOfUse(how.way)) continue;
+        const Outcome outcome = turn(how);
+        if (isOver(outcome)) return outcome;
       }
+      neighbours = neighbours == CS_NEIGHBOURS_LINKED ? CS_NEIGHBOURS_RANDOM : CS_NEIGHBOURS_LINKED;
     }
-    report_.end(outcome);
+  }
+
+  // Without an objective and variables besides the annotated ones, labelling all alike is nothing new.
+  bool isOfUse(Way way) const {
+    if (way == Way::kAnnotated) return isAnnotated();
+    return way == Way::kFree || isOptimisation() || labels_.free.size() > 1;
+  }
+
+  const std::vector<Phase> &phasesOf(Way way) const {
+    return way == Way::kAnnotated ? labels_.annotated : way == Way::kFree ? labels_.free : labels_.joint;
   }
 
   bool isOver(Outcome outcome) const {
@@ -99,14 +119,14 @@ class Run {
   // One search object from the root on, and how the run stands after it.
   Outcome turn(Turn how) {
     cs_saveContext();
-    again_ = how.free && shown_ > 0;
-    if (!imposeBest(how.free)) {
+    again_ = shown_ > 0 && how.neighbours != CS_NEIGHBOURS_NONE;
+    if (!imposeBest()) {
       cs_restoreContext();
       return Outcome::kComplete;
     }
-    const std::vector<Phase> &phases = how.free ? labels_.free : labels_.annotated;
+    const std::vector<Phase> &phases = phasesOf(how.way);
     Host host(phases, plan_, o_.seed, *this);
-    CSsearch *search = createSearch(phases, optionsOf(how, phases, host), how.free);
+    CSsearch *search = createSearch(phases, optionsOf(how, phases, host), how.way);
     report_.setSearch(search);
     const CSstatus status = goThrough(search);
     statistics_.add(search);
@@ -119,9 +139,9 @@ class Run {
   }
 
   // A turn with neighbourhoods begins with the best solution once more.
-  bool imposeBest(bool again) const {
+  bool imposeBest() const {
     if (!isOptimisation() || shown_ == 0) return true;
-    if (again) return minimizes() ? cs_LE(objective_, best_) : cs_GE(objective_, best_);
+    if (again_) return minimizes() ? cs_LE(objective_, best_) : cs_GE(objective_, best_);
     return imposeBetter(objective_, minimizes(), best_);
   }
 
@@ -176,7 +196,7 @@ class Run {
     }
     if (isOptimisation()) (minimizes() ? how.minimize : how.maximize) = objective_;
     setRestarts(how);
-    if (turn.free) setFree(how, turn);
+    if (turn.way != Way::kAnnotated) setFree(how, turn);
     return how;
   }
 
@@ -198,16 +218,16 @@ class Run {
     how.lastConflict = true;
     if (!isOptimisation()) return;
     how.guided = true;
-    how.neighbours = turn.linked ? CS_NEIGHBOURS_LINKED : CS_NEIGHBOURS_RANDOM;
+    how.neighbours = turn.neighbours;
   }
 
-  CSsearch *createSearch(const std::vector<Phase> &phases, const CSsearchOptions &how, bool free) const {
+  CSsearch *createSearch(const std::vector<Phase> &phases, const CSsearchOptions &how, Way way) const {
     const auto array = [](const Phase &phase) { return const_cast<CSint **>(phase.variables.data()); };
     CSsearch *search = cs_createSearch(array(phases[0]), sizeOf(phases[0].variables));
     cs_setSearchOptions(search, &how);
     for (std::size_t i = 1; i < phases.size(); ++i)
       cs_addSearchPhase(search, array(phases[i]), sizeOf(phases[i].variables), phases[i].order, phases[i].value);
-    setHints(search, phases, free && shown_ > 0 ? bestValues_ : plan_.hints);
+    setHints(search, phases, way != Way::kAnnotated && shown_ > 0 ? bestValues_ : plan_.hints);
     return search;
   }
 
@@ -273,7 +293,7 @@ class Run {
   void keepBest() {
     if (!isOptimisation()) return;
     best_ = cs_getMin(objective_);
-    if (!o_.free || plan_.phases.empty()) return;
+    if (!o_.free && isAnnotated()) return;
     for (const Phase &phase : labels_.free) {
       for (CSint *v : phase.variables) bestValues_[v] = cs_getMin(v);
     }

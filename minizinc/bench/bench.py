@@ -5,9 +5,11 @@
 The models are a folder with bench.json: a list of {name, model, data: [...], kind: sat|min|max, annotated: y|n}, paths
 relative to the folder. Each is compiled for each solver, then solved under a limit of processor time that begins after
 the compilation. What is reported for each run: status, objective, seconds, failures. Statuses and objectives of runs
-that have ended are compared.
+that have ended are compared; times where both solvers went through the same tree, and fails a second where both were
+stopped. The table may also be had in Markdown, times sorted as a cactus plot in SVG.
 
-    bench.py FOLDER KORU.msc [PEER.msc] [--free] [--seconds S] [--only NAME...] [--json FILE] [--svg FILE] [--check]
+    bench.py FOLDER KORU.msc [PEER.msc] [--free] [--seconds S] [--only NAME...] [--json FILE] [--markdown FILE] [--svg FILE]
+             [--check]
 """
 import argparse
 import json
@@ -34,7 +36,18 @@ def compile_model(folder, instance, msc, fzn):
     command = ["minizinc", "--solver", msc, "-c", "--fzn", fzn, "--no-output-ozn", "--output-objective",
                str(folder / instance["model"]), *data]
     done = subprocess.run(command, capture_output=True, text=True, check=False, timeout=300)
-    return done.returncode == 0 and Path(fzn).exists(), done.stderr
+    compiled = done.returncode == 0 and Path(fzn).exists()
+    if compiled:
+        show_objective(Path(fzn))
+    return compiled, done.stderr
+
+
+def show_objective(fzn):
+    """Not all solvers tell it among their statistics: it is put out as a variable."""
+    goal, text = goal_of(fzn), fzn.read_text()
+    if goal:
+        text = re.sub(rf"^(var [^;]*?: {re.escape(goal)}\b(?![^;]*output_var)[^;=]*)", r"\1 :: output_var", text, flags=re.M)
+        fzn.write_text(text)
 
 
 def processor_time(pid):
@@ -130,10 +143,50 @@ def better(a, b, kind):
     return (rank(a) > rank(b)) - (rank(a) < rank(b))
 
 
+def shown(number):
+    return "" if number is None else str(number)
+
+
 def show(name, results):
-    cells = "  ".join(f"{r['status'][:20]:>9} {str(r['objective'] or ''):>8} {r['seconds']:8.2f} s {str(r['failures'] or 0):>9}"
+    cells = "  ".join(f"{r['status'][:20]:>9} {shown(r['objective']):>8} {r['seconds']:8.2f} s {shown(r['failures']):>9}"
                       for r in results)
     print(f"{name:32} {cells}", flush=True)
+
+
+def markdown(rows, names, path):
+    """A row an instance; in bold what has been solved or proved."""
+    def cells(row, i):
+        r = row["results"][i]
+        status = f"**{r['status']}**" if is_done(row, i) else r["status"][:20]
+        return f"{status} {shown(r['objective'])} | {r['seconds']:.2f} | {shown(r['failures'])}"
+    lines = ["| instance | " + " | ".join(f"{n} | s | fails" for n in names) + " |",
+             "|---|" + "---|---:|---:|" * len(names)]
+    lines += [f"| {row['name']} | " + " | ".join(cells(row, i) for i in range(len(names))) + " |" for row in rows]
+    Path(path).write_text("\n".join(lines) + "\n")
+
+
+def median(values):
+    ordered = sorted(values)
+    return ordered[len(ordered) // 2]
+
+
+def show_speed(rows, names):
+    """Times on equal trees, fails but for 2 % as many, and fails a second of runs that were stopped."""
+    same, stopped = [], []
+    for row in rows:
+        a, b = row["results"]
+        if not a["failures"] or not b["failures"]:
+            continue
+        if is_done(row, 0) and is_done(row, 1):
+            if abs(a["failures"] - b["failures"]) <= 0.02 * b["failures"] and b["seconds"] >= 0.05:
+                same.append(b["seconds"] / max(a["seconds"], 0.01))
+        elif not is_done(row, 0) and not is_done(row, 1):
+            stopped.append(a["failures"] / a["seconds"] / (b["failures"] / b["seconds"]))
+    if same:
+        print(f"on {len(same)} equal trees: {names[1]} takes {median(same):.2f} times as long as {names[0]} in the median "
+              f"({min(same):.2f} to {max(same):.2f})")
+    if stopped:
+        print(f"on {len(stopped)} that neither has ended: {names[0]} has {median(stopped):.2f} times as many fails a second")
 
 
 def cactus(rows, names, seconds, path):
@@ -173,6 +226,7 @@ def main():
     parser.add_argument("--seconds", type=float, default=60)
     parser.add_argument("--only", nargs="*")
     parser.add_argument("--json")
+    parser.add_argument("--markdown")
     parser.add_argument("--svg")
     parser.add_argument("--check", action="store_true", help="let the first solver check its solutions")
     options = parser.parse_args()
@@ -199,13 +253,11 @@ def main():
     if len(names) == 2:
         counts = [better(r["results"][0], r["results"][1], r["kind"]) for r in rows]
         print(f"{names[0]} came to more in {counts.count(1)}, to less in {counts.count(-1)}")
-        ratios = sorted(r["results"][1]["seconds"] / max(r["results"][0]["seconds"], 0.01) for r in rows
-                        if is_done(r, 0) and is_done(r, 1) and r["results"][1]["seconds"] > 0.1)
-        if ratios:
-            print(f"where both are done and {names[1]} takes over 0.1 s: median ratio of times "
-                  f"{ratios[len(ratios) // 2]:.2f} of {len(ratios)}")
+        show_speed(rows, names)
     if options.json:
         Path(options.json).write_text(json.dumps(rows, indent=1))
+    if options.markdown:
+        markdown(rows, names, options.markdown)
     if options.svg:
         cactus(rows, names, options.seconds, options.svg)
     print(f"{wrong} disagreements")
