@@ -94,8 +94,9 @@ KORU_API bool cs_LexLt(CSint **x, CSint **y, int n);
  *
  * What holds for all of them:
  *
- * - Every solution is found once, and a search that says it is exhausted has left none out, whatever its options; with
- *   an objective each solution is better than the one before, and the last one is the best there is.
+ * - Every solution is found once, and a search that says it is exhausted has left none out, whatever its options but
+ *   CS_ORDER_SET_TIMES; with an objective each solution is better than the one before, and the last one is the best
+ *   there is.
  * - The same model, options and seed lead to the same tree on every platform. No clock takes part in a decision.
  * - Between two calls the solution stands and can be read. What the host narrows or posts there is undone when the
  *   search goes on; contexts that it opens there, it must have closed by then. Freeing the object undoes everything
@@ -136,8 +137,16 @@ enum {
   CS_ORDER_DOM_WDEG = 7,         /**< the least number of elements for each failure that its constraints have caused;
                                       failures count for less and less as the search goes on (Boussemart et al. 2004) */
   CS_ORDER_HOST = 8,             /**< the host's own: chooseVariable */
-  CS_ORDER_ACTIVITY = 9          /**< the least number of elements for each change that propagation has made to it;
+  CS_ORDER_ACTIVITY = 9,         /**< the least number of elements for each change that propagation has made to it;
                                       changes count for less and less (Michel, Van Hentenryck 2012; without probes) */
+  CS_ORDER_SET_TIMES = 10,       /**< starts of tasks: the smallest minimum, of equals the smallest maximum, and = the
+                                      minimum whatever the order of values. When that fails nothing is imposed; the
+                                      variable is not chosen again before its minimum has grown (Le Pape et al. 1994).
+                                      See cs_addSearchPhase for what that leaves out */
+  CS_ORDER_SLACK = 11,           /**< orders of tasks alone: the least product of the rooms that either order leaves
+                                      (after Smith, Cheng 1993) */
+  CS_ORDER_SLACK_WDEG = 12       /**< orders of tasks alone: the least sum of these rooms for each failure that the
+                                      order's constraints have caused (after Grimes, Hebrard 2010) */
 };
 
 /** Which decision is taken on it first; when that fails its opposite holds. */
@@ -150,7 +159,8 @@ enum {
   CS_VALUE_HIGH_HALF = 5, /**< > the middle of the bounds */
   CS_VALUE_RANDOM = 6,    /**< = any element */
   CS_VALUE_HOST = 7,      /**< the host's own: chooseValue */
-  CS_VALUE_SELECTOR = 8   /**< the first decision of a value selector: selectors */
+  CS_VALUE_SELECTOR = 8,  /**< the first decision of a value selector: selectors */
+  CS_VALUE_SLACK = 9      /**< orders of tasks alone: the one that leaves more room; of equals, true */
 };
 
 /** What follows a decision that has failed. */
@@ -176,7 +186,11 @@ enum {
   CS_NEIGHBOURS_NONE = 0,   /**< no neighbourhood search */
   CS_NEIGHBOURS_RANDOM = 1, /**< any */
   CS_NEIGHBOURS_LINKED = 2, /**< one at random, those that share constraints with it, those that do with these, ... */
-  CS_NEIGHBOURS_HOST = 3    /**< the host's own choice: chooseRelaxed */
+  CS_NEIGHBOURS_HOST = 3,   /**< the host's own choice: chooseRelaxed */
+  /* These keep nothing but orders of tasks, and let go: */
+  CS_NEIGHBOURS_WINDOW = 4,   /**< the orders of two tasks that both start around a moment, chosen at random */
+  CS_NEIGHBOURS_MACHINES = 5, /**< the orders of all tasks of some machines */
+  CS_NEIGHBOURS_TASKS = 6     /**< the orders of some tasks, with all others of their machines */
 };
 
 /** Chooses the variable to label: its position in the array. For anything else than an unbound one the first is taken.
@@ -275,9 +289,34 @@ KORU_API bool cs_setSearchOptions(CSsearch *search, const CSsearchOptions *optio
 /**
  * Label these @p n variables as well, after all that were given before, with an order (CS_ORDER_...) and a value
  * (CS_VALUE_...) of their own. Their positions in callbacks and in solutions go on from the last one.
+ * CS_ORDER_SET_TIMES leaves out schedules in which a task could start earlier with all others where they are. So it is
+ * for starts that are bound by nothing but machines, shared capacities and precedences (a task may wait for the end of
+ * another one, but not be held back by it), and for objectives that no earlier start makes worse; then the last
+ * schedule is the best there is, and where none is found there is none. No no-goods are learnt, so that
+ * CS_RESTARTS_CONSTANT may never end.
  * @return false, with nothing changed, as cs_createSearch and cs_setSearchOptions.
  */
 KORU_API bool cs_addSearchPhase(CSsearch *search, CSint **vars, int n, int order, int value);
+
+/**
+ * Which of two tasks on a machine comes first: cs_EitherBefore with these. The search reads the starts and durations,
+ * which it need not label.
+ */
+typedef struct CSorder {
+  CSint *first; /**< true: starts[0] comes first; this is what is labelled */
+  CSint *starts[2];
+  CSint *durations[2];
+  int machine; /**< any number; neighbourhoods go by it */
+} CSorder;
+
+/**
+ * Label the orders of @p n pairs of tasks as well, after all that were given before. They may be labelled with
+ * CS_ORDER_SLACK, CS_ORDER_SLACK_WDEG and CS_VALUE_SLACK, besides what there is for all variables but
+ * CS_ORDER_SET_TIMES. Where cs_EitherBefore ties them to the starts, every start can take its minimum once all are
+ * decided and the tasks are bound by nothing but machines and precedences. @p orders is copied.
+ * @return false, with nothing changed, as cs_addSearchPhase, and when a variable is missing.
+ */
+KORU_API bool cs_addSearchOrders(CSsearch *search, const CSorder *orders, int n, int order, int value);
 
 /**
  * A value to try first for the variable at position @p index, in a search that is guided, until there is a solution.
@@ -869,6 +908,17 @@ KORU_API bool cs_CumulativeTasks(CSint **starts, CSint **durations, CSint **uses
  * Cost: constant.
  */
 KORU_API bool cs_PrecedenceIf(CSint *b, CSint *start, CSint *duration, int delay, CSint *next);
+
+/**
+ * One of two tasks comes before the other one: when the truth value @p b is true, the task of @p start and @p duration
+ * ends before the other one starts, or as it does; when b is false, it is the other way round. When one of them is not
+ * there, b is true. @p present and @p otherPresent tell whether they are there; both null: they are.
+ * Acts when only one order is possible, or b is known: domain consistent then. With cs_DisjunctiveTasks, which sees
+ * more, it gives a search something to decide: see CSorder.
+ * Cost: constant.
+ */
+KORU_API bool cs_EitherBefore(CSint *b, CSint *start, CSint *duration, CSint *present, CSint *otherStart,
+                              CSint *otherDuration, CSint *otherPresent);
 
 /**
  * A task that one of n does: exactly one of presents[i] is true, and that one has the @p start and @p duration of the

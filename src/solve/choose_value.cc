@@ -3,6 +3,7 @@
 // Cost: a step over the domain's bits; for the middle element and one at random, of a domain with holes, a count.
 #include "nogood/no_good.h"
 #include "solve/choose.h"
+#include "solve/room.h"
 
 namespace koru::solve {
 
@@ -63,10 +64,16 @@ CSvalueSelection askSelector(const CSsearch &s, int position) {
   return ifUsable(given, decision, v);
 }
 
+// True when there is at least as much room with the first one first.
+CSvalueSelection roomier(const CSint *v, const CSorder &order) {
+  return ifUsable(true, {roomFirst(order) >= roomSecond(order) ? CS_METHOD_GE : CS_METHOD_LT, 1}, v);
+}
+
 }  // namespace
 
 CSvalueSelection chooseDecision(CSsearch &s, const Phase &phase, int position) {
   const CSint *v = s.labelled[position];
+  if (phase.order == CS_ORDER_SET_TIMES) return equalTo(v->min);
   if (s.options.guided) {
     const Wish &wish = s.labelled.wish(position);
     if (wish.made && contains(v, wish.value)) return equalTo(wish.value);
@@ -88,6 +95,8 @@ CSvalueSelection chooseDecision(CSsearch &s, const Phase &phase, int position) {
       return askHost(s, position);
     case CS_VALUE_SELECTOR:
       return askSelector(s, position);
+    case CS_VALUE_SLACK:
+      return roomier(v, s.labelled.orderOf(phase, position));
     default:
       return equalTo(v->min);
   }

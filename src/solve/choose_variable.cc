@@ -4,6 +4,7 @@
 
 #include "core/solver.h"
 #include "solve/choose.h"
+#include "solve/room.h"
 
 namespace koru::solve {
 
@@ -43,7 +44,8 @@ struct MostConstrained : ByNumber {
 struct ByFraction {
   std::uint64_t elements;
   std::uint64_t weight;
-  ByFraction(const CSint *v, std::uint64_t by) : elements(std::uint64_t{elementsLessOne(v)} + 1), weight(by) {}
+  ByFraction(const CSint *v, std::uint64_t by) : ByFraction(std::uint64_t{elementsLessOne(v)} + 1, by) {}
+  ByFraction(std::uint64_t number, std::uint64_t by) : elements(number), weight(by) {}
   bool operator<(const ByFraction &other) const { return elements * other.weight < other.elements * weight; }
   bool isLeast() const { return false; }
 };
@@ -53,6 +55,36 @@ struct DomWdeg : ByFraction {
 };
 struct MostActive : ByFraction {
   MostActive(const CSsearch &s, const CSint *v, int position) : ByFraction(v, s.activity.of(position)) {}
+};
+
+const CSorder &orderAt(const CSsearch &s, int position) {
+  return s.labelled.orderOf(s.labelled.phaseOf(position), position);
+}
+
+struct Slack : ByNumber {
+  Slack(const CSsearch &s, const CSint *, int position) : ByNumber(of(orderAt(s, position))) {}
+  static std::int64_t of(const CSorder &o) {
+    const std::int64_t first = roomFirst(o);
+    const std::int64_t second = roomSecond(o);
+    return std::min(first, kMost) * std::min(second, kMost);
+  }
+  static constexpr std::int64_t kMost = kIntMax;
+};
+struct SlackWdeg : ByFraction {
+  SlackWdeg(const CSsearch &s, const CSint *, int position)
+      : ByFraction(of(orderAt(s, position)), s.weights.of(position)) {}
+  static std::uint64_t of(const CSorder &o) {
+    return static_cast<std::uint64_t>(std::min(roomFirst(o) + roomSecond(o) + 2, std::int64_t{1} << 32));
+  }
+};
+
+// The earliest start that is not postponed.
+struct SetTimes {
+  std::int64_t min, max;
+  SetTimes(const CSsearch &s, const CSint *v, int position)
+      : min(s.postponed.holds(position, v) ? INT64_MAX : v->min), max(v->max) {}
+  bool operator<(const SetTimes &other) const { return min != other.min ? min < other.min : max < other.max; }
+  bool isLeast() const { return false; }
 };
 
 // The choice among the positions of a phase.
@@ -112,6 +144,11 @@ int bestOf(CSsearch &s, const Phase &phase) {
   return best.position();
 }
 
+int earliestStart(CSsearch &s, const Phase &phase) {
+  const int position = bestOf<SetTimes>(s, phase);
+  return s.postponed.holds(position, s.labelled[position]) ? kAllPostponed : position;
+}
+
 // The host's choice counts only when it can be labelled.
 int askHost(const CSsearch &s, int first) {
   if (s.options.chooseVariable == nullptr) return first;
@@ -138,6 +175,12 @@ int chooseInPhase(CSsearch &s, const Phase &phase, int first) {
       return bestOf<DomWdeg>(s, phase);
     case CS_ORDER_ACTIVITY:
       return bestOf<MostActive>(s, phase);
+    case CS_ORDER_SET_TIMES:
+      return earliestStart(s, phase);
+    case CS_ORDER_SLACK:
+      return bestOf<Slack>(s, phase);
+    case CS_ORDER_SLACK_WDEG:
+      return bestOf<SlackWdeg>(s, phase);
     case CS_ORDER_HOST:
       return askHost(s, first);
     default:
@@ -149,7 +192,8 @@ int chooseInPhase(CSsearch &s, const Phase &phase, int first) {
 
 int choosePosition(CSsearch &s) {
   s.unsettled.refresh();
-  if (s.conflict >= 0 && !isBound(s.labelled[s.conflict])) return s.conflict;
+  if (s.conflict >= 0 && !isBound(s.labelled[s.conflict]) && !s.postponed.holds(s.conflict, s.labelled[s.conflict]))
+    return s.conflict;
   const int first = firstUnbound(s);
   return first < 0 ? first : chooseInPhase(s, s.labelled.phaseOf(first), first);
 }

@@ -108,6 +108,11 @@ Try descend(CSsearch &s, int position) {
   return result;
 }
 
+bool goDown(CSsearch &s, int position) {
+  if (position == kAllPostponed) return noteRefusal(s);
+  return descend(s, position) == Try::kAccepted;
+}
+
 // ----- back
 
 // The next value of the step's variable, whose domain is back as it was when the step was made.
@@ -134,8 +139,21 @@ bool retryValues(CSsearch &s, Step &step) {
   return false;
 }
 
+// Instead of the opposite of its decision, the variable waits until its minimum grows.
+bool postpone(CSsearch &s, Step &step) {
+  if (!post(s, [] { return true; })) return false;
+  step.putOff = true;
+  step.before = s.postponed.put(step.position, step.decision.value);
+  return s.path.push() != nullptr;
+}
+
+bool isPutOff(const CSsearch &s, int position) {
+  return s.postponed.isUsed() && s.labelled.phaseOf(position).order == CS_ORDER_SET_TIMES;
+}
+
 bool retryOpposite(CSsearch &s, Step &step) {
   step.refuted = true;
+  if (isPutOff(s, step.position)) return postpone(s, step);
   return postDecision(s, s.labelled[step.position], negationOf(step.decision)) && s.path.push() != nullptr;
 }
 
@@ -149,6 +167,7 @@ bool back(CSsearch &s) {
   notePeaks(s);
   while (!s.path.empty() && mayGoOn(s)) {
     Step &step = *s.path.pop();
+    if (step.putOff) s.postponed.put(step.position, step.before);
     if (!step.hasContext()) continue;
     cs_restoreContext();
     if (step.byValues ? retryValues(s, step) : retryOpposite(s, step)) return true;
@@ -167,6 +186,11 @@ bool enterNeighbourhood(CSsearch &s) {
   Neighbourhood &n = s.neighbourhood;
   n.clear();
   switch (s.options.neighbours) {
+    case CS_NEIGHBOURS_WINDOW:
+    case CS_NEIGHBOURS_MACHINES:
+    case CS_NEIGHBOURS_TASKS:
+      n.relaxOrders(s.random, s.labelled, s.options.neighbours);
+      break;
     case CS_NEIGHBOURS_LINKED:
       n.relaxLinked(s.random, s.weights);
       break;
@@ -233,6 +257,7 @@ bool anew(CSsearch &s, bool exhausted) {
     if (!learnFromPath(s)) return false;
   }
   s.path.popTo(0);
+  s.postponed.clear();
   return beginRun(s);
 }
 
@@ -275,8 +300,8 @@ CSstatus goOn(CSsearch &s) {
       continue;
     }
     const int position = choosePosition(s);
-    if (position < 0) return atSolution(s);
-    if (descend(s, position) != Try::kAccepted) alive = back(s) || anew(s, true);
+    if (position == kAllBound) return atSolution(s);
+    if (!goDown(s, position)) alive = back(s) || anew(s, true);
   }
   return ended(s);
 }

@@ -23,7 +23,7 @@ bool Labelled::add(CSint *const *vars, int n, int order, int value) {
   if (!variables || !wishes || !solution || !phases) return false;
   std::copy_n(vars, n, variables.get() + size_);
   std::fill_n(wishes.get() + size_, n, Wish{0, false});
-  phases[phaseCount_] = {size_, size, order, value};
+  phases[phaseCount_] = {size_, size, order, value, 0, false};
   vars_ = std::move(variables);
   wishes_ = std::move(wishes);
   solution_ = std::move(solution);
@@ -33,11 +33,34 @@ bool Labelled::add(CSint *const *vars, int n, int order, int value) {
   return true;
 }
 
+bool Labelled::addOrders(const CSorder *orders, int n, int order, int value) {
+  const int count = orderCount_ + n;
+  Buffer<CSorder> all = grown(orders_, orderCount_, count);
+  Buffer<PlacedOrder> placed = grown(placed_, orderCount_, count);
+  Buffer<CSint *> variables(n);
+  if (!all || !placed || !variables) return false;
+  for (int k = 0; k < n; ++k) {
+    all[orderCount_ + k] = orders[k];
+    placed[orderCount_ + k] = {size_ + k, orders[k].machine, {orders[k].starts[0], orders[k].starts[1]}, {0, 0}};
+    variables[k] = orders[k].first;
+  }
+  if (!add(variables.get(), n, order, value)) return false;
+  Phase &phase = phases_[phaseCount_ - 1];
+  phase.orderAt = orderCount_ - phase.begin;
+  phase.ofOrders = true;
+  orders_ = std::move(all);
+  placed_ = std::move(placed);
+  orderCount_ = count;
+  return true;
+}
+
 void Labelled::keepSolution() const {
   for (int i = 0; i < size_; ++i) {
     solution_[i] = vars_[i]->min;
     wishes_[i] = {vars_[i]->min, true};
   }
+  for (int k = 0; k < orderCount_; ++k)
+    for (int i = 0; i < 2; ++i) placed_[k].times[i] = placed_[k].starts[i]->min;
 }
 
 }  // namespace koru::solve

@@ -4,15 +4,19 @@
 
 #include "core/alloc.h"
 #include "core/variable.h"
+#include "koru_extras.h"
 
 namespace koru::solve {
 
-// Positions begin..end-1, labelled when none before them is left.
+// Positions begin..end-1, labelled when none before them is left. The position of an order of tasks tells which it is:
+// orderAt + position.
 struct Phase {
   int begin;
   int end;
   int order;
   int value;
+  int orderAt;
+  bool ofOrders;
 };
 
 struct Wish {
@@ -20,10 +24,21 @@ struct Wish {
   bool made;
 };
 
+// An order of tasks in the last solution.
+struct PlacedOrder {
+  int position;
+  int machine;
+  const CSint *starts[2];
+  int times[2];  // at which they start
+};
+
 class Labelled {
  public:
   // Adds a phase of copies. False, with nothing changed, when memory is exhausted (reported).
   [[nodiscard]] bool add(CSint *const *vars, int n, int order, int value);
+
+  // Adds a phase of orders of tasks. As above.
+  [[nodiscard]] bool addOrders(const CSorder *orders, int n, int order, int value);
 
   int size() const { return size_; }
   CSint **variables() const { return vars_.get(); }
@@ -41,6 +56,10 @@ class Labelled {
   }
   Phase &firstPhase() const { return phases_[0]; }
 
+  int orderCount() const { return orderCount_; }
+  const CSorder &orderOf(const Phase &phase, int position) const { return orders_[phase.orderAt + position]; }
+  const PlacedOrder &placedOrder(int k) const { return placed_[k]; }
+
   const Wish &wish(int i) const { return wishes_[i]; }
   void setWish(int i, int value) const { wishes_[i] = {value, true}; }
   const int *solution() const { return solution_.get(); }
@@ -53,7 +72,10 @@ class Labelled {
   Buffer<Wish> wishes_;
   Buffer<int> solution_;
   Buffer<Phase> phases_;
+  Buffer<CSorder> orders_;
+  Buffer<PlacedOrder> placed_;
   int size_ = 0;
+  int orderCount_ = 0;
   int phaseCount_ = 0;
 };
 

@@ -45,6 +45,7 @@ class Learner {
 }  // namespace
 
 bool learnFromPath(CSsearch &s) {
+  if (s.noGoods == nullptr) return true;
   Buffer<NoGoodElement> elements(s.path.count() + 1);
   if (!elements) return true;  // reported: the search ends for want of memory
   Learner learner(s, elements);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "core/alloc.h"
+#include "solve/labelled.h"
 #include "solve/random.h"
 #include "solve/weights.h"
 
@@ -21,6 +22,8 @@ class Neighbourhood {
   void clear() const;
   void relaxRandom(Random &random) const;
   void relaxLinked(Random &random, const Weights &weights) const;
+  // Everything but orders, and of those some: CS_NEIGHBOURS_WINDOW, _MACHINES or _TASKS.
+  void relaxOrders(Random &random, const Labelled &labelled, int which);
 
   // One was searched through, or left at its limit.
   void noteExhausted();
@@ -31,7 +34,11 @@ class Neighbourhood {
   static constexpr int kLeastShare = 100;
   static constexpr int kMostShare = 9000;
 
-  int sizeWanted() const;
+  int shareOf(int count) const;
+  int sizeWanted() const { return shareOf(count_); }
+  void relaxAround(int moment, const Labelled &labelled, int wanted);
+  template <class Belongs>
+  int relaxThose(const Labelled &labelled, Belongs belongs) const;
 
   Buffer<bool> relaxed_;
   Buffer<int> order_;

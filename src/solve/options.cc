@@ -5,13 +5,15 @@ namespace koru::solve {
 
 static bool isWithin(long long value, long long low, long long high) { return low <= value && value <= high; }
 
-bool isOrder(int order, const CSsearchOptions &o) {
-  return isWithin(order, CS_ORDER_INPUT, CS_ORDER_ACTIVITY) && (order != CS_ORDER_HOST || o.chooseVariable != nullptr);
+bool isOrder(int order, bool ofOrders, const CSsearchOptions &o) {
+  if (order == CS_ORDER_SET_TIMES) return !ofOrders;
+  return isWithin(order, CS_ORDER_INPUT, ofOrders ? CS_ORDER_SLACK_WDEG : CS_ORDER_ACTIVITY) &&
+         (order != CS_ORDER_HOST || o.chooseVariable != nullptr);
 }
 
-bool isValueOrder(int value, const CSsearchOptions &o) {
-  return isWithin(value, CS_VALUE_MIN, CS_VALUE_SELECTOR) && (value != CS_VALUE_HOST || o.chooseValue != nullptr) &&
-         (value != CS_VALUE_SELECTOR || o.selectors != nullptr);
+bool isValueOrder(int value, bool ofOrders, const CSsearchOptions &o) {
+  return isWithin(value, CS_VALUE_MIN, ofOrders ? CS_VALUE_SLACK : CS_VALUE_SELECTOR) &&
+         (value != CS_VALUE_HOST || o.chooseValue != nullptr) && (value != CS_VALUE_SELECTOR || o.selectors != nullptr);
 }
 
 static bool areLimits(const CSsearchOptions &o) {
@@ -24,14 +26,14 @@ static bool areRestarts(const CSsearchOptions &o) {
 }
 
 static bool areNeighbourhoods(const CSsearchOptions &o) {
-  if (!isWithin(o.neighbours, CS_NEIGHBOURS_NONE, CS_NEIGHBOURS_HOST)) return false;
+  if (!isWithin(o.neighbours, CS_NEIGHBOURS_NONE, CS_NEIGHBOURS_TASKS)) return false;
   if (o.neighbours != CS_NEIGHBOURS_NONE && o.minimize == nullptr && o.maximize == nullptr) return false;
   if (o.neighbours == CS_NEIGHBOURS_HOST && o.chooseRelaxed == nullptr) return false;
   return o.neighbourFails >= 0 && isWithin(o.relaxed, 0, 100);
 }
 
 bool isAcceptable(const CSsearchOptions &o) {
-  return o.size == sizeof(CSsearchOptions) && isOrder(o.order, o) && isValueOrder(o.value, o) &&
+  return o.size == sizeof(CSsearchOptions) && isOrder(o.order, false, o) && isValueOrder(o.value, false, o) &&
          isWithin(o.branching, CS_BRANCH_BINARY, CS_BRANCH_VALUES) &&
          (o.minimize == nullptr || o.maximize == nullptr) && areRestarts(o) && areNeighbourhoods(o) && areLimits(o);
 }

@@ -7,8 +7,9 @@
 namespace koru::solve {
 
 bool isAcceptable(const CSsearchOptions &options);
-bool isOrder(int order, const CSsearchOptions &options);
-bool isValueOrder(int value, const CSsearchOptions &options);
+// For variables, or for orders of tasks.
+bool isOrder(int order, bool ofOrders, const CSsearchOptions &options);
+bool isValueOrder(int value, bool ofOrders, const CSsearchOptions &options);
 
 // With the defaults in place of zeros.
 CSsearchOptions withDefaults(CSsearchOptions options);

@@ -5,6 +5,7 @@
 // made, told and freed without memory to spare.
 #include "solve/search_object.h"
 
+#include <algorithm>
 #include <iterator>
 #include <new>
 
@@ -63,11 +64,13 @@ CSsearch *create(CSint *const *vars, int n) {
 // ----- the first call
 
 bool needsWeights(const CSsearch &s) {
-  return s.labelled.usesOrder(CS_ORDER_DOM_WDEG) || s.options.neighbours == CS_NEIGHBOURS_LINKED;
+  return s.labelled.usesOrder(CS_ORDER_DOM_WDEG) || s.labelled.usesOrder(CS_ORDER_SLACK_WDEG) ||
+         s.options.neighbours == CS_NEIGHBOURS_LINKED;
 }
 
 bool prepareLearning(CSsearch &s) {
-  if (s.options.restarts == CS_RESTARTS_NONE || s.labelled.size() == 0) return true;
+  if (s.options.restarts == CS_RESTARTS_NONE || s.labelled.size() == 0 || s.labelled.usesOrder(CS_ORDER_SET_TIMES))
+    return true;
   s.noGoods = cs_createNoGoodSet(s.labelled.variables(), s.labelled.size(), nullptr, 0, nullptr, nullptr);
   return s.noGoods != nullptr;
 }
@@ -86,6 +89,7 @@ bool prepare(CSsearch &s) {
   if (needsWeights(s) && !s.weights.collect(s.labelled.variables(), s.labelled.size())) return false;
   if (o.neighbours != CS_NEIGHBOURS_NONE && !s.neighbourhood.create(s.hostSize, o.relaxed, s.weights.places()))
     return false;
+  if (s.labelled.usesOrder(CS_ORDER_SET_TIMES) && !s.postponed.create(s.labelled.size())) return false;
   s.random = Random(o.seed);
   s.runLimits = RunLimits(o.restarts, o.restartFails, o.restartGrowth);
   return prepareLearning(s);
@@ -183,8 +187,20 @@ bool cs_setSearchOptions(CSsearch *search, const CSsearchOptions *options) {
 bool cs_addSearchPhase(CSsearch *search, CSint **vars, int n, int order, int value) {
   if (search == nullptr || hasBegun(*search) || n < 0 || (n > 0 && (vars == nullptr || !allPresent(vars, n))))
     return false;
-  if (!isOrder(order, search->options) || !isValueOrder(value, search->options)) return false;
+  if (!isOrder(order, false, search->options) || !isValueOrder(value, false, search->options)) return false;
   return search->labelled.add(vars, n, order, value);
+}
+
+static bool isWhole(const CSorder &o) {
+  return o.first != nullptr && o.starts[0] != nullptr && o.starts[1] != nullptr && o.durations[0] != nullptr &&
+         o.durations[1] != nullptr;
+}
+
+bool cs_addSearchOrders(CSsearch *search, const CSorder *orders, int n, int order, int value) {
+  if (search == nullptr || hasBegun(*search) || n < 0 || (n > 0 && orders == nullptr)) return false;
+  if (!std::all_of(orders, orders + n, isWhole)) return false;
+  if (!isOrder(order, true, search->options) || !isValueOrder(value, true, search->options)) return false;
+  return search->labelled.addOrders(orders, n, order, value);
 }
 
 bool cs_setSearchHint(CSsearch *search, int index, int value) {

@@ -18,6 +18,7 @@
 #include "solve/clock.h"
 #include "solve/labelled.h"
 #include "solve/neighbourhood.h"
+#include "solve/postponed.h"
 #include "solve/random.h"
 #include "solve/run_limits.h"
 #include "solve/step.h"
@@ -52,7 +53,8 @@ struct CSsearch {
   bool inNeighbourhood = false;
   long long runBegan = 0;                        // at so many choice points
   long long triedComplete = 0, triedNearby = 0;  // in complete runs, in neighbourhoods
-  int conflict = -1;                             // the position that failed last, when it is to be chosen first
+  koru::solve::Postponed postponed;
+  int conflict = -1;  // the position that failed last, when it is to be chosen first
   unsigned memoryReports = 0;
 
   // What it has learnt.

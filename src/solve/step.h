@@ -3,6 +3,7 @@
 #pragma once
 
 #include "koru.h"
+#include "solve/postponed.h"
 
 namespace koru::solve {
 
@@ -17,6 +18,8 @@ struct Step {
   bool refuted = false;
   bool leftBehind = false;  // lastTried is one
   int lastTried = 0;
+  bool putOff = false;          // refuted, and instead of its opposite the variable is postponed
+  Postponed::Minimum before{};  // what that has taken the place of
 
   bool hasContext() const { return !refuted; }
   bool hasRefuted() const { return refuted || leftBehind; }

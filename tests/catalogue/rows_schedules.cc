@@ -115,6 +115,17 @@ bool precedenceIf(T t) {
   return !asked || Wide{t.x[at]} + t.x[at + 1] + t.k[0] <= t.x[at + 2];
 }
 
+// The truth value; start, duration and presence of two tasks. Null for both presences: they are there; for one:
+// refused.
+bool eitherBefore(T t) {
+  if (t.x.size() == 6) return false;
+  const bool mayBeOut = t.x.size() == 7;
+  const std::size_t second = mayBeOut ? 4 : 3;
+  const auto ends = [&](std::size_t task) { return Wide{t.x[task]} + t.x[task + 1]; };
+  if (mayBeOut && (t.x[3] < 1 || t.x[6] < 1)) return t.x[0] >= 1;
+  return t.x[0] >= 1 ? ends(1) <= t.x[second] : ends(second) <= t.x[1];
+}
+
 // Start, duration; arrays: whether it is there, starts, durations, presence.
 struct Group {
   explicit Group(T t)
@@ -156,6 +167,7 @@ const Row kRows[] = {
     {"cs_NoOverlap", "aaaan", door<cs_NoOverlap>, noOverlap, kNone, {{1, 2, 9, 3, 3, 1, 1, 2, 9, 3, 3, 1}}},
     {"cs_Reservoir", "aaOniii", door<cs_Reservoir>, reservoir, kNone, {{1, 2, 9, 3, 5, 1, 1, 1, 1}, {3}, {0, 0, 7}}},
     {"cs_PrecedenceIf", "ovviv", door<cs_PrecedenceIf>, precedenceIf, kDomain, {{1, 2, 3, 7}, {}, {3}}},
+    {"cs_EitherBefore", "vvvovvo", door<cs_EitherBefore>, eitherBefore, kKnown, {{0, 1, 3, 1, 2, 3, 1}}},
     {"cs_CumulativeTasks",
      "aaaOnv",
      door<cs_CumulativeTasks>,

@@ -16,11 +16,9 @@ struct Precedence {
 };
 
 static bool filter(Precedence &c) {
-  const Time room = Time{c.next->max} - c.delay;
-  const Time earliest = Time{c.start->min} + c.duration->min;
-  if (c.b != nullptr && !truth::isTrue(c.b)) return earliest <= room || truth::makeFalse(c.b);
-  return narrowMax64(c.start, room - c.duration->min) && narrowMax64(c.duration, room - c.start->min) &&
-         narrowMin64(c.next, earliest + c.delay);
+  if (c.b == nullptr || truth::isTrue(c.b)) return precede(c.start, c.duration, c.delay, c.next);
+  const Time earliest = Time{c.start->min} + c.duration->min + c.delay;
+  return earliest <= c.next->max || truth::makeFalse(c.b);
 }
 
 static bool changed(Precedence &c, const Event &) { return filter(c); }

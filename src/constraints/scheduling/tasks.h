@@ -38,6 +38,13 @@ inline Task taskOf(const CSint *start, const CSint *duration, Presence presence)
   return {start->min, Time{start->max} + length, length, length > 0 ? presence : Presence::kOut};
 }
 
+// start + duration + delay <= next. Domain consistent.
+inline bool precede(CSint *start, CSint *duration, int delay, CSint *next) {
+  const Time room = Time{next->max} - delay;
+  return narrowMax64(start, room - duration->min) && narrowMax64(duration, room - start->min) &&
+         narrowMin64(next, Time{start->min} + duration->min + delay);
+}
+
 // What is known of the times of a task, back to its start. For one that may be left out its start says nothing.
 inline bool keepStart(const Task &task, CSint *start) {
   return !task.isIn() || (narrowMin64(start, task.earliest) && narrowMax64(start, task.latestStart()));

@@ -70,6 +70,82 @@ TEST_F(GroupsTest, PrecedencesAtTheEndsOfTheInts) {
   EXPECT_FALSE(cs_PrecedenceIf(nullptr, late, late, 0, nullptr));
 }
 
+class EitherBeforeTest : public GroupsTest {
+ protected:
+  void SetUp() override {
+    GroupsTest::SetUp();
+    b = cs_createCSint(0, 1);
+    other = cs_createCSint(0, 20);
+  }
+  bool post(CSint *there = nullptr, CSint *otherThere = nullptr) {
+    return cs_EitherBefore(b, start, duration, there, other, CSINT(5), otherThere);
+  }
+  CSint *b = nullptr;
+  CSint *other = nullptr;
+};
+
+TEST_F(EitherBeforeTest, WhatIsDecidedMovesTheTasks) {
+  ASSERT_TRUE(post());
+  EXPECT_EQ(bounds(b), (std::vector<int>{0, 1}));
+  cs_saveContext();
+  EXPECT_TRUE(cs_EQ(b, 1));
+  EXPECT_EQ(bounds(start), (std::vector<int>{0, 19}));
+  EXPECT_EQ(bounds(other), (std::vector<int>{1, 20}));
+  EXPECT_TRUE(cs_GE(start, 15));
+  EXPECT_EQ(bounds(duration), (std::vector<int>{1, 5}));
+  cs_restoreContext();
+  EXPECT_TRUE(cs_EQ(b, 0));
+  EXPECT_EQ(bounds(start), (std::vector<int>{5, 20}));
+  EXPECT_EQ(bounds(other), (std::vector<int>{0, 15}));
+}
+
+TEST_F(EitherBeforeTest, TheTimesDecide) {
+  ASSERT_TRUE(post());
+  cs_saveContext();
+  EXPECT_TRUE(cs_LE(start, 4));
+  EXPECT_EQ(cs_getMin(b), 1);
+  EXPECT_TRUE(cs_GE(other, 20) && cs_LE(other, 20));
+  cs_restoreContext();
+  EXPECT_TRUE(cs_LE(other, 0));
+  EXPECT_EQ(cs_getMax(b), 0) << "the first takes 1 at least";
+  EXPECT_EQ(cs_getMin(start), 5);
+}
+
+TEST_F(EitherBeforeTest, ThereIsNoOrderWithOneThatIsNotThere) {
+  CSint *there = cs_createCSint(0, 1);
+  CSint *otherThere = cs_createCSint(0, 1);
+  ASSERT_TRUE(post(there, otherThere));
+  cs_saveContext();
+  EXPECT_TRUE(cs_EQ(there, 0));
+  EXPECT_EQ(cs_getMin(b), 1);
+  EXPECT_EQ(bounds(start), (std::vector<int>{0, 20}));
+  cs_restoreContext();
+  cs_saveContext();
+  EXPECT_TRUE(cs_EQ(b, 0));
+  EXPECT_EQ(cs_getMin(there) + cs_getMin(otherThere), 2);
+  cs_restoreContext();
+  EXPECT_TRUE(cs_LE(start, 4) && cs_GE(start, 4) && cs_LE(other, 4));
+  EXPECT_EQ(cs_getMin(b), 1) << "neither order is possible";
+  EXPECT_EQ(cs_getMax(there) + cs_getMax(otherThere), 2);
+  cs_saveContext();
+  EXPECT_TRUE(cs_EQ(there, 1));
+  EXPECT_EQ(cs_getMax(otherThere), 0);
+  cs_restoreContext();
+  EXPECT_TRUE(cs_EQ(otherThere, 1));
+  EXPECT_EQ(cs_getMax(there), 0);
+}
+
+TEST_F(EitherBeforeTest, RefusesWhatIsMissing) {
+  CSint *there = cs_createCSint(0, 1);
+  EXPECT_FALSE(post(there, nullptr));
+  EXPECT_FALSE(post(nullptr, there));
+  EXPECT_FALSE(cs_EitherBefore(nullptr, start, duration, nullptr, other, duration, nullptr));
+  EXPECT_FALSE(cs_EitherBefore(b, nullptr, duration, nullptr, other, duration, nullptr));
+  EXPECT_FALSE(cs_EitherBefore(b, start, nullptr, nullptr, other, duration, nullptr));
+  EXPECT_FALSE(cs_EitherBefore(b, start, duration, nullptr, nullptr, duration, nullptr));
+  EXPECT_FALSE(cs_EitherBefore(b, start, duration, nullptr, other, nullptr, nullptr));
+}
+
 TEST_F(GroupsTest, AChoiceLiesBetweenThoseThatAreLeft) {
   CSint *first = part(3, 5, 2, 2);
   CSint *second = part(8, 9, 4, 5);

@@ -134,7 +134,7 @@ TEST_F(SearchObjectTest, RefusesWhatMakesNoSense) {
   EXPECT_TRUE(refused([&] { o.restartFails = -1; }));
   EXPECT_TRUE(refused([&] { o.neighbours = CS_NEIGHBOURS_RANDOM; }));
   EXPECT_TRUE(refused([&] { o.neighbours = CS_NEIGHBOURS_HOST, o.minimize = x[0]; }));
-  EXPECT_TRUE(refused([&] { o.neighbours = 4, o.minimize = x[0]; }));
+  EXPECT_TRUE(refused([&] { o.neighbours = 7, o.minimize = x[0]; }));
   EXPECT_TRUE(refused([&] { o.relaxed = 101; }));
   EXPECT_TRUE(refused([&] { o.fails = -1; }));
   EXPECT_TRUE(refused([&] { o.neighbours = -1, o.maximize = x[0]; }));
