@@ -239,11 +239,13 @@ class Model {
   /// Counts what constraints do from here on; those that are posted from here on by the lines that say them.
   void profile() {
     State &s = state();
-    cs_setProfilerLocator(nullptr, locate, &s);
+    name_places();
     if (s.profiler == nullptr) s.profiler = cs_createProfiler(0);
     cs_enableProfiler(s.profiler);
     s.rethrow();
   }
+  /// What is posted from here on is known by the lines that say it.
+  void name_places() { cs_setProfilerLocator(nullptr, locate, &state()); }
   /// The report, for koru-profile.
   void profile_report(const std::string &path) { cs_profilerWriteFile(state().profiler, path.c_str()); }
 
@@ -346,5 +348,7 @@ class Model {
 
 }  // namespace v1
 }  // namespace koru
+
+#include "koru/explain.hpp"
 
 #endif  // KORU_HPP

@@ -40,6 +40,7 @@
  *   15. Several solvers
  *   16. Schedules
  *   17. Walks
+ *   18. Why there is no solution
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -1066,6 +1067,119 @@ KORU_API bool cs_closeWalk(CSwalk *walk);
 
 /** Whether cs_cancelSearch was called since the last search began or walk was opened. */
 KORU_API bool cs_isSearchCancelled(void);
+
+/* ==================================================================================================================
+ * 18. Why there is no solution
+ *
+ * A model that has no solution, and should have one, has usually one line too many, or one with a wrong number. These
+ * functions find the lines that contradict each other. The model is a function; it is called again and again while some
+ * of its postings are left out, until a set of postings is known that has no solution, of which none can be spared:
+ *
+ *     int rota(void *data) {
+ *       ... variables, constraints ...
+ *       return ok && cs_search(cells, n, cs_findFreeVarNbElements);
+ *     }
+ *     ...
+ *     const CSexplanation *why = cs_explainFailure(rota, data, NULL);
+ *     cs_writeExplanation(why, stdout);
+ *     cs_freeExplanation(why);
+ *
+ *     no solution, because of 3 postings at 2 places (of 108 at 16); 31 checks
+ *     rota.c:50  cs_GE  no. 6 of 14    ok = ok && cs_GE(need[d][1], 2);
+ *     ...
+ *
+ * What can be left out are the functions that restrict and return no variable: relations, membership, constraints,
+ * cs_selectValue, and the events of user-defined constraints (but cs_eventConflict). One that is left out does nothing
+ * and says that all is well. Functions that return a variable always work, and so do no-goods, and whatever is called
+ * inside a context, a search or a callback. A posting is known by its place, the line where the host calls, and by how
+ * manyth it is there. Where the model installs a locator (cs_setProfilerLocator), its texts are the places; otherwise
+ * lines are found as by a profiler: compile with -g.
+ *
+ * What a model must keep to: it makes the same calls at each time, as far as it comes. It begins with a solver in which
+ * nothing has been done, and leaves the end of that to the library (a model that calls cs_end and cs_init itself, as
+ * programs do that are put in a function whole, may). Error handlers are at each time those of the call.
+ * ================================================================================================================ */
+
+/** What a model says; false and true of C mean the first two. */
+enum {
+  CS_MODEL_NONE = 0,     /**< there is no solution. A posting that was refused and not looked at (cs_getNbRefused) says
+                              the same; a search of koru.h that was given up at its limit, last of all, is not known */
+  CS_MODEL_SOLUTION = 1, /**< there is one */
+  CS_MODEL_UNKNOWN = -1, /**< not known, as of a search object at its limit */
+  CS_MODEL_STOP = -2     /**< not known, and no more is to be tried */
+};
+
+/** Posts a model, from its variables on, and searches it if need be. */
+typedef int (*CSmodel)(void *extra);
+
+/** What an explanation has come to. */
+typedef enum CSexplained {
+  CS_EXPLAINED_MINIMAL = 0, /**< without any one of these postings it would not be so: each was tried */
+  CS_EXPLAINED_PARTLY = 1,  /**< it is so, but perhaps of fewer postings: a limit was reached, or runs gave no answer */
+  CS_EXPLAINED_SOLUTION = 2, /**< the model has a solution: nothing to explain */
+  CS_EXPLAINED_UNKNOWN = 3,  /**< nothing is known: the first runs gave no answer */
+  CS_EXPLAINED_NEVER = 4,    /**< there is no solution even when all is left out */
+  CS_EXPLAINED_UNSTABLE = 5, /**< as CS_EXPLAINED_PARTLY, of a model that has said different things of the same
+                                  postings, or found a solution that it had lost with fewer of them */
+  CS_EXPLAINED_MEMORY = 6    /**< as CS_EXPLAINED_PARTLY, perhaps without any posting: memory was exhausted */
+} CSexplained;
+
+/** A posting. The texts belong to the explanation. */
+typedef struct CSreason {
+  const char *function; /**< the function called, as "cs_GE" */
+  const char *file;     /**< where; the whole text of a locator that does not say file, line, address and function */
+  int line;             /**< 0 when it is not known */
+  const char *caller;   /**< the host's function there; empty when it is not known */
+  int number;           /**< how manyth it is at this place, from 1 */
+  int numberOf;         /**< how many there are at this place */
+  int position;         /**< how manyth it is among all, from 1 */
+} CSreason;
+
+/** Why a model has no solution, or what would have to go for one. */
+typedef struct CSexplanation {
+  CSexplained status;
+  bool nearest;            /**< as in the options */
+  int size;                /**< so many postings, */
+  const CSreason *reasons; /**< in the order in which the model makes them, */
+  int places;              /**< at so many places, */
+  int allPostings;         /**< of so many, those after the first that was refused not counted unless for `nearest`, */
+  int allPlaces;           /**< at so many */
+  int checks;              /**< the model was called so many times */
+} CSexplanation;
+
+/** How to explain. Zero stands for the default everywhere: set `size` and what differs. */
+typedef struct CSexplainOptions {
+  size_t size;            /**< sizeof(CSexplainOptions) */
+  bool nearest;           /**< what would have to go: a set of postings without which there is a solution, and of which
+                               none could stay */
+  int maxChecks;          /**< limit on calls of the model; 0: none */
+  long long milliseconds; /**< limit on time, looked at between two calls; 0: none */
+  void (*placesKnown)(const CSexplanation *explanation, void *extra); /**< called once when the places are known and the
+                               postings there are not yet looked into; may look and print, no more. Or null */
+  void *extra;                                                        /**< the host's, handed to placesKnown */
+} CSexplainOptions;
+
+/**
+ * Find out why @p model, which is handed @p extra, has no solution; @p options may be null. First places are left out
+ * whole, then single postings of the places that remain (QuickXplain: Junker 2004; with `nearest` the same search among
+ * what is left out), at last each posting of the result alone.
+ * A solver that runs is set aside meanwhile (section 15) and is afterwards as before.
+ * Weak: one set is found, not the smallest one, nor all; postings made first are kept rather than later ones without
+ * `nearest`, and with it dropped rather.
+ * @return the explanation, to be freed by cs_freeExplanation; null for a null model, a wrong size or a negative limit,
+ * within a callback or another explanation, and when memory is exhausted at once (CS_ERR_MEMORY is reported).
+ * Cost: for k of n about 2 k log2(n / k) + k calls of the model, and memory linear in n.
+ */
+KORU_API const CSexplanation *cs_explainFailure(CSmodel model, void *extra, const CSexplainOptions *options);
+
+/**
+ * Write it to @p f: a line that sums up, and one for each posting, with the line of the source where it can be read.
+ * Nothing for null.
+ */
+KORU_API void cs_writeExplanation(const CSexplanation *explanation, FILE *f);
+
+/** Free an explanation. Null is ignored. */
+KORU_API void cs_freeExplanation(const CSexplanation *explanation);
 
 #ifdef __cplusplus
 }

@@ -22,6 +22,7 @@ void Ports::refreshProfiling() {
   profiling = false;
   for (const Observer *observer = observers_; observer != nullptr; observer = observer->next)
     profiling = profiling || observer->enabled;
+  solver::attention = profiling || solver::censor.leavesOut != nullptr;
 }
 
 void Ports::notify(bool consistent, CSint *variable, int code, Site *site) const {
@@ -49,7 +50,12 @@ void Ports::releaseObservers() {
     observers_ = observer->next;
     if (observer->release != nullptr) observer->release(observer->argument);
   }
-  profiling = false;
+  refreshProfiling();
+}
+
+void setCensor(const Censor &censor) {
+  solver::censor = censor;
+  solver::ports.refreshProfiling();
 }
 
 }  // namespace koru

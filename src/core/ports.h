@@ -13,6 +13,7 @@ namespace koru {
 
 class Site;
 struct Constraint;
+struct Poster;
 
 struct Observer {
   void (*notify)(void *argument, bool consistent, CSint *variable, int code, Site *site);
@@ -34,6 +35,12 @@ struct FailureListener {
   void *argument = nullptr;
 };
 
+// Asked before each posting and relation of the host's whether it is to be left out; see leftOut in core/refusal.h.
+struct Censor {
+  bool (*leavesOut)(void *argument, const Poster &poster) = nullptr;
+  void *argument = nullptr;
+};
+
 class Ports {
  public:
   bool profiling = false;  // some observer is enabled
@@ -42,7 +49,7 @@ class Ports {
 
   void add(Observer *observer);  // newest first
   void remove(Observer *observer);
-  void refreshProfiling();  // to be called when an observer's `enabled` has changed
+  void refreshProfiling();  // to be called when an observer's `enabled` has changed, and when these ports are others
   void notify(bool consistent, CSint *variable, int code, Site *site) const;
   const char *locatorText() const;  // null without a locator of the host's
 
@@ -63,6 +70,12 @@ void forgetPlaces();  // for cs_end
 namespace solver {
 
 inline KORU_STATE Ports ports;
+inline KORU_STATE Censor censor;           // of all solvers that come and go while it is there
+inline KORU_STATE bool attention = false;  // profiling, or a censor: doors look closer at who calls
 
 }  // namespace solver
+
+// None: Censor{}.
+void setCensor(const Censor &censor);
+
 }  // namespace koru

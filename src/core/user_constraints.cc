@@ -190,26 +190,28 @@ static bool postRun(const Poster &poster, CSint **array, int size, CSeventAllKno
 }  // namespace koru::user_constraints
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::user_constraints;
 
 bool cs_eventAllKnown(CSint **array, int size, CSeventAllKnownCallback allKnown, void *extra) {
-  return door(postAllKnown("cs_eventAllKnown", {{array, size, allKnown, extra}, nullptr}));
+  return leftOut("cs_eventAllKnown") ||
+         door(postAllKnown("cs_eventAllKnown", {{array, size, allKnown, extra}, nullptr}));
 }
 
 bool cs_eventKnown(CSint **array, int size, CSeventKnownCallback known, void *extra) {
-  return door(postKnown("cs_eventKnown", {{array, size, known, extra}}));
+  return leftOut("cs_eventKnown") || door(postKnown("cs_eventKnown", {{array, size, known, extra}}));
 }
 
 void cs_eventNewMin(CSint **array, int size, CSeventBoundCallback newMin, void *extra) {
-  door(post("cs_eventNewMin", kNewMinTable, Forward{{array, size, newMin, extra}}));
+  if (!leftOut("cs_eventNewMin")) door(post("cs_eventNewMin", kNewMinTable, Forward{{array, size, newMin, extra}}));
 }
 
 void cs_eventNewMax(CSint **array, int size, CSeventBoundCallback newMax, void *extra) {
-  door(post("cs_eventNewMax", kNewMaxTable, Forward{{array, size, newMax, extra}}));
+  if (!leftOut("cs_eventNewMax")) door(post("cs_eventNewMax", kNewMaxTable, Forward{{array, size, newMax, extra}}));
 }
 
 void cs_eventNeq(CSint **array, int size, CSeventBoundCallback neq, void *extra) {
-  door(post("cs_eventNewMax", kRemovedTable, Forward{{array, size, neq, extra}}));
+  if (!leftOut("cs_eventNeq")) door(post("cs_eventNewMax", kRemovedTable, Forward{{array, size, neq, extra}}));
 }
 
 void cs_eventConflict(CSint **array, int size, CSeventConflictCallback conflict, void *extra) {
@@ -217,5 +219,5 @@ void cs_eventConflict(CSint **array, int size, CSeventConflictCallback conflict,
 }
 
 bool cs_eventRun(CSint **array, int size, CSeventAllKnownCallback run, void *extra) {
-  return postRun("cs_eventRun", array, size, run, extra);
+  return leftOut("cs_eventRun") || postRun("cs_eventRun", array, size, run, extra);
 }

@@ -49,14 +49,12 @@ void exchange(CSsolver &s) {
   std::swap(searchState, s.search);
   std::swap(solver::newestSearch, s.newestSearch);
   std::swap(self, s.self);
+  solver::ports.refreshProfiling();
   s.parked = !s.parked;
 }
 
 // Nothing of the library is running that would go on with another state.
-bool isAtRest() {
-  return solver::queue.depth == 0 && solver::busy == 0 && solver::hostAsked == 0 && solver::userSite == nullptr &&
-         !solver::trail.undoing();
-}
+bool isAtRest() { return hostHasCalled() && solver::hostAsked == 0; }
 
 void releaseAtEnd(void *solver) {
   self = nullptr;

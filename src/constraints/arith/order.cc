@@ -61,9 +61,10 @@ static bool post(const Poster &poster, CSint *x, CSint *y) {
 }  // namespace koru::order
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::order;
 
-bool cs_Le(CSint *x, CSint *y) { return door(post<0>("cs_Le", x, y)); }
-bool cs_Lt(CSint *x, CSint *y) { return door(post<1>("cs_Lt", x, y)); }
-bool cs_Ge(CSint *x, CSint *y) { return door(post<0>("cs_Ge", y, x)); }
-bool cs_Gt(CSint *x, CSint *y) { return door(post<1>("cs_Gt", y, x)); }
+bool cs_Le(CSint *x, CSint *y) { return leftOut("cs_Le") || door(post<0>("cs_Le", x, y)); }
+bool cs_Lt(CSint *x, CSint *y) { return leftOut("cs_Lt") || door(post<1>("cs_Lt", x, y)); }
+bool cs_Ge(CSint *x, CSint *y) { return leftOut("cs_Ge") || door(post<0>("cs_Ge", y, x)); }
+bool cs_Gt(CSint *x, CSint *y) { return leftOut("cs_Gt") || door(post<1>("cs_Gt", y, x)); }

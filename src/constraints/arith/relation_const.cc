@@ -48,11 +48,18 @@ static bool narrowProfiled(const Poster &poster, CSint *x, int v) {
 }
 
 template <auto narrow, auto code>
-static bool post(const Poster &poster, CSint *x, int v) {
+[[gnu::cold, gnu::noinline]] static bool postClosely(const Poster &poster, CSint *x, int v) {
+  if (leftOut(poster.name, poster.caller)) return true;
   if (x == nullptr) return false;
-  if (solver::ports.profiling && solver::userSite != nullptr) [[unlikely]]
-    return narrowProfiled<narrow, code>(poster, x, v);
-  return narrow(x, v);
+  const bool counts = solver::ports.profiling && solver::userSite != nullptr;
+  return counts ? narrowProfiled<narrow, code>(poster, x, v) : narrow(x, v);
+}
+
+template <auto narrow, auto code>
+static bool post(const Poster &poster, CSint *x, int v) {
+  if (solver::attention) [[unlikely]]
+    return postClosely<narrow, code>(poster, x, v);
+  return x != nullptr && narrow(x, v);
 }
 
 }  // namespace koru::relation_const

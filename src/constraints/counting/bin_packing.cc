@@ -172,5 +172,5 @@ static bool post(const Poster &poster, CSint *const *bins, const int *sizes, int
 }  // namespace koru::counting
 
 bool cs_BinPacking(CSint **bins, const int *sizes, int n, CSint **loads, int m) {
-  return koru::door(koru::counting::post("cs_BinPacking", bins, sizes, n, loads, m));
+  return koru::leftOut("cs_BinPacking") || koru::door(koru::counting::post("cs_BinPacking", bins, sizes, n, loads, m));
 }

@@ -167,5 +167,6 @@ static bool post(const Poster &poster, CSint *const *array, int n, const int *va
 }  // namespace koru::counting
 
 bool cs_Cardinality(CSint **vars, int n, const int *values, CSint **counts, int m, bool closed) {
-  return koru::door(koru::counting::post("cs_Cardinality", vars, n, values, counts, m, closed));
+  return koru::leftOut("cs_Cardinality") ||
+         koru::door(koru::counting::post("cs_Cardinality", vars, n, values, counts, m, closed));
 }

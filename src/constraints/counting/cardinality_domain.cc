@@ -87,5 +87,6 @@ static bool post(const Poster &poster, CSint *const *array, int n, const int *va
 }  // namespace koru::counting
 
 bool cs_CardinalityDomain(CSint **vars, int n, const int *values, CSint **counts, int m, bool closed) {
-  return koru::door(koru::counting::post("cs_CardinalityDomain", vars, n, values, counts, m, closed));
+  return koru::leftOut("cs_CardinalityDomain") ||
+         koru::door(koru::counting::post("cs_CardinalityDomain", vars, n, values, counts, m, closed));
 }

@@ -104,6 +104,7 @@ static int post(const Poster &poster, CSint **vars, int count) {
 }  // namespace koru::all_neq
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::all_neq;
 
-int cs_AllNeq(CSint **vars, int count) { return door(post("cs_AllNeq", vars, count)); }
+int cs_AllNeq(CSint **vars, int count) { return leftOut("cs_AllNeq") || door(post("cs_AllNeq", vars, count)); }

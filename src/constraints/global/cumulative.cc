@@ -280,8 +280,9 @@ static bool postArrays(const Poster &poster, const Tasks &tasks, CSint *capacity
 }  // namespace koru::cumulative
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::cumulative;
 
 bool cs_Cumulative(CSint **starts, CSint **durations, CSint **uses, int n, CSint *capacity) {
-  return door(postArrays("cs_Cumulative", {starts, durations, uses, n}, capacity));
+  return leftOut("cs_Cumulative") || door(postArrays("cs_Cumulative", {starts, durations, uses, n}, capacity));
 }

@@ -98,7 +98,8 @@ static bool post(const Poster &poster, CSint **x, CSint **y, int n, bool strict)
 }  // namespace koru::lex
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::lex;
 
-bool cs_LexLe(CSint **x, CSint **y, int n) { return door(post("cs_LexLe", x, y, n, false)); }
-bool cs_LexLt(CSint **x, CSint **y, int n) { return door(post("cs_LexLt", x, y, n, true)); }
+bool cs_LexLe(CSint **x, CSint **y, int n) { return leftOut("cs_LexLe") || door(post("cs_LexLe", x, y, n, false)); }
+bool cs_LexLt(CSint **x, CSint **y, int n) { return leftOut("cs_LexLt") || door(post("cs_LexLt", x, y, n, true)); }

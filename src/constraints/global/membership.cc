@@ -82,9 +82,12 @@ static bool notInInterval(CSint *v, int low, int high) {
 }  // namespace koru::membership
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::membership;
 
-int cs_InArray(CSint *v, const int *values, int n) { return door(inArray(v, values, n) ? 1 : 0); }
-int cs_NotInArray(CSint *v, const int *values, int n) { return door(notInArray(v, values, n) ? 1 : 0); }
-int cs_InInterval(CSint *v, int lo, int hi) { return door(inInterval(v, lo, hi) ? 1 : 0); }
-int cs_NotInInterval(CSint *v, int lo, int hi) { return door(notInInterval(v, lo, hi) ? 1 : 0); }
+int cs_InArray(CSint *v, const int *values, int n) { return leftOut("cs_InArray") || door(inArray(v, values, n)); }
+int cs_NotInArray(CSint *v, const int *values, int n) {
+  return leftOut("cs_NotInArray") || door(notInArray(v, values, n));
+}
+int cs_InInterval(CSint *v, int lo, int hi) { return leftOut("cs_InInterval") || door(inInterval(v, lo, hi)); }
+int cs_NotInInterval(CSint *v, int lo, int hi) { return leftOut("cs_NotInInterval") || door(notInInterval(v, lo, hi)); }

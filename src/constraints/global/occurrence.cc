@@ -143,7 +143,10 @@ static bool acceptable(CSint *const *vars, int n) { return n < 1 || (vars != nul
 static bool constrain(const Poster &poster, CSint *count, int val, CSint **vars, int n) {
   if (count == nullptr || !acceptable(vars, n)) return false;
   const Census census = takeCensus(val, vars, n);
-  if (census.sure == census.possible) return cs_EQ(count, census.sure);
+  if (census.sure == census.possible) {
+    const AtWork atWork;  // the door answers for it
+    return cs_EQ(count, census.sure);
+  }
   return post(poster, count, val, vars, n) && narrowMin(count, census.sure) && narrowMax(count, census.possible);
 }
 
@@ -158,15 +161,16 @@ static CSint *countOf(const Poster &poster, int val, CSint **vars, int n) {
 }  // namespace koru::occurrence
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::occurrence;
 
 int cs_Occur(CSint *count, int val, CSint **vars, int n) {
-  door(constrain("cs_Occur", count, val, vars, n));
+  if (!leftOut("cs_Occur")) door(constrain("cs_Occur", count, val, vars, n));
   return 0;
 }
 
 CSint *cs_OccurDomain(int val, CSint **vars, int n) { return door(countOf("cs_OccurDomain", val, vars, n)); }
 
 bool cs_OccurConstraints(CSint *count, int val, CSint **vars, int n) {
-  return door(constrain("cs_OccurConstraints", count, val, vars, n));
+  return leftOut("cs_OccurConstraints") || door(constrain("cs_OccurConstraints", count, val, vars, n));
 }

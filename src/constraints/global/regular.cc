@@ -267,9 +267,11 @@ static bool post(const Poster &poster, CSint **vars, int n, const Automaton &aut
 }  // namespace koru::regular
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::regular;
 
 int cs_Regular(CSint **vars, int n, const int *table, int states, int symbols, int start, const int *finals,
                int finalCount) {
-  return door(post("cs_Regular", vars, n, {table, states, symbols, start, finals, finalCount}) ? 1 : 0);
+  return leftOut("cs_Regular") ||
+         door(post("cs_Regular", vars, n, {table, states, symbols, start, finals, finalCount}));
 }

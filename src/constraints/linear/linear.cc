@@ -62,10 +62,11 @@ static CSint *reify(const Poster &poster, const Given &given) {
 }  // namespace koru::linear
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::linear;
 
 bool cs_Linear(CSint **vars, const long long *coeffs, int n, int method, long long constant) {
-  return door(post("cs_Linear", {vars, coeffs, n, method, constant}));
+  return leftOut("cs_Linear") || door(post("cs_Linear", {vars, coeffs, n, method, constant}));
 }
 
 CSint *cs_ReifLinear(CSint **vars, const long long *coeffs, int n, int method, long long constant) {
@@ -73,9 +74,9 @@ CSint *cs_ReifLinear(CSint **vars, const long long *coeffs, int n, int method, l
 }
 
 bool cs_LinearIff(CSint *b, CSint **vars, const long long *coeffs, int n, int method, long long constant) {
-  return door(postIff("cs_LinearIff", b, {vars, coeffs, n, method, constant}));
+  return leftOut("cs_LinearIff") || door(postIff("cs_LinearIff", b, {vars, coeffs, n, method, constant}));
 }
 
 bool cs_LinearIf(CSint *b, CSint **vars, const long long *coeffs, int n, int method, long long constant) {
-  return door(postIf("cs_LinearIf", b, {vars, coeffs, n, method, constant}));
+  return leftOut("cs_LinearIf") || door(postIf("cs_LinearIf", b, {vars, coeffs, n, method, constant}));
 }

@@ -130,13 +130,16 @@ static CSint *reify(const Poster &poster, const ClauseArrays &arrays) {
 }  // namespace koru::clause
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::clause;
 
-bool cs_Clause(CSint **pos, int p, CSint **neg, int q) { return door(post("cs_Clause", {pos, p, neg, q})); }
+bool cs_Clause(CSint **pos, int p, CSint **neg, int q) {
+  return leftOut("cs_Clause") || door(post("cs_Clause", {pos, p, neg, q}));
+}
 CSint *cs_ReifClause(CSint **pos, int p, CSint **neg, int q) { return door(reify("cs_ReifClause", {pos, p, neg, q})); }
 bool cs_ClauseIff(CSint *b, CSint **pos, int p, CSint **neg, int q) {
-  return door(postIff("cs_ClauseIff", b, {pos, p, neg, q}));
+  return leftOut("cs_ClauseIff") || door(postIff("cs_ClauseIff", b, {pos, p, neg, q}));
 }
 bool cs_ClauseIf(CSint *b, CSint **pos, int p, CSint **neg, int q) {
-  return door(postIf("cs_ClauseIf", b, {pos, p, neg, q}));
+  return leftOut("cs_ClauseIf") || door(postIf("cs_ClauseIf", b, {pos, p, neg, q}));
 }

@@ -47,27 +47,44 @@ static bool postAtMost(const Poster &poster, const Condition &when, CSint *x, st
 }  // namespace koru::reified_const
 
 using koru::door;
+using koru::leftOut;
 using koru::reified::Form;
 using namespace koru::reified_const;
 
-bool cs_EQIff(CSint *b, CSint *x, int v) { return door(postEquality("cs_EQIff", {b, Form::kFull, false}, x, v)); }
-bool cs_NEQIff(CSint *b, CSint *x, int v) { return door(postEquality("cs_NEQIff", {b, Form::kFull, true}, x, v)); }
-bool cs_LEIff(CSint *b, CSint *x, int v) { return door(postAtMost("cs_LEIff", {b, Form::kFull, false}, x, v)); }
+bool cs_EQIff(CSint *b, CSint *x, int v) {
+  return leftOut("cs_EQIff") || door(postEquality("cs_EQIff", {b, Form::kFull, false}, x, v));
+}
+bool cs_NEQIff(CSint *b, CSint *x, int v) {
+  return leftOut("cs_NEQIff") || door(postEquality("cs_NEQIff", {b, Form::kFull, true}, x, v));
+}
+bool cs_LEIff(CSint *b, CSint *x, int v) {
+  return leftOut("cs_LEIff") || door(postAtMost("cs_LEIff", {b, Form::kFull, false}, x, v));
+}
 bool cs_LTIff(CSint *b, CSint *x, int v) {
-  return door(postAtMost("cs_LTIff", {b, Form::kFull, false}, x, std::int64_t{v} - 1));
+  return leftOut("cs_LTIff") || door(postAtMost("cs_LTIff", {b, Form::kFull, false}, x, std::int64_t{v} - 1));
 }
 bool cs_GEIff(CSint *b, CSint *x, int v) {
-  return door(postAtMost("cs_GEIff", {b, Form::kFull, true}, x, std::int64_t{v} - 1));
+  return leftOut("cs_GEIff") || door(postAtMost("cs_GEIff", {b, Form::kFull, true}, x, std::int64_t{v} - 1));
 }
-bool cs_GTIff(CSint *b, CSint *x, int v) { return door(postAtMost("cs_GTIff", {b, Form::kFull, true}, x, v)); }
+bool cs_GTIff(CSint *b, CSint *x, int v) {
+  return leftOut("cs_GTIff") || door(postAtMost("cs_GTIff", {b, Form::kFull, true}, x, v));
+}
 
-bool cs_EQIf(CSint *b, CSint *x, int v) { return door(postEquality("cs_EQIf", {b, Form::kHalf, false}, x, v)); }
-bool cs_NEQIf(CSint *b, CSint *x, int v) { return door(postEquality("cs_NEQIf", {b, Form::kHalf, true}, x, v)); }
-bool cs_LEIf(CSint *b, CSint *x, int v) { return door(postAtMost("cs_LEIf", {b, Form::kHalf, false}, x, v)); }
+bool cs_EQIf(CSint *b, CSint *x, int v) {
+  return leftOut("cs_EQIf") || door(postEquality("cs_EQIf", {b, Form::kHalf, false}, x, v));
+}
+bool cs_NEQIf(CSint *b, CSint *x, int v) {
+  return leftOut("cs_NEQIf") || door(postEquality("cs_NEQIf", {b, Form::kHalf, true}, x, v));
+}
+bool cs_LEIf(CSint *b, CSint *x, int v) {
+  return leftOut("cs_LEIf") || door(postAtMost("cs_LEIf", {b, Form::kHalf, false}, x, v));
+}
 bool cs_LTIf(CSint *b, CSint *x, int v) {
-  return door(postAtMost("cs_LTIf", {b, Form::kHalf, false}, x, std::int64_t{v} - 1));
+  return leftOut("cs_LTIf") || door(postAtMost("cs_LTIf", {b, Form::kHalf, false}, x, std::int64_t{v} - 1));
 }
 bool cs_GEIf(CSint *b, CSint *x, int v) {
-  return door(postAtMost("cs_GEIf", {b, Form::kHalf, true}, x, std::int64_t{v} - 1));
+  return leftOut("cs_GEIf") || door(postAtMost("cs_GEIf", {b, Form::kHalf, true}, x, std::int64_t{v} - 1));
 }
-bool cs_GTIf(CSint *b, CSint *x, int v) { return door(postAtMost("cs_GTIf", {b, Form::kHalf, true}, x, v)); }
+bool cs_GTIf(CSint *b, CSint *x, int v) {
+  return leftOut("cs_GTIf") || door(postAtMost("cs_GTIf", {b, Form::kHalf, true}, x, v));
+}

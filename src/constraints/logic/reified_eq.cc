@@ -64,10 +64,19 @@ static bool post(const Poster &poster, const reified::Condition &when, CSint *x,
 }  // namespace koru::reified_eq
 
 using koru::door;
+using koru::leftOut;
 using koru::reified::Form;
 using koru::reified_eq::post;
 
-bool cs_EqIff(CSint *b, CSint *x, CSint *y) { return door(post("cs_EqIff", {b, Form::kFull, false}, x, y)); }
-bool cs_NeqIff(CSint *b, CSint *x, CSint *y) { return door(post("cs_NeqIff", {b, Form::kFull, true}, x, y)); }
-bool cs_EqIf(CSint *b, CSint *x, CSint *y) { return door(post("cs_EqIf", {b, Form::kHalf, false}, x, y)); }
-bool cs_NeqIf(CSint *b, CSint *x, CSint *y) { return door(post("cs_NeqIf", {b, Form::kHalf, true}, x, y)); }
+bool cs_EqIff(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_EqIff") || door(post("cs_EqIff", {b, Form::kFull, false}, x, y));
+}
+bool cs_NeqIff(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_NeqIff") || door(post("cs_NeqIff", {b, Form::kFull, true}, x, y));
+}
+bool cs_EqIf(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_EqIf") || door(post("cs_EqIf", {b, Form::kHalf, false}, x, y));
+}
+bool cs_NeqIf(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_NeqIf") || door(post("cs_NeqIf", {b, Form::kHalf, true}, x, y));
+}

@@ -135,31 +135,33 @@ static bool postInterval(const Poster &poster, const Condition &when, const Inte
 }  // namespace koru::reified_membership
 
 using koru::door;
+using koru::leftOut;
 using koru::reified::Form;
 using namespace koru::reified_membership;
 
 bool cs_InArrayIff(CSint *b, CSint *x, const int *values, int n) {
-  return door(postArray("cs_InArrayIff", {b, Form::kFull, false}, x, values, n));
+  return leftOut("cs_InArrayIff") || door(postArray("cs_InArrayIff", {b, Form::kFull, false}, x, values, n));
 }
 bool cs_NotInArrayIff(CSint *b, CSint *x, const int *values, int n) {
-  return door(postArray("cs_NotInArrayIff", {b, Form::kFull, true}, x, values, n));
+  return leftOut("cs_NotInArrayIff") || door(postArray("cs_NotInArrayIff", {b, Form::kFull, true}, x, values, n));
 }
 bool cs_InArrayIf(CSint *b, CSint *x, const int *values, int n) {
-  return door(postArray("cs_InArrayIf", {b, Form::kHalf, false}, x, values, n));
+  return leftOut("cs_InArrayIf") || door(postArray("cs_InArrayIf", {b, Form::kHalf, false}, x, values, n));
 }
 bool cs_NotInArrayIf(CSint *b, CSint *x, const int *values, int n) {
-  return door(postArray("cs_NotInArrayIf", {b, Form::kHalf, true}, x, values, n));
+  return leftOut("cs_NotInArrayIf") || door(postArray("cs_NotInArrayIf", {b, Form::kHalf, true}, x, values, n));
 }
 
 bool cs_InIntervalIff(CSint *b, CSint *x, int lo, int hi) {
-  return door(postInterval("cs_InIntervalIff", {b, Form::kFull, false}, {x, lo, hi}));
+  return leftOut("cs_InIntervalIff") || door(postInterval("cs_InIntervalIff", {b, Form::kFull, false}, {x, lo, hi}));
 }
 bool cs_NotInIntervalIff(CSint *b, CSint *x, int lo, int hi) {
-  return door(postInterval("cs_NotInIntervalIff", {b, Form::kFull, true}, {x, lo, hi}));
+  return leftOut("cs_NotInIntervalIff") ||
+         door(postInterval("cs_NotInIntervalIff", {b, Form::kFull, true}, {x, lo, hi}));
 }
 bool cs_InIntervalIf(CSint *b, CSint *x, int lo, int hi) {
-  return door(postInterval("cs_InIntervalIf", {b, Form::kHalf, false}, {x, lo, hi}));
+  return leftOut("cs_InIntervalIf") || door(postInterval("cs_InIntervalIf", {b, Form::kHalf, false}, {x, lo, hi}));
 }
 bool cs_NotInIntervalIf(CSint *b, CSint *x, int lo, int hi) {
-  return door(postInterval("cs_NotInIntervalIf", {b, Form::kHalf, true}, {x, lo, hi}));
+  return leftOut("cs_NotInIntervalIf") || door(postInterval("cs_NotInIntervalIf", {b, Form::kHalf, true}, {x, lo, hi}));
 }

@@ -43,14 +43,31 @@ static bool post(const Poster &poster, CSint *b, Form form, const Order &order) 
 }  // namespace koru::reified_order
 
 using koru::door;
+using koru::leftOut;
 using koru::reified::Form;
 using koru::reified_order::post;
 
-bool cs_LeIff(CSint *b, CSint *x, CSint *y) { return door(post("cs_LeIff", b, Form::kFull, {x, y, 0})); }
-bool cs_LtIff(CSint *b, CSint *x, CSint *y) { return door(post("cs_LtIff", b, Form::kFull, {x, y, 1})); }
-bool cs_GeIff(CSint *b, CSint *x, CSint *y) { return door(post("cs_GeIff", b, Form::kFull, {y, x, 0})); }
-bool cs_GtIff(CSint *b, CSint *x, CSint *y) { return door(post("cs_GtIff", b, Form::kFull, {y, x, 1})); }
-bool cs_LeIf(CSint *b, CSint *x, CSint *y) { return door(post("cs_LeIf", b, Form::kHalf, {x, y, 0})); }
-bool cs_LtIf(CSint *b, CSint *x, CSint *y) { return door(post("cs_LtIf", b, Form::kHalf, {x, y, 1})); }
-bool cs_GeIf(CSint *b, CSint *x, CSint *y) { return door(post("cs_GeIf", b, Form::kHalf, {y, x, 0})); }
-bool cs_GtIf(CSint *b, CSint *x, CSint *y) { return door(post("cs_GtIf", b, Form::kHalf, {y, x, 1})); }
+bool cs_LeIff(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_LeIff") || door(post("cs_LeIff", b, Form::kFull, {x, y, 0}));
+}
+bool cs_LtIff(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_LtIff") || door(post("cs_LtIff", b, Form::kFull, {x, y, 1}));
+}
+bool cs_GeIff(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_GeIff") || door(post("cs_GeIff", b, Form::kFull, {y, x, 0}));
+}
+bool cs_GtIff(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_GtIff") || door(post("cs_GtIff", b, Form::kFull, {y, x, 1}));
+}
+bool cs_LeIf(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_LeIf") || door(post("cs_LeIf", b, Form::kHalf, {x, y, 0}));
+}
+bool cs_LtIf(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_LtIf") || door(post("cs_LtIf", b, Form::kHalf, {x, y, 1}));
+}
+bool cs_GeIf(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_GeIf") || door(post("cs_GeIf", b, Form::kHalf, {y, x, 0}));
+}
+bool cs_GtIf(CSint *b, CSint *x, CSint *y) {
+  return leftOut("cs_GtIf") || door(post("cs_GtIf", b, Form::kHalf, {y, x, 1}));
+}

@@ -98,7 +98,10 @@ static bool postRemainder(const Poster &poster, CSint *x, CSint *y, CSint *z) {
 }  // namespace koru::division
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::division;
 
-bool cs_DivTrunc(CSint *x, CSint *y, CSint *z) { return door(postQuotient("cs_DivTrunc", x, y, z)); }
-bool cs_Mod(CSint *x, CSint *y, CSint *z) { return door(postRemainder("cs_Mod", x, y, z)); }
+bool cs_DivTrunc(CSint *x, CSint *y, CSint *z) {
+  return leftOut("cs_DivTrunc") || door(postQuotient("cs_DivTrunc", x, y, z));
+}
+bool cs_Mod(CSint *x, CSint *y, CSint *z) { return leftOut("cs_Mod") || door(postRemainder("cs_Mod", x, y, z)); }

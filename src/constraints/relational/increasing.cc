@@ -75,8 +75,11 @@ static bool post(const Poster &poster, CSint *const *array, int n, int gap) {
 }  // namespace koru::increasing
 
 using koru::door;
+using koru::leftOut;
 
-bool cs_Increasing(CSint **vars, int n) { return door(koru::increasing::post("cs_Increasing", vars, n, 0)); }
+bool cs_Increasing(CSint **vars, int n) {
+  return leftOut("cs_Increasing") || door(koru::increasing::post("cs_Increasing", vars, n, 0));
+}
 bool cs_StrictlyIncreasing(CSint **vars, int n) {
-  return door(koru::increasing::post("cs_StrictlyIncreasing", vars, n, 1));
+  return leftOut("cs_StrictlyIncreasing") || door(koru::increasing::post("cs_StrictlyIncreasing", vars, n, 1));
 }

@@ -119,5 +119,6 @@ static bool post(const Poster &poster, CSint *x, CSint *y, CSint *z) {
 }  // namespace koru::power
 
 using koru::door;
+using koru::leftOut;
 
-bool cs_Pow(CSint *x, CSint *y, CSint *z) { return door(koru::power::post("cs_Pow", x, y, z)); }
+bool cs_Pow(CSint *x, CSint *y, CSint *z) { return leftOut("cs_Pow") || door(koru::power::post("cs_Pow", x, y, z)); }

@@ -48,5 +48,8 @@ static bool post(const Poster &poster, CSint *const *array, int n, int s, int t)
 }  // namespace koru::precede
 
 using koru::door;
+using koru::leftOut;
 
-bool cs_Precede(CSint **vars, int n, int s, int t) { return door(koru::precede::post("cs_Precede", vars, n, s, t)); }
+bool cs_Precede(CSint **vars, int n, int s, int t) {
+  return leftOut("cs_Precede") || door(koru::precede::post("cs_Precede", vars, n, s, t));
+}

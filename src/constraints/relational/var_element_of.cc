@@ -91,11 +91,12 @@ static bool postPosition(const Poster &poster, CSint *const *vars, int n, int va
 }  // namespace koru::var_element_of
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::var_element_of;
 
 bool cs_VarElementOf(CSint *index, CSint **vars, int n, CSint *result) {
-  return door(postElement("cs_VarElementOf", index, vars, n, result));
+  return leftOut("cs_VarElementOf") || door(postElement("cs_VarElementOf", index, vars, n, result));
 }
 bool cs_PositionOf(CSint **vars, int n, int value, CSint *position) {
-  return door(postPosition("cs_PositionOf", vars, n, value, position));
+  return leftOut("cs_PositionOf") || door(postPosition("cs_PositionOf", vars, n, value, position));
 }

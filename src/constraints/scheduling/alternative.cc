@@ -63,5 +63,6 @@ constexpr auto kTable = deferred<toFixpoint<Group, choose>>(Rank::kLinear, kBoun
 bool cs_Alternative(CSint *start, CSint *duration, CSint *present, CSint **starts, CSint **durations, CSint **presents,
                     int n) {
   using namespace koru::scheduling;
-  return koru::door(postGroup("cs_Alternative", kTable, {start, duration, present, starts, durations, presents, n}));
+  return koru::leftOut("cs_Alternative") ||
+         koru::door(postGroup("cs_Alternative", kTable, {start, duration, present, starts, durations, presents, n}));
 }

@@ -87,5 +87,6 @@ static bool post(const Poster &poster, CSint **starts, CSint **durations, CSint 
 }  // namespace koru::scheduling
 
 bool cs_DisjunctiveTasks(CSint **starts, CSint **durations, CSint **present, int n) {
-  return koru::door(koru::scheduling::post("cs_DisjunctiveTasks", starts, durations, present, n));
+  return koru::leftOut("cs_DisjunctiveTasks") ||
+         koru::door(koru::scheduling::post("cs_DisjunctiveTasks", starts, durations, present, n));
 }

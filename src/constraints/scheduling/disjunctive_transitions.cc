@@ -147,6 +147,7 @@ static bool post(const Poster &poster, const Given &given) {
 
 bool cs_DisjunctiveTransitions(CSint **starts, CSint **durations, CSint **present, const int *left, const int *needed,
                                int n, const int *times, int rows, int columns) {
-  return koru::door(koru::scheduling::post("cs_DisjunctiveTransitions",
+  return koru::leftOut("cs_DisjunctiveTransitions") ||
+         koru::door(koru::scheduling::post("cs_DisjunctiveTransitions",
                                            {starts, durations, present, left, needed, n, times, rows, columns}));
 }

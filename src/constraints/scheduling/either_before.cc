@@ -81,6 +81,7 @@ bool post(const Poster &poster, const Either &given) {
 
 bool cs_EitherBefore(CSint *b, CSint *start, CSint *duration, CSint *present, CSint *otherStart, CSint *otherDuration,
                      CSint *otherPresent) {
-  return koru::door(koru::scheduling::post("cs_EitherBefore",
+  return koru::leftOut("cs_EitherBefore") ||
+         koru::door(koru::scheduling::post("cs_EitherBefore",
                                            {b, {start, duration, present}, {otherStart, otherDuration, otherPresent}}));
 }

@@ -43,5 +43,6 @@ static bool post(const Poster &poster, const Precedence &given) {
 }  // namespace koru::scheduling
 
 bool cs_PrecedenceIf(CSint *b, CSint *start, CSint *duration, int delay, CSint *next) {
-  return koru::door(koru::scheduling::post("cs_PrecedenceIf", {b, start, duration, delay, next}));
+  return koru::leftOut("cs_PrecedenceIf") ||
+         koru::door(koru::scheduling::post("cs_PrecedenceIf", {b, start, duration, delay, next}));
 }

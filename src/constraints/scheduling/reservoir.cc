@@ -156,5 +156,6 @@ static bool post(const Poster &poster, const Events &given, int n, int start, in
 }  // namespace koru::scheduling
 
 bool cs_Reservoir(CSint **times, CSint **changes, CSint **present, int n, int start, int low, int high) {
-  return koru::door(koru::scheduling::post("cs_Reservoir", {times, changes, present}, n, start, low, high));
+  return koru::leftOut("cs_Reservoir") ||
+         koru::door(koru::scheduling::post("cs_Reservoir", {times, changes, present}, n, start, low, high));
 }

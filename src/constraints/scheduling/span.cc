@@ -99,5 +99,6 @@ constexpr auto kTable = deferred<toFixpoint<Group, cover>>(Rank::kLinear, kBound
 bool cs_Span(CSint *start, CSint *duration, CSint *present, CSint **starts, CSint **durations, CSint **presents,
              int n) {
   using namespace koru::scheduling;
-  return koru::door(postGroup("cs_Span", kTable, {start, duration, present, starts, durations, presents, n}));
+  return koru::leftOut("cs_Span") ||
+         koru::door(postGroup("cs_Span", kTable, {start, duration, present, starts, durations, presents, n}));
 }

@@ -36,6 +36,9 @@ static bool post(const Poster &poster, CSint **vars, int count) {
 }  // namespace koru::all_neq_bounds
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::all_neq_bounds;
 
-bool cs_AllNeqBounds(CSint **vars, int n) { return door(post("cs_AllNeqBounds", vars, n)); }
+bool cs_AllNeqBounds(CSint **vars, int n) {
+  return leftOut("cs_AllNeqBounds") || door(post("cs_AllNeqBounds", vars, n));
+}

@@ -71,6 +71,9 @@ static bool post(const Poster &poster, CSint **vars, int count) {
 }  // namespace koru::all_neq_domain
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::all_neq_domain;
 
-bool cs_AllNeqDomain(CSint **vars, int n) { return door(post("cs_AllNeqDomain", vars, n)); }
+bool cs_AllNeqDomain(CSint **vars, int n) {
+  return leftOut("cs_AllNeqDomain") || door(post("cs_AllNeqDomain", vars, n));
+}

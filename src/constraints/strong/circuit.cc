@@ -137,7 +137,10 @@ static bool post(const Poster &poster, CSint **next, int count, bool partial) {
 }  // namespace koru::circuit
 
 using koru::door;
+using koru::leftOut;
 using namespace koru::circuit;
 
-bool cs_Circuit(CSint **next, int n) { return door(post("cs_Circuit", next, n, false)); }
-bool cs_Subcircuit(CSint **next, int n) { return door(post("cs_Subcircuit", next, n, true)); }
+bool cs_Circuit(CSint **next, int n) { return leftOut("cs_Circuit") || door(post("cs_Circuit", next, n, false)); }
+bool cs_Subcircuit(CSint **next, int n) {
+  return leftOut("cs_Subcircuit") || door(post("cs_Subcircuit", next, n, true));
+}

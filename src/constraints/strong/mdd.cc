@@ -101,5 +101,6 @@ static bool post(const Poster &poster, CSint *const *vars, int n, const Given &g
 
 bool cs_Mdd(CSint **vars, int n, const int *sources, const int *values, const int *targets, int count, int root,
             int terminal) {
-  return koru::door(koru::mdd::post("cs_Mdd", vars, n, {sources, values, targets, count}, root, terminal));
+  return koru::leftOut("cs_Mdd") ||
+         koru::door(koru::mdd::post("cs_Mdd", vars, n, {sources, values, targets, count}, root, terminal));
 }

@@ -87,5 +87,6 @@ static bool post(const Poster &poster, const GivenRows &given) {
 }  // namespace koru::not_table
 
 bool cs_NotTable(CSint **vars, int n, const int *rows, int count) {
-  return koru::door(koru::not_table::post("cs_NotTable", {vars, n, rows, count, false}));
+  return koru::leftOut("cs_NotTable") ||
+         koru::door(koru::not_table::post("cs_NotTable", {vars, n, rows, count, false}));
 }

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "explain/explanation.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "core/ports.h"
+
+namespace koru::explain {
+
+namespace {
+
+// Ends the text at its first tab; what follows, or an empty text.
+char *cutAtTab(char *text) {
+  char *tab = std::strchr(text, '\t');
+  if (tab == nullptr) return text + std::strlen(text);
+  *tab = '\0';
+  return tab + 1;
+}
+
+// "file, line, address, function", separated by tabs; of a text that is none of these, all is the file.
+void split(char *text, CSreason &reason) {
+  char *line = cutAtTab(text);
+  char *address = cutAtTab(line);
+  reason.file = text;
+  reason.line = std::atoi(line);
+  reason.caller = cutAtTab(address);
+}
+
+}  // namespace
+
+bool Explanation::addReason(const Calls &calls, int call) {
+  const Place &place = calls.placeOf(call);
+  const char *text = place.text != nullptr ? place.text : koru::placeOf(place.poster.caller);
+  auto *copy = static_cast<char *>(allocate(std::strlen(text) + 1));
+  if (copy == nullptr) return false;
+  std::strcpy(copy, text);
+  texts[size] = copy;
+  CSreason &reason = list[size++];
+  reason = {place.poster.name, nullptr, 0, nullptr, calls[call].number, place.calls, call + 1};
+  split(copy, reason);
+  return true;
+}
+
+void Explanation::dropReasons() {
+  for (int i = 0; i < size; ++i) deallocate(texts[i]);
+  size = places = 0;
+  reasons = nullptr;
+}
+
+bool Explanation::nameReasons(const Runs &runs, const Reasons &found) {
+  dropReasons();
+  const Calls &calls = runs.calls();
+  const bool *in = found.best();
+  const auto n = static_cast<unsigned>(found.bestCount());
+  allPostings = calls.count();
+  allPlaces = calls.placeCount();
+  checks = runs.count();
+  if (!make(list, n) || !make(texts, n)) return false;
+  for (int i = 0; in != nullptr && i < calls.count(); ++i) {
+    if (!in[i]) continue;
+    if (!addReason(calls, i)) {
+      dropReasons();
+      return false;
+    }
+  }
+  for (int p = 0; in != nullptr && p < calls.placeCount(); ++p) places += calls.hasAnyAt(p, in) ? 1 : 0;
+  reasons = list.get();
+  return true;
+}
+
+}  // namespace koru::explain
