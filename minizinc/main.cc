@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <new>
 
 #include "minizinc/parser.h"
@@ -56,7 +57,10 @@ int solve(const Syntax &syntax, const Options &options, Clock::time_point start,
   const bool posted = model.post();
   times.post = secondsSince(start) - times.parse;
   if (mistake.isSet()) return complain(describe(syntax, mistake));
-  if (options.verbose) std::fprintf(stderr, "read in %.3f s, posted in %.3f s\n", times.parse, times.post);
+  if (options.verbose) {
+    std::fprintf(stderr, "read in %.3f s, posted in %.3f s, %.3f s of processor time\n", times.parse, times.post,
+                 static_cast<double>(std::clock()) / CLOCKS_PER_SEC);
+  }
   const bool right = run(syntax, model, posted, options, times, report);
   profiling.write();
   if (report.isStopping()) std::_Exit(right ? 0 : 1);  // undoing and freeing may take long
