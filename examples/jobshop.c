@@ -2,11 +2,11 @@
 // Job-shop scheduling: each job is a chain of operations, each on a machine of its own for a given time; a machine
 // works at one operation at a time. When can all be done?
 //
-// A start per operation, and for any two operations on a machine two 0/1 variables, one per order, of which exactly one
-// holds (cs_ReifLe, cs_Neq). The search decides orders, those with the least room first; when all are decided, every
-// start can take its minimum. cs_DisjunctiveTasks prunes each machine, and refuses nothing that is feasible, so the
-// last schedule is the best. With --fast, cs_Disjunctive takes its place: it may refuse a feasible schedule, so that
-// what it leaves is not always the best; for la03 that is 602 instead of 597.
+// A start per operation, and for any two operations on a machine a truth value that tells which comes first
+// (cs_EitherBefore). A search object decides these, those first that have little room and have failed often, as in the
+// best schedule so far; when all are decided, every start can take its minimum. cs_DisjunctiveTasks prunes each
+// machine, and refuses nothing that is feasible, so the last schedule is the best. With --fast, cs_Disjunctive takes
+// its place: it may refuse a feasible schedule, so that what it leaves is not always the best.
 #include "arguments.h"
 #include "chart.h"
 #include "jobshop_input.h"
@@ -29,7 +29,7 @@ static const char usage[] =
     "  --seconds N  stop after N seconds with the best schedule found by then\n"
     "  --svg FILE   draw the schedule into FILE as a picture\n"
     "  --quiet      print only the summary\n"
-    "  --stats      print the solver's statistics, too\n"
+    "  --stats      print what the search has done, too\n"
     "  --help       print this text\n"
     "\n"
     "Exit status: 0 when the schedule was proved to be shortest, 1 when it was not, 2 on bad input or bad arguments.\n";
@@ -44,22 +44,16 @@ typedef struct {
 
 typedef struct {
   int job, machine, duration;
-  CSint *start, *end;
+  CSint *start;
 } Operation;
-
-// Two operations on a machine, and whether the first comes before the second and the other way round.
-typedef struct {
-  const Operation *first, *second;
-  CSint *forward, *backward;
-} Pair;
 
 // Arrays that cs_Disjunctive keeps stay here until cs_end.
 typedef struct {
   Operation operations[MAX_OPERATIONS];
   CSint *starts[MAX_OPERATIONS];
   int nbOperations;
-  Pair pairs[MAX_PAIRS];
-  int nbPairs;
+  CSorder orders[MAX_PAIRS];
+  int nbOrders;
   CSint *machineStarts[MAX_MACHINES][MAX_JOBS];
   CSint *machineDurations[MAX_MACHINES][MAX_JOBS];
   CSint *makespan;
@@ -68,11 +62,11 @@ typedef struct {
 typedef struct {
   int starts[MAX_OPERATIONS];
   int makespan;  // -1 before the first schedule
-  double begun, deadline;
-  bool isQuiet, outOfTime;
+  double begun;
+  bool proved;
+  CSsearchStats stats;
 } Result;
 
-// Global because the callbacks of a search are given nothing but the variables that are labelled.
 static Model model;
 static Result result;
 
@@ -86,18 +80,19 @@ static int totalDuration(const Instance *instance) {
   return total;
 }
 
+static bool postPrecedence(const Operation *operation, CSint *next) {
+  return cs_PrecedenceIf(NULL, operation->start, CSINT(operation->duration), 0, next);
+}
+
 static bool postJob(const Instance *instance, int job, int horizon) {
-  CSint *previous = CSINT(0);
   for (int k = 0; k < instance->nbMachines; k++) {
     int number = model.nbOperations++, duration = instance->durations[job][k];
     CSint *start = cs_createCSint(0, horizon);
-    Operation *operation = &model.operations[number];
-    *operation = (Operation){job, instance->machines[job][k], duration, start, cs_Add(start, CSINT(duration))};
+    model.operations[number] = (Operation){job, instance->machines[job][k], duration, start};
     model.starts[number] = start;
-    if (!cs_Le(previous, start)) return false;
-    previous = operation->end;
+    if (k > 0 && !postPrecedence(&model.operations[number - 1], start)) return false;
   }
-  return cs_Le(previous, model.makespan);
+  return postPrecedence(&model.operations[model.nbOperations - 1], model.makespan);
 }
 
 // Two operations of one job are in order anyway, and one that takes no time is in nobody's way.
@@ -105,17 +100,17 @@ static bool inConflict(const Operation *a, const Operation *b) {
   return a->machine == b->machine && a->job != b->job && a->duration > 0 && b->duration > 0;
 }
 
-static bool postPair(const Operation *a, const Operation *b) {
-  Pair *pair = &model.pairs[model.nbPairs++];
-  *pair = (Pair){a, b, cs_ReifLe(a->end, b->start), cs_ReifLe(b->end, a->start)};
-  return cs_Neq(pair->forward, pair->backward);
+static bool postOrder(const Operation *a, const Operation *b) {
+  CSint *first = cs_createCSint(0, 1), *durationA = CSINT(a->duration), *durationB = CSINT(b->duration);
+  model.orders[model.nbOrders++] = (CSorder){first, {a->start, b->start}, {durationA, durationB}, a->machine};
+  return cs_EitherBefore(first, a->start, durationA, NULL, b->start, durationB, NULL);
 }
 
-static bool postPairs(void) {
+static bool postOrders(void) {
   for (int i = 0; i < model.nbOperations; i++) {
     for (int j = i + 1; j < model.nbOperations; j++) {
       const Operation *a = &model.operations[i], *b = &model.operations[j];
-      if (inConflict(a, b) && !postPair(a, b)) return false;
+      if (inConflict(a, b) && !postOrder(a, b)) return false;
     }
   }
   return true;
@@ -127,8 +122,9 @@ static bool boundByLoad(int machine) {
   for (int i = 0; i < model.nbOperations; i++) {
     const Operation *operation = &model.operations[i];
     if (operation->machine != machine) continue;
+    int latestEnd = cs_getMax(operation->start) + operation->duration;
     if (cs_getMin(operation->start) < head) head = cs_getMin(operation->start);
-    if (horizon - cs_getMax(operation->end) < tail) tail = horizon - cs_getMax(operation->end);
+    if (horizon - latestEnd < tail) tail = horizon - latestEnd;
     load += operation->duration;
   }
   return load == 0 || cs_GE(model.makespan, head + load + tail);
@@ -151,7 +147,7 @@ static bool postModel(const Instance *instance, const Options *options) {
   model.makespan = cs_createCSint(0, horizon);
   for (int job = 0; job < instance->nbJobs; job++)
     if (!postJob(instance, job, horizon)) return false;
-  if (!postPairs()) return false;
+  if (!postOrders()) return false;
   for (int machine = 0; machine < instance->nbMachines; machine++) {
     if (!boundByLoad(machine) || !postMachine(machine, options->fast)) return false;
   }
@@ -160,59 +156,33 @@ static bool postModel(const Instance *instance, const Options *options) {
 
 // --- Search ---
 
-// How much time is left around two operations when the first comes before the second.
-static int room(const Operation *first, const Operation *second) {
-  return cs_getMax(second->start) - cs_getMin(first->end);
+static CSsearch *createSearch(const Options *options) {
+  const CSsearchOptions how = {.size = sizeof how,
+                               .minimize = model.makespan,
+                               .guided = true,
+                               .restarts = CS_RESTARTS_GEOMETRIC,
+                               .milliseconds = 1000LL * options->seconds};
+  CSsearch *search = cs_createSearch(NULL, 0);
+  bool told = cs_setSearchOptions(search, &how) &&
+              cs_addSearchOrders(search, model.orders, model.nbOrders, CS_ORDER_SLACK_WDEG, CS_VALUE_SLACK) &&
+              cs_addSearchPhase(search, model.starts, model.nbOperations, CS_ORDER_SMALLEST_MIN, CS_VALUE_MIN);
+  return told ? search : NULL;
 }
 
-// The room of the tighter order, larger when the other order has much more (after Smith and Cheng, 1993).
-static double urgency(int one, int other) {
-  double least = one < other ? one : other, most = one < other ? other : one;
-  return least * least * (most + 1) / (least + 1);
-}
-
-// The pair whose order is decided next, and of it the order with less room: the search tries 0, its negation, first.
-static CSint *selectOrder(void) {
-  CSint *selected = NULL;
-  double best = 0;
-  for (int i = 0; i < model.nbPairs; i++) {
-    const Pair *pair = &model.pairs[i];
-    if (!cs_isFree(pair->forward)) continue;
-    int forward = room(pair->first, pair->second), backward = room(pair->second, pair->first);
-    double value = urgency(forward, backward);
-    if (selected != NULL && value >= best) continue;
-    best = value;
-    selected = forward >= backward ? pair->backward : pair->forward;
-  }
-  return selected;
-}
-
-// With all orders decided, the start that can be earliest: its minimum fits.
-static CSint *selectStart(CSint **starts, int nbStarts) {
-  CSint *selected = NULL;
-  for (int i = 0; i < nbStarts; i++) {
-    if (cs_isFree(starts[i]) && (selected == NULL || cs_getMin(starts[i]) < cs_getMin(selected))) selected = starts[i];
-  }
-  if (selected == NULL && cs_isFree(model.makespan)) return model.makespan;
-  return selected;
-}
-
-static CSint *selectNext(CSint **starts, int nbStarts) {
-  if (result.deadline > 0 && secondsNow() > result.deadline) {
-    result.outOfTime = true;
-    cs_cancelSearch();
-  }
-  CSint *order = selectOrder();
-  return order != NULL ? order : selectStart(starts, nbStarts);
+static void keepSchedule(bool isQuiet) {
+  for (int i = 0; i < model.nbOperations; i++) result.starts[i] = cs_getValue(model.starts[i]);
+  result.makespan = cs_getValue(model.makespan);
+  if (isQuiet) return;
+  printf("Makespan %d after %.2f s\n", result.makespan, secondsNow() - result.begun);
+  fflush(stdout);
 }
 
 // Each schedule is shorter than the one before.
-static void keepSchedule(CSint **starts, int nbStarts, CSint *makespan) {
-  for (int i = 0; i < nbStarts; i++) result.starts[i] = cs_getValue(starts[i]);
-  result.makespan = cs_getValue(makespan);
-  if (result.isQuiet) return;
-  printf("Makespan %d after %.2f s\n", result.makespan, secondsNow() - result.begun);
-  fflush(stdout);
+static void searchAll(const Options *options) {
+  CSsearch *search = createSearch(options);
+  while (cs_nextSolution(search) == CS_STATUS_SOLUTION) keepSchedule(options->quiet);
+  result.proved = cs_getSearchStatus(search) == CS_STATUS_OPTIMAL && !options->fast;
+  cs_getSearchStats(search, &result.stats, sizeof result.stats);
 }
 
 // --- Output ---
@@ -258,38 +228,40 @@ static int drawChart(const Instance *instance, const char *path) {
   return closePicture(program, path, &picture);
 }
 
-static void printSummary(const Instance *instance, bool proved) {
+static void printSummary(const Instance *instance) {
   printf("%d job%s, %d machine%s: ", instance->nbJobs, instance->nbJobs == 1 ? "" : "s", instance->nbMachines,
          instance->nbMachines == 1 ? "" : "s");
   if (result.makespan < 0)
     printf("no schedule found");
   else
-    printf("makespan %d, %s", result.makespan, proved ? "proved shortest" : "not proved shortest");
-  printf(" | %d fails, %d choice points | %.2f s\n", cs_getNbFails(), cs_getNbChoicePoints(),
-         secondsNow() - result.begun);
+    printf("makespan %d, %s", result.makespan, result.proved ? "proved shortest" : "not proved shortest");
+  printf(" | %lld fails | %.2f s\n", result.stats.fails, secondsNow() - result.begun);
+}
+
+static void printStats(void) {
+  const CSsearchStats *stats = &result.stats;
+  printf("%lld choice points, %lld restarts, %lld no-goods, %lld calls of propagators; the best after %.2f s\n",
+         stats->choicePoints, stats->restarts, stats->noGoods, stats->wakings, stats->secondsToBest);
 }
 
 // --- The run ---
 
 static int report(const Instance *instance, const Options *options) {
-  bool proved = result.makespan >= 0 && !result.outOfTime && !options->fast;
   if (result.makespan >= 0 && !options->quiet) printChart(instance);
-  printSummary(instance, proved);
-  if (options->stats) cs_printStats();
+  printSummary(instance);
+  if (options->stats) printStats();
   if (result.makespan >= 0 && options->svg != NULL && drawChart(instance, options->svg) != EXIT_AS_HOPED)
     return EXIT_TROUBLE;
-  return proved ? EXIT_AS_HOPED : EXIT_OTHERWISE;
+  return result.proved ? EXIT_AS_HOPED : EXIT_OTHERWISE;
 }
 
 static int run(const Instance *instance, const Options *options) {
   result.makespan = -1;
-  result.isQuiet = options->quiet;
   result.begun = secondsNow();
-  if (options->seconds > 0) result.deadline = result.begun + options->seconds;
   startSolver(program);
   int status = EXIT_TROUBLE;
   if (postModel(instance, options)) {
-    cs_minimize(model.starts, model.nbOperations, selectNext, model.makespan, keepSchedule);
+    searchAll(options);
     status = report(instance, options);
   } else {
     // There is always a schedule, so this is not a matter of the instance.

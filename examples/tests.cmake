@@ -450,9 +450,20 @@ koru_example_test(jobshop.dash jobshop 0 ARGS --quiet - INPUT "${data}/jobshop_f
   EXPECT "^6 jobs, 6 machines: makespan 55, proved shortest [|] ")
 koru_example_test(jobshop.fast jobshop 1 ARGS --quiet --fast "${data}/jobshop_ft06.txt"
   EXPECT "^6 jobs, 6 machines: makespan 55, not proved shortest [|] ")
-koru_example_test(jobshop.stopped jobshop 1 ARGS --quiet --seconds 1 "${data}/jobshop_ft10.txt"
-  EXPECT "^10 jobs, 10 machines: makespan [0-9]+, not proved shortest [|] ")
-koru_example_test(jobshop.stats jobshop 0 ARGS --quiet --stats "${data}/jobshop_ft06.txt" EXPECT "\nNb Fails = [0-9]+\n")
+set(shop "13 13")
+foreach(job RANGE 12)
+  string(APPEND shop "\n")
+  foreach(k RANGE 12)
+    math(EXPR machine "(${job} + ${k} * (${job} % 12 + 1)) % 13")
+    math(EXPR duration "(${job} * ${job} * 31 + ${k} * 47 + ${job} * ${k} * 17) % 89 + 10")
+    string(APPEND shop " ${machine} ${duration}")
+  endforeach()
+endforeach()
+koru_example_input(hard_file jobshop_hard.txt "${shop}\n")
+koru_example_test(jobshop.stopped jobshop 1 ARGS --quiet --seconds 1 "${hard_file}"
+  EXPECT "^13 jobs, 13 machines: makespan [0-9]+, not proved shortest [|] ")
+koru_example_test(jobshop.stats jobshop 0 ARGS --quiet --stats "${data}/jobshop_ft06.txt"
+  EXPECT "\n[0-9]+ choice points, [0-9]+ restarts, ")
 set(jobshop_svg "${CMAKE_CURRENT_BINARY_DIR}/inputs/jobshop.svg")
 koru_example_test(jobshop.svg jobshop 0 ARGS --quiet --svg "${jobshop_svg}" "${data}/jobshop_ft06.txt"
   EXPECT "makespan 55" WRITES "${jobshop_svg}" EXPECT_WRITTEN "^<svg .*Job shop: 6 jobs, 6 machines, makespan 55<.*>job 5<.*>machine 0<.*</svg>\n$")

@@ -45,13 +45,13 @@ const int *OneMachine::sorted(Key by) {
   return first;
 }
 
-void OneMachine::startTree() {
+void OneMachine::startTree(bool usesGrey) {
   const int *order = sorted(kByEarliest);
   for (int leaf = 0; leaf < count_; ++leaf) {
     taskOf_[leaf] = order[leaf];
     leafOf_[order[leaf]] = leaf;
   }
-  tree_.clear(count_);
+  tree_.clear(count_, usesGrey);
 }
 
 // From now on time runs the other way.
@@ -94,9 +94,14 @@ bool OneMachine::take(bool ofStarts) {
 
 // ----- the rules
 
+bool OneMachine::anyOptional() const {
+  return std::any_of(tasks_.get(), tasks_.get() + count_,
+                     [](const Task &task) { return !task.isIn() && !task.isOut(); });
+}
+
 bool OneMachine::overload() {
   const int *byLatest = sorted(kByLatest);
-  startTree();
+  startTree(anyOptional());
   for (int k = 0; k < count_; ++k) {
     const Task &task = tasks_[byLatest[k]];
     if (task.isOut()) continue;
@@ -111,18 +116,10 @@ bool OneMachine::overload() {
   return true;
 }
 
-Time OneMachine::completionWithout(int i, bool isWhite) {
-  if (!isWhite) return tree_.completion();
-  tree_.remove(leafOf_[i]);
-  const Time completion = tree_.completion();
-  makeWhite(i);
-  return completion;
-}
-
 bool OneMachine::precedences() {
   const int *byEnd = sorted(kByEarliestEnd);
   const int *byStart = sorted(kByLatestStart);
-  startTree();
+  startTree(false);
   startBounds(true);
   int next = 0;
   for (int k = 0; k < count_; ++k) {
@@ -141,7 +138,7 @@ bool OneMachine::precedences() {
 bool OneMachine::notLast() {
   const int *byLatest = sorted(kByLatest);
   const int *byStart = sorted(kByLatestStart);
-  startTree();
+  startTree(false);
   startBounds(false);
   int next = 0;
   int last = ThetaTree::kNobody;
@@ -165,10 +162,11 @@ bool OneMachine::notLast() {
 // late.
 bool OneMachine::edges() {
   const int *byLatest = sorted(kByLatest);
-  startTree();
+  startTree(true);
   startBounds(true);
   for (int i = 0; i < count_; ++i)
-    if (tasks_[i].isIn()) makeWhite(i);
+    if (tasks_[i].isIn()) tree_.placeWhite(leafOf_[i], tasks_[i].earliest, tasks_[i].length);
+  tree_.allPlaced();
   for (int k = count_ - 1; k >= 0; --k) {
     const int j = byLatest[k];
     if (tasks_[j].isOut()) continue;

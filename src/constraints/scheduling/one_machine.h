@@ -56,17 +56,20 @@ class OneMachine {
 
   Time key(Key by, int i) const;
   const int *sorted(Key by);
-  void startTree();
+  void startTree(bool usesGrey);
   void mirror();
   template <bool (OneMachine::*rule)()>
   bool bothWays();
+  bool anyOptional() const;
   bool overload();
   bool precedences();
   bool notLast();
   bool edges();
   void makeWhite(int i) { tree_.makeWhite(leafOf_[i], tasks_[i].earliest, tasks_[i].length); }
   void makeGrey(int i) { tree_.makeGrey(leafOf_[i], tasks_[i].earliest, tasks_[i].length); }
-  Time completionWithout(int i, bool isWhite);
+  Time completionWithout(int i, bool isWhite) const {
+    return isWhite ? tree_.completionWithout(leafOf_[i]) : tree_.completion();
+  }
   void startBounds(bool ofStarts);
   bool take(bool ofStarts);
 

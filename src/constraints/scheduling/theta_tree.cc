@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "constraints/scheduling/theta_tree.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace koru::scheduling {
@@ -9,25 +10,41 @@ static unsigned leavesFor(int count) { return std::bit_ceil(static_cast<unsigned
 
 ThetaTree::ThetaTree(int most) { make(nodes_, std::uint64_t{2} * leavesFor(most)); }
 
-void ThetaTree::clear(int count) {
+void ThetaTree::clear(int count, bool usesGrey) {
+  usesGrey_ = usesGrey;
   leaves_ = static_cast<int>(leavesFor(count));
-  for (int k = 1; k < 2 * leaves_; ++k) nodes_[k] = {0, kNever, 0, kNever, kNobody, kNobody};
-}
-
-void ThetaTree::makeWhite(int leaf, Time start, Time length) {
-  set(leaf, {length, start + length, length, start + length, kNobody, kNobody});
+  for (int k = 1; k < 2 * leaves_; ++k) nodes_[k] = kEmpty;
 }
 
 void ThetaTree::makeGrey(int leaf, Time start, Time length) {
   set(leaf, {0, kNever, length, start + length, leaf, leaf});
 }
 
-void ThetaTree::remove(int leaf) { set(leaf, {0, kNever, 0, kNever, kNobody, kNobody}); }
+void ThetaTree::allPlaced() {
+  for (int k = leaves_ - 1; k >= 1; --k) nodes_[k] = both(nodes_[2 * k], nodes_[2 * k + 1]);
+}
+
+// Up from the leaf, as if there were nothing.
+Time ThetaTree::completionWithout(int leaf) const {
+  Time length = 0;
+  Time completion = kNever;
+  for (int k = leaves_ + leaf; k > 1; k /= 2) {
+    const Node &beside = nodes_[k ^ 1];
+    completion = k % 2 == 0 ? std::max(beside.completion, completion + beside.length)
+                            : std::max(completion, beside.completion + length);
+    length += beside.length;
+  }
+  return completion;
+}
+
+void ThetaTree::sumWhite(Node &node, const Node &left, const Node &right) {
+  node.length = left.length + right.length;
+  node.completion = std::max(right.completion, left.completion + right.length);
+}
 
 ThetaTree::Node ThetaTree::both(const Node &left, const Node &right) {
   Node node = right;
-  node.length = left.length + right.length;
-  if (left.completion + right.length > node.completion) node.completion = left.completion + right.length;
+  sumWhite(node, left, right);
   node.greyLength = left.length + right.greyLength;
   if (left.greyLength + right.length > node.greyLength) {
     node.greyLength = left.greyLength + right.length;
@@ -47,7 +64,11 @@ ThetaTree::Node ThetaTree::both(const Node &left, const Node &right) {
 void ThetaTree::set(int leaf, const Node &node) {
   int k = leaves_ + leaf;
   nodes_[k] = node;
-  for (k /= 2; k >= 1; k /= 2) nodes_[k] = both(nodes_[2 * k], nodes_[2 * k + 1]);
+  if (usesGrey_) {
+    for (k /= 2; k >= 1; k /= 2) nodes_[k] = both(nodes_[2 * k], nodes_[2 * k + 1]);
+  } else {
+    for (k /= 2; k >= 1; k /= 2) sumWhite(nodes_[k], nodes_[2 * k], nodes_[2 * k + 1]);
+  }
 }
 
 }  // namespace koru::scheduling
