@@ -30,6 +30,7 @@
 #ifndef KORU_HPP
 #define KORU_HPP
 
+#include "koru/schedules.hpp"
 #include "koru/search.hpp"
 
 namespace koru {

@@ -110,11 +110,13 @@ struct Order {
   Order(F f) : kind(CS_ORDER_HOST), choose(std::move(f)) {}
 };
 
-/// Which decision is taken first: one of the constants, prefer(values), or a function of the variable.
+/// Which decision is taken first: one of the constants, prefer(values), select(selectors), or a function of the
+/// variable.
 struct Value {
   int kind = CS_VALUE_MIN;
   std::function<Decision(IntVar)> choose{};
   std::vector<int> preferred{};
+  std::vector<CSvalueSelector *> selectors{};
 
   explicit Value(int k) : kind(k) {}
   Value() = default;
@@ -135,6 +137,14 @@ inline Value prefer(std::vector<int> values, Value otherwise = Value()) {
   return otherwise;
 }
 
+/// The first decision of a value selector of koru.h, for each of the labelled variables; they outlive the search. Null:
+/// the minimum.
+inline Value select(std::vector<CSvalueSelector *> selectors) {
+  Value value(CS_VALUE_SELECTOR);
+  value.selectors = std::move(selectors);
+  return value;
+}
+
 /// When the search begins again, having learnt.
 struct Restart {
   int kind = CS_RESTARTS_NONE;
@@ -150,9 +160,15 @@ struct Neighbours {
   int kind = CS_NEIGHBOURS_NONE;
   int fails = 0;
   int percent = 0;
+  std::function<std::vector<std::size_t>(std::span<const int>)> choose{};
 };
 inline Neighbours random_neighbours(int fails = 0, int percent = 0) { return {CS_NEIGHBOURS_RANDOM, fails, percent}; }
 inline Neighbours linked_neighbours(int fails = 0, int percent = 0) { return {CS_NEIGHBOURS_LINKED, fails, percent}; }
+/// Those at the positions that a function returns, which is handed the values of the best solution.
+inline Neighbours chosen_neighbours(std::function<std::vector<std::size_t>(std::span<const int>)> choose,
+                                    int fails = 0) {
+  return {CS_NEIGHBOURS_HOST, fails, 0, std::move(choose)};
+}
 
 /// Variables to be labelled after the others, in an order of their own; the order and the value are constants.
 struct Phase {
@@ -273,6 +289,7 @@ class Solutions {
       accept(cs_setSearchOptions(search, &o));
       hints(how.vars, how.value, accept);
       for (const Phase &phase : how.then) {
+        accept(phase.value.selectors.empty());  // they are for the first variables
         accept(cs_addSearchPhase(search, state->pointers(phase.vars).data(), detail::sizeOf(phase.vars.size()),
                                  phase.order.kind, phase.value.kind));
         how.vars.insert(how.vars.end(), phase.vars.begin(), phase.vars.end());
@@ -311,6 +328,9 @@ class Solutions {
       o.memory = how.memory;
       o.chooseVariable = how.order.choose ? chooseVariable : nullptr;
       o.chooseValue = how.value.choose ? chooseValue : nullptr;
+      o.chooseRelaxed = how.neighbours.choose ? chooseRelaxed : nullptr;
+      if (!how.value.selectors.empty()) detail::sameSize(how.value.selectors.size(), how.vars.size());
+      o.selectors = how.value.selectors.data();
       o.progress = how.progress ? progress : nullptr;
       o.progressMilliseconds = milliseconds(how.progress_seconds);
       o.extra = this;
@@ -363,6 +383,18 @@ class Solutions {
       return run->state->guard(false, [&] {
         const Decision d = run->how.value.choose(run->how.vars[static_cast<std::size_t>(index)]);
         *decision = {static_cast<int>(d.relation), d.value};
+        return true;
+      });
+    }
+
+    static void chooseRelaxed(bool *relaxed, const int *best, int n, void *extra) {
+      auto *run = static_cast<Run *>(extra);
+      const std::size_t size = static_cast<std::size_t>(n);
+      run->state->guard(false, [&] {
+        for (const std::size_t i : run->how.neighbours.choose({best, size})) {
+          if (i >= size) throw std::out_of_range("koru: no position of a variable");
+          relaxed[i] = true;
+        }
         return true;
       });
     }

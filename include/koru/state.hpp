@@ -58,6 +58,7 @@ class IntVar {
  public:
   IntVar() = default;  ///< of no model: good for nothing but to be assigned to
 
+  bool given() const { return state_ != nullptr; }  ///< is it one of a model?
   int min() const;
   int max() const;
   int size() const;  ///< the number of values

@@ -238,6 +238,70 @@ TEST(CppConstraint, Rectangles) {
   EXPECT_THROW(koru::no_overlap({x[0]}, {x[0]}, {x[0]}, {}), std::invalid_argument);
 }
 
+TEST(CppConstraint, TasksWithTimesBetween) {
+  // After task 0 comes nothing for 3 units, after task 1 one can go on; the second is there when the third says so.
+  const auto apart = [](const Values &v) { return v[2] < 1 || v[1] >= v[0] + 4 || v[0] >= v[1] + 2; };
+  koru::Model m;
+  const IntVars x = m.ints(3, 0, 5);
+  const IntVars starts = part(x, 0, 2);
+  const IntVars ones = m.constants({1, 1});
+  m.post(koru::transitions(starts, ones, {0, 1}, {0, 1}, {{0, 3}, {1, 0}}, {ones[0], x[2]}));
+  EXPECT_EQ(found(m, x), counted(3, 0, 5, apart));
+  m.post(koru::transitions(starts, ones, {0, 1}, {0, 1}, {{0, 3}, {1, 0}}));
+  EXPECT_EQ(found(m, x), counted(3, 0, 5, [&](const Values &v) { return apart({v[0], v[1], 1}); }));
+  EXPECT_THROW(koru::transitions(starts, ones, {0}, {0, 1}, {{0}}), std::invalid_argument);
+  EXPECT_THROW(koru::transitions(starts, ones, {0, 1}, {0, 1}, {{0, 3}, {1}}), std::invalid_argument);
+}
+
+TEST(CppConstraint, Precedences) {
+  koru::Model m;
+  const IntVars x = m.ints(3, 0, 4);
+  m.post(koru::precedence(x[0], m.constant(1), x[1], 1, x[2]));
+  EXPECT_EQ(found(m, x), counted(3, 0, 4, [](const Values &v) { return v[2] < 1 || v[0] + 2 <= v[1]; }));
+  m.post(koru::precedence(x[1], m.constant(2), x[0]));
+  EXPECT_EQ(found(m, x), counted(3, 0, 4, [](const Values &v) { return v[2] < 1 && v[1] + 2 <= v[0]; }));
+}
+
+TEST(CppConstraint, TasksOfTasks) {
+  koru::Model m;
+  const IntVar one = m.constant(1);
+  const IntVars x = m.ints(4, 0, 2);
+  {
+    const koru::Context c = m.context();
+    m.post(koru::span(x[0], x[1], {x[2], x[3]}, {one, one}));
+    EXPECT_EQ(found(m, x), counted(4, 0, 2, [](const Values &v) {
+                const int first = std::min(v[2], v[3]);
+                return v[0] == first && v[0] + v[1] == std::max(v[2], v[3]) + 1;
+              }));
+  }
+  {
+    const koru::Context c = m.context();
+    m.post(koru::span(x[0], one, {x[1]}, {one}, {x[2]}, x[3]));
+    EXPECT_EQ(found(m, x),
+              counted(4, 0, 2, [](const Values &v) { return (v[2] > 0) == (v[3] > 0) && (v[3] < 1 || v[0] == v[1]); }));
+  }
+  m.post(koru::alternative(x[0], one, {x[1], x[2]}, {one, one}, {x[3], m.reify(x[3] == 0)}));
+  EXPECT_EQ(found(m, x), counted(4, 0, 2, [](const Values &v) { return v[0] == (v[3] > 0 ? v[1] : v[2]); }));
+  EXPECT_THROW(koru::span(one, one, {one}, {}), std::invalid_argument);
+}
+
+TEST(CppConstraint, Levels) {
+  const auto stays = [](const Values &v) {
+    for (int now = 0; now <= 2; ++now) {
+      const int level = (v[0] <= now && v[2] > 0 ? -1 : 0) + (v[1] <= now ? 1 : 0);
+      if (level < 0 || level > 1) return false;
+    }
+    return true;
+  };
+  koru::Model m;
+  const IntVars x = m.ints(3, 0, 2);
+  const IntVars changes = m.constants({-1, 1});
+  m.post(koru::reservoir({x[0], x[1]}, changes, 0, 0, 1, {x[2], m.constant(1)}));
+  EXPECT_EQ(found(m, x), counted(3, 0, 2, stays));
+  m.post(koru::reservoir({x[0], x[1]}, changes, 0, 0, 1));
+  EXPECT_EQ(found(m, x), counted(3, 0, 2, [&](const Values &v) { return stays({v[0], v[1], 1}); }));
+}
+
 // --- Results ---
 
 // A result of the first variables of lo..hi, against its meaning; where there is none, there is no solution.

@@ -116,11 +116,24 @@ TEST(CppSearch, HasTheSolutionsWhateverItsOptions) {
       }
     }
   }
-  for (const koru::Neighbours &n : {koru::random_neighbours(5, 50), koru::linked_neighbours()}) {
-    const koru::Result r = m.maximize(q[0] + q[3], {.vars = q, .neighbours = n, .random_ties = true});
+  std::size_t asked = 0;
+  const koru::Neighbours ends = koru::chosen_neighbours(
+      [&](std::span<const int> best) -> std::vector<std::size_t> {
+        asked += best.size() == 6 ? 1 : 0;
+        return {0, best.size() - 1};
+      },
+      5);
+  for (const koru::Neighbours &n : {koru::random_neighbours(5, 50), koru::linked_neighbours(), ends}) {
+    const koru::Result r =
+        m.maximize(q[0] + q[3], {.vars = q, .restart = koru::constant(1), .neighbours = n, .random_ties = true});
     EXPECT_EQ(r.status, koru::optimal);
     EXPECT_EQ(r.best[q[0] + q[3]], 9);
   }
+  EXPECT_GT(asked, 0u);
+  const koru::Neighbours none =
+      koru::chosen_neighbours([](std::span<const int>) { return std::vector{std::size_t{6}}; });
+  const koru::Search wrong = {.vars = q, .restart = koru::constant(1), .neighbours = none};
+  EXPECT_THROW(m.maximize(q[0] + q[3], wrong), std::out_of_range);
 }
 
 TEST(CppSearch, HonoursPreferencesAndPhases) {
@@ -132,6 +145,18 @@ TEST(CppSearch, HonoursPreferencesAndPhases) {
       m.solve({.vars = first, .value = koru::prefer({4, 7}), .then = {{.vars = last, .value = koru::max_value}}});
   EXPECT_EQ(r.best[x], (Values{4, 7, 9, 9}));
   EXPECT_THROW(m.solve({.vars = first, .value = koru::prefer({4})}), std::invalid_argument);
+}
+
+TEST(CppSearch, AsksValueSelectors) {
+  Model m;
+  const IntVars x = m.ints(3, 0, 9);
+  CSvalueSelector *down = cs_getValueSelector(CS_SELECT_DESCENDING);
+  CSvalueSelector *median = cs_getValueSelector(CS_SELECT_MEDIAN);
+  const koru::Value by = koru::select({down, nullptr, median});
+  EXPECT_EQ(m.solve({.vars = x, .value = by}).best[x], (Values{9, 0, 4}));
+  const IntVars two = {x[0], x[1]};
+  EXPECT_THROW(m.solve({.vars = two, .value = by}), std::invalid_argument);
+  EXPECT_THROW(m.solve({.vars = two, .then = {{.vars = {x[2]}, .value = by}}}), std::invalid_argument);
 }
 
 TEST(CppSearch, StopsAtItsLimits) {
