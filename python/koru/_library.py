@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 """The shared library: found, loaded, and told how its functions are called.
 
-The library is looked for where the environment's KORU_LIBRARY says, then in this folder (a wheel brings it along), then
-where the system keeps libraries. Of koru.h and koru_extras.h only what this package calls is declared, in SIGNATURES;
+The library is the one that the environment's KORU_LIBRARY names, or that in this folder (a wheel brings it along), or
+that of the system. Of koru.h and koru_extras.h only what this package calls is declared, in SIGNATURES;
 tests compare that with the headers.
 
 The interpreter is held while the library works, so that no two threads are in it at a time; only a search lets other
@@ -188,7 +188,7 @@ def _candidates() -> List[str]:
         return [told]
     here = Path(__file__).resolve().parent
     beside = [str(here / name) for name in NAMES if (here / name).exists()]
-    return beside + [found for found in (ctypes.util.find_library("koru"),) if found] + list(NAMES)
+    return beside or [*NAMES, ctypes.util.find_library("koru") or NAMES[0]]
 
 
 def _declare(library: Any) -> None:

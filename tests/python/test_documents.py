@@ -49,10 +49,11 @@ class Documents(unittest.TestCase):
         self.assertEqual(sorted(told), sorted(path.name for path in folder.glob("*.py")))
         with tempfile.TemporaryDirectory() as scratch:
             for name, output in told.items():
-                picture = Path(scratch) / f"{name}.svg"
+                picture = Path(scratch) / Path(name).with_suffix(".svg")
                 with self.subTest(name), unittest.mock.patch.object(sys, "argv", [name, "--svg", str(picture)]):
                     self.compare(lambda n=name: runpy.run_path(str(folder / n), run_name="__main__"), output)
-            self.assertGreater(len(list(Path(scratch).iterdir())), 2)
+            drawn = {path.name: path.read_text(encoding="utf-8") for path in Path(scratch).iterdir()}
+        self.assertEqual(drawn, {path.name: path.read_text(encoding="utf-8") for path in folder.glob("*.svg")})
 
 
 if __name__ == "__main__":
