@@ -15,13 +15,14 @@ using namespace koru::profile;
 namespace {
 
 constexpr char kUsage[] =
-    "usage: koru-profile [--top N] [--html FILE] [REPORT]\n"
+    "usage: koru-profile [--top N] [--html FILE] [--json] [REPORT]\n"
     "\n"
     "Shows how often the constraints that each place of a program has posted ran, and how often they failed, from the\n"
     "report that cs_profilerWriteFile writes (standard input without one, or for -).\n"
     "\n"
     "  --top N      print the N places with the most calls only\n"
     "  --html FILE  write FILE, a page with the same table, which can be sorted, and the source lines, instead\n"
+    "  --json       print the whole as JSON, instead\n"
     "  --help       print this text\n"
     "\n"
     "Exit status: 0 when the report was shown, 2 on bad input or bad arguments.\n";
@@ -29,6 +30,7 @@ constexpr char kUsage[] =
 struct Options {
   std::size_t top = 0;
   const char *page = nullptr;
+  bool json = false;
   const char *report = nullptr;
 };
 
@@ -60,6 +62,8 @@ Options parseArguments(char **argv) {
       options.top = parseTop(argumentOf(argv, i));
     } else if (argument == "--html") {
       options.page = argumentOf(argv, i);
+    } else if (argument == "--json") {
+      options.json = true;
     } else if (argument.size() > 1 && argument[0] == '-') {
       complain("unknown option " + argument);
     } else if (options.report != nullptr) {
@@ -87,7 +91,10 @@ void show(const Profile &profile, const Options &options) {
   if (options.page == nullptr) {
     const char *noColour = std::getenv("NO_COLOR");
     const bool colours = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || noColour[0] == '\0');
-    writeTable(std::cout, profile, options.top, colours);
+    if (options.json)
+      writeJson(std::cout, profile);
+    else
+      writeTable(std::cout, profile, options.top, colours);
     if (!std::cout.flush()) complain("cannot write the output");
     return;
   }

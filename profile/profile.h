@@ -46,4 +46,7 @@ void writeTable(std::ostream &out, const Profile &profile, std::size_t top, bool
 // One page that needs no other file: the table, which can be sorted, with bars and the source lines that can be read.
 void writePage(std::ostream &out, const Profile &profile, const std::string &title);
 
+// An object with the sums and an array of the entries, most calls first; times in seconds since 1970, 0 for none.
+void writeJson(std::ostream &out, const Profile &profile);
+
 }  // namespace koru::profile

@@ -81,6 +81,10 @@ TEST_F(CommandDeathTest, WritesThePageInsteadOfTheTable) {
               "^koru-profile: .*: cannot be written");
 }
 
+TEST_F(CommandDeathTest, PrintsJson) {
+  EXPECT_PRED2(has, outputOf({"--json", report}), "\"places\": [\n{\"calls\": 9, \"fails\": 0, \"posted\": 1, ");
+}
+
 TEST_F(CommandDeathTest, RefusesArgumentsThatItDoesNotKnow) {
   EXPECT_EXIT(run({"--fast"}), ExitedWithCode(2), "^koru-profile: unknown option --fast");
   EXPECT_EXIT(run({"a", "b"}), ExitedWithCode(2), "^koru-profile: more than one report");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The table and the page that koru-profile makes of a profile.
+// The table, the page and the JSON text that koru-profile makes of a profile.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -53,6 +53,27 @@ TEST(Table, ShowsTheTopOnly) {
 }
 
 TEST(Table, OfNothing) { EXPECT_TRUE(has(tableOf(Profile{}, 0, false), "0 calls, 0 fails at 0 places\n")); }
+
+TEST(Json, HasEverything) {
+  Profile profile = sample();
+  profile.startTime = 5;
+  profile.entries[1].caller = "a \"b\"\\c\td";
+  std::ostringstream out;
+  writeJson(out, profile);
+  EXPECT_EQ(
+      out.str(),
+      "{\"version\": \"3.8.0\", \"startTime\": 5, \"endTime\": 0, \"calls\": 2000, \"fails\": 300, \"places\": [\n"
+      "{\"calls\": 1500, \"fails\": 300, \"posted\": 1, \"function\": \"cs_AllNeq\", \"file\": \"m.c\", "
+      "\"line\": 12, \"caller\": \"main\"},\n"
+      "{\"calls\": 500, \"fails\": 0, \"posted\": 20, \"function\": \"cs_Neq\", \"file\": \"m.c\", "
+      "\"line\": 13, \"caller\": \"a \\\"b\\\"\\\\c\\u0009d\"}\n]}\n");
+}
+
+TEST(Json, OfNothing) {
+  std::ostringstream out;
+  writeJson(out, Profile{});
+  EXPECT_TRUE(out.str().ends_with("\"fails\": 0, \"places\": [\n]}\n")) << out.str();
+}
 
 TEST(Table, SendsNoControlCharactersToTheTerminal) {
   Profile profile = sample();
