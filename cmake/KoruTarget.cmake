@@ -10,6 +10,13 @@ function(koru_warnings target)
             $<$<BOOL:${KORU_WERROR}>:-Werror>)
 endfunction()
 
+# koru_wide_clock TARGET: a clock of 64 bits in 32-bit code, which the GNU C library has since 2.34.
+function(koru_wide_clock target)
+  if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_definitions(${target} PRIVATE _TIME_BITS=64 _FILE_OFFSET_BITS=64)
+  endif()
+endfunction()
+
 # Exception tables stay on: the library throws nothing, but a callback of the host may throw through it, and the
 # guards on the way must run.
 function(koru_library target)
@@ -32,10 +39,7 @@ function(koru_library target)
   if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(${target} PRIVATE -fno-omit-frame-pointer)
   endif()
-  # A clock of 64 bits in 32-bit code, which the GNU C library has since 2.34.
-  if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
-    target_compile_definitions(${target} PRIVATE _TIME_BITS=64 _FILE_OFFSET_BITS=64)
-  endif()
+  koru_wide_clock(${target})
   set_target_properties(
     ${target}
     PROPERTIES POSITION_INDEPENDENT_CODE ON
