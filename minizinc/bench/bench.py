@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 """Compare fzn-koru with another solver on MiniZinc models.
 
-The models are a folder with bench.json: a list of {name, model, data: [...], kind: sat|min|max, annotated: y|n}, paths
-relative to the folder. Each is compiled for each solver, then solved under a limit of processor time that begins after
+The models are a folder with bench.json: a list of {name, model, data: [...]} and what else there may be, paths relative
+to the folder. Each is compiled for each solver, then solved under a limit of processor time that begins after
 the compilation. What is reported for each run: status, objective, seconds, failures. Statuses and objectives of runs
 that have ended are compared; times where both solvers went through the same tree, and fails a second where both were
 stopped. The table may also be had in Markdown, times sorted as a cactus plot in SVG.
@@ -87,6 +87,11 @@ def goal_of(fzn):
     return found[1] if found else None
 
 
+def kind_of(fzn):
+    goals = re.findall(r"\b(satisfy|minimize|maximize)\b", Path(fzn).read_text())
+    return {"minimize": "min", "maximize": "max"}.get(goals[-1] if goals else "", "sat")
+
+
 def result_of(text, code, kind, seconds, goal):
     found = text.count("----------")
     objective = value_of(text, "objective") if kind != "sat" and found else None
@@ -110,8 +115,10 @@ def solve(folder, instance, msc, options, verify):
         fzn = f"{scratch}/model.fzn"
         compiled, why = compile_model(folder, instance, msc, fzn)
         if not compiled:
+            instance.setdefault("kind", "sat")
             return {"status": "error: " + why.strip().splitlines()[-1] if why else "error", "objective": None,
                     "seconds": 0, "failures": None}
+        instance["kind"] = kind_of(fzn)
         flags = ["-s"] + (["-f"] if options.free else []) + (["-a"] if instance["kind"] != "sat" else []) + verify
         text, seconds, code = run([read_msc(msc), *flags, fzn], options.seconds)
         return result_of(text, code, instance["kind"], seconds, goal_of(fzn))
@@ -158,7 +165,7 @@ def markdown(rows, names, path):
     def cells(row, i):
         r = row["results"][i]
         status = f"**{r['status']}**" if is_done(row, i) else r["status"][:20]
-        return f"{status} {shown(r['objective'])} | {r['seconds']:.2f} | {shown(r['failures'])}"
+        return f"{status} {shown(r['objective'])}".strip() + f" | {r['seconds']:.2f} | {shown(r['failures'])}"
     lines = ["| instance | " + " | ".join(f"{n} | s | fails" for n in names) + " |",
              "|---|" + "---|---:|---:|" * len(names)]
     lines += [f"| {row['name']} | " + " | ".join(cells(row, i) for i in range(len(names))) + " |" for row in rows]
