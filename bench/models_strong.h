@@ -13,6 +13,7 @@ namespace koru::bench {
 inline int sizeOf(const Array &x) { return static_cast<int>(x.size()); }
 inline bool allNeqDomain(Array &x) { return cs_AllNeqDomain(x.data(), sizeOf(x)); }
 inline bool allNeqBounds(Array &x) { return cs_AllNeqBounds(x.data(), sizeOf(x)); }
+inline bool allNeqBoth(Array &x) { return allNeq(x) && allNeqBounds(x); }
 
 // ----- all-different
 
@@ -230,6 +231,7 @@ inline constexpr Model kStrongModels[] = {
     {"qwh 33/450", "node", strongSquares<mixedSquares<33, 450>>},
     {"sudoku strong", "node", sudoku16Strong},
     {"golomb bounds", "node", golomb<10, allNeqBounds>},
+    {"golomb both", "node", golomb<10, allNeqBoth>},
     {"3-sat 80/340", "node", threeSat<80, 340, 5>},
     {"3-sat 100/425", "node", threeSat<100, 425, 3>},
     {"bibd 13,3,1", "node", blockDesign<13, 3, 1>},

@@ -830,8 +830,8 @@ KORU_API bool cs_BinPacking(CSint **bins, const int *sizes, int n, CSint **loads
  * thread has a running solver of its own, and knows nothing of those of other threads; one thread may park its solver
  * and another one attach it. All that this header and koru.h say of the solver is true of each thread's. A thread ends
  * or parks its solver before it ends itself, or the memory is lost. cs_stopSearch is for any thread in both flavours.
- * The flavour for threads takes about a tenth more time, some 36 KB for each thread, and a program that is linked with
- * it: loading it later (dlopen) takes more static thread storage than is usually kept free. It is not made for Windows.
+ * The flavour for threads takes a tenth more time, 36 KB for each thread, and a program that is linked with it: dlopen
+ * asks for GLIBC_TUNABLES=glibc.rtld.optional_static_tls=65536 when the program starts. It is not made for Windows.
  * ================================================================================================================ */
 
 /** A solver (opaque), for telling parked ones apart. The same one for each time that a solver is parked. */

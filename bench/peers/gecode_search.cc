@@ -56,6 +56,7 @@ const PeerModel kPeers[] = {
     {"golomb 9", golomb<9>},
     {"golomb 10", golomb<10>},
     {"golomb bounds", golomb<10, Gecode::IPL_BND>},
+    {"golomb both", golomb<10, Gecode::IPL_BND>},
     {"all_interval 11", allInterval<11>},
     {"all_interval 12", allInterval<12>},
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/pool.h"
 
+#include <algorithm>
+
 #include "core/alloc.h"
 
 namespace koru {
@@ -29,13 +31,14 @@ void *Pool::takeLoose(std::size_t size) {
 void *Pool::takeFromNextChunk(std::size_t size) { return addChunk() ? cut(size) : nullptr; }
 
 bool Pool::addChunk() {
-  auto *chunk = static_cast<Chunk *>(allocate(kChunkSize));
+  const std::size_t size = std::clamp(bytes_ / 2 / kUnit * kUnit, kFirstChunk, kLargestChunk);
+  auto *chunk = static_cast<Chunk *>(allocate(size));
   if (chunk == nullptr) return false;
   chunk->previous = chunks_;
   chunks_ = chunk;
-  bytes_ += kChunkSize;
+  bytes_ += size;
   next_ = reinterpret_cast<char *>(chunk + 1);
-  end_ = reinterpret_cast<char *>(chunk) + kChunkSize;
+  end_ = reinterpret_cast<char *>(chunk) + size;
   return true;
 }
 

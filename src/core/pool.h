@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Pool: small records packed in posting order, so that a propagation walk meets neighbours in memory.
 //
-// Records are cut from chunks; a record given back waits in the free list of its size. Chunks are freed by destroy()
-// alone. Larger records, and in test builds all of them, go to the allocator one by one, where memory checkers see
-// them.
+// Records are cut from chunks, half as large as all that there are, so that a small model does not pay for a large one;
+// a record given back waits in the free list of its size. Chunks are freed by destroy() alone. Larger records, and in
+// test builds all of them, go to the allocator one by one, where memory checkers see them.
 #pragma once
 
 #include "core/state.h"
@@ -43,7 +43,8 @@ class Pool {
  private:
   static constexpr std::size_t kUnit = 8;
   static constexpr std::size_t kLargest = 512;
-  static constexpr std::size_t kChunkSize = std::size_t{64} * 1024;
+  static constexpr std::size_t kFirstChunk = std::size_t{4} * 1024;
+  static constexpr std::size_t kLargestChunk = std::size_t{64} * 1024;
 
   struct FreeRecord {
     FreeRecord *next;

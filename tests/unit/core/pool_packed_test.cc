@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -105,7 +106,7 @@ TEST_F(PoolPackedTest, EverySizeIsWritableAlignedAndApart) {
 
 TEST_F(PoolPackedTest, RecordsAbove512BytesGoToTheAllocatorOneByOne) {
   void *largest = pool.take(512);
-  EXPECT_EQ(asked.back(), std::size_t{64} * 1024);
+  EXPECT_EQ(asked.back(), std::size_t{4} * 1024);
   void *large = pool.take(513);
   EXPECT_EQ(asked.back(), 513U);
   const int before = alive;
@@ -115,13 +116,26 @@ TEST_F(PoolPackedTest, RecordsAbove512BytesGoToTheAllocatorOneByOne) {
   EXPECT_EQ(alive, before - 1);
 }
 
+TEST_F(PoolPackedTest, ChunksGrowByHalfFrom4To64KiB) {
+  std::size_t all = 0;
+  while (asked.empty() || asked.back() < std::size_t{64} * 1024) {
+    const std::size_t before = asked.size();
+    ASSERT_NE(pool.take(8), nullptr);
+    if (asked.size() == before) continue;
+    EXPECT_EQ(asked.back(), std::clamp(all / 16 * 8, std::size_t{4} * 1024, std::size_t{64} * 1024));
+    all += asked.back();
+    EXPECT_EQ(pool.bytes(), all);
+  }
+  EXPECT_EQ(asked.size(), 10U);
+}
+
 TEST_F(PoolPackedTest, ARefusedChunkIsNullAndThePoolStaysUsable) {
   void *held = pool.take(500);
   refuse = true;
   std::set<void *> taken;
   void *record = nullptr;
   while ((record = pool.take(512)) != nullptr) EXPECT_TRUE(taken.insert(record).second);
-  EXPECT_EQ(taken.size(), 127U) << "the chunk's 64 KB less its head and the first record, in records of 512";
+  EXPECT_EQ(taken.size(), 7U) << "the chunk's 4 KiB less its head and the first record, in records of 512, less one";
   refuse = false;
   EXPECT_NE(pool.take(512), nullptr);
   pool.give(held, 500);
@@ -138,7 +152,7 @@ TEST_F(PoolPackedTest, GivingBackNothingIsIgnored) {
 TEST_F(PoolPackedTest, DestroyingFreesTheChunksAndForgetsTheFreeLists) {
   void *record = pool.take(40);
   pool.give(record, 40);
-  EXPECT_EQ(pool.bytes(), 64U * 1024);
+  EXPECT_EQ(pool.bytes(), 4U * 1024);
   pool.destroy();
   EXPECT_EQ(pool.bytes(), 0U);
   EXPECT_EQ(alive, 0);
