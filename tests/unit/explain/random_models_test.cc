@@ -164,7 +164,7 @@ void expectNamed(const RandomModel &model, const CSexplanation &e) {
     places.push_back(line + reason.function);
   }
   std::ranges::sort(places);
-  const auto distinct = std::ranges::unique(places).begin() - places.begin();
+  const auto distinct = std::unique(places.begin(), places.end()) - places.begin();
   EXPECT_EQ(e.places, distinct);
 }
 
