@@ -489,6 +489,48 @@ endforeach()
 koru_example_arguments(jobshop file)
 koru_example_test(jobshop.bad_seconds jobshop 2 ARGS --seconds 0 EXPECT_ERROR "^jobshop: 0 is no number from 1 to 1000000\n")
 
+# --- factory ---
+koru_example_test(factory.plan factory 0 ARGS "${data}/factory.csv"
+  EXPECT "\n   saw [|][^|]*[|]\n.*\nA table: due 300, ends .*\n5 orders, 17 tasks, 5 machines: total tardiness 30, .*, proved best [|] ")
+koru_example_test(factory.lateness factory 0 ARGS --quiet --lateness "${data}/factory.csv"
+  EXPECT "^5 orders, 17 tasks, 5 machines: total tardiness [0-9]+, maximal lateness 15, proved best [|] ")
+koru_example_test(factory.change factory 0 ARGS --quiet --change "${data}/factory_rush.csv" --fixed-until 100 "${data}/factory.csv"
+  EXPECT "total tardiness 30, .*\n6 orders, 20 tasks, 5 machines: total tardiness [0-9]+, .*, proved best [|] .*\nmoved: task [0-9] of [a-z]+, [a-z0-9]+ [0-9]+ -> [a-z0-9]+ [0-9]+\n.*\n[0-9]+ of 17 tasks moved, 3 new\n$")
+koru_example_test(factory.stopped factory 1 ARGS --quiet --fails 1 "${data}/factory.csv"
+  EXPECT "^5 orders, 17 tasks, 5 machines: [^\n]*not proved best|no plan found")
+set(factory_page "${CMAKE_CURRENT_BINARY_DIR}/inputs/factory.html")
+koru_example_test(factory.page factory 0 ARGS --quiet --html "${factory_page}" "${data}/factory.csv"
+  EXPECT "tardiness 30" WRITES "${factory_page}" EXPECT_WRITTEN "^<!doctype html>.*name: 'saw', breaks: .*name: 'table', due: 300, .*kind: 'oak', machine: .*</html>\n$")
+koru_example_test(factory.page_nowhere factory 2 ARGS --quiet --html "${CMAKE_CURRENT_BINARY_DIR}" "${data}/factory.csv"
+  EXPECT_ERROR "^factory: [^\n]*: ")
+koru_example_input(small_file factory_small.csv "machine,m,3-5 # a break\n\norder,a,2\ntask,a,k,m:2\ntask,a,k,m:2")
+koru_example_test(factory.break factory 0 ARGS - INPUT "${small_file}"
+  EXPECT "\n +m [|]AA //AA[|]\n.*A a: due 2, ends 7, 5 late\n1 orders, 2 tasks, 1 machines: total tardiness 5, maximal lateness 5, proved best [|] ")
+koru_example_input(late_file factory_late.csv "machine,m\norder,a,2\ntask,a,k,m:2\n")
+koru_example_input(more_file factory_more.csv "task,a,k,m:1\n")
+koru_example_test(factory.fixed factory 0 ARGS --quiet --change "${more_file}" --fixed-until 5 "${late_file}"
+  EXPECT "total tardiness 4, maximal lateness 4, proved best [^\n]*\n0 of 1 tasks moved, 1 new\n$")
+koru_example_test(factory.change_missing factory 2 ARGS --quiet --change "${CMAKE_CURRENT_BINARY_DIR}/inputs/missing.csv" "${late_file}"
+  EXPECT "tardiness 0" EXPECT_ERROR "^factory: [^\n]*missing.csv: ")
+set(start "machine,m\norder,a,9\n")
+koru_example_fault(factory no_task "${start}" 3 "there is no task")
+koru_example_fault(factory word "${start}tusk,a\n" 3 "tusk is none of machine, setup, order and task")
+koru_example_fault(factory name "machine,a b'c\n" 1 "ab'c is no name of at most 23 letters, digits, _ and -")
+koru_example_fault(factory again "machine,m\nmachine,m\n" 2 "machine m a second time")
+koru_example_fault(factory order_again "${start}order,a,3\n" 3 "order a a second time")
+koru_example_fault(factory break_order "machine,m,5-7,6-9\n" 1 "breaks must come one after the other")
+koru_example_fault(factory break_back "machine,m,5-5\n" 1 "5 is no number from 6 to 10000")
+koru_example_fault(factory break_sign "machine,m,5\n" 1 "5: - is missing")
+koru_example_fault(factory no_machine "${start}task,a,k,saw:3\n" 3 "there is no machine saw")
+koru_example_fault(factory two_ways "${start}task,a,k,m:3,m:4\n" 3 "machine m a second time")
+koru_example_fault(factory no_order "${start}task,b,k,m:3\n" 3 "there is no order b")
+koru_example_fault(factory no_time "${start}task,a,k,m:0\n" 3 "0 is no number from 1 to 10000")
+koru_example_fault(factory empty_time "${start}task,a,k,m:\n" 3 " is no number from 1 to 10000")
+koru_example_fault(factory short_task "${start}task,a,k\n" 3 "task: an order, a kind and a machine with a time are expected")
+koru_example_fault(factory short_setup "setup,a,b\n" 1 "setup: two kinds and a time are expected")
+koru_example_fault(factory short_order "order,a\n" 1 "order: a name and a due date are expected")
+koru_example_arguments(factory file)
+
 # --- rcpsp ---
 foreach(size_makespan "12:22" "18:39")
   string(REPLACE ":" ";" pair "${size_makespan}")

@@ -15,6 +15,7 @@ int car_sequencing_main(int argc, char **argv);
 int crossword_main(int argc, char **argv);
 int exams_main(int argc, char **argv);
 int configurator_main(int argc, char **argv);
+int factory_main(int argc, char **argv);
 int golomb_main(int argc, char **argv);
 int jobshop_main(int argc, char **argv);
 int knapsack_main(int argc, char **argv);
@@ -55,6 +56,7 @@ const Example kExamples[] = {
     {"crossword", crossword_main, {"--words", kWords.c_str()}, "puzzles/stairs.grid"},
     {"exams", exams_main, {"--exams", "6", "--slots", "7", "--students", "5", "--quiet"}},
     {"configurator", configurator_main, {}},
+    {"factory", factory_main, {"--quiet"}, "data/factory.csv"},
     {"golomb", golomb_main, {"5"}},
     {"jobshop", jobshop_main, {}, "data/jobshop_ft06.txt"},
     {"knapsack", knapsack_main, {"--steps"}, "data/knapsack_p01.txt"},
