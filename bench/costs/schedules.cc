@@ -62,6 +62,12 @@ void precedences(Model &m) {
   for (std::size_t i = 1; i < kTasks; ++i)
     m.require(cs_PrecedenceIf(m.variable(0, 1), (*t.starts)[i - 1], (*t.durations)[i - 1], 0, (*t.starts)[i]));
 }
+void orders(Model &m) {
+  const Tasks t(m, 1);
+  for (std::size_t i = 1; i < kTasks; ++i)
+    m.require(cs_EitherBefore(m.variable(0, 1), (*t.starts)[i - 1], (*t.durations)[i - 1], nullptr, (*t.starts)[i],
+                              (*t.durations)[i], nullptr));
+}
 void alternatives(Model &m) {
   for (int i = 0; i < kTasks; ++i) {
     Array &starts = m.array(3, i, i + 20);
@@ -99,6 +105,7 @@ constexpr Row kRows[] = {
     {"cs_DisjunctiveTasks", "the same", oneMachine},
     {"cs_DisjunctiveTransitions", "the same, three tools", transitions},
     {"cs_PrecedenceIf", "10 tasks, nine of one after the next", precedences},
+    {"cs_EitherBefore", "10 tasks, nine before or after the next", orders},
     {"cs_Alternative", "10 tasks done by one of three", alternatives},
     {"cs_Span", "10 tasks in one of 20 to 25", span},
     {"cs_Reservoir", "10 events, a level of 0 to 6", reservoir},
