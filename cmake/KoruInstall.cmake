@@ -9,8 +9,12 @@ set(KORU_THREADS_TARGETS)
 if(TARGET koru_threads)
   set(KORU_THREADS_TARGETS koru_threads koru_threads_static)
 endif()
+set(KORU_MPI_TARGETS)
+if(TARGET koru_mpi)
+  set(KORU_MPI_TARGETS koru_mpi)
+endif()
 install(
-  TARGETS koru koru_static ${KORU_THREADS_TARGETS}
+  TARGETS koru koru_static ${KORU_THREADS_TARGETS} ${KORU_MPI_TARGETS}
   EXPORT koru-targets
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" # koru.dll
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
@@ -50,4 +54,9 @@ koru_pkgconfig(koru)
 if(TARGET koru_threads)
   set(KORU_PC_DEFINE " -DKORU_THREADS") # for koru.hpp
   koru_pkgconfig(koru_threads)
+endif()
+if(TARGET koru_mpi)
+  set(KORU_PC_DEFINE "")
+  set(KORU_PC_LIBRARIES " -lkoru")
+  koru_pkgconfig(koru_mpi)
 endif()

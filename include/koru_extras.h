@@ -1055,7 +1055,8 @@ KORU_API int cs_setWalkPosition(CSwalk *walk, const CSwalkStep *steps, const CSw
 
 /**
  * Split a piece off: all that is left of the first level that has values left, of which those tried have taken @p least
- * choice points each on average. It comes last in the walk's piece; the walk keeps what comes before it.
+ * choice points each on average. It comes last in the walk's piece; the walk keeps what comes before it, and always
+ * keeps something.
  * @param room for how many steps there is room at @p steps; the depth of the walk is always enough
  * @return how many steps the position of the piece has: its base is one less, and its last value is done. 0 when
  * nothing is split off: no such level, no room, or a call that cs_goWalk would refuse.

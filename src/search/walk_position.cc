@@ -93,10 +93,12 @@ int cs_splitWalk(CSwalk *walk, long long least, CSwalkStep *steps, int room) {
   const Turn turn(walk, Turn::From::kWhereItStands);
   if (!turn || steps == nullptr) return 0;
   CSwalk &w = *walk;
-  for (int i = w.base; i < w.levels.count(); ++i) {
+  // The newest level's own values, once one is finished with, are all that the walk has.
+  const int most = w.levels.count() - (w.down ? 0 : 1);
+  for (int i = w.base; i < most; ++i) {
     const Level &level = w.levels.at(i);
     if (!level.values.anyAfterCurrent()) continue;
-    if (i >= room || (level.tried > 0 && (w.counts.choicePoints - level.choicePoints) / level.tried < least)) return 0;
+    if (i >= room || (w.counts.choicePoints - level.choicePoints) / std::max(level.tried, 1LL) < least) return 0;
     writeSteps(w, i + 1, steps, room);
     w.base = i + 1;
     return i + 1;

@@ -15,13 +15,24 @@ std::vector<T> byArray(const T *columns, int n) {
   return result;
 }
 
+// Arrays that are kept by what was posted: the last ones, as many as there may be solvers at a time.
+struct HandedOver {
+  std::array<std::vector<CSint *>, 64> arrays;
+  std::size_t next = 0;
+
+  CSint **keep(std::vector<CSint *> array) {
+    std::vector<CSint *> &place = arrays[next++ % arrays.size()];
+    place = std::move(array);
+    return place.data();
+  }
+};
+
 Constraint cumulative(int n) {
-  const auto handedOver = std::make_shared<std::vector<CSint *>>();
+  const auto handedOver = std::make_shared<HandedOver>();
   Constraint c = stated("cs_Cumulative", {n});
   c.solution = [n, inOrder = c.solution](Values t) { return inOrder(byArray(t.data(), n)); };
   c.post = [=, inOrder = c.post](CSint **x, CSint *&result) {
-    *handedOver = byArray(x, n);
-    return inOrder(handedOver->data(), result);
+    return inOrder(handedOver->keep(byArray(x, n)), result);
   };
   return c;
 }

@@ -4,9 +4,7 @@
 #include <list>
 #include <set>
 
-#include "koru_extras.h"
-#include "semantic/cases.h"
-#include "support/kit/random.h"
+#include "semantic/random_model.h"
 
 namespace koru::test::brute {
 namespace {
@@ -14,116 +12,6 @@ namespace {
 constexpr long long kSlice = 5;
 constexpr int kMostSteps = 64;
 constexpr long long kMostChoicePoints = 5000;  // of a search
-
-// The domains of all variables, and how many contexts are open.
-using State = std::vector<int>;
-
-struct Outcome {
-  bool result = false;
-  std::vector<State> solutions;
-  State end;
-  long long fails = 0;
-  long long choicePoints = 0;
-  bool operator==(const Outcome &) const = default;
-};
-
-// A few constraints on shared variables, posted in the solver that runs.
-class RandomModel {
- public:
-  // Of any constraints, or of one alone.
-  explicit RandomModel(std::uint64_t seed, const Case *only = nullptr) : random_(seed) {
-    const std::vector<Case> &cases = allCases();
-    const Case &first = only != nullptr ? *only : random_.pick(cases);
-    const Constraint &form = random_.pick(first.forms);
-    for (int i = 0; i < form.arity; ++i) {
-      const Room &room = first.rooms[std::min(static_cast<std::size_t>(i), first.rooms.size() - 1)];
-      all_.push_back(domain(room.low, room.width + random_.below(2)));
-    }
-    while (all_.size() < 4 || (all_.size() < 6 && random_.chance(50)))
-      all_.push_back(domain(first.rooms.back().low, first.rooms.back().width + 1));
-    consistent_ = add(form, false);
-    for (int n = only != nullptr ? 0 : random_.below(3); n > 0 && consistent_; --n)
-      consistent_ = add(random_.pick(random_.pick(cases).forms), true);
-    for (CSint *v : all_)
-      if (random_.chance(85) || labelled_.empty()) labelled_.push_back(v);
-    select_ = std::array{cs_findFreeVar, cs_findFreeVarNbElements, cs_findFreeVarNbElementsMin,
-                         cs_findFreeVarNbConstraints}[static_cast<std::size_t>(random_.below(4))];
-  }
-
-  bool consistent() const { return consistent_; }
-  const std::string &text() const { return text_; }
-  CSint **array() { return labelled_.data(); }
-  int size() const { return static_cast<int>(labelled_.size()); }
-  CSfindFreeVar select() const { return select_; }
-  CSint *cost() const { return all_.back(); }
-  Random &random() { return random_; }
-
-  State state() const {
-    const int contexts = cs_saveContext();
-    cs_restoreContext();
-    State s{contexts};
-    for (CSint *v : all_)
-      for (const int value : values(v)) s.push_back(value);
-    return s;
-  }
-
- private:
-  static std::vector<int> values(CSint *v) {
-    std::vector<int> result{cs_getNbElements(v)};
-    for (int value = cs_getMin(v);; value = cs_getNextValue(v, value)) {
-      result.push_back(value);
-      if (value == cs_getMax(v)) return result;
-    }
-  }
-
-  CSint *domain(int low, int width) {
-    std::vector<int> chosen;
-    while (chosen.empty())
-      for (int i = 0; i < width; ++i)
-        if (random_.chance(75)) chosen.push_back(low + i);
-    return cs_createCSintFromDomain(chosen.data(), static_cast<int>(chosen.size()));
-  }
-
-  bool add(const Constraint &form, bool anywhere) {
-    std::vector<CSint *> x;
-    for (int i = 0; i < form.arity; ++i) x.push_back(anywhere ? random_.pick(all_) : all_[static_cast<std::size_t>(i)]);
-    text_ += form.name + "; ";
-    CSint *made = nullptr;
-    kept_.push_back(std::move(x));
-    if (!form.post(kept_.back().data(), made)) return false;
-    if (made != nullptr) all_.push_back(made);
-    return true;
-  }
-
-  Random random_;
-  std::vector<CSint *> all_, labelled_;
-  std::list<std::vector<CSint *>> kept_;  // posters may keep the arrays
-  CSfindFreeVar select_ = nullptr;
-  bool consistent_ = false;
-  std::string text_;
-};
-
-RandomModel *model = nullptr;
-Outcome *outcome = nullptr;
-
-void note(CSint **, int) { outcome->solutions.push_back(model->state()); }
-void noteCost(CSint **array, int size, CSint *) { note(array, size); }
-
-enum class Mode { kAll, kFirst, kMinimize };
-
-Outcome bySearch(RandomModel &m, Mode mode) {
-  Outcome o;
-  model = &m;
-  outcome = &o;
-  if (mode == Mode::kAll) o.result = cs_findAll(m.array(), m.size(), m.select(), note);
-  if (mode == Mode::kFirst) o.result = cs_search(m.array(), m.size(), m.select());
-  if (mode == Mode::kMinimize) o.result = cs_minimize(m.array(), m.size(), m.select(), m.cost(), noteCost);
-  if (mode == Mode::kFirst && o.result) note(m.array(), m.size());
-  o.fails = cs_getNbFails();
-  o.choicePoints = cs_getNbChoicePoints();
-  o.end = m.state();
-  return o;
-}
 
 // The next piece to walk, of those that are left.
 enum class Order { kLeftmost, kRightmost, kRandom };

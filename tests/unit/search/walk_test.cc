@@ -208,6 +208,21 @@ TEST_F(WalkTest, SplitsNothingOffWithoutRoomOrWhereValuesAreCheap) {
   EXPECT_EQ(cs_getWalkPosition(walk, nullptr, 0).base, 1);
 }
 
+TEST_F(WalkTest, KeepsSomethingWhenItSplits) {
+  post(6);
+  CSwalk *walk = open();
+  ASSERT_EQ(cs_goWalk(walk, 3, true), CS_STATUS_CHOICE_POINTS);
+  CSwalkStep steps[6];
+  ASSERT_EQ(cs_splitWalk(walk, 0, steps, 6), 1);
+  const CSwalkPosition given{1, 0, true};
+  ASSERT_EQ(cs_setWalkPosition(walk, steps, &given), 1);
+  EXPECT_EQ(cs_splitWalk(walk, 0, steps, 6), 0) << "it would give away all that it has";
+  ASSERT_EQ(cs_goWalk(walk, 1, true), CS_STATUS_CHOICE_POINTS);
+  EXPECT_EQ(cs_splitWalk(walk, 2, steps, 6), 0);
+  EXPECT_EQ(cs_splitWalk(walk, 0, steps, 6), 1);
+  EXPECT_EQ(steps[0].value, 1);
+}
+
 TEST_F(WalkTest, StopsAtACancelAsFindAllDoes) {
   post(6);
   for (int after = 0; after <= 4; ++after) {

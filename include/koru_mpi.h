@@ -1,0 +1,93 @@
+/* SPDX-License-Identifier: MIT */
+/* Copyright (c) The Koru authors */
+/**
+ * @file koru_mpi.h
+ * @brief Searches that many processes share, on one machine or many, with the result of one.
+ *
+ *     #include <koru_mpi.h>
+ *     static void found(CSint **queens, int n) { ... print ... }
+ *     int main(void) {
+ *       cs_init();
+ *       ... variables and constraints, as ever ...
+ *       cs_mpiFindAll(queens, n, cs_findFreeVarNbElements, found);   // was: cs_findAll
+ *       printf("%lld fails\n", cs_mpiGetNbFails());
+ *       cs_end();
+ *     }
+ *
+ *     ./queens                 one process, no MPI started
+ *     mpirun -n 8 ./queens     eight, and the same output
+ *
+ * Every process runs the whole program and posts the same model; at a search they share its tree. Only the first one
+ * calls `found` and writes to the standard output: that of the others is discarded, also what they have written before
+ * and not flushed.
+ *
+ * What holds for every number of processes, however fast each is, and when some of them die (not the first):
+ *
+ * - the result; the calls of `found`, their order, and the domains of all variables during each;
+ * - the counters cs_mpiGetNbFails and cs_mpiGetNbChoicePoints;
+ * - in every process, the domains and open contexts after the search;
+ *
+ * and each of these is what the function of koru.h with the same name gives. Not promised: times, how often `f` and
+ * callbacks of user-defined constraints run, and in which process.
+ *
+ * What the program must keep to:
+ *
+ * - All processes make the same calls in the same order up to the search: no clock, no random seed, no rank in the
+ *   model. A difference that is noticed is reported, and the run ends with status 3.
+ * - `f`, and callbacks that change domains, look at nothing but the solver: the same state, the same choice.
+ * - Files are written by all processes unless the program asks cs_mpiRank() == 0 first.
+ * - No no-good sets: what they conclude depends on what was searched before. cs_VarElement (not cs_VarElementOf) may
+ *   keep a value more or less by what was tried before; with it counters can differ, and a run can end with status 3.
+ * - cs_getNbFails and cs_getNbChoicePoints do not follow a parallel search. cs_cancelSearch ends it when `found` calls
+ *   it, after the same solution for every number of processes; it is not to be called by `f`.
+ *
+ * Exhausted memory, in the solver or for lists of pieces, ends the run with status 3 or by abort.
+ * docs/scale.md says how to run it, what it costs and what breaks. MPI is started by the first function of this header
+ * that is called, only when a launcher has set OMPI_COMM_WORLD_SIZE, PMI_SIZE or PMIX_RANK, and finished at exit. The
+ * library can be built without MPI: then each process is alone. One thread uses it.
+ */
+#ifndef KORU_MPI_H
+#define KORU_MPI_H
+
+#include "koru.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** A function of the shared library. */
+#if defined(__GNUC__)
+#define KORU_MPI_API __attribute__((visibility("default")))
+#else
+#define KORU_MPI_API
+#endif
+
+/**
+ * Visit all solutions as cs_findAll does; @p found, which may be null, is called in the first process only.
+ * Cost: with several processes the first one goes to each solution again, a few microseconds each: with many solutions
+ * that is what all wait for. With a null `found` they are only counted.
+ */
+KORU_MPI_API bool cs_mpiFindAll(CSint **array, int size, CSfindFreeVar f, CSfoundCallback found);
+
+/** Find one solution: the one that cs_search finds. It is left in place in every process, a context per level. */
+KORU_MPI_API bool cs_mpiSearch(CSint **array, int size, CSfindFreeVar f);
+
+/**
+ * Branch and bound as cs_minimize does it, pass for pass: the same improving solutions, the same last one.
+ * Cost: what is searched to the right of a pass's solution before it is known is lost.
+ */
+KORU_MPI_API bool cs_mpiMinimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfoundCostCallback found);
+
+/** Fails and choice points of the last parallel search: those that the search of one process counts. */
+KORU_MPI_API long long cs_mpiGetNbFails(void);
+KORU_MPI_API long long cs_mpiGetNbChoicePoints(void);
+
+/** The number of this process, 0 for the first one, and how many there are. May be called before cs_init. */
+KORU_MPI_API int cs_mpiRank(void);
+KORU_MPI_API int cs_mpiSize(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KORU_MPI_H */

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+// A process's own solver in a search that is shared: what is searched for, the walk, and the passes of a minimisation.
+#pragma once
+
+#include <string>
+
+#include "parallel/piece.h"
+
+namespace koru::parallel {
+
+enum class Mode { kAll, kFirst, kMinimize };
+
+struct Task {
+  Mode mode;
+  CSint **array;
+  int size;
+  CSfindFreeVar select;
+  CSint *cost = nullptr;
+  CSfoundCallback found = nullptr;
+  CSfoundCostCallback foundCost = nullptr;
+
+  bool firstOnly() const { return mode != Mode::kAll; }
+  // Whether paths to solutions are of interest, and not only how many there are.
+  bool wantsPaths() const { return firstOnly() || found != nullptr; }
+};
+
+// How a search ends, in every process alike.
+struct Ending {
+  enum Kind { kRestored, kAtSolution, kCancelled };
+
+  Kind kind = kRestored;
+  Steps path;  // to the solution, where it is left in place or was the last one before a cancel
+};
+
+class Ground {
+ public:
+  explicit Ground(const Task &task);
+  Ground(const Ground &) = delete;
+  Ground &operator=(const Ground &) = delete;
+  ~Ground();
+
+  const Task &task() const { return task_; }
+  // False when the search refuses its arguments, or there is no memory for a walk.
+  bool ready() const { return walk_ != nullptr; }
+  CSwalk *walk() const { return walk_; }
+  // Of the model as it was at the beginning, as far as it is labelled.
+  unsigned long long digest() const { return digest_; }
+
+  // False when that cannot be: failure() says how.
+  bool goTo(const Piece &piece);
+  Piece here() const;
+  Counts counts() const;
+
+  // From the root on, all solutions cost less; false when that cannot be. The walk begins anew.
+  bool beginPass(int bound);
+  // Choice points and fails that a cancel counts are in the counts then.
+  bool end(const Ending &ending);
+  const std::string &failure() const { return failure_; }
+
+ private:
+  bool open();
+
+  Task task_;
+  unsigned long long digest_ = 0;
+  CSwalk *walk_ = nullptr;
+  int root_ = 0;  // the context that a minimisation opens; 0 when it is closed again
+  std::string failure_;
+};
+
+}  // namespace koru::parallel

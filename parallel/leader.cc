@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: MIT
+// Assignments are numbered; a report on one that is no longer known is of no use and dropped. So a piece can be taken
+// back from a process that is silent, and dropped when a solution is found to the left of it, without an agreement.
+#include <algorithm>
+
+#include "parallel/party.h"
+
+namespace koru::parallel {
+
+constexpr int kMostWorking = 16;  // with more processes the first one only leads
+constexpr int kPiecesAskedFor = 4;
+constexpr double kAlone = 2;  // seconds after which it works all the same
+
+Leader::Leader(Ground &ground, Transport &transport, Mail &mail, const Pace &pace)
+    : ground_(ground),
+      transport_(transport),
+      mail_(mail),
+      pace_(pace),
+      worker_(ground, transport, pace, [this](const Report &r) { apply(0, r); }),
+      pieces_(ground.task().firstOnly()),
+      peers_(static_cast<std::size_t>(transport.size())),
+      began_(transport.seconds()) {
+  if (transport.size() <= kMostWorking) peers_[0].state = Peer::kIdle;
+}
+
+bool Leader::fail(const std::string &why) {
+  why_ = why;
+  return false;
+}
+
+void Leader::send(int to, Letter letter, const Writer &rest) const {
+  Writer out;
+  out.number(static_cast<unsigned>(letter));
+  mail_.send(to, out.bytes + rest.bytes);
+}
+
+void Leader::sendAll(Letter letter, const Writer &rest) const {
+  for (int to = 1; to < transport_.size(); ++to) send(to, letter, rest);
+}
+
+int Leader::holderOf(long long assignment) const {
+  for (std::size_t i = 0; i < peers_.size(); ++i)
+    if (peers_[i].state == Peer::kBusy && peers_[i].assignment == assignment) return static_cast<int>(i);
+  return -1;
+}
+
+// ----- what the others say
+
+void Leader::handle(const Message &m) {
+  Reader in(m.bytes);
+  Peer &peer = peers_[static_cast<std::size_t>(m.from)];
+  peer.heard = transport_.seconds();
+  if (static_cast<Letter>(in.number()) == Letter::kHello) {
+    peer.state = Peer::kIdle;
+    if (in.number() != ground_.digest())
+      why_ = "process " + std::to_string(m.from) + " has another model than process 0";
+    return;
+  }
+  apply(m.from, in.report());
+}
+
+void Leader::apply(int from, const Report &report) {
+  tried_.add(report.counts);
+  Peer &peer = peers_[static_cast<std::size_t>(from)];
+  const bool current = peer.state == Peer::kBusy && peer.assignment == report.assignment;
+  if (peer.state == Peer::kSilent || (current && report.finished)) peer.state = Peer::kIdle;
+  std::vector<long long> dropped;
+  if (!current || !pieces_.apply(report, dropped)) {
+    Writer out;
+    out.integer(report.assignment);
+    if (from > 0) send(from, Letter::kDrop, out);
+    return;
+  }
+  for (const long long assignment : dropped) drop(assignment);
+}
+
+void Leader::drop(long long assignment) {
+  const int holder = holderOf(assignment);
+  if (holder < 0) return;
+  peers_[static_cast<std::size_t>(holder)].state = Peer::kIdle;
+  Writer out;
+  out.integer(assignment);
+  if (holder > 0) {
+    send(holder, Letter::kDrop, out);
+  } else {
+    worker_.drop();
+  }
+}
+
+// ----- what is found
+
+void Leader::endWith(const Ending &ending) {
+  worker_.drop();
+  const Counts before = ground_.counts();
+  if (!ground_.end(ending)) {
+    fail(ground_.failure());
+    return;
+  }
+  if (ending.kind == Ending::kCancelled) counts_.add(ground_.counts().since(before));
+  Writer out;
+  out.number(result_ ? 1 : 0);
+  out.counts(counts_);
+  out.number(ending.kind);
+  out.solutions({{ending.path, {}}});
+  sendAll(Letter::kEnd, out);
+  over_ = true;
+}
+
+// False when the search ends with it.
+bool Leader::tellSolution(const Steps &path) {
+  const Task &task = ground_.task();
+  result_ = true;
+  if (task.mode == Mode::kFirst) {
+    endWith({Ending::kAtSolution, path});
+    return false;
+  }
+  worker_.leave();
+  if (!ground_.goTo({path, 0, false})) return fail(ground_.failure());
+  if (task.mode == Mode::kMinimize) return improve(path);
+  task.found(task.array, task.size);
+  if (!cs_isSearchCancelled()) return true;
+  endWith({Ending::kCancelled, path});
+  return false;
+}
+
+// The next pass.
+bool Leader::improve(const Steps &path) {
+  const Task &task = ground_.task();
+  const int bound = cs_getMin(task.cost);
+  if (task.foundCost != nullptr) task.foundCost(task.array, task.size, task.cost);
+  const bool cancelled = cs_isSearchCancelled();
+  Writer out;
+  out.integer(bound);
+  sendAll(Letter::kBound, out);
+  worker_.drop();
+  for (Peer &peer : peers_)
+    if (peer.state == Peer::kBusy) peer.state = Peer::kIdle;
+  pieces_ = Pieces(true);
+  if (!ground_.beginPass(bound)) {
+    endWith({});
+    return false;
+  }
+  if (!cancelled) return true;
+  endWith({Ending::kCancelled, path});
+  return false;
+}
+
+// False when the search is over or cannot go on.
+bool Leader::tell() {
+  while (const auto finished = pieces_.takeFinished()) {
+    if (!ground_.task().wantsPaths()) result_ = result_ || finished->counts.solutions > 0;
+    const Counts before = counts_;
+    for (const Solution &each : finished->solutions) {
+      counts_ = before;
+      counts_.add(each.until);
+      if (!tellSolution(each.path)) return false;
+    }
+    counts_ = before;
+    counts_.add(finished->counts);
+  }
+  if (!pieces_.empty()) return true;
+  endWith({});
+  return false;
+}
+
+// ----- who does what
+
+void Leader::give(int to) {
+  const Piece *piece = pieces_.assign(++lastAssignment_);
+  peers_[static_cast<std::size_t>(to)] = {Peer::kBusy, lastAssignment_, transport_.seconds()};
+  if (to == 0) return worker_.begin(lastAssignment_, *piece);
+  Writer out;
+  out.integer(lastAssignment_);
+  out.piece(*piece);
+  send(to, Letter::kWork, out);
+}
+
+// Where nobody else can be reached the first process works itself, however many there are.
+void Leader::handOut() {
+  const auto reached = [](const Peer &p) { return p.state == Peer::kIdle || p.state == Peer::kBusy; };
+  const bool alone = std::ranges::none_of(peers_, reached) && transport_.seconds() - began_ > kAlone;
+  if (alone) peers_[0].state = Peer::kIdle;
+  for (std::size_t i = 0; i < peers_.size() && pieces_.queued() > 0; ++i)
+    if (peers_[i].state == Peer::kIdle) give(static_cast<int>(i));
+}
+
+// As many pieces are to be queued as there are processes.
+void Leader::ask() {
+  if (pieces_.queued() >= peers_.size()) return;
+  const auto working = std::ranges::count_if(peers_, [](const Peer &p) { return p.state != Peer::kAbsent; });
+  if (working < 2) return;
+  while (const auto assignment = pieces_.toAsk()) {
+    const int holder = holderOf(*assignment);
+    if (holder == 0) {
+      if (!worker_.split(kPiecesAskedFor)) why_ = worker_.why();
+      return;
+    }
+    Writer out;
+    out.integer(*assignment);
+    out.number(kPiecesAskedFor);
+    send(holder, Letter::kSplit, out);
+  }
+}
+
+void Leader::watch() {
+  const double now = transport_.seconds();
+  for (std::size_t i = 1; i < peers_.size(); ++i) {
+    Peer &peer = peers_[i];
+    if (peer.state != Peer::kBusy || now - peer.heard < pace_.patience) continue;
+    peer.state = Peer::kSilent;
+    pieces_.takeBack(peer.assignment);
+    transport_.noteLost();
+  }
+}
+
+bool Leader::step() {
+  bool heard = false;
+  while (const auto m = mail_.poll()) {
+    heard = true;
+    handle(*m);
+  }
+  if (why_.empty() && worker_.busy() && !worker_.step()) fail(worker_.why());
+  if (!why_.empty() || !tell()) return false;
+  watch();
+  handOut();
+  ask();
+  handOut();
+  if (!worker_.busy() && !heard) transport_.rest();
+  return why_.empty();
+}
+
+}  // namespace koru::parallel

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+// The parts that processes play in a search: the first one leads, the others follow. Both are called again and again,
+// do a little each time, and never wait.
+#pragma once
+
+#include "parallel/pieces.h"
+#include "parallel/worker.h"
+
+namespace koru::parallel {
+
+enum class Letter : unsigned { kHello, kReport, kWork, kSplit, kDrop, kBound, kEnd };
+
+class Follower {
+ public:
+  Follower(Ground &ground, Transport &transport, Mail &mail, const Pace &pace);
+
+  // False when the search is over, or cannot go on: why() then says so.
+  bool step();
+  bool result() const { return result_; }
+  const Counts &counts() const { return counts_; }
+  const std::string &why() const { return why_; }
+
+ private:
+  bool handle(const Message &m);
+  bool end(Reader &in);
+
+  Ground &ground_;
+  Transport &transport_;
+  Mail &mail_;
+  Worker worker_;
+  bool over_ = false;
+  bool result_ = false;
+  Counts counts_;
+  std::string why_;
+};
+
+class Leader {
+ public:
+  Leader(Ground &ground, Transport &transport, Mail &mail, const Pace &pace);
+
+  bool step();
+  bool result() const { return result_; }
+  const Counts &counts() const { return counts_; }  // of all processes together, as of one
+  const Counts &tried() const { return tried_; }    // what was searched in vain included
+  const std::string &why() const { return why_; }
+
+ private:
+  struct Peer {
+    enum State { kAbsent, kIdle, kBusy, kSilent };
+
+    State state = kAbsent;
+    long long assignment = 0;
+    double heard = 0;
+  };
+
+  void handle(const Message &m);
+  void apply(int from, const Report &report);
+  void drop(long long assignment);
+  bool tell();
+  bool tellSolution(const Steps &path);
+  bool improve(const Steps &path);
+  void endWith(const Ending &ending);
+  void handOut();
+  void give(int to);
+  void ask();
+  void watch();
+  int holderOf(long long assignment) const;
+  bool fail(const std::string &why);
+  void send(int to, Letter letter, const Writer &rest) const;
+  void sendAll(Letter letter, const Writer &rest) const;
+
+  Ground &ground_;
+  Transport &transport_;
+  Mail &mail_;
+  Pace pace_;
+  Worker worker_;  // this process's own
+  Pieces pieces_;
+  std::vector<Peer> peers_;
+  double began_;
+  long long lastAssignment_ = 0;
+  bool over_ = false;
+  bool result_ = false;
+  Counts counts_, tried_;
+  std::string why_;
+};
+
+}  // namespace koru::parallel

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// Messages by MPI: the only file that includes mpi.h.
+//
+// Sends are begun and forgotten until they are through, so that nobody waits for a process that has died. At the exit
+// everybody takes what is still under way before MPI ends; when processes have been lost, that would wait for them, and
+// is left out.
+// Not the bindings for C++, which need a library more.
+#define OMPI_SKIP_MPICXX 1
+#define MPICH_SKIP_MPICXX 1
+#include <mpi.h>
+#include <unistd.h>
+
+#include <list>
+
+#include "parallel/transport_alone.h"
+
+namespace koru::parallel {
+
+namespace {
+
+constexpr int kTag = 1;
+constexpr useconds_t kRest = 50;
+
+class ByMpi final : public Alone {
+ public:
+  ByMpi() {
+    MPI_Init(nullptr, nullptr);
+    MPI_Comm_set_errhandler(MPI_COMM_WORLD, MPI_ERRORS_RETURN);
+    MPI_Comm_rank(MPI_COMM_WORLD, &rank_);
+    MPI_Comm_size(MPI_COMM_WORLD, &size_);
+  }
+  ~ByMpi() override {
+    if (lost_) return;
+    while (!sendsAreThrough()) takeAll();
+    MPI_Request all;
+    MPI_Ibarrier(MPI_COMM_WORLD, &all);
+    for (int done = 0; done == 0; MPI_Test(&all, &done, MPI_STATUS_IGNORE)) takeAll();
+    MPI_Finalize();
+  }
+
+  int rank() const override { return rank_; }
+  int size() const override { return size_; }
+
+  void send(int to, std::string bytes) override {
+    sendsAreThrough();
+    Sending &s = sending_.emplace_back(Sending{std::move(bytes), MPI_REQUEST_NULL});
+    MPI_Isend(s.bytes.data(), static_cast<int>(s.bytes.size()), MPI_BYTE, to, kTag, MPI_COMM_WORLD, &s.request);
+  }
+
+  std::optional<Message> poll() override {
+    int there = 0, size = 0;
+    MPI_Status status;
+    if (MPI_Iprobe(MPI_ANY_SOURCE, kTag, MPI_COMM_WORLD, &there, &status) != MPI_SUCCESS || there == 0)
+      return std::nullopt;
+    MPI_Get_count(&status, MPI_BYTE, &size);
+    Message m{status.MPI_SOURCE, std::string(static_cast<std::size_t>(size), '\0')};
+    const int result = MPI_Recv(m.bytes.data(), size, MPI_BYTE, m.from, kTag, MPI_COMM_WORLD, MPI_STATUS_IGNORE);
+    if (result != MPI_SUCCESS) return std::nullopt;
+    return m;
+  }
+
+  void rest() override { usleep(kRest); }
+  void noteLost() override { lost_ = true; }
+
+  [[noreturn]] void stop(const std::string &why) override {
+    std::fprintf(stderr, "koru_mpi: process %d: %s\n", rank_, why.c_str());
+    std::fflush(nullptr);
+    MPI_Abort(MPI_COMM_WORLD, 3);
+    std::_Exit(3);
+  }
+
+ private:
+  struct Sending {
+    std::string bytes;
+    MPI_Request request;
+  };
+
+  bool sendsAreThrough() {
+    for (auto s = sending_.begin(); s != sending_.end();) {
+      int done = 0;
+      MPI_Test(&s->request, &done, MPI_STATUS_IGNORE);
+      s = done != 0 ? sending_.erase(s) : std::next(s);
+    }
+    return sending_.empty();
+  }
+  void takeAll() {
+    while (poll()) continue;
+    rest();
+  }
+
+  int rank_ = 0;
+  int size_ = 1;
+  bool lost_ = false;
+  std::list<Sending> sending_;
+};
+
+bool wasLaunched() {
+  for (const char *name : {"OMPI_COMM_WORLD_SIZE", "PMI_SIZE", "PMIX_RANK"})
+    if (std::getenv(name) != nullptr) return true;
+  return false;
+}
+
+}  // namespace
+
+std::unique_ptr<Transport> connect() {
+  if (wasLaunched()) return std::make_unique<ByMpi>();
+  return std::make_unique<Alone>();
+}
+
+}  // namespace koru::parallel

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+// A program for the tests of koru_mpi: all that a search shows, on the standard output.
+//
+//   program plain|mpi CASE [SIZE]
+//
+// "plain" uses the functions of koru.h; "mpi" those of koru_mpi.h, and must print the same. CASE: queens, first,
+// golomb, cancel; rank: a model that differs by the process; memory: a selection that remembers how often it was asked.
+#include <koru_extras.h>
+#include <koru_mpi.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+enum { MOST = 32 };
+
+static bool plain;
+static int shown, cancelAt = -1;
+
+static void show(CSint **x, int n) {
+  cs_printf("%A", x, n);
+  printf(" %d\n", cs_saveContext());
+  cs_restoreContext();
+  if (++shown == cancelAt) cs_cancelSearch();
+}
+
+static void showCost(CSint **x, int n, CSint *cost) {
+  printf("%d: ", cs_getMin(cost));
+  show(x, n);
+}
+
+static bool postQueens(CSint **q, int n) {
+  static CSint *up[MOST], *down[MOST];
+  for (int i = 0; i < n; ++i) {
+    q[i] = cs_createCSint(0, n - 1);
+    up[i] = cs_Add(q[i], CSINT(i));
+    down[i] = cs_Sub(q[i], CSINT(i));
+  }
+  return cs_AllNeq(q, n) && cs_AllNeq(up, n) && cs_AllNeq(down, n);
+}
+
+static bool postRuler(CSint **marks, int n) {
+  static CSint *distances[MOST * MOST];
+  int pairs = 0;
+  for (int i = 0; i < n; ++i) marks[i] = cs_createCSint(0, n * n);
+  for (int i = 0; i < n; ++i)
+    for (int j = i + 1; j < n; ++j) {
+      distances[pairs] = cs_Sub(marks[j], marks[i]);
+      if (!cs_GE(distances[pairs++], 1)) return false;
+    }
+  return cs_EQ(marks[0], 0) && cs_AllNeq(distances, pairs);
+}
+
+static CSint *forgetful(CSint **x, int n) {
+  static int calls;
+  CSint *free[MOST];
+  int some = 0;
+  for (int i = 0; i < n; ++i)
+    if (cs_isFree(x[i])) free[some++] = x[i];
+  return some == 0 ? NULL : free[++calls % some];
+}
+
+static bool findAll(CSint **x, int n, CSfindFreeVar f) {
+  return plain ? cs_findAll(x, n, f, show) : cs_mpiFindAll(x, n, f, show);
+}
+
+static bool searchCase(const char *name, CSint **x, int n) {
+  if (strcmp(name, "golomb") == 0) {
+    if (!postRuler(x, n)) return false;
+    return plain ? cs_minimize(x, n, cs_findFreeVar, x[n - 1], showCost)
+                 : cs_mpiMinimize(x, n, cs_findFreeVar, x[n - 1], showCost);
+  }
+  if (!postQueens(x, n)) return false;
+  if (strcmp(name, "cancel") == 0) cancelAt = 17;
+  if (strcmp(name, "rank") == 0 && !cs_NEQ(x[0], cs_mpiRank())) return false;
+  if (strcmp(name, "memory") == 0) return findAll(x, n, forgetful);
+  if (strcmp(name, "first") != 0) return findAll(x, n, cs_findFreeVarNbElements);
+  return plain ? cs_search(x, n, cs_findFreeVar) : cs_mpiSearch(x, n, cs_findFreeVar);
+}
+
+int main(int argc, char **argv) {
+  if (argc < 3) return 2;
+  CSint *x[MOST];
+  const int n = argc > 3 ? atoi(argv[3]) : 8;
+  if (n < 1 || n > MOST) return 2;
+  plain = strcmp(argv[1], "plain") == 0;
+  cs_init();
+  for (int times = 0; times < 2; ++times) {  // one search after the other
+    const bool result = searchCase(argv[2], x, n);
+    const long long fails = plain ? cs_getNbFails() : cs_mpiGetNbFails();
+    const long long choicePoints = plain ? cs_getNbChoicePoints() : cs_mpiGetNbChoicePoints();
+    printf("%s, %d shown, %lld fails, %lld choice points, contexts %d\n", result ? "true" : "false", shown, fails,
+           choicePoints, cs_saveContext());
+    cs_printf("%A\n", x, n);
+    cs_restoreAll();
+    shown = 0;
+  }
+  cs_end();
+  return 0;
+}

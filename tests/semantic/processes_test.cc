@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: MIT
+// Searches that several processes share, simulated in one: each has a solver of its own, steps come in random order,
+// messages are late, processes stall and die. The outcome is that of the search of one process, in every process.
+#include <deque>
+#include <map>
+#include <memory>
+
+#include "parallel/alone.h"
+#include "parallel/party.h"
+#include "semantic/random_model.h"
+
+namespace koru::test::brute {
+namespace {
+
+using parallel::Follower;
+using parallel::Ground;
+using parallel::Leader;
+using parallel::Mail;
+using parallel::Message;
+using parallel::Pace;
+using parallel::Task;
+using parallel::Transport;
+
+// What lies between the processes: a queue for each pair, and a clock.
+struct Net {
+  explicit Net(std::uint64_t seed) : random(seed) {}
+
+  Random random;
+  std::map<std::pair<int, int>, std::deque<std::string>> queues;  // by receiver and sender
+  double clock = 0;
+  long long messages = 0;
+  int lost = 0;
+};
+
+class Simulated final : public Transport {
+ public:
+  Simulated(Net &net, int rank, int size) : net_(net), rank_(rank), size_(size) {}
+
+  int rank() const override { return rank_; }
+  int size() const override { return size_; }
+  void send(int to, std::string bytes) override {
+    ++net_.messages;
+    net_.queues[{to, rank_}].push_back(std::move(bytes));
+  }
+  // Each sender may be late.
+  std::optional<Message> poll() override {
+    for (int from = 0; from < size_; ++from) {
+      auto &queue = net_.queues[{rank_, from}];
+      if (queue.empty() || net_.random.chance(60)) continue;
+      Message m{from, std::move(queue.front())};
+      queue.pop_front();
+      return m;
+    }
+    return std::nullopt;
+  }
+  double seconds() const override { return net_.clock; }
+  void rest() override {}
+  void noteLost() override { ++net_.lost; }
+  [[noreturn]] void stop(const std::string &) override { std::abort(); }
+
+ private:
+  Net &net_;
+  int rank_, size_;
+};
+
+parallel::Mode modeOf(Mode mode) {
+  return mode == Mode::kAll     ? parallel::Mode::kAll
+         : mode == Mode::kFirst ? parallel::Mode::kFirst
+                                : parallel::Mode::kMinimize;
+}
+
+// The leader's model, whose solutions are told.
+RandomModel *leading = nullptr;
+Outcome *told = nullptr;
+int cancelAfter = -1;
+
+void tell(CSint **, int) {
+  told->solutions.push_back(leading->state());
+  if (static_cast<int>(told->solutions.size()) == cancelAfter) cs_cancelSearch();
+}
+void tellCost(CSint **array, int size, CSint *) { tell(array, size); }
+
+Task taskOf(RandomModel &m, Mode mode, bool tells) {
+  return {.mode = modeOf(mode),
+          .array = m.array(),
+          .size = m.size(),
+          .select = m.select(),
+          .cost = mode == Mode::kMinimize ? m.cost() : nullptr,
+          .found = mode == Mode::kAll && tells ? tell : nullptr,
+          .foundCost = mode == Mode::kMinimize && tells ? tellCost : nullptr};
+}
+
+class Process {
+ public:
+  Process(Net &net, std::uint64_t seed, Mode mode, int rank, int size, const Pace &pace)
+      : transport_(net, rank, size), mail_(transport_), pace_(pace) {
+    cs_init();
+    model_ = std::make_unique<RandomModel>(seed);
+    ground_ = std::make_unique<Ground>(taskOf(*model_, mode, true));
+    EXPECT_TRUE(ground_->ready());
+    mail_.beginSearch();
+    solver_ = cs_detachSolver();
+  }
+  ~Process() {
+    if (solver_ == nullptr) return;
+    cs_attachSolver(solver_);
+    leader_.reset();
+    follower_.reset();
+    ground_.reset();
+    cs_end();
+  }
+  Process(const Process &) = delete;
+  Process &operator=(const Process &) = delete;
+
+  RandomModel *model() const { return model_.get(); }
+  bool isOver() const { return over_; }
+  bool alive = true;
+  long long stalledUntil = 0;
+
+  // A step; the first one begins.
+  void step() {
+    ASSERT_TRUE(cs_attachSolver(solver_));
+    if (leader_ == nullptr && follower_ == nullptr) {
+      if (transport_.rank() == 0) {
+        leader_ = std::make_unique<Leader>(*ground_, transport_, mail_, pace_);
+      } else {
+        follower_ = std::make_unique<Follower>(*ground_, transport_, mail_, pace_);
+      }
+    } else {
+      over_ = leader_ != nullptr ? !leader_->step() : !follower_->step();
+      if (over_) end();
+    }
+    ASSERT_EQ(cs_detachSolver(), solver_);
+  }
+
+  Outcome outcome;  // once it is over
+  std::string why;
+
+ private:
+  void end() {
+    const parallel::Counts counts = leader_ != nullptr ? leader_->counts() : follower_->counts();
+    why = leader_ != nullptr ? leader_->why() : follower_->why();
+    outcome.result = leader_ != nullptr ? leader_->result() : follower_->result();
+    outcome.fails = counts.fails;
+    outcome.choicePoints = counts.choicePoints;
+    outcome.end = model_->state();
+  }
+
+  Simulated transport_;
+  Mail mail_;
+  Pace pace_;
+  std::unique_ptr<RandomModel> model_;
+  std::unique_ptr<Ground> ground_;
+  std::unique_ptr<Leader> leader_;
+  std::unique_ptr<Follower> follower_;
+  CSsolver *solver_ = nullptr;
+  bool over_ = false;
+};
+
+struct Trouble {
+  int deaths = 0;  // at most, never of the first process
+  int stalls = 0;  // percent of steps after which a process stalls for longer than others are patient
+};
+
+struct Totals {
+  long long searches = 0, choicePoints = 0, messages = 0;
+  int lost = 0;
+};
+
+class Simulation {
+ public:
+  Simulation(std::uint64_t seed, std::uint64_t schedule, Mode mode, int size, const Trouble &trouble)
+      : net_(schedule), trouble_(trouble) {
+    Pace pace;
+    pace.report = 15;
+    pace.patience = 40.0 * size;
+    pace.choicePoints = net_.random.between(1, 8);
+    for (int rank = 0; rank < size; ++rank)
+      processes_.push_back(std::make_unique<Process>(net_, seed, mode, rank, size, pace));
+    leading = processes_[0]->model();
+    told = &processes_[0]->outcome;
+  }
+
+  // The outcome of the first process, after a look at those of all others that live.
+  Outcome run(Totals &totals) {
+    for (long long steps = 0; !isOver(); ++steps) {
+      if (steps > 300000) {
+        ADD_FAILURE() << "it does not end" << stateText();
+        break;
+      }
+      step(steps);
+    }
+    const Outcome &first = processes_[0]->outcome;
+    for (const auto &p : processes_) {
+      EXPECT_EQ(p->why, "");
+      if (!p->alive) continue;
+      Outcome o = p->outcome;
+      o.solutions = first.solutions;
+      EXPECT_TRUE(o == first);
+    }
+    totals.messages += net_.messages;
+    totals.lost += net_.lost;
+    return first;
+  }
+
+ private:
+  std::string stateText() const {
+    std::string text;
+    for (const auto &p : processes_) text += p->isOver() ? " over" : p->alive ? " alive" : " dead";
+    for (const auto &[pair, queue] : net_.queues)
+      text += "; " + std::to_string(pair.second) + " to " + std::to_string(pair.first) + ": " +
+              std::to_string(queue.size());
+    return text;
+  }
+  bool isOver() const {
+    return std::ranges::all_of(processes_, [](const auto &p) { return !p->alive || p->isOver(); });
+  }
+  void step(long long now) {
+    net_.clock += 1;
+    const auto rank = static_cast<std::size_t>(net_.random.below(static_cast<int>(processes_.size())));
+    Process &p = *processes_[rank];
+    if (!p.alive || p.isOver() || p.stalledUntil > now) return;
+    p.step();
+    if (rank == 0) return;
+    if (trouble_.deaths > 0 && net_.random.chance(2)) {
+      --trouble_.deaths;
+      p.alive = false;
+    }
+    if (net_.random.chance(trouble_.stalls))
+      p.stalledUntil = now + net_.random.below(120 * static_cast<int>(processes_.size()));
+  }
+
+  Net net_;
+  Trouble trouble_;
+  std::vector<std::unique_ptr<Process>> processes_;
+};
+
+std::string textOf(const Outcome &o) {
+  return std::string(o.result ? "true, " : "false, ") + std::to_string(o.solutions.size()) + " solutions, " +
+         std::to_string(o.choicePoints) + " choice points, " + std::to_string(o.fails) + " fails, " +
+         std::to_string(o.end.front() - 1) + " contexts";
+}
+
+// As bySearch, with a cancel as in the simulation.
+Outcome searchWith(RandomModel &m, Mode mode) {
+  Outcome o;
+  if (mode == Mode::kAll) o.result = cs_findAll(m.array(), m.size(), m.select(), tell);
+  if (mode == Mode::kFirst) o.result = cs_search(m.array(), m.size(), m.select());
+  if (mode == Mode::kMinimize) o.result = cs_minimize(m.array(), m.size(), m.select(), m.cost(), tellCost);
+  o.fails = cs_getNbFails();
+  o.choicePoints = cs_getNbChoicePoints();
+  o.end = m.state();
+  return o;
+}
+
+void compareModel(std::uint64_t seed, const Trouble &trouble, Totals &totals) {
+  cs_init();
+  const bool consistent = RandomModel(seed).consistent();
+  cs_end();
+  if (!consistent) return;
+  ++totals.searches;
+  for (const Mode mode : {Mode::kAll, Mode::kFirst, Mode::kMinimize}) {
+    cs_init();
+    RandomModel m(seed);
+    Outcome expected;
+    leading = &m;
+    told = &expected;
+    const Outcome found = searchWith(m, mode);
+    expected.result = found.result, expected.end = found.end;
+    expected.fails = found.fails, expected.choicePoints = found.choicePoints;
+    cs_end();
+    if (expected.choicePoints > 2000) return;
+    totals.choicePoints += expected.choicePoints;
+    for (const int size : {2, 3, 7}) {
+      const Outcome o = Simulation(seed, seed * 31 + static_cast<unsigned>(size), mode, size, trouble).run(totals);
+      EXPECT_TRUE(o == expected) << "seed " << seed << ", mode " << static_cast<int>(mode) << ", " << size
+                                 << " processes: " << textOf(o) << ", not " << textOf(expected);
+    }
+  }
+}
+
+void compareModels(std::uint64_t first, int models, const Trouble &trouble, int cancelled = -1) {
+  Totals totals;
+  cancelAfter = cancelled;
+  for (std::uint64_t seed = first; totals.searches < models; ++seed) compareModel(seed, trouble, totals);
+  std::printf("%lld models, %lld choice points, %lld messages, %d processes lost\n", totals.searches,
+              totals.choicePoints, totals.messages, totals.lost);
+}
+
+TEST(Processes, FindWhatOneFinds) { compareModels(1, 200, {}); }
+TEST(Processes, FindWhatOneFindsWhenSomeDie) { compareModels(1000, 150, {.deaths = 3}); }
+TEST(Processes, FindWhatOneFindsWhenSomeStall) { compareModels(2000, 150, {.deaths = 1, .stalls = 3}); }
+TEST(Processes, StopAtTheSameSolution) {
+  for (const int after : {1, 2, 5}) compareModels(3000, 30, {.deaths = 1}, after);
+}
+TEST(Processes, FindWhatOneFindsInManyModelsHeavy) {
+  compareModels(10000, 2000, {});
+  compareModels(20000, 1000, {.deaths = 3});
+  compareModels(30000, 1000, {.deaths = 2, .stalls = 3});
+  for (const int after : {1, 2, 5}) compareModels(40000, 200, {.deaths = 1}, after);
+}
+
+}  // namespace
+}  // namespace koru::test::brute
