@@ -289,6 +289,7 @@ void propagate() {
   [[maybe_unused]] const check::Entered entered;
   Queue &queue = solver::queue;
   ++queue.depth;
+  ++queue.propagations;
   if (queue.supervisor.mustEnd != nullptr) [[unlikely]]
     return propagateSupervised(queue);
   // Set once per run, by the first conflict listener met in any event's list.

@@ -24,11 +24,12 @@ struct Supervisor {
 };
 
 struct Queue {
-  unsigned depth = 0;      // propagation loops running, one inside the other
-  unsigned limit = 0;      // a change made at a greater depth waits for the loop that runs
-  int failures = 0;        // of loops whose outcome nobody has been told yet; see fail in queue.cc
-  unsigned dropped = 0;    // propagations that have failed, ever: the events that were queued then went unheard
-  bool hostHears = false;  // since cs_init a constraint was posted that runs code of the host
+  unsigned depth = 0;              // propagation loops running, one inside the other
+  unsigned limit = 0;              // a change made at a greater depth waits for the loop that runs
+  int failures = 0;                // of loops whose outcome nobody has been told yet; see fail in queue.cc
+  unsigned dropped = 0;            // propagations that have failed, ever: the events that were queued then went unheard
+  std::uint64_t propagations = 0;  // begun since cs_init
+  bool hostHears = false;          // since cs_init a constraint was posted that runs code of the host
   Supervisor supervisor;
   int untilAsked = 0;              // so many events more in each propagation
   unsigned long long wakings = 0;  // of handlers and runs, counted while there is a supervisor

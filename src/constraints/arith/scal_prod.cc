@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: MIT
 // cs_ScalProd, cs_VScalProd: s = c1 * x1 + ... + cn * xn.
 // Consistency: bounds over the reals; over the ints when every coefficient is 1, 0 or -1.
-// Cost: O(n) per event: totals are computed anew, in 64 bits; a division only for a term whose bound moves.
-// State: none.
-// Wakes: when a bound moves, on one constraint for s and one for the terms, under one site.
-// Deliberate: a term's binding inside its bounds moves both its bounds, and runs the terms' handler for each; n = 1 is
-// no special case, for it has a coefficient.
-// Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not guarded against later, when the totals can
-// only lie between those of the posting.
+// Cost: O(n) per event: totals are computed anew, in 64 bits; a division only for a term whose bound moves. O(1) for an
+// event since whose totals nothing has changed.
+// State: none beyond a moment: totals are computed anew after any change of a domain, or where code of the host may
+// have run, for the coefficients are the host's. Until then both constraints use the same ones, which halves what a
+// binding takes. Wakes: when a bound moves, on one constraint for s and one for the terms, under one site. Deliberate:
+// a term's binding inside its bounds moves both its bounds, and runs the terms' handler for each; n = 1 is no special
+// case, for it has a coefficient. Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not guarded
+// against later, when the totals can only lie between those of the posting.
 #include <algorithm>
 #include <cstdarg>
 #include <utility>
 
+#include "constraints/arith/weighted_totals.h"
 #include "core/errors.h"
+#include "core/moment.h"
 #include "core/post.h"
 
 namespace koru::scal_prod {
@@ -26,35 +29,30 @@ struct Record {
   Shared<CSint *> varOwner;
 };
 
-struct OnSum : Record {};
-struct OnTerms : Record {};
+struct OnSum : Record {
+  Totals latest{};
+  Moment moment{};  // at which they were computed
+};
+
+// Its entries are taken off before that of the other one.
+struct OnTerms : Record {
+  OnSum *onSum;
+};
 
 // ----- totals
 
-// How far s lies inside [low total, high total], and the widest of the terms: one that is no wider than a margin
-// cannot be narrowed by it.
-struct Pass {
-  std::int64_t low;
-  std::int64_t high;
-  std::int64_t widest;
-};
+static Terms termsOf(const Record &c) { return {c.coefficients, c.vars, c.n}; }
 
-static Pass passOver(const Record &c) {
-  Pass pass{0, 0, 0};
-  for (int i = 0; i < c.n; ++i) {
-    const std::int64_t atMin = std::int64_t{c.coefficients[i]} * c.vars[i]->min;
-    const std::int64_t atMax = std::int64_t{c.coefficients[i]} * c.vars[i]->max;
-    const std::int64_t low = atMin < atMax ? atMin : atMax;
-    const std::int64_t high = atMin < atMax ? atMax : atMin;
-    pass.low += low;
-    pass.high += high;
-    if (high - low > pass.widest) pass.widest = high - low;
+static Totals totalsNow(OnSum &c) {
+  if (!c.moment.lasts()) {
+    c.latest = totalsOf(termsOf(c));
+    c.moment = Moment::now();
   }
-  return pass;
+  return c.latest;
 }
 
-static std::int64_t slackOf(const Record &c, const Pass &pass) { return satSub64(pass.high, c.s->min); }
-static std::int64_t excessOf(const Record &c, const Pass &pass) { return satSub64(pass.low, c.s->max); }
+static std::int64_t slackOf(const Record &c, const Totals &totals) { return satSub64(totals.high, c.s->min); }
+static std::int64_t excessOf(const Record &c, const Totals &totals) { return satSub64(totals.low, c.s->max); }
 
 // ----- rules: slack >= 0 is what the high total has to spare, -excess >= 0 what the low total has
 
@@ -84,8 +82,8 @@ static bool widerThan(const CSint *x, std::int64_t coefficient, std::int64_t mar
 constexpr int kNone = -1;
 
 template <class Narrow>
-static bool narrowWide(const Record &c, const Pass &pass, std::int64_t margin, int skipped, Narrow narrow) {
-  if (pass.widest <= margin) return true;
+static bool narrowWide(const Record &c, const Totals &totals, std::int64_t margin, int skipped, Narrow narrow) {
+  if (totals.widest <= margin) return true;
   for (int i = 0; i < c.n; ++i) {
     CSint *x = c.vars[i];
     const int coefficient = c.coefficients[i];
@@ -95,12 +93,13 @@ static bool narrowWide(const Record &c, const Pass &pass, std::int64_t margin, i
 }
 
 // Neither fails: a term keeps the bound that it is measured from.
-static bool raiseTotals(const Record &c, const Pass &pass, std::int64_t slack) {
-  return narrowWide(c, pass, slack, kNone, [=](CSint *x, int coefficient) { return narrowLow(x, coefficient, slack); });
+static bool raiseTotals(const Record &c, const Totals &totals, std::int64_t slack) {
+  return narrowWide(c, totals, slack, kNone,
+                    [=](CSint *x, int coefficient) { return narrowLow(x, coefficient, slack); });
 }
 
-static bool lowerTotals(const Record &c, const Pass &pass, std::int64_t excess) {
-  return narrowWide(c, pass, -excess, kNone,
+static bool lowerTotals(const Record &c, const Totals &totals, std::int64_t excess) {
+  return narrowWide(c, totals, -excess, kNone,
                     [=](CSint *x, int coefficient) { return narrowHigh(x, coefficient, excess); });
 }
 
@@ -112,23 +111,23 @@ static bool narrowTerm(CSint *x, std::int64_t coefficient, std::int64_t slack, s
   return narrowMin64(x, low) && narrowMax64(x, high);
 }
 
-static bool narrowTerms(const Record &c, const Pass &pass, std::int64_t slack, std::int64_t excess, int skipped) {
-  return narrowWide(c, pass, std::min(slack, -excess), skipped,
+static bool narrowTerms(const Record &c, const Totals &totals, std::int64_t slack, std::int64_t excess, int skipped) {
+  return narrowWide(c, totals, std::min(slack, -excess), skipped,
                     [=](CSint *x, int coefficient) { return narrowTerm(x, coefficient, slack, excess); });
 }
 
 // ----- handlers on s
 
 static bool sumNewMin(OnSum &c, const Event &) {
-  const Pass pass = passOver(c);
-  const std::int64_t slack = slackOf(c, pass);
-  return slack >= 0 && raiseTotals(c, pass, slack);  // GCOVR_EXCL_BR_LINE: see there
+  const Totals totals = totalsNow(c);
+  const std::int64_t slack = slackOf(c, totals);
+  return slack >= 0 && raiseTotals(c, totals, slack);  // GCOVR_EXCL_BR_LINE: see there
 }
 
 static bool sumNewMax(OnSum &c, const Event &) {
-  const Pass pass = passOver(c);
-  const std::int64_t excess = excessOf(c, pass);
-  return excess <= 0 && lowerTotals(c, pass, excess);  // GCOVR_EXCL_BR_LINE: see there
+  const Totals totals = totalsNow(c);
+  const std::int64_t excess = excessOf(c, totals);
+  return excess <= 0 && lowerTotals(c, totals, excess);  // GCOVR_EXCL_BR_LINE: see there
 }
 
 static bool sumBound(OnSum &c, const Event &e) { return sumNewMin(c, e) && sumNewMax(c, e); }
@@ -142,11 +141,12 @@ constexpr auto kSumTable = handlers<OnSum>({.newMin = on<sumNewMin>,
 // ----- handlers on the terms
 
 static bool termMoved(OnTerms &c, const Event &e) {
-  const Pass pass = passOver(c);
-  const std::int64_t slack = slackOf(c, pass);
-  const std::int64_t excess = excessOf(c, pass);
-  return slack >= 0 && excess <= 0 && narrowMin64(c.s, pass.low) && narrowMax64(c.s, pass.high) &&
-         narrowTerms(c, pass, slack, excess, e.index);
+  const Totals totals = totalsNow(*c.onSum);
+  const std::int64_t slack = slackOf(c, totals);
+  const std::int64_t excess = excessOf(c, totals);
+  if (slack < 0 || excess > 0 || !narrowMin64(c.s, totals.low) || !narrowMax64(c.s, totals.high)) return false;
+  c.onSum->moment.goOn();  // s is no term
+  return narrowTerms(c, totals, slack, excess, e.index);
 }
 
 static bool termBound(OnTerms &c, const Event &e) { return termMoved(c, e) && termMoved(c, e); }
@@ -177,12 +177,13 @@ static CSint *post(Posting &posting, Record record) {
     reportOverflow();
     return nullptr;
   }
-  const Pass pass = passOver(record);
-  record.s = createVariable(clampToInt(pass.low), clampToInt(pass.high));
+  const Totals totals = totalsOf(termsOf(record));
+  record.s = createVariable(clampToInt(totals.low), clampToInt(totals.high));
   if (record.s == nullptr) return nullptr;
   auto onSum = posting.add(kSumTable, OnSum{record});
   onSum.attach(record.s);
-  auto onTerms = posting.add(kTermTable, OnTerms{record});
+  if (!posting) return nullptr;
+  auto onTerms = posting.add(kTermTable, OnTerms{record, &*onSum});
   for (int i = 0; i < record.n; ++i) onTerms.attach(record.vars[i], i);
   return posting ? record.s : nullptr;
 }

@@ -152,4 +152,37 @@ TEST_F(ScalProdEventsTest, RestoringTakesTheNarrowingsBack) {
   expect({0, 2}, {3, 4}, {-12, -7});
 }
 
+// Of two sums with a term in common, each hears of what the other one has done to it.
+TEST_F(ScalProdEventsTest, TotalsAreThoseOfTheTermsAsTheyAre) {
+  CSint *x[] = {cs_createCSint(0, 1), cs_createCSint(0, 9), cs_createCSint(0, 9), cs_createCSint(0, 3)};
+  int coefficients[] = {5, 1, 1, 1};
+  s = cs_ScalProd(x, coefficients, 3);
+  CSint *common[] = {x[1], x[3]};
+  CSint *other = cs_ScalProd(common, coefficients + 1, 2);
+  ASSERT_TRUE(cs_LE(s, 11));
+  ASSERT_TRUE(cs_EQ(x[0], 1));
+  EXPECT_EQ(bounds(s), Bounds2(5, 11));
+  EXPECT_EQ(bounds(x[1]), Bounds2(0, 6));
+  EXPECT_EQ(bounds(other), Bounds2(0, 9));
+  ASSERT_TRUE(cs_GE(other, 7));
+  EXPECT_EQ(bounds(x[1]), Bounds2(4, 6));
+  EXPECT_EQ(bounds(x[3]), Bounds2(1, 3));
+  EXPECT_EQ(bounds(s), Bounds2(9, 11));
+  EXPECT_EQ(bounds(x[2]), Bounds2(0, 2));
+}
+
+// The second propagation comes to the same place of the trail as the first one.
+TEST_F(ScalProdEventsTest, ACoefficientThatTheHostHasChangedCounts) {
+  make(2, {0, 5}, -3, {0, 4});
+  cs_saveContext();
+  ASSERT_TRUE(cs_GE(v[0], 2));
+  EXPECT_EQ(bounds(s), Bounds2(-8, 10));
+  cs_restoreContext();
+  c[0] = 1;
+  cs_saveContext();
+  ASSERT_TRUE(cs_GE(v[0], 2));
+  EXPECT_EQ(bounds(s), Bounds2(-10, 5));
+  cs_restoreContext();
+}
+
 }  // namespace
