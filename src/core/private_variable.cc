@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "core/private_variable.h"
 
-#include <cstdint>
 #include <new>
 
 #include "core/alloc.h"
@@ -9,11 +8,6 @@
 #include "core/create.h"
 
 namespace koru {
-
-CSint *PrivateVariables::Block::variables() {
-  const auto address = reinterpret_cast<std::uintptr_t>(this + 1);
-  return reinterpret_cast<CSint *>((address + alignof(CSint) - 1) & ~(alignof(CSint) - 1));
-}
 
 PrivateVariables::PrivateVariables(int count) {
   const int size = count > 0 ? count : 0;

@@ -12,6 +12,7 @@
 // ever.
 #pragma once
 
+#include <cstdint>
 #include <utility>
 
 #include "core/variable.h"
@@ -42,8 +43,11 @@ class PrivateVariables {
     int owners;
     int count;
 
-    // They follow the head, aligned as a variable must be.
-    CSint *variables();
+    // They follow the head, aligned as a variable must be. Inline: constraints ask for one in their inner loops.
+    CSint *variables() {
+      const auto address = reinterpret_cast<std::uintptr_t>(this + 1);
+      return reinterpret_cast<CSint *>((address + alignof(CSint) - 1) & ~(alignof(CSint) - 1));
+    }
   };
 
   Block *block_ = nullptr;

@@ -46,10 +46,16 @@ void Profile::build(const Tasks &tasks, Time a, Time b) {
   integrate();
 }
 
+// By halves, without jumps that the processor can't foresee.
 const Profile::Step *Profile::stepAt(Time t) const {
   const Step *first = steps_.get();
-  const Step *after = std::upper_bound(first, end(), t, [](Time time, const Step &step) { return time < step.at; });
-  return after == first ? nullptr : after - 1;
+  if (count_ == 0 || t < first->at) return nullptr;
+  for (int count = count_; count > 1;) {
+    const int half = count / 2;
+    first += first[half].at <= t ? half : 0;
+    count -= half;
+  }
+  return first;
 }
 
 std::int64_t Profile::height(Time a, Time b) const {

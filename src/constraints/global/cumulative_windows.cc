@@ -111,6 +111,13 @@ bool yields(Energy energy, Time divisor, Time wanted) {
          static_cast<std::uint64_t>(wanted) * static_cast<std::uint64_t>(divisor) <= static_cast<std::uint64_t>(energy);
 }
 
+// The quotient energy / divisor is an int and at most `most`: likewise.
+bool staysWithin(Energy energy, Time divisor, Time most) {
+  return energy >= 0 && energy <= kIntMax && most >= 0 &&
+         static_cast<std::uint64_t>(energy) <
+             static_cast<std::uint64_t>(most + 1) * static_cast<std::uint64_t>(divisor);
+}
+
 bool useFits(const Check &c, const Candidate &t, const Share &share) {
   if (c.a > t.est || t.leastEnd > c.b || share.least == 0) return true;
   return yields(share.slack, share.least, t.useMax) || t.useMax <= quotient(share.slack, share.least);
@@ -229,7 +236,7 @@ bool checkWindow(Resource &r, Time a, Time b, Time &least) {
   c.available = r.freeEnergy(a, b, c.toA, c.toB);
   if (!addEnclosed(r, c)) return false;
   const Energy all = wrapAdd64(wrapAdd64(wrapSub64(c.toB, c.toA), b - a - 1), c.enclosed);
-  least = std::max(least, quotient(all, b - a));
+  if (!staysWithin(all, b - a, least)) least = std::max(least, quotient(all, b - a));
   return boundTasks(r, c);
 }
 

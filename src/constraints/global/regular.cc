@@ -103,20 +103,32 @@ static bool findTarget(const Graph &g, int k, int t) {
   return false;
 }
 
-// Visits the states of a layer, 64 at a time: a visit removes no other state than the one it is told.
+// Visits the values within [low, high], 64 at a time: a visit removes no other value than the one it is told.
 template <class Visit>
-static bool forEachState(const CSint *layer, Visit visit) {
-  if (layer->bits == nullptr) return forEachValue(layer, visit);
-  const int first = layer->min;
-  const int last = layer->max;
-  for (int i = first / 64; i <= last / 64; ++i) {
-    std::uint64_t left = layer->bits->words()[i];
+static bool forEachHeld(const CSint *v, int low, int high, Visit visit) {
+  if (v->bits == nullptr) return forEachValue(v, low, high, visit);
+  const int from = std::max(v->min, low);
+  const int to = std::min(v->max, high);
+  if (from > to) return true;
+  const int base = v->bits->low;
+  const std::uint32_t first = v->bits->offset(from);
+  const std::uint32_t last = v->bits->offset(to);
+  for (std::uint32_t i = first / 64; i <= last / 64; ++i) {
+    std::uint64_t left = v->bits->words()[i];
     if (i == first / 64) left &= ~std::uint64_t{0} << (first % 64);
     if (i == last / 64) left &= ~std::uint64_t{0} >> (63 - last % 64);
-    if (!forEachBit(i * 64, left, visit)) return false;
+    if (!forEachBit(wrap(base + std::int64_t{i} * 64), left, visit)) return false;
   }
   return true;
 }
+
+template <class Visit>
+static bool forEachState(const CSint *layer, Visit visit) {
+  return forEachHeld(layer, kIntMin, kIntMax, visit);
+}
+
+// Between the bounds a state has a support, and few supports are stale: that is asked before the bits are.
+static bool isWithin(const CSint *layer, int q) { return q >= layer->min && q <= layer->max; }
 
 template <int Edge::*part, class IsStale>
 static bool filterSources(const Graph &g, int k, IsStale isStale) {
@@ -138,13 +150,27 @@ static bool filterTargets(const Graph &g, int k, IsStale isStale) {
 template <int Edge::*part, class IsStale>
 static bool filterSymbols(const Graph &g, int k, IsStale isStale) {
   CSint *v = g.variable(k);
-  return forEachValue(v, 0, g.symbols() - 1, [&g, k, v, isStale, supports = g.labels(k)](int a) {
+  return forEachHeld(v, 0, g.symbols() - 1, [&g, k, v, isStale, supports = g.labels(k)](int a) {
     const Support &support = supports[a];
     return !support.exists() || !isStale(support.edge.*part) || findLabel(g, k, a) || removeValue(v, a);
   });
 }
 
-// The same when nothing but state q of layer k has gone: only states that an arc joins with q can have lost their
+// The same when nothing but state q has gone. Few supports are lost then, so while the variable still has a good part
+// of the symbols, supports are looked at before it is: a loop whose jumps the processor foresees.
+template <int Edge::*part>
+static bool filterSymbols(const Graph &g, int k, Only gone) {
+  CSint *v = g.variable(k);
+  if (g.symbols() > 4 * v->count) return filterSymbols<part, Only>(g, k, gone);
+  const Supports supports = g.labels(k);
+  for (int a = 0; a < g.symbols(); ++a) {
+    if (!gone(supports[a].edge.*part) || !supports[a].exists() || !contains(v, a)) continue;
+    if (!findLabel(g, k, a) && !removeValue(v, a)) return false;
+  }
+  return true;
+}
+
+// And for states, when nothing but state q of layer k has gone: only those that an arc joins with q can have lost their
 // support. With an arc for each symbol this is a look at as many states, instead of at all of a layer.
 
 static bool filterSourcesInto(const Graph &g, int k, int q) {
@@ -152,9 +178,10 @@ static bool filterSourcesInto(const Graph &g, int k, int q) {
   const int end = g.transitions().arcsInto(q + 1);
   CSint *layer = g.layer(k);
   if (end - first >= layer->count) return filterSources<&Edge::y>(g, k, Only{q});
+  const Supports supports = g.sources(k);
   for (int i = first; i < end; ++i) {
     const int source = g.transitions().arc(i).source;
-    if (!contains(layer, source) || g.sources(k)[source].edge.y != q) continue;
+    if (!isWithin(layer, source) || supports[source].edge.y != q || !contains(layer, source)) continue;
     if (!findSource(g, k, source) && !removeValue(layer, source)) return false;
   }
   return true;
@@ -170,7 +197,7 @@ static bool filterTargetsFrom(const Graph &g, int k, int q) {
   int lost[kMost];
   int count = 0;
   for (int a = 0; a < g.symbols(); ++a) {
-    if (row[a] == Transitions::kNone || !contains(layer, row[a]) || supports[row[a]].edge.y != q) continue;
+    if (!isWithin(layer, row[a]) || supports[row[a]].edge.y != q || !contains(layer, row[a])) continue;
     if (count == kMost) return filterTargets<&Edge::y>(g, k, Only{q});
     int i = count++;
     for (; i > 0 && lost[i - 1] > row[a]; --i) lost[i] = lost[i - 1];
