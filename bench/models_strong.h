@@ -240,6 +240,7 @@ inline constexpr Model kStrongModels[] = {
     {"table dense", "node", tables<tableProblem<3, 20, 10, 38, 3, 300>>},
     {"table 20000", "node", tables<tableProblem<2, 20, 8, 11, 6, 20000>>},
     {"table 20000 long", "node", tables<tableProblem<1, 22, 8, 14, 6, 20000>>},
+    {"table 20000 dense", "node", tables<tableProblem<1, 12, 8, 30, 5, 20000>>},
     {"crossword 4", "node", tables<crosswordProblem<1, 4, 2000>>},
     {"knight 6x5", "node", knightsTours<6, 5>},
     {"tour 14", "node", shortestTour<14>},

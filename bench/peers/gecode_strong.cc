@@ -162,6 +162,7 @@ const PeerModel kPeers[] = {
     {"table dense", tables<tableProblem<3, 20, 10, 38, 3, 300>>},
     {"table 20000", tables<tableProblem<2, 20, 8, 11, 6, 20000>>},
     {"table 20000 long", tables<tableProblem<1, 22, 8, 14, 6, 20000>>},
+    {"table 20000 dense", tables<tableProblem<1, 12, 8, 30, 5, 20000>>},
     {"crossword 4", tables<crosswordProblem<1, 4, 2000>>},
     {"knight 6x5", knightsTours<6, 5>},
     {"tour 14", shortestTour<14>},
