@@ -147,6 +147,8 @@ def better(a, b, kind):
         objective = r["objective"] if r["objective"] is not None else float("inf") if kind == "min" else float("-inf")
         return (solved, r["status"] not in ("unknown",) and not r["status"].startswith("error"),
                 -objective if kind == "min" else objective if kind == "max" else 0)
+    if rank(a)[0] and rank(b)[0]:
+        return 0
     return (rank(a) > rank(b)) - (rank(a) < rank(b))
 
 
