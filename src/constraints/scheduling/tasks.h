@@ -41,8 +41,9 @@ inline Task taskOf(const CSint *start, const CSint *duration, Presence presence)
 // start + duration + delay <= next. Domain consistent.
 inline bool precede(CSint *start, CSint *duration, int delay, CSint *next) {
   const Time room = Time{next->max} - delay;
-  return narrowMax64(start, room - duration->min) && narrowMax64(duration, room - start->min) &&
-         narrowMin64(next, Time{start->min} + duration->min + delay);
+  if (!narrowMax64(start, room - duration->min)) return false;
+  if (!narrowMax64(duration, room - start->min)) return false;
+  return narrowMin64(next, Time{start->min} + duration->min + delay);
 }
 
 // What is known of the times of a task, back to its start. For one that may be left out its start says nothing.
