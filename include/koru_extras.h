@@ -41,6 +41,7 @@
  *   16. Schedules
  *   17. Walks
  *   18. Why there is no solution
+ *   19. Records of searches
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -1181,6 +1182,47 @@ KORU_API void cs_writeExplanation(const CSexplanation *explanation, FILE *f);
 
 /** Free an explanation. Null is ignored. */
 KORU_API void cs_freeExplanation(const CSexplanation *explanation);
+
+/* ==================================================================================================================
+ * 19. Records of searches
+ *
+ * What a search has tried, what was refused, and by which line of the program: written into a file while it runs, and
+ * shown by the command koru-tree as a text or a page.
+ *
+ *     cs_recordSearches("run.tree");
+ *     found = cs_search(cells, n, cs_findFreeVarNbElements);
+ *     cs_recordSearches(NULL);
+ *
+ *     koru-tree run.tree                  koru-tree --html page.html run.tree
+ *
+ * All searches are recorded, those of koru.h and search objects, also one inside another. docs/search-trees.md has the
+ * format, which stays as it is.
+ * ================================================================================================================ */
+
+/**
+ * Record every search that begins from now on in the file @p path, which is made or emptied first; what was recorded
+ * before ends. Null ends it only. The file can be read while it grows, and after a crash as far as it was written. A
+ * record goes on when a solver ends and another one begins (with koru_threads: in the thread that has begun it).
+ * When memory is exhausted (CS_ERR_MEMORY is reported) the record ends there.
+ * Cost: one to three bytes a decision, and the time to write them; places are looked up once each.
+ * @return false when the file cannot be made, or memory is exhausted.
+ */
+KORU_API bool cs_recordSearches(const char *path);
+
+/** A decision of a recorded search: on the variable of this number, counted from 0 in the order of their creation. */
+typedef struct CSstep {
+  int variable;
+  CSvalueSelection decision;
+} CSstep;
+
+/**
+ * Take the @p n decisions of @p path, which "koru-tree --node" prints, each in a context of its own. In a program that
+ * posts the model of the recorded search the state is then that of the search at this node, but for what a search has
+ * posted itself: no-goods, bounds on an objective, the values of a neighbourhood.
+ * @return how many were taken: less than n when one is refused, names no variable, or memory is exhausted; that one
+ * leaves no context. Cost: that of the decisions.
+ */
+KORU_API int cs_goToNode(const CSstep *path, int n);
 
 #ifdef __cplusplus
 }

@@ -70,8 +70,9 @@ void forgetPlaces();  // for cs_end
 namespace solver {
 
 inline KORU_STATE Ports ports;
-inline KORU_STATE Censor censor;           // of all solvers that come and go while it is there
-inline KORU_STATE bool attention = false;  // profiling, or a censor: doors look closer at who calls
+inline KORU_STATE Censor censor;                    // of all solvers that come and go while it is there
+inline KORU_STATE FailureListener failureRecorder;  // told before any other
+inline KORU_STATE bool attention = false;           // profiling, or a censor: doors look closer at who calls
 
 }  // namespace solver
 

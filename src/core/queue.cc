@@ -129,6 +129,8 @@ void drop(Queue &queue) {
 // The site is kept while the failed constraint may go.
 void abandon(Queue &queue, CSint *variable, int code, const Constraint *failed) {
   Site *site = failed->site;
+  if (const FailureListener &r = solver::failureRecorder; r.tell != nullptr) [[unlikely]]
+    r.tell(r.argument, failed);
   if (const FailureListener &l = solver::ports.failureListener; l.tell != nullptr) l.tell(l.argument, failed);
   ++site->references;
   drop(queue);

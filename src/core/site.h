@@ -35,6 +35,8 @@ class Site {
 
   const char *name() const;
   const char *text() const;
+  // That the place was left to; null for one with a text.
+  const void *address() const { return located() ? nullptr : place_; }
 
   int references = 0;
 

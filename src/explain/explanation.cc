@@ -37,7 +37,7 @@ bool Explanation::addReason(const Calls &calls, int call) {
   std::strcpy(copy, text);
   texts[size] = copy;
   CSreason &reason = list[size++];
-  reason = {place.poster.name, nullptr, 0, nullptr, calls[call].number, place.calls, call + 1};
+  reason = {place.poster.name, nullptr, 0, nullptr, calls[call].number, calls.countAt(calls[call].place), call + 1};
   split(copy, reason);
   return true;
 }

@@ -26,6 +26,7 @@ struct Restarts {
   bool exhausted() const { return run.failLimit < 1 || run.fails < run.failLimit; }
 
   bool runOnce(int limit) {
+    tellRun();
     run.fails = 0;
     run.failLimit = totalLimit > 0 ? std::min(totalLimit - searchState.fails, limit) : limit;
     const CSsearchNotify &hooks = *run.notify;

@@ -16,6 +16,7 @@ struct AllSolutions {
   CSfoundCallback found;
 
   void reportSolution() const {
+    tellSolution();
     if (found != nullptr) found(array, size);
     searchState.solutionFound = true;
   }
@@ -25,13 +26,15 @@ struct AllSolutions {
     if (v == nullptr) return reportSolution();
     Values values(v);
     if (!openContext()) return;
+    tellEnter(v);
     for (; values.more(); values.advance()) {
       ++searchState.choicePoints;
-      if (searchState.cancelled) return;
+      if (searchState.cancelled) return tellLeave();
       if (tryValue(v, values.current())) label();
       restoreAndSave();
     }
     cs_acceptContext();
+    tellLeave();
   }
 };
 

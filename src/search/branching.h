@@ -55,8 +55,14 @@ class Values {
 
 // Tries one value: counts the choice point and, when propagation refuses the value, the fail.
 [[nodiscard]] inline bool tryValue(CSint *v, int value) {
-  if (cs_EQ(v, value)) return true;
+  if (tellTried({CS_METHOD_EQ, value}, cs_EQ(v, value))) return true;
   ++searchState.fails;
+  return false;
+}
+
+// The end of a level at which everything has failed, or the search has to end.
+inline bool leave() {
+  tellLeave();
   return false;
 }
 

@@ -20,7 +20,10 @@ struct CriteriaSearch {
 
   bool label() const {
     const int index = select(array, size);
-    if (index < 0) return true;
+    if (index < 0) {
+      tellSolution();
+      return true;
+    }
     CSint *v = array != nullptr ? array[index] : nullptr;
     return tryInScoreOrder(
         v, failLimit, [&](int value) { return criteria(index, value); }, [&] { return label(); });

@@ -58,16 +58,17 @@ template <class Score, class Descend>
   int left = v->count;
   const Untried untried(v);
   if (!untried || !openContext()) return false;
+  tellEnter(v);
   for (; left > 0; --left) {
     const int value = untried.takeBest(score);
     ++searchState.choicePoints;
-    if (searchState.cancelled) return false;
+    if (searchState.cancelled) return leave();
     if (tryValue(v, value) && descend()) return true;
-    if (failLimitReached(failLimit)) return false;
+    if (failLimitReached(failLimit)) return leave();
     restoreAndSave();
   }
   cs_acceptContext();
-  return false;
+  return leave();
 }
 
 }  // namespace koru

@@ -20,21 +20,28 @@ namespace {
 struct DepthFirst {
   Selection selection;
   int failLimit;
+  const CSint *objective;
+
+  bool solved() const {
+    tellSolution(true, objective);
+    return true;
+  }
 
   bool label() {
     CSint *v = selection.next();
-    if (v == nullptr) return true;
+    if (v == nullptr) return solved();
     Values values(v);
     if (!openContext()) return false;
+    tellEnter(v);
     for (; values.more(); values.advance()) {
       ++searchState.choicePoints;
-      if (searchState.cancelled) return false;
+      if (searchState.cancelled) return leave();
       if (tryValue(v, values.current()) && label()) return true;
-      if (failLimitReached(failLimit)) return false;
+      if (failLimitReached(failLimit)) return leave();
       restoreAndSave();
     }
     cs_acceptContext();
-    return false;
+    return leave();
   }
 };
 
@@ -47,8 +54,8 @@ bool searchDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLim
 
 }  // namespace
 
-bool labelDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit) {
-  return DepthFirst{{array, size, select}, failLimit}.label();
+bool labelDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit, const CSint *objective) {
+  return DepthFirst{{array, size, select}, failLimit, objective}.label();
 }
 
 }  // namespace koru

@@ -7,7 +7,8 @@
 
 namespace koru {
 
-// A fail limit below 1 is none. `select` must not be null.
-[[nodiscard]] bool labelDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit);
+// A fail limit below 1 is none. `select` must not be null. What observers are told of a solution is its objective.
+[[nodiscard]] bool labelDepthFirst(CSint **array, int size, CSfindFreeVar select, int failLimit,
+                                   const CSint *objective = nullptr);
 
 }  // namespace koru

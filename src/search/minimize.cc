@@ -21,7 +21,10 @@ struct Minimize {
   CSint *cost;
   CSfoundCostCallback found;
 
-  bool label() const { return labelDepthFirst(array, size, select, 0); }
+  bool label() const {
+    tellRun();
+    return labelDepthFirst(array, size, select, 0, cost);
+  }
 
   // Returns false when no cost is less than that of the solution which now stands.
   bool improveOnSolution(int root) const {

@@ -28,9 +28,10 @@ struct SelectorRun::Level : LevelNode {
 };
 
 bool SelectorRun::acceptSolution(int depth) {
-  if (notify->found == nullptr || notify->found(depth, array, size, notify->extra)) return true;
-  countFail();
-  return false;
+  const bool accepted = notify->found == nullptr || notify->found(depth, array, size, notify->extra);
+  tellSolution(accepted);
+  if (!accepted) countFail();
+  return accepted;
 }
 
 void SelectorRun::countFail() {
@@ -56,7 +57,7 @@ bool SelectorRun::open(const Level &level, int depth) const {
 }
 
 bool SelectorRun::post(const Level &level, int depth) {
-  const bool consistent = cs_selectValue(level.variable, &level.decision);
+  const bool consistent = tellTried(level.decision, cs_selectValue(level.variable, &level.decision));
   if (!consistent) countFail();
   if (notify->afterValueSelection != nullptr)
     notify->afterValueSelection(consistent, depth, level.index, &level.decision, array, size, notify->extra);
@@ -81,14 +82,15 @@ bool SelectorRun::label(const LevelNode *parent, int depth) {
   Level level{{parent, index, {}, {}, false, false}, nullptr, selector, nullptr};
   if (!cs_initValueSelector(selector, index, array, size, &level.word)) return false;
   if (array != nullptr) level.variable = array[index];
+  tellEnter(level.variable);
   bool refusedAtLimit = false;
   for (bool more = next(level, level.decision); more;) {
     CSvalueSelection following{};
     more = next(level, following);
     level.isLast = !more;
-    if (!open(level, depth)) return false;
+    if (!open(level, depth)) return leave();
     if (post(level, depth)) {
-      if (label(&level, depth + 1)) return end(level);
+      if (label(&level, depth + 1)) return end(level) || leave();
     } else {
       refusedAtLimit = fails == failLimit;
     }
@@ -97,7 +99,7 @@ bool SelectorRun::label(const LevelNode *parent, int depth) {
     level.advance(following);
   }
   giveUp(level, depth, refusedAtLimit);
-  return false;
+  return leave();
 }
 
 }  // namespace koru

@@ -8,6 +8,7 @@
 #include "core/refusal.h"
 #include "core/state.h"
 #include "koru_extras.h"
+#include "search/observer.h"
 
 namespace koru {
 
@@ -46,7 +47,11 @@ class SearchRun {
 
   explicit SearchRun(Counters counters = Counters::kReset) : reportsBefore_(solver::errors.memoryReports) {
     if (counters == Counters::kReset) resetCounters();
+    tellBegin(Engine::kLabelling);
   }
+  SearchRun(const SearchRun &) = delete;
+  SearchRun &operator=(const SearchRun &) = delete;
+  ~SearchRun() { tellEnd(searchState.status); }
 
   // Notes why the search has ended, and gives its result back. `complete` is what true says: of a search for one
   // solution CS_STATUS_SOLUTION, of one that goes on to the end what that end proves.

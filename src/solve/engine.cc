@@ -103,8 +103,12 @@ Try descend(CSsearch &s, int position) {
   Step *step = s.path.push();
   if (step == nullptr) return Try::kNoContext;
   *step = firstStep(s, position);
-  const Try result = tryStep(s, *step, [&] { return postDecision(s, s.labelled[position], step->decision); });
-  if (result == Try::kNoContext) s.path.pop();
+  CSint *v = s.labelled[position];
+  tellEnter(v);
+  const Try result = tryStep(s, *step, [&] { return tellTried(step->decision, postDecision(s, v, step->decision)); });
+  if (result != Try::kNoContext) return result;
+  s.path.pop();
+  tellLeave();
   return result;
 }
 
@@ -131,7 +135,8 @@ bool nextValue(const CSint *v, Step &step) {
 bool retryValues(CSsearch &s, Step &step) {
   CSint *v = s.labelled[step.position];
   while (nextValue(v, step)) {
-    const Try result = tryStep(s, step, [&] { return post(s, [&] { return cs_EQ(v, step.decision.value); }); });
+    const Try result = tryStep(
+        s, step, [&] { return tellTried(step.decision, post(s, [&] { return cs_EQ(v, step.decision.value); })); });
     if (result == Try::kAccepted) return s.path.push() != nullptr;
     if (!mayGoOn(s)) return false;
     if (result == Try::kRefused) cs_restoreContext();
@@ -153,8 +158,11 @@ bool isPutOff(const CSsearch &s, int position) {
 
 bool retryOpposite(CSsearch &s, Step &step) {
   step.refuted = true;
-  if (isPutOff(s, step.position)) return postpone(s, step);
-  return postDecision(s, s.labelled[step.position], negationOf(step.decision)) && s.path.push() != nullptr;
+  const CSvalueSelection opposite = negationOf(step.decision);
+  const bool accepted = isPutOff(s, step.position)
+                            ? postpone(s, step)
+                            : postDecision(s, s.labelled[step.position], opposite) && s.path.push() != nullptr;
+  return tellTried(opposite, accepted, Tried::kOpposite);
 }
 
 void notePeaks(CSsearch &s) {
@@ -168,9 +176,11 @@ bool back(CSsearch &s) {
   while (!s.path.empty() && mayGoOn(s)) {
     Step &step = *s.path.pop();
     if (step.putOff) s.postponed.put(step.position, step.before);
-    if (!step.hasContext()) continue;
-    cs_restoreContext();
-    if (step.byValues ? retryValues(s, step) : retryOpposite(s, step)) return true;
+    if (step.hasContext()) {
+      cs_restoreContext();
+      if (step.byValues ? retryValues(s, step) : retryOpposite(s, step)) return true;
+    }
+    tellLeave();
   }
   return false;
 }
@@ -232,6 +242,7 @@ bool beginRun(CSsearch &s) {
     if (!postBound(s)) return false;
     noteBound(s);
     s.inNeighbourhood = isNeighbourhoodsTurn(s);
+    tellRun(s.inNeighbourhood ? RunKind::kNeighbourhood : RunKind::kComplete);
     if (!s.inNeighbourhood) {
       s.runLimit = s.runLimits.next();
       return true;
@@ -268,6 +279,7 @@ bool runIsUp(const CSsearch &s) { return s.runFails >= s.runLimit && (s.objectiv
 
 CSstatus atSolution(CSsearch &s) {
   notePeaks(s);
+  tellSolution(true, s.objective);
   s.labelled.keepSolution();
   if (s.objective != nullptr) s.stats.objective = s.objective->min;
   if (s.inNeighbourhood) ++s.stats.neighbourhoodsBetter;
@@ -276,7 +288,7 @@ CSstatus atSolution(CSsearch &s) {
   return CS_STATUS_SOLUTION;
 }
 
-CSstatus ended(CSsearch &s) {
+CSstatus reasonOfEnd(CSsearch &s) {
   if (memoryExhausted(s)) return CS_STATUS_MEMORY;
   if (s.ending != CS_STATUS_READY) return s.ending;
   if (s.objective == nullptr || !hasSolution(s)) return CS_STATUS_EXHAUSTED;
@@ -284,7 +296,14 @@ CSstatus ended(CSsearch &s) {
   return CS_STATUS_OPTIMAL;
 }
 
+CSstatus ended(CSsearch &s) {
+  const CSstatus reason = reasonOfEnd(s);
+  tellEnd(reason);
+  return reason;
+}
+
 bool begin(CSsearch &s) {
+  if (s.status == CS_STATUS_READY) tellBegin(Engine::kObject);
   if (!lookClosely(s) || s.refuted) return false;
   if (s.status == CS_STATUS_READY) return beginRun(s);
   return back(s) || anew(s, true);

@@ -24,6 +24,7 @@ namespace {
 // ----- life
 
 void destroy(CSsearch *s) {
+  if (s->status == CS_STATUS_SOLUTION) tellEnd(CS_STATUS_STOPPED);
   solver::newestSearch = s->older;
   s->path.destroy();
   s->~CSsearch();

@@ -24,7 +24,8 @@ const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "Runs that wait",
                                              "Failures that were not looked at",
                                              "Several solvers",
-                                             "Why there is no solution"};
+                                             "Why there is no solution",
+                                             "Records of searches"};
 const std::set<std::string> kStateAllTheSame = {"cs_createNoGoodSet", "cs_addNoGood"};
 
 // " * 5. Relations" is the title of a section, " *   5. Relations" a line of the table of contents.
