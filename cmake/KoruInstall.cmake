@@ -16,29 +16,45 @@ endif()
 install(
   TARGETS koru koru_static ${KORU_THREADS_TARGETS} ${KORU_MPI_TARGETS}
   EXPORT koru-targets
-  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" # koru.dll
+  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime # koru.dll
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+          COMPONENT runtime
+          NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
   INCLUDES
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/include/"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+  COMPONENT development
   FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
 
+# The names that koru.dll exports, from which Microsoft's lib makes an import library of its own.
+if(WIN32)
+  file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/exports.txt" names)
+  file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/exports_extras.txt" more)
+  list(JOIN names "\n  " names)
+  list(JOIN more "\n  " more)
+  file(WRITE "${PROJECT_BINARY_DIR}/koru.def" "LIBRARY koru\nEXPORTS\n  ${names}\n  ${more}\n")
+  install(FILES "${PROJECT_BINARY_DIR}/koru.def" DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+endif()
+
 # With the folders named as here: the headers and the documents speak of docs/ and examples/.
-install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+if(NOT KORU_DEBIAN) # where each package has a file of the kind
+  install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documents)
+endif()
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documents)
 install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/examples"
   DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  COMPONENT documents
   PATTERN "CMakeLists.txt" EXCLUDE
   PATTERN "*.cmake" EXCLUDE)
 
-install(EXPORT koru-targets NAMESPACE koru:: DESTINATION "${KORU_CMAKE_DIR}")
+install(EXPORT koru-targets NAMESPACE koru:: DESTINATION "${KORU_CMAKE_DIR}" COMPONENT development)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/koru-config-version.cmake" COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_SOURCE_DIR}/cmake/koru-config.cmake" "${PROJECT_BINARY_DIR}/koru-config-version.cmake"
-        DESTINATION "${KORU_CMAKE_DIR}")
+        DESTINATION "${KORU_CMAKE_DIR}" COMPONENT development)
 
 # The prefix in koru.pc is relative to the file's own place, so an installed tree can be moved.
 file(RELATIVE_PATH KORU_PC_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
@@ -48,7 +64,8 @@ if(KORU_HAS_BACKTRACE)
 endif()
 function(koru_pkgconfig KORU_PC_NAME)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/koru.pc.in" "${PROJECT_BINARY_DIR}/${KORU_PC_NAME}.pc" @ONLY)
-  install(FILES "${PROJECT_BINARY_DIR}/${KORU_PC_NAME}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+  install(FILES "${PROJECT_BINARY_DIR}/${KORU_PC_NAME}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+          COMPONENT development)
 endfunction()
 koru_pkgconfig(koru)
 if(TARGET koru_threads)

@@ -5,6 +5,8 @@
 #   run.sh installed BUILD_DIR SCRATCH_DIR    install a build, move it, and use that: with find_package from a C and C++
 #                                             project and from a C-only one, with pkg-config from a Makefile, and by
 #                                             hand; documents and examples are looked at, too
+#   run.sh archive ARCHIVE SCRATCH_DIR        unpack an archive, and use that in the same ways
+#   run.sh system PREFIX SCRATCH_DIR          use what is installed in the system, in the same ways
 #   run.sh sources SOURCE_DIR SCRATCH_DIR     sources as a part of a project: with add_subdirectory, and with
 #                                             FetchContent from an archive
 #
@@ -28,8 +30,6 @@ fail() {
 install_and_move() {
   "$CMAKE" --install "$origin" --prefix "$scratch/first" >"$scratch/install.log"
   mv "$scratch/first" "$prefix"
-  pkgconfig=$(dirname "$(find "$prefix" -name koru.pc)")
-  libdir=$(dirname "$pkgconfig")
 }
 
 # The DLLs that a program built for Windows needs are looked for beside koru.dll and where the compiler has its own.
@@ -122,7 +122,7 @@ check_documents() {
   while IFS=: read -r file name; do
     [[ -f $documents/$name ]] || fail "${file##*/} names $name, which is not installed"
     names=$((names + 1))
-  done < <(grep -roE '(docs|examples)/[a-z_/-]+\.[a-z]+' "$prefix/include")
+  done < <(grep -roE '(docs|examples)/[a-z_/-]+\.[a-z]+' "$prefix"/include/koru*)
   ((names > 0)) || fail "the headers name no document"
   while IFS=: read -r file name; do
     [[ -f ${file%/*}/${name#"]("} ]] || fail "${file##*/} links to ${name#"]("}, which is not installed"
@@ -143,9 +143,11 @@ compile_examples() {
   echo "ok: $examples examples compiled"
 }
 
-installed() {
+# use_prefix: the installation in `prefix`, in every way.
+use_prefix() {
   local language library
-  install_and_move
+  pkgconfig=$(dirname "$(find "$prefix" -name koru.pc)")
+  libdir=$(dirname "$pkgconfig")
   if grep -rlF "$scratch" "$libdir/cmake" "$pkgconfig"; then fail "the files above name the folder they were installed to"; fi
   cmake_project package "C;CXX" -DKORU_FROM=package -DCMAKE_PREFIX_PATH="$prefix"
   cmake_project package_c C -DKORU_FROM=package -DCMAKE_PREFIX_PATH="$prefix"
@@ -156,6 +158,23 @@ installed() {
   programs_with_threads
   check_documents
   compile_examples
+}
+
+installed() {
+  install_and_move
+  use_prefix
+}
+
+archive() {
+  mkdir "$prefix"
+  (cd "$scratch" && "$CMAKE" -E tar xf "$origin")
+  mv "$scratch"/koru-*/* "$prefix"
+  use_prefix
+}
+
+system() {
+  prefix=$origin
+  use_prefix
 }
 
 sources() {
