@@ -2,6 +2,7 @@
 // Assignments are numbered; a report on one that is no longer known is of no use and dropped. So a piece can be taken
 // back from a process that is silent, and dropped when a solution is found to the left of it, without an agreement.
 #include <algorithm>
+#include <climits>
 
 #include "parallel/party.h"
 
@@ -116,15 +117,15 @@ bool Leader::tellSolution(const Steps &path) {
   }
   worker_.leave();
   if (!ground_.goTo({path, 0, false})) return fail(ground_.failure());
-  if (task.mode == Mode::kMinimize) return improve(path);
+  if (task.mode == Mode::kMinimize) return improve();
   task.found(task.array, task.size);
   if (!cs_isSearchCancelled()) return true;
   endWith({Ending::kCancelled, path});
   return false;
 }
 
-// The next pass.
-bool Leader::improve(const Steps &path) {
+// The solution that stands ends the pass; on to the next one.
+bool Leader::improve() {
   const Task &task = ground_.task();
   const int bound = cs_getMin(task.cost);
   if (task.foundCost != nullptr) task.foundCost(task.array, task.size, task.cost);
@@ -141,7 +142,10 @@ bool Leader::improve(const Steps &path) {
     return false;
   }
   if (!cancelled) return true;
-  endWith({Ending::kCancelled, path});
+  // A pass that is cancelled before it has begun may have a solution at its root.
+  cs_cancelSearch();
+  if (cs_goWalk(ground_.walk(), LLONG_MAX, true) == CS_STATUS_SOLUTION) return improve();
+  endWith({Ending::kCancelled, {}});
   return false;
 }
 

@@ -58,7 +58,7 @@ class Leader {
   void drop(long long assignment);
   bool tell();
   bool tellSolution(const Steps &path);
-  bool improve(const Steps &path);
+  bool improve();
   void endWith(const Ending &ending);
   void handOut();
   void give(int to);
