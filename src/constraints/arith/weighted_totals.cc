@@ -27,6 +27,8 @@ Totals totalsFrom(const Terms &terms, int first, Totals totals) {
 
 #ifdef KORU_BY_FOURS
 
+// NOLINTBEGIN(portability-simd-intrinsics): elsewhere terms are taken one at a time.
+
 // Minimum and maximum, low half first.
 static_assert(offsetof(CSint, max) == offsetof(CSint, min) + sizeof(int));
 [[gnu::target("avx2"), gnu::always_inline]] static inline __m128i boundsOf(const CSint *v) {
@@ -71,6 +73,8 @@ static_assert(offsetof(CSint, max) == offsetof(CSint, min) + sizeof(int));
   return {low[0] + low[1] + low[2] + low[3], high[0] + high[1] + high[2] + high[3],
           std::max(std::max(widest[0], widest[1]), std::max(widest[2], widest[3]))};
 }
+
+// NOLINTEND(portability-simd-intrinsics)
 
 static bool goesByFours() { return __builtin_cpu_supports("avx2") != 0; }
 
