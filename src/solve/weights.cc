@@ -143,20 +143,25 @@ class ScopeCollector {
                             begin);
   }
 
-  // For each position where its constraints begin.
+  // For each position where its constraints begin, in the order in which the attachments of all variables lead to them:
+  // that of addresses would be another one in every run.
   bool index(int n) const {
     Weights &w = weights_;
     w.linksBegin_ = Buffer<int>(n + 1);
     w.links_ = Buffer<int>(w.count_);
-    if (!w.linksBegin_ || !w.links_) return false;
+    Buffer<bool> indexed(w.count_);
+    if (!w.linksBegin_ || !w.links_ || !indexed) return false;
     // Counted, summed up, and filled: a begin ends where its position's links do, and goes down.
     std::fill_n(w.linksBegin_.get(), n + 1, 0);
     for (int i = 0; i < w.count_; ++i) ++w.linksBegin_[w.scopes_[i].position];
     for (int p = 1; p <= n; ++p) w.linksBegin_[p] += w.linksBegin_[p - 1];
-    for (int first = 0, i = 0; i < w.count_; ++i) {
-      if (w.scopes_[i].constraint != w.scopes_[first].constraint) first = i;
-      w.links_[--w.linksBegin_[w.scopes_[i].position]] = first;
-    }
+    std::fill_n(indexed.get(), w.count_, false);
+    forEachAttachment([&](const Attachment &attachment) {
+      const int first = w.findScope(attachment.constraint);
+      if (first == w.count_ || w.scopes_[first].constraint != attachment.constraint) return;
+      if (std::exchange(indexed[first], true)) return;
+      w.forEachConcerned(first, [&](int position) { w.links_[--w.linksBegin_[position]] = first; });
+    });
     return true;
   }
 
