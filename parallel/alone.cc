@@ -9,7 +9,11 @@ static CSstatus go(const Ground &ground, bool stops) { return cs_goWalk(ground.w
 
 static void findAll(const Ground &ground) {
   const Task &task = ground.task();
-  while (go(ground, task.found != nullptr) == CS_STATUS_SOLUTION) task.found(task.array, task.size);
+  if (task.found == nullptr) {
+    go(ground, false);
+    return;
+  }
+  while (go(ground, true) == CS_STATUS_SOLUTION) task.found(task.array, task.size);
 }
 
 static Outcome minimize(Ground &ground) {

@@ -154,7 +154,7 @@ show() {
 # unless_unchanged NAME COMMAND...: leave it out when it last succeeded on exactly these sources.
 unless_unchanged() {
   local stamp=build/$1.stamp state
-  state=$(find src include profile minizinc .clang-tidy -type f -print0 | sort -z | xargs -0 sha256sum)
+  state=$(find src include profile tree parallel minizinc .clang-tidy -type f -print0 | sort -z | xargs -0 sha256sum)
   shift
   if [[ -f $stamp && $(<"$stamp") == "$state" ]]; then
     echo "nothing has changed since this last passed"
@@ -165,7 +165,7 @@ unless_unchanged() {
 
 # Every C and C++ file of the project, each followed by a null character.
 sources() {
-  find include src profile minizinc tests bench examples -type f \( -name '*.h' -o -name '*.hpp' -o -name '*.c' -o -name '*.cc' \) -print0 | sort -z
+  find include src profile tree parallel minizinc tests bench examples -type f \( -name '*.h' -o -name '*.hpp' -o -name '*.c' -o -name '*.cc' \) -print0 | sort -z
 }
 
 # --- Packages -------------------------------------------------------------------------------------------------------

@@ -74,8 +74,8 @@ std::vector<int> choose(const Tree &tree, std::size_t most) {
 
 // What lies at each shown node, itself and the nodes below it that are not shown.
 struct Counts {
-  std::vector<int> shownAs;                      // for each node the position of the nearest shown one above it
-  std::vector<std::map<int, int>> refusedBy;     // by place, -1 where it is not known
+  std::vector<int> shownAs;                   // for each node the position of the nearest shown one above it
+  std::vector<std::map<int, int>> refusedBy;  // by place, -1 where it is not known
   std::vector<int> solutions;
 };
 
@@ -83,7 +83,8 @@ Counts countAt(const Tree &tree, const std::vector<int> &chosen) {
   Counts counts{std::vector<int>(tree.nodes.size(), -1), {}, {}};
   counts.refusedBy.resize(chosen.size());
   counts.solutions.resize(chosen.size());
-  for (std::size_t k = 0; k < chosen.size(); ++k) counts.shownAs[static_cast<std::size_t>(chosen[k])] = static_cast<int>(k);
+  for (std::size_t k = 0; k < chosen.size(); ++k)
+    counts.shownAs[static_cast<std::size_t>(chosen[k])] = static_cast<int>(k);
   for (std::size_t i = 0; i < tree.nodes.size(); ++i) {
     const Node &n = tree.nodes[i];
     int &at = counts.shownAs[i];

@@ -12,15 +12,27 @@ namespace {
 constexpr std::string_view kMagic = "koru-tree 1\n";
 
 // The first bytes of items; what is below kFirstOther has a number in its lower six bits.
-enum { kLevel = 128, kLeave = 192, kSolutionAt = 200, kRejectedAt, kSolutionWorth, kBegin, kEnd, kRun, kMethod,
-       kOppositeNext = 212, kBy, kPlace, kName, kTime };
+enum {
+  kLevel = 128,
+  kLeave = 192,
+  kSolutionAt = 200,
+  kRejectedAt,
+  kSolutionWorth,
+  kBegin,
+  kEnd,
+  kRun,
+  kMethod,
+  kOppositeNext = 212,
+  kBy,
+  kPlace,
+  kName,
+  kTime
+};
 
 constexpr int kSmall = 63;
 constexpr std::uint64_t kManyPlaces = 1000000;
 
-std::int64_t unzigzag(std::uint64_t n) {
-  return static_cast<std::int64_t>(n >> 1) ^ -static_cast<std::int64_t>(n & 1);
-}
+std::int64_t unzigzag(std::uint64_t n) { return static_cast<std::int64_t>(n >> 1) ^ -static_cast<std::int64_t>(n & 1); }
 
 bool isInt(std::int64_t n) { return n >= INT_MIN && n <= INT_MAX; }
 
@@ -175,7 +187,8 @@ class Reader {
     if (failed(searches_.empty(), "a level of no search")) return;
     if (depth_ == levels_.size()) levels_.emplace_back();
     Level &level = levels_[depth_++];
-    if (failed(!isInt(change) || !isInt(level.variable + change) || level.variable + change < -1, "no variable")) return;
+    if (failed(!isInt(change) || !isInt(level.variable + change) || level.variable + change < -1, "no variable"))
+      return;
     level.variable += change;
     level.tried = false;
     level.parent = node_;

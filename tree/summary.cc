@@ -10,9 +10,7 @@ namespace koru::tree {
 
 namespace {
 
-std::string plural(std::int64_t n, const char *what) {
-  return std::to_string(n) + ' ' + what + (n == 1 ? "" : "s");
-}
+std::string plural(std::int64_t n, const char *what) { return std::to_string(n) + ' ' + what + (n == 1 ? "" : "s"); }
 
 void writeHead(std::ostream &out, const Tree &tree) {
   const Totals t = totalsOf(tree);
@@ -127,7 +125,8 @@ void writeSubtrees(std::ostream &out, const Tree &tree, std::size_t top) {
     if (has[parent] || tree.nodes[parent].is(kRoot)) heads.push_back(static_cast<int>(i));
   }
   if (heads.empty()) return;
-  std::ranges::stable_sort(heads, std::greater<>(), [&](int i) { return tree.nodes[static_cast<std::size_t>(i)].size; });
+  std::ranges::stable_sort(heads, std::greater<>(),
+                           [&](int i) { return tree.nodes[static_cast<std::size_t>(i)].size; });
   out << "\n       nodes        node  without a solution, after\n";
   for (std::size_t k = 0; k < heads.size() && k < top; ++k) {
     writeRow(out, {tree.nodes[static_cast<std::size_t>(heads[k])].size, heads[k]});

@@ -40,8 +40,7 @@ std::vector<int> Tree::pathTo(int node) const {
 std::vector<int> depthsOf(const Tree &tree) {
   std::vector<int> depths;
   depths.reserve(tree.nodes.size());
-  for (const Node &n : tree.nodes)
-    depths.push_back(n.is(kRoot) ? 0 : depths[static_cast<std::size_t>(n.parent)] + 1);
+  for (const Node &n : tree.nodes) depths.push_back(n.is(kRoot) ? 0 : depths[static_cast<std::size_t>(n.parent)] + 1);
   return depths;
 }
 

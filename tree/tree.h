@@ -60,7 +60,7 @@ struct Tree {
   bool cut = false;  // the record ends in the midst of an item
 
   std::string nameOf(int variable) const;   // "x", or "v12" without a name
-  std::string decisionOf(int node) const;  // "x = 3"
+  std::string decisionOf(int node) const;   // "x = 3"
   std::vector<int> pathTo(int node) const;  // of decisions, from the root on
 };
 
