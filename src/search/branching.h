@@ -53,9 +53,17 @@ class Values {
   return cs_saveContext() > open;
 }
 
+// Apart, since the decision would take room in the frame of every level.
+[[gnu::noinline, gnu::cold]] inline bool tellValue(int value, bool consistent) {
+  return tellTried({CS_METHOD_EQ, value}, consistent);
+}
+
 // Tries one value: counts the choice point and, when propagation refuses the value, the fail.
 [[nodiscard]] inline bool tryValue(CSint *v, int value) {
-  if (tellTried({CS_METHOD_EQ, value}, cs_EQ(v, value))) return true;
+  bool consistent = cs_EQ(v, value);
+  if (searchObserver != nullptr) [[unlikely]]
+    consistent = tellValue(value, consistent);
+  if (consistent) return true;
   ++searchState.fails;
   return false;
 }

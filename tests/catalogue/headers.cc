@@ -24,6 +24,7 @@ const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "Runs that wait",
                                              "Failures that were not looked at",
                                              "Several solvers",
+                                             "Walks",
                                              "Why there is no solution",
                                              "Records of searches"};
 const std::set<std::string> kStateAllTheSame = {"cs_createNoGoodSet", "cs_addNoGood"};

@@ -152,7 +152,7 @@ TEST_F(WeightsTest, EveryAllocationCanFail) {
     koru::solve::Weights fresh;
     if (fresh.collect(x, 3)) break;
   }
-  EXPECT_EQ(k, 6);
+  EXPECT_EQ(k, 7);
 }
 
 }  // namespace
