@@ -21,8 +21,8 @@
  * calls `found` and writes to the standard output: that of the others is discarded, also what they have written before
  * and not flushed.
  *
- * What holds for every number of processes, however fast each is, and when some of them die (not the first; docs/scale.md
- * says how far that is tested):
+ * What holds for every number of processes, however fast each is, and when some of them die (not the first one; how far
+ * that is tested says docs/scale.md):
  *
  * - the result; the calls of `found`, their order, and the domains of all variables during each;
  * - the counters cs_mpiGetNbFails and cs_mpiGetNbChoicePoints;

@@ -10,7 +10,7 @@ struct Explanation : CSexplanation {
   Buffer<CSreason> list;
   Buffer<char *> texts;  // of the places, one for each reason: owned
 
-  Explanation() : CSexplanation{} {}
+  Explanation() : CSexplanation{} {}  // cppcheck-suppress uninitDerivedMemberVar
   Explanation(const Explanation &) = delete;
   Explanation &operator=(const Explanation &) = delete;
   ~Explanation() { dropReasons(); }

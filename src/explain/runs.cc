@@ -52,6 +52,7 @@ bool Runs::leavesOut(const Poster &poster) {
 Answer Runs::ask() const {
   if (solver::errors.memoryReports > 0) return Answer::kMemory;
   const int said = model_(extra_);
+  // cppcheck-suppress identicalConditionAfterEarlyExit; the model has run in between
   if (memory_ || solver::errors.memoryReports > 0) return Answer::kMemory;
   if (said == CS_MODEL_STOP) return Answer::kStop;
   if (solver::refusals > 0) return Answer::kNone;

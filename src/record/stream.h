@@ -32,7 +32,8 @@ inline constexpr int kSmall = 63;  // what a first byte has no room for follows 
 inline constexpr int kMostLeaves = 8;
 
 inline std::uint64_t zigzag(std::int64_t v) {
-  return static_cast<std::uint64_t>(v) << 1 ^ static_cast<std::uint64_t>(v >> 63);
+  const std::uint64_t twice = static_cast<std::uint64_t>(v) << 1;
+  return v < 0 ? ~twice : twice;
 }
 
 class Stream {

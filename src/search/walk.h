@@ -34,11 +34,11 @@ struct CSwalk {
   koru::Selection selection;
   koru::BlockStack<koru::walk::Level> levels;
   int base = 0;
-  bool down = true;        // the newest level's value stands, and what is below it is still to come
-  bool lost = false;       // it stands nowhere
-  bool running = false;    // one of its functions
-  koru::BranchStamp root;  // the newest context when it was opened
-  koru::BranchStamp now;   // and when a call returned
+  bool down = true;          // the newest level's value stands, and what is below it is still to come
+  bool lost = false;         // it stands nowhere
+  bool running = false;      // one of its functions
+  koru::BranchStamp root{};  // the newest context when it was opened
+  koru::BranchStamp now{};   // and when a call returned
   unsigned memoryReports = 0;
   CSwalkCounts counts{};
   koru::Observer atEnd{};  // frees it when the solver ends
