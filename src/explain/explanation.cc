@@ -32,9 +32,8 @@ void split(char *text, CSreason &reason) {
 bool Explanation::addReason(const Calls &calls, int call) {
   const Place &place = calls.placeOf(call);
   const char *text = place.text != nullptr ? place.text : koru::placeOf(place.poster.caller);
-  auto *copy = static_cast<char *>(allocate(std::strlen(text) + 1));
+  char *copy = copyOf(text);
   if (copy == nullptr) return false;
-  std::strcpy(copy, text);
   texts[size] = copy;
   CSreason &reason = list[size++];
   reason = {place.poster.name, nullptr, 0, nullptr, calls[call].number, calls.countAt(calls[call].place), call + 1};

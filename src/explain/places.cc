@@ -18,6 +18,13 @@ static bool isAt(const Place &place, const Poster &poster, const char *text) {
   return text != nullptr ? std::strcmp(place.text, text) == 0 : place.poster.caller == poster.caller;
 }
 
+char *copyOf(const char *text) {
+  const std::size_t bytes = std::strlen(text) + 1;
+  auto *copy = static_cast<char *>(allocate(bytes));
+  if (copy != nullptr) std::memcpy(copy, text, bytes);
+  return copy;
+}
+
 Places::~Places() {
   for (int i = 0; i < places_.count(); ++i) deallocate(places_[i].text);
 }
@@ -32,9 +39,8 @@ int Places::find(const Poster &poster, const char *text) const {
 int Places::add(const Poster &poster, const char *text) {
   char *copy = nullptr;
   if (text != nullptr) {
-    copy = static_cast<char *>(allocate(std::strlen(text) + 1));
+    copy = copyOf(text);
     if (copy == nullptr) return kNone;
-    std::strcpy(copy, text);
   }
   const std::uint32_t hash = hashOf(poster, text);
   int &bucket = buckets_[hash % kBuckets];

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
-// Windows keeps the stack less aligned than the registers want it.
+// Elsewhere terms are taken one at a time. Windows keeps the stack less aligned than the registers want it.
 #if defined(__x86_64__) && !defined(_WIN32)
 #include <immintrin.h>
 #define KORU_BY_FOURS 1
@@ -26,8 +26,6 @@ Totals totalsFrom(const Terms &terms, int first, Totals totals) {
 }
 
 #ifdef KORU_BY_FOURS
-
-// NOLINTBEGIN(portability-simd-intrinsics): elsewhere terms are taken one at a time.
 
 // Minimum and maximum, low half first.
 static_assert(offsetof(CSint, max) == offsetof(CSint, min) + sizeof(int));
@@ -73,8 +71,6 @@ static_assert(offsetof(CSint, max) == offsetof(CSint, min) + sizeof(int));
   return {low[0] + low[1] + low[2] + low[3], high[0] + high[1] + high[2] + high[3],
           std::max(std::max(widest[0], widest[1]), std::max(widest[2], widest[3]))};
 }
-
-// NOLINTEND(portability-simd-intrinsics)
 
 static bool goesByFours() { return __builtin_cpu_supports("avx2") != 0; }
 
