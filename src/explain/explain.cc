@@ -75,8 +75,13 @@ void writeSource(std::FILE *f, const CSreason &reason) {
   std::FILE *source = reason.line > 0 ? std::fopen(reason.file, "r") : nullptr;
   if (source == nullptr) return;
   char line[160] = "";
-  for (int i = 1; i <= reason.line && std::fgets(line, sizeof line, source) != nullptr;)
+  for (int i = 1; i <= reason.line;) {
+    if (std::fgets(line, sizeof line, source) == nullptr) {
+      line[0] = '\0';  // there is no such line
+      break;
+    }
     if (std::strchr(line, '\n') != nullptr) ++i;
+  }
   std::fclose(source);
   const char *begin = line + std::strspn(line, " \t");
   const auto length = static_cast<int>(std::strcspn(begin, "\r\n"));

@@ -124,6 +124,19 @@ TEST_F(RecordTest, HasWhatTheSearchesOfKoruHCount) {
   }
 }
 
+TEST_F(RecordTest, HasSolutionsThatAHookRejects) {
+  makeModel(1, 4);
+  std::vector<CSvalueSelector *> selectors(4, cs_getValueSelector(0));
+  CSsearchNotify *notify = cs_createSearchNotify(nullptr);
+  cs_searchNotifySetFound(notify, [](int, CSint **, int, void *) { return false; });
+  const Tree tree = read(
+      recordOf([&] { EXPECT_FALSE(cs_searchValueSelectorFail(array(), selectors.data(), 4, firstFree, 0, notify)); }));
+  EXPECT_TRUE(tree.solutions.empty());
+  EXPECT_EQ(tree::totalsOf(tree).choicePoints, cs_getNbChoicePoints());
+  EXPECT_GT(tree::totalsOf(tree).choicePoints, 4);
+  cs_freeSearchNotify(notify);
+}
+
 // Each way of branching, learning and improving.
 CSsearchOptions optionsOf(int kind, CSint *objective) {
   CSsearchOptions o = {};

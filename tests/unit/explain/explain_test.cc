@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // cs_explainFailure: what it answers of all kinds of models, at limits, and what it leaves of the solver that runs.
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,6 +12,7 @@
 #include "koru_extras.h"
 #include "support/kit/failing_allocations.h"
 #include "support/kit/solver_test.h"
+#include "support/kit/temporary_path.h"
 #include "support/kit/written_text.h"
 
 namespace koru::test {
@@ -407,6 +410,32 @@ TEST_F(ExplainTest, IsWrittenWithTheLinesOfTheSource) {
                              " checks\n" + line + "cs_Lt  no. 2 of 5" + text + line + "cs_Lt  no. 3 of 5" + text +
                              line + "cs_LE" + text + line + "cs_GE" + text);
   EXPECT_STREQ(e->reasons[0].caller, "model");
+}
+
+// A line that is blank, one behind a line longer than what is read at a time, and one behind the end of the file.
+TEST_F(ExplainTest, IsWrittenWithoutLinesThatSayNothing) {
+  const std::filesystem::path source = temporaryPath();
+  std::ofstream(source) << "  \n" << std::string(500, 'x') << "\n  third\n";
+  std::string place;
+  const auto at = [&](int line) { place = source.string() + "\t" + std::to_string(line) + "\t0\tmain"; };
+  const Explained e = explain([&] {
+    cs_setProfilerLocator(
+        "text", [](void *text) { return static_cast<const std::string *>(text)->c_str(); }, &place);
+    CSint *x = cs_createCSint(0, 9);
+    CSint *y = cs_createCSint(0, 9);
+    at(1);
+    if (!cs_GE(x, 5)) return 0;
+    at(3);
+    if (!cs_Lt(x, y)) return 0;
+    at(9);
+    return cs_LE(y, 5) ? 1 : 0;
+  });
+  const std::string text = textFor(*e);
+  const std::string file = source.string();
+  EXPECT_NE(text.find("\n" + file + ":1  cs_GE\n" + file + ":3  cs_Lt    third\n" + file + ":9  cs_LE\n"),
+            std::string::npos)
+      << text;
+  std::filesystem::remove(source);
 }
 
 TEST_F(ExplainTest, IsWrittenWithThePlacesThatThereAre) {

@@ -136,6 +136,23 @@ std::uint64_t opened(CSwalk *walk, const CSwalkStep *steps, CSwalkPosition posit
   return solver::contextSerial - before;
 }
 
+// Steps name variables by their numbers, which are found by address.
+TEST_F(WalkTest, ComesBackToVariablesFarApart) {
+  CSint *first = cs_createCSint(0, 2);
+  for (int i = 0; i < 3000; ++i) cs_createCSint(0, 1);
+  queens = {first, cs_createCSint(0, 2)};
+  CSwalk *walk = open();
+  ASSERT_NE(walk, nullptr);
+  ASSERT_EQ(cs_goWalk(walk, kNoLimit, true), CS_STATUS_SOLUTION);
+  CSwalkStep steps[2];
+  const CSwalkPosition position = cs_getWalkPosition(walk, steps, 2);
+  ASSERT_EQ(position.depth, 2);
+  EXPECT_NE(steps[0].check, steps[1].check);
+  ASSERT_EQ(cs_goWalk(walk, kNoLimit, true), CS_STATUS_SOLUTION);
+  EXPECT_EQ(goTo(walk, steps, position), 2);
+  EXPECT_TRUE(cs_closeWalk(walk));
+}
+
 TEST_F(WalkTest, KeepsWhatTwoPositionsHaveInCommon) {
   post(6);
   CSwalk *walk = open();
