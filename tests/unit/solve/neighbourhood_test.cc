@@ -105,11 +105,12 @@ class OrdersLetGoTest : public NeighbourhoodTest {
     NeighbourhoodTest::SetUp();
     std::vector<CSint *> starts;
     for (int i = 0; i < kTasks; ++i) starts.push_back(CSINT(10 * (i % kOnMachine)));
+    const auto start = [&](int i) { return starts[static_cast<std::size_t>(i)]; };
     std::vector<CSorder> orders;
     for (int i = 0; i < kTasks; ++i)
       for (int j = i + 1; j < kTasks; ++j) {
         if (machineOf(i) != machineOf(j)) continue;
-        orders.push_back({CSINT(1), {starts[i], starts[j]}, {CSINT(1), CSINT(1)}, machineOf(i)});
+        orders.push_back({CSINT(1), {start(i), start(j)}, {CSINT(1), CSINT(1)}, machineOf(i)});
         pairs.emplace_back(i, j);
       }
     ASSERT_TRUE(labelled.addOrders(orders.data(), static_cast<int>(orders.size()), CS_ORDER_SLACK, CS_VALUE_SLACK));
