@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -19,7 +20,7 @@ class Postponed {
   [[nodiscard]] bool create(int n) {
     count_ = n;
     minima_ = Buffer<Minimum>(n);
-    clear();
+    if (isUsed()) std::uninitialized_fill_n(minima_.get(), count_, Minimum{});
     return isUsed();
   }
   bool isUsed() const { return static_cast<bool>(minima_); }
