@@ -23,11 +23,15 @@ install(
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
   INCLUDES
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+set(KORU_LEFT_OUT)
+if(NOT TARGET koru_mpi)
+  set(KORU_LEFT_OUT PATTERN koru_mpi.h EXCLUDE)
+endif()
 install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/include/"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   COMPONENT development
-  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp" ${KORU_LEFT_OUT})
 
 # The names that koru.dll exports, from which Microsoft's lib makes an import library of its own.
 if(WIN32)

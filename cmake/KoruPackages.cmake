@@ -47,7 +47,7 @@ if(KORU_DEBIAN)
   koru_deb(runtime libkoru3 libs "This package has the shared libraries.")
   koru_deb(
     development libkoru-dev libdevel "This package has the headers for C and C++, the static libraries, and files\nfor CMake and pkg-config.")
-  koru_deb(tools koru-tools devel "This package has koru-profile, which shows profiles of searches, and fzn-koru,\nthe solver for MiniZinc.")
+  koru_deb(tools koru-tools devel "This package has koru-profile and koru-tree, which show profiles and trees of\nsearches, and fzn-koru, the solver for MiniZinc.")
   koru_deb(python python3-koru python "This package has the module koru for Python 3.")
   koru_deb(documents koru-doc doc "This package has the documents and the examples in C, C++ and Python.")
   set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)

@@ -57,10 +57,8 @@ bool settle(const Call &call, Tie tie, bool holds) {
   }
 }
 
-}  // namespace
-
 template <class Right>
-static bool compare(const Comparisons<Right> &to, const Call &call, Tie tie, int method, CSint *x, Right y) {
+bool compare(const Comparisons<Right> &to, const Call &call, Tie tie, int method, CSint *x, Right y) {
   switch (tie) {
     case Tie::kHolds:
       return to.holds[method](x, y);
@@ -74,6 +72,8 @@ static bool compare(const Comparisons<Right> &to, const Call &call, Tie tie, int
       return true;
   }
 }
+
+}  // namespace
 
 bool compareConstant(const Call &call, Tie tie, int method, CSint *x, long long value) {
   // An int that no variable reaches is as good as the one beyond the variable's end.

@@ -51,7 +51,7 @@ void Report::guard(long long milliseconds) {
     sigwaitinfo(&signals, nullptr);
   }
   stopping_ = true;
-  for (int i = 0; i < kPatience && isSearching() && !ended_; ++i) {
+  for (int i = 0; i < kPatience && stopSearch() && !ended_; ++i) {
     const std::timespec pause = {0, 1'000'000};
     nanosleep(&pause, nullptr);
   }
@@ -60,8 +60,7 @@ void Report::guard(long long milliseconds) {
   if (!lingers_) std::_Exit(0);
 }
 
-// Asks the search to stop, if there is one.
-bool Report::isSearching() {
+bool Report::stopSearch() {
   const std::scoped_lock lock(mutex_);
   cs_stopSearch(search_);
   return search_ != nullptr;

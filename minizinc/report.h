@@ -48,7 +48,7 @@ class Report {
 
  private:
   void guard(long long milliseconds);
-  bool isSearching();
+  bool stopSearch();  // false when there is none
   void write(Outcome outcome);
 
   std::mutex mutex_;

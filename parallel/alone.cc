@@ -5,21 +5,27 @@
 
 namespace koru::parallel {
 
-static CSstatus go(const Ground &ground, bool stops) { return cs_goWalk(ground.walk(), LLONG_MAX, stops); }
+// Whether a solution stands.
+static bool go(Ground &ground, bool stops) {
+  cs_initErr();
+  const CSstatus status = cs_goWalk(ground.walk(), LLONG_MAX, stops);
+  if (status == CS_STATUS_MEMORY) ground.noteMemory();
+  return status == CS_STATUS_SOLUTION;
+}
 
-static void findAll(const Ground &ground) {
+static void findAll(Ground &ground) {
   const Task &task = ground.task();
   if (task.found == nullptr) {
     go(ground, false);
     return;
   }
-  while (go(ground, true) == CS_STATUS_SOLUTION) task.found(task.array, task.size);
+  while (go(ground, true)) task.found(task.array, task.size);
 }
 
 static Outcome minimize(Ground &ground) {
   const Task &task = ground.task();
   Outcome all;
-  while (go(ground, true) == CS_STATUS_SOLUTION) {
+  while (go(ground, true)) {
     all.result = true;
     all.counts.add(ground.counts());
     const int bound = cs_getMin(task.cost);

@@ -20,10 +20,13 @@ static unsigned long long digestOf(const Task &task) {
 
 Ground::Ground(const Task &task) : task_(task) {
   if (task.mode == Mode::kMinimize && task.cost == nullptr) return;
-  CSwalk *probe = cs_openWalk(task.array, task.size, task.select);
-  if (!cs_closeWalk(probe)) return;
+  cs_initErr();
+  if (!open()) return;
   digest_ = digestOf(task);
-  if (task.mode == Mode::kMinimize) root_ = cs_saveContext();
+  if (task.mode != Mode::kMinimize) return;
+  cs_closeWalk(walk_);
+  walk_ = nullptr;
+  root_ = cs_saveContext();
   open();
 }
 
@@ -32,17 +35,22 @@ Ground::~Ground() { cs_closeWalk(walk_); }
 bool Ground::open() {
   cs_closeWalk(walk_);
   walk_ = cs_openWalk(task_.array, task_.size, task_.select);
-  if (walk_ == nullptr) failure_ = "memory is exhausted";
+  noteMemory();
   return walk_ != nullptr;
 }
 
+void Ground::noteMemory() {
+  if (cs_getErr() == CS_ERR_MEMORY) failure_ = "memory is exhausted";
+}
+
 bool Ground::goTo(const Piece &piece) {
+  if (walk_ == nullptr) return false;
   const CSwalkPosition position = piece.position();
   cs_initErr();
   const int reached = cs_setWalkPosition(walk_, piece.steps.data(), &position);
   if (reached == position.depth) return true;
   if (cs_getErr() == CS_ERR_MEMORY) {
-    failure_ = "memory is exhausted";
+    noteMemory();
   } else if (reached < 0) {
     failure_ = "the contexts of the search were closed by others";
   } else {
@@ -79,7 +87,7 @@ bool Ground::beginPass(int bound) {
     root_ = 0;
   }
   const bool possible = bound > INT_MIN && cs_LT(task_.cost, bound);
-  return open() && possible;
+  return open() && possible;  // which notes as well that there was no memory for the bound
 }
 
 bool Ground::end(const Ending &ending) {

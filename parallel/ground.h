@@ -40,7 +40,7 @@ class Ground {
   ~Ground();
 
   const Task &task() const { return task_; }
-  // False when the search refuses its arguments, or there is no memory for a walk.
+  // False when the search refuses its arguments; where there is no memory for a walk, failure() says so.
   bool ready() const { return walk_ != nullptr; }
   CSwalk *walk() const { return walk_; }
   // Of the model as it was at the beginning, as far as it is labelled.
@@ -51,11 +51,13 @@ class Ground {
   Piece here() const;
   Counts counts() const;
 
-  // From the root on, all solutions cost less; false when that cannot be. The walk begins anew.
+  // From the root on, all solutions cost less; false when that cannot be, or failure() tells of memory. The walk begins
+  // anew.
   bool beginPass(int bound);
   // Choice points and fails that a cancel counts are in the counts then.
   bool end(const Ending &ending);
   const std::string &failure() const { return failure_; }
+  void noteMemory();  // a failure when memory is exhausted, as the error code tells
 
  private:
   bool open();

@@ -61,7 +61,6 @@ void Leader::handle(const Message &m) {
 }
 
 void Leader::apply(int from, const Report &report) {
-  tried_.add(report.counts);
   Peer &peer = peers_[static_cast<std::size_t>(from)];
   const bool current = peer.state == Peer::kBusy && peer.assignment == report.assignment;
   if (peer.state == Peer::kSilent || (current && report.finished)) peer.state = Peer::kIdle;
@@ -104,7 +103,6 @@ void Leader::endWith(const Ending &ending) {
   out.number(ending.kind);
   out.solutions({{ending.path, {}}});
   sendAll(Letter::kEnd, out);
-  over_ = true;
 }
 
 // False when the search ends with it.

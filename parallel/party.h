@@ -41,7 +41,6 @@ class Leader {
   bool step();
   bool result() const { return result_; }
   const Counts &counts() const { return counts_; }  // of all processes together, as of one
-  const Counts &tried() const { return tried_; }    // what was searched in vain included
   const std::string &why() const { return why_; }
 
  private:
@@ -78,9 +77,8 @@ class Leader {
   std::vector<Peer> peers_;
   double began_;
   long long lastAssignment_ = 0;
-  bool over_ = false;
   bool result_ = false;
-  Counts counts_, tried_;
+  Counts counts_;
   std::string why_;
 };
 

@@ -26,11 +26,6 @@ void Writer::number(unsigned long long n) {
   bytes.push_back(static_cast<char>(n));
 }
 
-void Writer::text(const std::string &t) {
-  number(t.size());
-  bytes += t;
-}
-
 void Writer::steps(const Steps &s, std::size_t from) {
   number(s.size() - from);
   for (std::size_t i = from; i < s.size(); ++i) {
@@ -101,12 +96,6 @@ std::size_t Reader::size() {
   const unsigned long long n = number();
   good_ = good_ && n <= bytes_.size() - at_;
   return good_ ? static_cast<std::size_t>(n) : 0;
-}
-
-std::string Reader::text() {
-  const std::size_t n = size();
-  at_ += n;
-  return bytes_.substr(at_ - n, n);
 }
 
 CSwalkStep Reader::step() {

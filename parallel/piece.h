@@ -53,7 +53,6 @@ class Writer {
  public:
   void number(unsigned long long n);
   void integer(long long n) { number((static_cast<unsigned long long>(n) << 1) ^ (n < 0 ? ~0ULL : 0ULL)); }
-  void text(const std::string &t);
   void piece(const Piece &p);
   void solutions(const std::vector<Solution> &all);  // what a path has in common with the one before is left out
   void counts(const Counts &c);
@@ -70,20 +69,17 @@ class Writer {
   void steps(const Steps &s, std::size_t from);
 };
 
-// Once something is wrong with the bytes, good() is false and everything that is read is zero or empty.
+// Once something is wrong with the bytes, everything that is read is zero or empty.
 class Reader {
  public:
   explicit Reader(const std::string &bytes, std::size_t from = 0) : bytes_(bytes), at_(from) {}
 
   unsigned long long number();
   long long integer();
-  std::string text();
   Piece piece();
   std::vector<Solution> solutions();
   Counts counts();
   Report report();
-  bool good() const { return good_; }
-  bool atEnd() const { return at_ == bytes_.size(); }
 
  private:
   std::size_t size();  // of a list: no more than there are bytes left

@@ -91,36 +91,4 @@ std::optional<Pieces::Finished> Pieces::takeFinished() {
   return finished;
 }
 
-// A running piece is written as one that is queued: who reads it has other processes.
-void Pieces::write(Writer &out) const {
-  out.number(entries_.size());
-  for (const Entry &entry : entries_) {
-    const bool finished = entry.state == State::kFinished;
-    out.number(finished ? 1 : 0);
-    if (finished) {
-      out.counts(entry.finished.counts);
-      out.solutions(entry.finished.solutions);
-    } else {
-      out.piece(entry.piece);
-    }
-  }
-}
-
-void Pieces::read(Reader &in) {
-  *this = Pieces(firstOnly_);
-  entries_.clear();
-  queued_ = 0;
-  for (unsigned long long n = in.number(); in.good() && n > 0; --n) {
-    Entry &entry = entries_.emplace_back();
-    if (in.number() != 0) {
-      entry.state = State::kFinished;
-      entry.finished.counts = in.counts();
-      entry.finished.solutions = in.solutions();
-    } else {
-      entry.piece = in.piece();
-      ++queued_;
-    }
-  }
-}
-
 }  // namespace koru::parallel

@@ -41,10 +41,6 @@ class Pieces {
   // What is finished at the left end, if anything is; it is taken out.
   std::optional<Finished> takeFinished();
 
-  // Everything that is not yet finished, for a checkpoint, and the other way round.
-  void write(Writer &out) const;
-  void read(Reader &in);
-
  private:
   enum class State { kQueued, kRunning, kFinished };
   struct Entry {

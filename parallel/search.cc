@@ -50,11 +50,13 @@ bool search(const Task &task) {
   Process &p = process();
   p.counts = {};
   Ground ground(task);
+  if (!ground.failure().empty()) p.transport->stop(ground.failure());
   if (!ground.ready()) return false;
   p.mail.beginSearch();
   Outcome outcome;
   if (p.transport->size() == 1) {
     outcome = searchAlone(ground);
+    if (!ground.failure().empty()) p.transport->stop(ground.failure());
   } else if (p.transport->rank() == 0) {
     outcome = play(p, Leader(ground, *p.transport, p.mail, p.pace));
   } else {

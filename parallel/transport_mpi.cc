@@ -24,18 +24,23 @@ constexpr useconds_t kRest = 50;
 class ByMpi final : public Alone {
  public:
   ByMpi() {
-    MPI_Init(nullptr, nullptr);
+    int started = 0;  // by the program itself
+    MPI_Initialized(&started);
+    ours_ = started == 0;
+    if (ours_) MPI_Init(nullptr, nullptr);
     MPI_Comm_set_errhandler(MPI_COMM_WORLD, MPI_ERRORS_RETURN);
     MPI_Comm_rank(MPI_COMM_WORLD, &rank_);
     MPI_Comm_size(MPI_COMM_WORLD, &size_);
   }
   ~ByMpi() override {
-    if (lost_) return;
+    int finished = 0;
+    MPI_Finalized(&finished);
+    if (lost_ || finished != 0) return;
     while (!sendsAreThrough()) takeAll();
     MPI_Request all;
     MPI_Ibarrier(MPI_COMM_WORLD, &all);
     for (int done = 0; done == 0; MPI_Test(&all, &done, MPI_STATUS_IGNORE)) takeAll();
-    MPI_Finalize();
+    if (ours_) MPI_Finalize();
   }
 
   int rank() const override { return rank_; }
@@ -90,6 +95,7 @@ class ByMpi final : public Alone {
 
   int rank_ = 0;
   int size_ = 1;
+  bool ours_ = true;  // MPI: who starts it ends it
   bool lost_ = false;
   std::list<Sending> sending_;
 };

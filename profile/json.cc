@@ -1,30 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The profile for other programs. Bytes beyond ASCII are written as they are: names in UTF-8 stay that.
-#include <cstdio>
+// The profile for other programs.
 #include <ostream>
 
 #include "profile/profile.h"
+#include "profile/quoting.h"
 
 namespace koru::profile {
-
-namespace {
-
-std::string quoted(const std::string &text) {
-  std::string result = "\"";
-  for (const char c : text) {
-    if (static_cast<unsigned char>(c) < 0x20) {
-      char code[8];
-      std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(c));
-      result += code;
-      continue;
-    }
-    if (c == '"' || c == '\\') result += '\\';
-    result += c;
-  }
-  return result + '"';
-}
-
-}  // namespace
 
 void writeJson(std::ostream &out, const Profile &profile) {
   out << "{\"version\": " << quoted(profile.version) << ", \"startTime\": " << profile.startTime

@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "profile/profile.h"
+#include "profile/quoting.h"
 
 namespace koru::profile {
 
@@ -62,29 +63,6 @@ function sortBy(column) {
 heads.forEach((head, i) => head.querySelector("button").addEventListener("click", () => sortBy(i)));
 </script>
 )";
-
-std::string escaped(const std::string &text) {
-  std::string result;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        result += "&amp;";
-        break;
-      case '<':
-        result += "&lt;";
-        break;
-      case '>':
-        result += "&gt;";
-        break;
-      case '"':
-        result += "&quot;";
-        break;
-      default:
-        result += c;
-    }
-  }
-  return result;
-}
 
 std::string percent(double share) {
   char text[32];

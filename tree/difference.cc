@@ -23,11 +23,7 @@ void writeNode(std::ostream &out, const char *which, const Tree &tree, std::size
     out << "no more\n";
     return;
   }
-  const char *comma = "";
-  for (const int step : tree.pathTo(static_cast<int>(i))) {
-    out << comma << tree.decisionOf(step);
-    comma = ", ";
-  }
+  out << tree.textTo(static_cast<int>(i));
   const Node &n = tree.nodes[i];
   if (n.isRefused()) out << "  refused";
   if (n.isRefused() && n.place >= 0) out << " by " << tree.places[static_cast<std::size_t>(n.place)].text();

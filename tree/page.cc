@@ -6,49 +6,13 @@
 #include <ostream>
 #include <sstream>
 
+#include "profile/quoting.h"
 #include "tree/page_parts.h"
 #include "tree/tree.h"
 
 namespace koru::tree {
 
 namespace {
-
-std::string escaped(const std::string &text) {
-  std::string result;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        result += "&amp;";
-        break;
-      case '<':
-        result += "&lt;";
-        break;
-      case '>':
-        result += "&gt;";
-        break;
-      default:
-        result += c;
-    }
-  }
-  return result;
-}
-
-// As JSON; "<" is written so that no text can end the script.
-std::string quoted(const std::string &text) {
-  static constexpr char kHex[] = "0123456789abcdef";
-  std::string result = "\"";
-  for (const char c : text) {
-    const auto code = static_cast<unsigned char>(c);
-    if (code < 32 || c == '"' || c == '\\' || c == '<') {
-      result += "\\u00";
-      result += kHex[code >> 4];
-      result += kHex[code & 15];
-    } else {
-      result += c;
-    }
-  }
-  return result + '"';
-}
 
 template <class Each>
 void writeArray(std::ostream &out, const char *name, std::size_t n, const Each &each) {

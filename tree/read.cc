@@ -129,9 +129,11 @@ class Reader {
       case kSolutionWorth:
         return solution(true, true, unzigzag(number()));
       case kBegin:
-        return begin(number());
+        number();  // which engine
+        return begin();
       case kEnd:
-        return end(number());
+        number();  // the status
+        return end();
       case kRun:
         return run(number());
       case kOppositeNext:
@@ -150,8 +152,8 @@ class Reader {
     }
   }
 
-  void begin(std::uint64_t) {
-    if (failed(false, "")) return;
+  void begin() {
+    if (cut_ || fault_ != nullptr) return;
     ++tree_.searches;
     searches_.push_back({depth_, node_, -1});
     openRoot(0);
@@ -173,7 +175,7 @@ class Reader {
     if (kind == 1) tree_.nodes.back().flags |= kNearby;
   }
 
-  void end(std::uint64_t) {
+  void end() {
     if (failed(searches_.empty(), "an end of no search")) return;
     depth_ = searches_.back().root;
     node_ = searches_.back().above;

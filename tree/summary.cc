@@ -130,12 +130,7 @@ void writeSubtrees(std::ostream &out, const Tree &tree, std::size_t top) {
   out << "\n       nodes        node  without a solution, after\n";
   for (std::size_t k = 0; k < heads.size() && k < top; ++k) {
     writeRow(out, {tree.nodes[static_cast<std::size_t>(heads[k])].size, heads[k]});
-    const char *comma = "  ";
-    for (const int step : tree.pathTo(heads[k])) {
-      out << comma << tree.decisionOf(step);
-      comma = ", ";
-    }
-    out << '\n';
+    out << "  " << tree.textTo(heads[k]) << '\n';
   }
 }
 

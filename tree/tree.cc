@@ -37,6 +37,12 @@ std::vector<int> Tree::pathTo(int node) const {
   return path;
 }
 
+std::string Tree::textTo(int node) const {
+  std::string text;
+  for (const int step : pathTo(node)) text += (text.empty() ? "" : ", ") + decisionOf(step);
+  return text;
+}
+
 std::vector<int> depthsOf(const Tree &tree) {
   std::vector<int> depths;
   depths.reserve(tree.nodes.size());

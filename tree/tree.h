@@ -62,6 +62,7 @@ struct Tree {
   std::string nameOf(int variable) const;   // "x", or "v12" without a name
   std::string decisionOf(int node) const;   // "x = 3"
   std::vector<int> pathTo(int node) const;  // of decisions, from the root on
+  std::string textTo(int node) const;       // "x = 3, y != 2"
 };
 
 // False, with a reason that starts with the position, when the bytes are no record. One that is cut off anywhere is a

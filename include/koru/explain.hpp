@@ -61,9 +61,21 @@ KORU_APART inline std::ostream &operator<<(std::ostream &out, const Explanation 
                                            "no solution, whatever is left out"};
   const bool hasNone = e.status >= Explained::solution && e.status <= Explained::never;
   if (hasNone) return out << others[static_cast<int>(e.status) - CS_EXPLAINED_SOLUTION] << '\n';
-  out << (e.nearest ? "a solution without " : "no solution, because of ") << e.reasons.size()
-      << (e.reasons.size() == 1 ? " posting at " : " postings at ") << e.places
-      << (e.places == 1 ? " place" : " places") << (e.status == Explained::minimal ? "" : ", perhaps fewer") << '\n';
+  const auto head = [&] {
+    switch (e.status) {
+      case Explained::memory:
+        return "memory exhausted:";
+      case Explained::unstable:
+        return e.nearest ? "a solution, but not each time, without" : "no solution, but not each time, because of";
+      default:
+        return e.nearest ? "a solution without" : "no solution, because of";
+    }
+  };
+  out << head();
+  if (!e.reasons.empty())
+    out << ' ' << e.reasons.size() << (e.reasons.size() == 1 ? " posting at " : " postings at ") << e.places
+        << (e.places == 1 ? " place" : " places") << (e.status == Explained::minimal ? "" : ", perhaps fewer");
+  out << '\n';
   for (const Reason &r : e.reasons) out << r << '\n';
   return out;
 }
@@ -119,7 +131,8 @@ KORU_APART inline Explanation copyOf(const CSexplanation &e) {
 
 }  // namespace detail
 
-/// Why the model that `build` makes has no solution. Throws what `build` throws; std::logic_error within a callback.
+/// Why the model that `build` makes has no solution. Throws what `build` throws; std::logic_error within a callback,
+/// for limits below 0, and without memory to begin with.
 KORU_APART inline Explanation explain(const std::function<void(Model &)> &build, const Explain &how = {}) {
   if (detail::State *running = detail::State::running()) running->park();
   detail::Explaining explaining{build, how};
@@ -127,7 +140,7 @@ KORU_APART inline Explanation explain(const std::function<void(Model &)> &build,
   options.size = sizeof options;
   options.nearest = how.nearest;
   options.maxChecks = how.checks;
-  options.milliseconds = static_cast<long long>(how.seconds * 1000);
+  options.milliseconds = detail::milliseconds(how.seconds);
   const std::unique_ptr<const CSexplanation, decltype(&cs_freeExplanation)> e(
       cs_explainFailure(detail::Explaining::run, &explaining, &options), cs_freeExplanation);
   if (explaining.thrown) std::rethrow_exception(explaining.thrown);

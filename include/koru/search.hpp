@@ -9,6 +9,17 @@
 namespace koru {
 inline namespace v1 {
 
+namespace detail {
+
+// Rounded up: a limit that is small is still one.
+KORU_APART inline long long milliseconds(double seconds) {
+  if (!(seconds > -1e15 && seconds < 1e15)) throw std::invalid_argument("koru: a time that is no number of seconds");
+  const auto whole = static_cast<long long>(seconds * 1000);
+  return static_cast<double>(whole) < seconds * 1000 ? whole + 1 : whole;
+}
+
+}  // namespace detail
+
 /// How a search stands, or has ended.
 enum class Status {
   ready = CS_STATUS_READY,
@@ -321,7 +332,7 @@ class Solutions {
       o.neighbours = how.neighbours.kind;
       o.neighbourFails = how.neighbours.fails;
       o.relaxed = how.neighbours.percent;
-      o.milliseconds = milliseconds(how.seconds);
+      o.milliseconds = detail::milliseconds(how.seconds);
       o.fails = how.fails;
       o.choicePoints = how.choice_points;
       o.solutions = how.solutions;
@@ -332,17 +343,9 @@ class Solutions {
       if (!how.value.selectors.empty()) detail::sameSize(how.value.selectors.size(), how.vars.size());
       o.selectors = how.value.selectors.data();
       o.progress = how.progress ? progress : nullptr;
-      o.progressMilliseconds = milliseconds(how.progress_seconds);
+      o.progressMilliseconds = detail::milliseconds(how.progress_seconds);
       o.extra = this;
       return o;
-    }
-
-    // Rounded up: a limit that is small is still one.
-    static long long milliseconds(double seconds) {
-      if (!(seconds > -1e15 && seconds < 1e15))
-        throw std::invalid_argument("koru: a time that is no number of seconds");
-      const auto whole = static_cast<long long>(seconds * 1000);
-      return static_cast<double>(whole) < seconds * 1000 ? whole + 1 : whole;
     }
 
     bool next() {

@@ -17,6 +17,7 @@ import os
 import re
 import resource
 import signal
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -88,8 +89,8 @@ def goal_of(fzn):
 
 
 def kind_of(fzn):
-    goals = re.findall(r"\b(satisfy|minimize|maximize)\b", Path(fzn).read_text())
-    return {"minimize": "min", "maximize": "max"}.get(goals[-1] if goals else "", "sat")
+    found = re.search(r"(minimize|maximize) \w+;\s*$", Path(fzn).read_text())
+    return {"minimize": "min", "maximize": "max"}[found[1]] if found else "sat"
 
 
 def result_of(text, code, kind, seconds, goal):
@@ -174,11 +175,6 @@ def markdown(rows, names, path):
     Path(path).write_text("\n".join(lines) + "\n")
 
 
-def median(values):
-    ordered = sorted(values)
-    return ordered[len(ordered) // 2]
-
-
 def show_speed(rows, names):
     """Times on equal trees, fails but for 2 % as many, and fails a second of runs that were stopped."""
     same, stopped = [], []
@@ -192,10 +188,10 @@ def show_speed(rows, names):
         elif not is_done(row, 0) and not is_done(row, 1):
             stopped.append(a["failures"] / a["seconds"] / (b["failures"] / b["seconds"]))
     if same:
-        print(f"on {len(same)} equal trees: {names[1]} takes {median(same):.2f} times as long as {names[0]} in the median "
+        print(f"on {len(same)} equal trees: {names[1]} takes {statistics.median_high(same):.2f} times as long as {names[0]} in the median "
               f"({min(same):.2f} to {max(same):.2f})")
     if stopped:
-        print(f"on {len(stopped)} that neither has ended: {names[0]} has {median(stopped):.2f} times as many fails a second")
+        print(f"on {len(stopped)} that neither has ended: {names[0]} has {statistics.median_high(stopped):.2f} times as many fails a second")
 
 
 def cactus(rows, names, seconds, path):

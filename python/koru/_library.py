@@ -76,7 +76,6 @@ text cs_getName pointer
 int cs_getMin pointer
 int cs_getMax pointer
 int cs_getNbElements pointer
-int cs_getNbConstraints pointer
 int cs_getNextValue pointer int
 bool cs_isIn pointer int
 int cs_saveContext

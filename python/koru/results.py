@@ -29,8 +29,8 @@ class Status(IntEnum):
     def __str__(self) -> str:
         return str(lib.cs_getStatusName(int(self)).decode())
 
-    def __format__(self, spec: str) -> str:
-        return format(str(self), spec)
+    def __format__(self, format_spec: str) -> str:
+        return format(str(self), format_spec)
 
 
 class Statistics:

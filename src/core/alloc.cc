@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include "core/errors.h"
 
@@ -34,6 +35,13 @@ void *allocateArray(std::size_t header, std::uint64_t count, std::size_t element
     return nullptr;
   }
   return allocate(header + static_cast<std::size_t>(count) * elementSize);
+}
+
+char *copyText(const char *text) {
+  const std::size_t size = std::strlen(text) + 1;
+  auto *copy = static_cast<char *>(allocate(size));
+  if (copy != nullptr) std::memcpy(copy, text, size);
+  return copy;
 }
 
 void deallocate(void *block) {

@@ -54,6 +54,9 @@ bool make(Buffer<T> &buffer, std::uint64_t count) {
   return static_cast<bool>(buffer);
 }
 
+// A copy of a text. Null when memory is exhausted (reported).
+char *copyText(const char *text);
+
 // The head of a shared array; the elements follow it.
 struct alignas(std::max_align_t) SharedBlock {
   int owners;

@@ -57,7 +57,7 @@ class BlockStack {
     return block->records()[index - block->base];
   }
 
-  // The stack index of a record that it has.
+  // The stack index of a record; -1 for one that none of its blocks has room for.
   int indexOf(const Record *record) const;
 
   // The newest record, of a stack that is not empty. With an if in place of the choice a sudoku takes 0.9 % more
@@ -187,7 +187,8 @@ int BlockStack<Record>::indexOf(const Record *record) const {
     return address >= first && address < first + kCapacity * sizeof(Record);
   };
   Block *block = current_;
-  while (!isIn(block)) block = block->previous;
+  while (block != nullptr && !isIn(block)) block = block->previous;
+  if (block == nullptr) return -1;
   return block->base + static_cast<int>(record - block->records());
 }
 

@@ -17,13 +17,6 @@ void destroyDomain(CSint &v) {
   v.name = nullptr;
 }
 
-static char *copyText(const char *text) {
-  const std::size_t size = std::strlen(text) + 1;
-  auto *copy = static_cast<char *>(allocate(size));
-  if (copy != nullptr) std::memcpy(copy, text, size);
-  return copy;
-}
-
 // The domain in increasing order. Deliberate: a count that was written back too high leaves entries over, which hold
 // the maximum; one that is too low ends the walk.
 static void listValues(const CSint *v, int *values) {

@@ -32,7 +32,7 @@ void split(char *text, CSreason &reason) {
 bool Explanation::addReason(const Calls &calls, int call) {
   const Place &place = calls.placeOf(call);
   const char *text = place.text != nullptr ? place.text : koru::placeOf(place.poster.caller);
-  char *copy = copyOf(text);
+  char *copy = copyText(text);
   if (copy == nullptr) return false;
   texts[size] = copy;
   CSreason &reason = list[size++];

@@ -18,13 +18,6 @@ static bool isAt(const Place &place, const Poster &poster, const char *text) {
   return text != nullptr ? std::strcmp(place.text, text) == 0 : place.poster.caller == poster.caller;
 }
 
-char *copyOf(const char *text) {
-  const std::size_t bytes = std::strlen(text) + 1;
-  auto *copy = static_cast<char *>(allocate(bytes));
-  if (copy != nullptr) std::memcpy(copy, text, bytes);
-  return copy;
-}
-
 Places::~Places() {
   for (int i = 0; i < places_.count(); ++i) deallocate(places_[i].text);
 }
@@ -39,7 +32,7 @@ int Places::find(const Poster &poster, const char *text) const {
 int Places::add(const Poster &poster, const char *text) {
   char *copy = nullptr;
   if (text != nullptr) {
-    copy = copyOf(text);
+    copy = copyText(text);
     if (copy == nullptr) return kNone;
   }
   const std::uint32_t hash = hashOf(poster, text);

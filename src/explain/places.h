@@ -8,9 +8,6 @@
 
 namespace koru::explain {
 
-// A copy of a text. Null when memory is exhausted (reported).
-char *copyOf(const char *text);
-
 struct Place {
   Poster poster;
   char *text;  // the locator's, owned; null where the address tells

@@ -28,9 +28,8 @@ void cs_setProfilerLocator(const char *newFormat, CSprofilerLocator locator, voi
   if (!solver::initialised) return;
   char *copy = nullptr;
   if (locator != nullptr && newFormat != nullptr) {
-    copy = static_cast<char *>(allocate(std::strlen(newFormat) + 1));
+    copy = copyText(newFormat);
     if (copy == nullptr) return;
-    std::memcpy(copy, newFormat, std::strlen(newFormat) + 1);
   }
   forgetFormat();
   profilerState.locatorFormat = copy;

@@ -4,6 +4,7 @@
 
 #include "core/solver.h"
 #include "record/recorder.h"
+#include "search/branching.h"
 
 namespace koru::record {
 
@@ -20,8 +21,7 @@ void forgetRecorder() {
 
 bool take(const CSstep &step) {
   if (step.variable < 0 || step.variable >= solver::variables.count()) return false;
-  const int open = solver::contexts.count();
-  if (cs_saveContext() <= open) return false;
+  if (!openContext()) return false;
   if (cs_selectValue(&solver::variables.at(step.variable), &step.decision)) return true;
   cs_restoreContext();
   return false;

@@ -22,9 +22,7 @@ bool Recorder::start(const char *path) {
   observer_ = {to<&Recorder::begin, Engine>,
                to<&Recorder::run, RunKind>,
                to<&Recorder::enter, const CSint *>,
-               [](void *self, const CSvalueSelection &d, Tried how, bool ok) {
-                 static_cast<Recorder *>(self)->tried(d, how, ok);
-               },
+               to<&Recorder::tried, const CSvalueSelection &, Tried, bool>,
                to<&Recorder::leave>,
                to<&Recorder::solution, bool, const CSint *>,
                to<&Recorder::end, CSstatus>,
@@ -41,24 +39,6 @@ void Recorder::stop() {
   out_.close();
   searchObserver = nullptr;
   solver::failureRecorder = {};
-}
-
-// ----- variables by number
-
-// Which are the same in every run of a program; -1 for one that is not the host's, or when memory is exhausted.
-int Recorder::numberOf(const CSint *v) {
-  constexpr int kInBlock = BlockStack<CSint>::kCapacity;
-  const auto address = reinterpret_cast<std::uintptr_t>(v);
-  const auto isIn = [&](int block) {
-    const auto begin = reinterpret_cast<std::uintptr_t>(blocks_[block]);
-    return address >= begin && address - begin < kInBlock * sizeof(CSint);
-  };
-  if (block_ < blocks_.count() && isIn(block_)) return block_ * kInBlock + static_cast<int>(v - blocks_[block_]);
-  for (int i = blocks_.count() * kInBlock; i < solver::variables.count(); i += kInBlock)
-    if (!blocks_.add(&solver::variables.at(i))) return -1;
-  for (block_ = 0; block_ < blocks_.count(); ++block_)
-    if (isIn(block_)) return block_ * kInBlock + static_cast<int>(v - blocks_[block_]);
-  return -1;
 }
 
 // ----- what is written between
@@ -100,13 +80,23 @@ void Recorder::writeTime() {
   out_.flush();
 }
 
+// Of the solver attached: it tells one from another.
+static const CSint *firstVariable() { return solver::variables.count() > 0 ? &solver::variables.at(0) : nullptr; }
+
+// The same in every run of a program. -1 for a variable of another solver than the one whose search is open, and for
+// one that is not the host's.
+int Recorder::numberOf(const CSint *v) const { return first_ == firstVariable() ? solver::variables.indexOf(v) : -1; }
+
 // ----- what is told
 
 void Recorder::begin(Engine engine) {
   writeLeaves();
   failed_ = 0;
-  if (!inSearch()) blocks_.cutTo(0);  // the solver may be another one
-  if (!searches_.add({depth_})) return stop();
+  if (!inSearch()) {  // the solver may be another one
+    named_.cutTo(0);
+    first_ = firstVariable();
+  }
+  if (!roots_.add(depth_)) return stop();
   out_.byte(kBegin);
   out_.number(static_cast<unsigned>(engine));
 }
@@ -166,7 +156,7 @@ void Recorder::end(CSstatus status) {
   if (!inSearch()) return;
   leaves_ = 0;
   depth_ = base();
-  searches_.cutTo(searches_.count() - 1);
+  roots_.cutTo(roots_.count() - 1);
   out_.byte(kEnd);
   out_.number(static_cast<unsigned>(status));
   if (!inSearch()) out_.flush();

@@ -31,9 +31,6 @@ class Recorder {
     int last;
     bool tried;  // since it was entered
   };
-  struct Search {
-    int root;  // so many levels below it
-  };
 
   void begin(Engine engine);
   void run(RunKind kind);
@@ -54,18 +51,16 @@ class Recorder {
   void writeName(const CSint *v, int number);
   void writeBy();
   void writeTime();
-  bool inSearch() const { return searches_.count() > 0; }
-  int base() const { return searches_.count() > 0 ? searches_[searches_.count() - 1].root : 0; }
-
-  int numberOf(const CSint *v);
+  int numberOf(const CSint *v) const;
+  bool inSearch() const { return roots_.count() > 0; }
+  int base() const { return inSearch() ? roots_[roots_.count() - 1] : 0; }
 
   SearchObserver observer_{};
   Stream out_;
-  Growing<Level> levels_;  // those that are open, and behind them what there was last
-  Growing<Search> searches_;
-  Growing<unsigned char> named_;   // by variable number
-  Growing<const CSint *> blocks_;  // of variables: each is a stretch of as many
-  int block_ = 0;                  // that the last one was of
+  Growing<Level> levels_;         // those that are open, and behind them what there was last
+  Growing<int> roots_;            // of the searches under way: so many levels are below each
+  Growing<unsigned char> named_;  // by variable number
+  const CSint *first_ = nullptr;  // of the variables that have numbers
   explain::Places places_;
   int depth_ = 0;   // levels open
   int leaves_ = 0;  // not yet written

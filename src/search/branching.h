@@ -68,6 +68,12 @@ class Values {
   return false;
 }
 
+// A solution is reached.
+inline bool solved(const CSint *objective = nullptr) {
+  tellSolution(true, objective);
+  return true;
+}
+
 // The end of a level at which everything has failed, or the search has to end.
 inline bool leave() {
   tellLeave();

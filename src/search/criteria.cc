@@ -20,10 +20,7 @@ struct CriteriaSearch {
 
   bool label() const {
     const int index = select(array, size);
-    if (index < 0) {
-      tellSolution();
-      return true;
-    }
+    if (index < 0) return solved();
     CSint *v = array != nullptr ? array[index] : nullptr;
     return tryInScoreOrder(
         v, failLimit, [&](int value) { return criteria(index, value); }, [&] { return label(); });

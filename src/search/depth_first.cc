@@ -22,14 +22,9 @@ struct DepthFirst {
   int failLimit;
   const CSint *objective;
 
-  bool solved() const {
-    tellSolution(true, objective);
-    return true;
-  }
-
   bool label() {
     CSint *v = selection.next();
-    if (v == nullptr) return solved();
+    if (v == nullptr) return solved(objective);
     Values values(v);
     if (!openContext()) return false;
     tellEnter(v);

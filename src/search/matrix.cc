@@ -27,10 +27,7 @@ struct MatrixSearch {
   bool label(int row) const {
     int column = -1;
     while (row >= 0 && (column = selectColumn(row, rowAt(row), extra)) < 0) row = nextRow();
-    if (row < 0) {
-      tellSolution();
-      return true;
-    }
+    if (row < 0) return solved();
     CSint *v = rowAt(row) != nullptr ? rowAt(row)[column] : nullptr;
     return tryInScoreOrder(
         v, failLimit, [&](int value) { return criteria(row, column, value); }, [&] { return label(nextRow()); });

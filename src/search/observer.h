@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What an observer of searches is told, by all engines: the tree, in the order in which it is searched.
+// What an observer of searches is told, by all engines but walks, whose tree is in pieces: the tree, in the order in
+// which it is searched.
 //
 // A level is a variable and the decisions that are tried on it, each of them refused, or accepted and followed by a
 // level below or a solution. Levels that are open when a run or a search ends end with it. A search may run inside

@@ -15,8 +15,10 @@ namespace {
 // Of what a level was chosen from: a different choice, or a different state, is unlikely to have the same.
 unsigned checkOf(const Level &level) {
   std::uint64_t h = 0x9e3779b97f4a7c15ULL;
-  for (const int part : {solver::variables.indexOf(level.variable), level.count})
-    h = (h ^ static_cast<unsigned>(part)) * 0xbf58476d1ce4e5b9ULL, h ^= h >> 29;
+  for (const int part : {solver::variables.indexOf(level.variable), level.count}) {
+    h = (h ^ static_cast<unsigned>(part)) * 0xbf58476d1ce4e5b9ULL;
+    h ^= h >> 29;
+  }
   return static_cast<unsigned>(h >> 16);
 }
 

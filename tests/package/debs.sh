@@ -30,24 +30,25 @@ prepare() {
   copy_root tools
 }
 
-look() { (cd "$root" && find . -xdev ! -path './var/*' ! -path './tmp/*' ! -path './etc/ld.so.cache' ! -path './work*' | sort); }
+look() { (cd "$root" && find . -xdev ! -path './var/*' ! -path './tmp/*' ! -path './etc/ld.so.cache' ! -path './srv/*' | sort); }
 
 lintian --allow-root --fail-on error "$packages"/*.deb
 prepare
 look >"$base/before.txt"
 
-mkdir "$root/work"
-cp "$packages"/*.deb "$root/work"
-inside sh -c 'apt-get install -y --no-install-recommends /work/*.deb'
-(cd "$sources" && cp -r --parents -t "$root/work" tests/package tests/python docs examples)
+mkdir -p "$root/srv/koru"
+cp "$packages"/*.deb "$root/srv/koru"
+inside sh -c 'apt-get install -y --no-install-recommends /srv/koru/*.deb'
+(cd "$sources" && cp -r --parents -t "$root/srv/koru" tests/package tests/python docs examples)
 
 inside env CMAKE=cmake CMAKE_GENERATOR=Ninja PKG_CONFIG=pkg-config CC=gcc CXX=g++ \
-  bash /work/tests/package/run.sh system /usr /tmp/consumers
-inside python3 -B -m unittest discover -s /work/tests/python
+  bash /srv/koru/tests/package/run.sh system /usr /tmp/consumers
+inside python3 -B -m unittest discover -s /srv/koru/tests/python
 inside sh -c 'echo "var 1..3: x :: output_var; constraint int_lt(2, x); solve satisfy;" >/tmp/model.fzn'
 [[ $(inside fzn-koru /tmp/model.fzn) == $'x = 3;\n----------' ]] || fail "fzn-koru does not solve"
 inside sh -c 'cc -g /usr/share/doc/koru/examples/profile_demo.c -lkoru -o /tmp/demo && /tmp/demo /tmp/profile.txt'
-inside koru-profile /tmp/profile.txt | grep -q cs_ || fail "koru-profile shows nothing"
+inside koru-profile /tmp/profile.txt | grep cs_ >/dev/null || fail "koru-profile shows nothing"
+inside koru-tree --help >/dev/null || fail "koru-tree does not start"
 
 inside sh -c 'apt-get purge -y libkoru3 libkoru-dev koru-tools python3-koru koru-doc'
 look >"$base/after.txt"

@@ -39,6 +39,7 @@ inside apt-get update
 inside apt-get install -y --no-install-recommends pkg-config git
 awk '/^```c$/{on=1; next} /^```$/{if (on) exit} on' "$sources/README.md" >"$root/koru/app.c"
 
+ran_app=
 while IFS= read -r command; do
   case $command in
     *ctest* | *"dev test"*) [[ -n $whole ]] || continue ;;
@@ -46,8 +47,10 @@ while IFS= read -r command; do
   run "$command"
   if [[ $command == cc*-o\ app* ]]; then
     [[ $(inside /koru/app) == "0, 4, 7, 5, 2, 6, 1, 3" ]] || fail "app prints something else"
+    ran_app=yes
   fi
 done < <(blocks sh)
+[[ -n $ran_app ]] || fail "README.md has no command that makes app"
 
 tools="CMAKE=cmake CMAKE_GENERATOR=Ninja PKG_CONFIG=pkg-config CC=gcc CXX=g++"
 run "env $tools bash tests/package/run.sh system /usr/local /tmp/installed"

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """The same output for every number of processes: runs a program with the searches of koru.h, then with those of koru_mpi
-in one process and, where there is an mpirun, in several; some of them killed or stopped on the way.
+in one process and, where there is an mpirun, in several; some of them killed on the way.
 
   compare.py PROGRAM [--mpirun MPIRUN] [--processes N,M,...] [--kill TIMES] [--seed SEED]
 """
@@ -29,16 +29,15 @@ def children_of(pid):
 
 
 def run_and_kill(command, rng):
-    """Kills or stops one of the processes, not the first one, after a while."""
+    """Kills one of the processes, not the first one, after a while; and says whether there was one left to kill."""
     with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                           env={**os.environ, "KORU_MPI_PATIENCE": "2"}) as process:
         time.sleep(rng.uniform(0.3, 2.5))
         others = children_of(process.pid)[1:]
         if others:
-            victim = rng.choice(others)
-            os.kill(victim, signal.SIGKILL)
+            os.kill(rng.choice(others), signal.SIGKILL)
         out, err = process.communicate(timeout=300)
-    return process.returncode, out, err
+    return process.returncode, out, err, bool(others)
 
 
 def main():
@@ -53,6 +52,7 @@ def main():
     rng = random.Random(args.seed)
     faults = []
     compared = 0
+    killed = 0
 
     def compare(what, outcome, expected):
         nonlocal compared
@@ -72,13 +72,17 @@ def main():
             compare(f"{case} {size} with {processes} processes", run(command), expected)
             for _ in range(args.kill):
                 command = [launch[0], "--enable-recovery", *launch[1:], processes, args.program, "mpi", *words]
-                compare(f"{case} {size} with {processes} processes, one killed", run_and_kill(command, rng), expected)
+                outcome = run_and_kill(command, rng)
+                killed += outcome[3]
+                compare(f"{case} {size} with {processes} processes, one killed", outcome, expected)
     if launch and not args.kill:
         for case, words in ("rank", "another model"), ("memory", "level"):
             status, _, errors = run([*launch, "3", args.program, "mpi", case, "10"])
             compared += 1
             if status != 3 or words not in errors:
                 faults.append(f"{case}: status {status}, {errors[-500:]}")
+    if launch and args.kill and killed == 0:
+        faults.append("no process was killed")
     for fault in faults:
         print(fault)
     print(f"compare: {compared} runs, {len(faults)} faults")

@@ -9,13 +9,14 @@ browser has laid it out, clicks on all column heads, opens the source, and leave
 With --lines the source of each place must be shown. Prints the faults; exit status 1 if there are any.
 """
 import argparse
-import html
 import json
 import re
-import shutil
 import subprocess
 import sys
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
+from browser import CATCH, seen_on  # noqa: E402
 
 PROBE = """<pre id="seen"></pre><script>
 "use strict";
@@ -44,27 +45,13 @@ seen.sources = [...document.querySelectorAll("tbody details")].map(details => {
 });
 document.querySelector("#seen").textContent = JSON.stringify(seen);
 </script>"""
-CATCH = '<script>window.probeErrors = []; addEventListener("error", e => probeErrors.push(e.message));</script>'
 COLUMNS = ["calls", "share", "fails", "fail rate", "posted", "posted by", "place"]
 
 
 def look(browser, page, folder):
     """What the probe saw of the page."""
-    copy = folder / "probed.html"
-    text = page.read_text()
-    copy.write_text(text.replace("<style>", CATCH + "<style>", 1) + PROBE)
-    profile = folder / "browser"
-    shutil.rmtree(profile, ignore_errors=True)
-    run = subprocess.run(
-        [browser, "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-         "--disable-background-networking", "--disable-component-update", "--disable-sync", "--window-size=1200,900",
-         f"--user-data-dir={profile}", "--dump-dom", copy.as_uri()],
-        capture_output=True, text=True, timeout=100, check=True)
-    shutil.rmtree(profile, ignore_errors=True)
-    found = re.search(r'<pre id="seen">(.*?)</pre>', run.stdout, re.DOTALL)
-    if found is None or not found.group(1):
-        sys.exit("the page's scripts did not run:\n" + run.stderr[-2000:])
-    return json.loads(html.unescape(found.group(1)))
+    text = page.read_text(encoding="utf-8").replace("<style>", CATCH + "<style>", 1) + PROBE
+    return seen_on(browser, text, folder / "probed.html", folder / "browser", "--window-size=1200,900")
 
 
 def same_rows(a, b):

@@ -20,7 +20,7 @@ static void variables(CSint **vars, int n, int lo, int hi) {
   for (int i = 0; i < n; ++i) vars[i] = cs_createCSint(lo, hi);
 }
 
-/* A variable that equals coefficient * x + constant. */
+/* A variable that equals x + constant. */
 static CSint *shifted(CSint *x, int constant) {
   CSint *both[] = {x, cs_createCSint(cs_getMin(x) + constant, cs_getMax(x) + constant)};
   static const long long coefficients[] = {1, -1};

@@ -37,7 +37,7 @@ class Tables(unittest.TestCase):
         self.assertIn(["x[0]", "9"], shown)
         self.assertIn(["choice points", str(r.statistics.choice_points)], shown)
         self.assertIn("<b>optimal</b>", r._repr_html_())
-        self.assertIn("2 solutions" if r.statistics.solutions == 2 else "1 solutions", repr(r))
+        self.assertIn(" 2 solutions", repr(r))
         self.assertEqual(repr(r.best), "Solution(x[0]: 9, x[1]: 8)")
         self.assertEqual(r.statistics.as_dict()["fails"], r.statistics.fails)
 

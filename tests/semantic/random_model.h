@@ -103,7 +103,12 @@ class RandomModel {
 inline RandomModel *model = nullptr;
 inline Outcome *outcome = nullptr;
 
-inline void note(CSint **, int) { outcome->solutions.push_back(model->state()); }
+inline int cancelAfter = -1;  // so many solutions; never when negative
+
+inline void note(CSint **, int) {
+  outcome->solutions.push_back(model->state());
+  if (static_cast<int>(outcome->solutions.size()) == cancelAfter) cs_cancelSearch();
+}
 inline void noteCost(CSint **array, int size, CSint *) { note(array, size); }
 
 enum class Mode { kAll, kFirst, kMinimize };

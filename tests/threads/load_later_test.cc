@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
 #include <thread>
 #include <vector>
 
@@ -55,8 +54,7 @@ TEST(LoadedLater, BothFlavoursSideBySide) {
   const Library plain(KORU_LIBRARY);
   ASSERT_TRUE(plain.opened()) << dlerror();
   const Library threads(KORU_THREADS_LIBRARY);
-  if (!threads.opened() && std::getenv("GLIBC_TUNABLES") == nullptr) GTEST_SKIP() << dlerror();
-  ASSERT_TRUE(threads.opened()) << dlerror();
+  ASSERT_TRUE(threads.opened()) << dlerror() << ": by hand, run it with the environment that CTest gives it";
 
   const std::vector<CSint *> x = begin(plain, 4);
   std::array<int, 4> counts{};

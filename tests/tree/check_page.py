@@ -9,13 +9,12 @@ keys and clicks, zooms, looks for a variable, and leaves what it saw in the docu
 1 if there are any.
 """
 import argparse
-import html
-import json
-import re
-import shutil
 import subprocess
 import sys
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
+from browser import CATCH, seen_on  # noqa: E402
 
 PROBE = """<pre id="seen"></pre><script>
 "use strict";
@@ -49,7 +48,6 @@ seen.summary = document.querySelector("details pre").textContent;
 seen.loaded = performance.getEntriesByType("resource").length;
 document.querySelector("#seen").textContent = JSON.stringify(seen);
 </script>"""
-CATCH = '<script>window.probeErrors = []; addEventListener("error", e => probeErrors.push(e.message));</script>'
 
 # a = 0 refused by cs_Neq, a = 1: b = 0 refused, b = 2 a solution worth -3, b = 3 accepted and left; then a = 2 refused.
 RECORD = (b"koru-tree 1\n\xcb\x00\xd7\x04\x01a\x88\xd6\x06cs_Neq\x04m.c\t\xd5\x01\x00\x40\xd7\x05\x01b\x8a\x00\x42\xca\x05"
@@ -58,19 +56,8 @@ RECORD = (b"koru-tree 1\n\xcb\x00\xd7\x04\x01a\x88\xd6\x06cs_Neq\x04m.c\t\xd5\x0
 
 def look(browser, page, folder):
     """What the probe saw of the page."""
-    copy = folder / "probed.html"
-    copy.write_text(page.read_text().replace("<style>", CATCH + "<style>", 1) + PROBE)
-    profile = folder / "browser"
-    shutil.rmtree(profile, ignore_errors=True)
-    common = [browser, "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-              "--disable-background-networking", "--disable-component-update", "--disable-sync", "--window-size=1200,900",
-              f"--user-data-dir={profile}"]
-    run = subprocess.run([*common, "--dump-dom", copy.as_uri()], capture_output=True, text=True, timeout=100, check=True)
-    shutil.rmtree(profile, ignore_errors=True)
-    found = re.search(r'<pre id="seen">(.*?)</pre>', run.stdout, re.DOTALL)
-    if found is None or not found.group(1):
-        sys.exit("the page's scripts did not run:\n" + run.stderr[-2000:])
-    return json.loads(html.unescape(found.group(1)))
+    text = page.read_text(encoding="utf-8").replace("<style>", CATCH + "<style>", 1) + PROBE
+    return seen_on(browser, text, folder / "probed.html", folder / "browser", "--window-size=1200,900")
 
 
 def faults_of(seen):

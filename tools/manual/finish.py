@@ -8,19 +8,18 @@ somewhere. With a browser, load some pages on a screen as wide as a phone's: no 
 Prints what is wrong; exit status 1 then.
 """
 import argparse
-import html
-import json
 import re
 import shutil
-import subprocess
 import sys
 from html.parser import HTMLParser
 from pathlib import Path
 from urllib.parse import unquote
 
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
+from browser import CATCH, seen_on  # noqa: E402
+
 ROOT = Path(__file__).resolve().parents[2]
 PAGES = ["index.html", "md_docs_guide_first_model.html", "md_docs_constraints.html", "koru_8h.html"]
-CATCH = '<script>window.probeErrors = []; addEventListener("error", e => probeErrors.push(e.message));</script>'
 PROBE = """<pre id="seen"></pre><script>"use strict"; addEventListener("load", () => setTimeout(() => {
   const search = document.querySelector("#MSearchField");
   document.querySelector("#seen").textContent = JSON.stringify({ errors: window.probeErrors, wide: innerWidth,
@@ -70,18 +69,9 @@ def broken_links(pages):
 def look(browser, folder, name):
     copy = folder / "probed.html"
     text = (folder / name).read_text(encoding="utf-8")
-    copy.write_text(text.replace("<head>", "<head>" + CATCH, 1).replace("</body>", PROBE + "</body>", 1), encoding="utf-8")
-    profile = folder.parent / "browser"
-    command = [browser, "--headless", "--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-background-networking",
-               "--disable-component-update", "--disable-sync", "--window-size=500,900", f"--user-data-dir={profile}",
-               "--virtual-time-budget=5000", "--dump-dom", copy.as_uri()]
-    run = subprocess.run(command, capture_output=True, text=True, timeout=200, check=True)
-    shutil.rmtree(profile, ignore_errors=True)
+    text = text.replace("<head>", "<head>" + CATCH, 1).replace("</body>", PROBE + "</body>", 1)
+    seen = seen_on(browser, text, copy, folder.parent / "browser", "--window-size=500,900", "--virtual-time-budget=5000")
     copy.unlink()
-    found = re.search(r'<pre id="seen">(.+?)</pre>', run.stdout, re.S)
-    if found is None:
-        return [f"{name}: its scripts did not run\n{run.stderr[-1000:]}"]
-    seen = json.loads(html.unescape(found[1]))
     faults = [f"{name}: {error}" for error in seen["errors"]]
     if seen["content"] > seen["wide"]:
         faults.append(f"{name}: {seen['content']} pixels wide on a screen of {seen['wide']}")

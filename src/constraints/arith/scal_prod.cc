@@ -5,10 +5,12 @@
 // event since whose totals nothing has changed.
 // State: none beyond a moment: totals are computed anew after any change of a domain, or where code of the host may
 // have run, for the coefficients are the host's. Until then both constraints use the same ones, which halves what a
-// binding takes. Wakes: when a bound moves, on one constraint for s and one for the terms, under one site. Deliberate:
-// a term's binding inside its bounds moves both its bounds, and runs the terms' handler for each; n = 1 is no special
-// case, for it has a coefficient. Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not guarded
-// against later, when the totals can only lie between those of the posting.
+// binding takes.
+// Wakes: when a bound moves, on one constraint for s and one for the terms, under one site.
+// Deliberate: a term's binding inside its bounds moves both its bounds, and runs the terms' handler for each; n = 1 is
+// no special case, for it has a coefficient.
+// Deliberate: 64-bit overflow is detected at posting (CS_ERR_OVERFLOW), not guarded against later, when the totals can
+// only lie between those of the posting.
 #include <algorithm>
 #include <cstdarg>
 #include <utility>

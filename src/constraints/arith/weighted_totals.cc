@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "core/int_math.h"
+
 // Elsewhere terms are taken one at a time. Windows keeps the stack less aligned than the registers want it.
 #if defined(__x86_64__) && !defined(_WIN32)
 #include <immintrin.h>
@@ -12,7 +14,8 @@
 
 namespace koru::scal_prod {
 
-Totals totalsFrom(const Terms &terms, int first, Totals totals) {
+// From term `first` on, added to the totals of those before it.
+static Totals totalsFrom(const Terms &terms, int first, Totals totals) {
   for (int i = first; i < terms.n; ++i) {
     const std::int64_t atMin = std::int64_t{terms.coefficients[i]} * terms.vars[i]->min;
     const std::int64_t atMax = std::int64_t{terms.coefficients[i]} * terms.vars[i]->max;
@@ -45,6 +48,11 @@ static_assert(offsetof(CSint, max) == offsetof(CSint, min) + sizeof(int));
       _mm256_blendv_pd(_mm256_castsi256_pd(a), _mm256_castsi256_pd(b), _mm256_castsi256_pd(sign)));
 }
 
+// One of the parts may leave 64 bits where their total does not.
+static std::int64_t sumOf(const std::int64_t (&parts)[4]) {
+  return wrapAdd64(wrapAdd64(parts[0], parts[1]), wrapAdd64(parts[2], parts[3]));
+}
+
 // Of so many terms, a multiple of four.
 [[gnu::target("avx2")]] static Totals totalsByFours(const Terms &terms, int count) {
   __m256i lows = _mm256_setzero_si256();
@@ -68,8 +76,7 @@ static_assert(offsetof(CSint, max) == offsetof(CSint, min) + sizeof(int));
   _mm256_store_si256(reinterpret_cast<__m256i *>(low), lows);
   _mm256_store_si256(reinterpret_cast<__m256i *>(high), highs);
   _mm256_store_si256(reinterpret_cast<__m256i *>(widest), widests);
-  return {low[0] + low[1] + low[2] + low[3], high[0] + high[1] + high[2] + high[3],
-          std::max(std::max(widest[0], widest[1]), std::max(widest[2], widest[3]))};
+  return {sumOf(low), sumOf(high), std::max(std::max(widest[0], widest[1]), std::max(widest[2], widest[3]))};
 }
 
 static bool goesByFours() { return __builtin_cpu_supports("avx2") != 0; }

@@ -26,7 +26,4 @@ struct Terms {
 // a term in place of 18.
 Totals totalsOf(const Terms &terms);
 
-// The totals with the terms from `first` on added, one at a time.
-Totals totalsFrom(const Terms &terms, int first, Totals totals);
-
 }  // namespace koru::scal_prod

@@ -77,4 +77,10 @@ TEST_F(WeightedTotalsTest, HoldTheLargestTerms) {
   }
 }
 
+// A fourth of the terms may add up to more than 64 bits hold when all together do not.
+TEST_F(WeightedTotalsTest, MayLeave64BitsInBetween) {
+  for (int i = 0; i < 12; ++i) addTerm(INT_MIN, i % 2 == 0 ? INT_MIN : INT_MAX, i % 2 == 0 ? INT_MIN : INT_MAX);
+  expectRight();
+}
+
 }  // namespace

@@ -45,6 +45,8 @@ TEST_F(BlockStackTest, KnowsTheIndexOfItsRecords) {
   ASSERT_TRUE(stack.create());
   pushUpTo(2500);
   for (const int index : {0, 1023, 1024, 2499}) EXPECT_EQ(stack.indexOf(&stack.at(index)), index);
+  const int other = 0;
+  EXPECT_EQ(stack.indexOf(&other), -1);
 }
 
 TEST_F(BlockStackTest, CreatingAllocatesOneBlockAndOnlyOnce) {

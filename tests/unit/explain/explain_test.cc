@@ -345,11 +345,11 @@ TEST_F(ExplainTest, TakesAWholeProgramForAModel) {
 }
 
 TEST_F(ExplainTest, InstallsTheErrorHandlersOfTheCall) {
-  int overflows = 0;
+  int reports = 0;
   const auto count = [](CSint *, void *counter) { ++*static_cast<int *>(counter); };
-  cs_setErrHandler(CS_ERR_NOT_INSTANTIATED, count, &overflows);
+  cs_setErrHandler(CS_ERR_NOT_INSTANTIATED, count, &reports);
   explain([] { return cs_getValue(cs_createCSint(0, 1)); });
-  EXPECT_GT(overflows, 0);
+  EXPECT_GT(reports, 0);
 }
 
 // ----- memory
