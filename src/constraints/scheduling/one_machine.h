@@ -29,6 +29,7 @@ struct Task {
   Time latestStart() const { return latest - length; }
   bool isIn() const { return presence == Presence::kIn; }
   bool isOut() const { return presence == Presence::kOut; }
+  bool operator==(const Task &) const = default;
 };
 
 class OneMachine {

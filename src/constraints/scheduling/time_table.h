@@ -12,6 +12,8 @@ struct Load {
   Task task;
   Time use = 0;
 
+  bool operator==(const Load &) const = default;
+
   // There is a time at which it certainly runs.
   bool hasPart() const { return task.isIn() && task.latestStart() < task.earliestEnd(); }
 };

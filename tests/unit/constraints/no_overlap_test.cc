@@ -118,6 +118,36 @@ TEST_F(NoOverlapTest, SquaresInABox) {
   EXPECT_EQ(solutions, expected);
 }
 
+// The loads along x stay as they were, and the room across shrinks: six rows for three of two, then five.
+TEST_F(NoOverlapTest, LessRoomAcross) {
+  for (int i = 0; i < 3; ++i) add(3, 2, 5, 6);
+  ASSERT_TRUE(post());
+  for (int i = 0; i < 2; ++i) {
+    cs_saveContext();
+    EXPECT_TRUE(cs_LE(y[0], 3) && cs_LE(y[1], 3));
+    EXPECT_FALSE(cs_LE(y[2], 3)) << "the second time as well";
+    cs_restoreContext();
+  }
+  EXPECT_EQ(bounds(y[2]), (std::vector<int>{0, 4}));
+}
+
+// What was narrowed and undone is narrowed again.
+TEST_F(NoOverlapTest, TheSameAgainAfterARestore) {
+  const std::size_t a = add(4, 3, 9, 5);
+  const std::size_t b = add(4, 3, 9, 5);
+  const std::size_t c = add(1, 5, 9, 5);
+  ASSERT_TRUE(post());
+  for (int i = 0; i < 3; ++i) {
+    cs_saveContext();
+    EXPECT_TRUE(cs_LE(x[a], 3));
+    EXPECT_EQ(bounds(x[b]), (std::vector<int>{4, 5}));
+    EXPECT_TRUE(cs_EQ(x[c], 0));
+    EXPECT_EQ(bounds(x[a]), (std::vector<int>{1, 1}));
+    EXPECT_EQ(bounds(x[b]), (std::vector<int>{5, 5}));
+    cs_restoreContext();
+  }
+}
+
 TEST_F(NoOverlapTest, BadInputIsRefused) {
   CSint *array[] = {cs_createCSint(0, 5), cs_createCSint(0, 5)};
   CSint *holed[] = {array[0], nullptr};
