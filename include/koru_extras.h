@@ -982,8 +982,9 @@ KORU_API bool cs_Reservoir(CSint **times, CSint **changes, CSint **present, int 
  * order of pieces they are those of cs_findAll.
  *
  * That holds where the state of a node depends on the path to it alone: the selection function looks at nothing but the
- * solver, and the constraints conclude the same whatever was tried before. cs_VarElement does not always, and no-goods
- * are made not to. A way to a position that has changed is noticed where the level's variable has another domain.
+ * solver, and the constraints conclude the same whatever was tried before. Where they may not, a walk is refused: see
+ * cs_findConstraintWithMemory. A way to a position that has changed is noticed where the level's variable has another
+ * domain.
  *
  * A walk opens a context for each level, above those that are open when it is made. The host may look at the state
  * between calls, and closes the contexts that it opens there before the walk goes on. The walks of one solver take
@@ -1020,9 +1021,19 @@ typedef struct CSwalkCounts {
  * Open a walk at the root of the tree that cs_search and cs_findAll would search now, with everything before it. The
  * array is not copied, and must not change. A cancel of a search before it is forgotten.
  * @return null for a null @p f, a built-in one with a null array or variable, without a running solver, in a callback
- * of cs_backtrack, or when memory is exhausted (CS_ERR_MEMORY is reported). Cost: 80 KB, and 17 bytes a variable.
+ * of cs_backtrack, for a model that cs_findConstraintWithMemory finds one in, or when memory is exhausted
+ * (CS_ERR_MEMORY is reported). Cost: 80 KB, 17 bytes a variable, and a look at all constraints.
  */
 KORU_API CSwalk *cs_openWalk(CSint **array, int size, CSfindFreeVar f);
+
+/**
+ * The function that has posted a constraint whose conclusions depend on what was searched before, and not on the path
+ * alone: "cs_createNoGoodSet"; "cs_VarElement" (cs_VarElementOf does not); and "cs_Min", "cs_VMin", "cs_Max",
+ * "cs_VMax", "cs_eventNewMin" or "cs_eventNewMax" over a variable that cs_Index has made and that has never changed,
+ * whose first event tells other old bounds than all later ones. Null when there is none. What callbacks do is not
+ * looked into. Cost: linear in the variables of all constraints.
+ */
+KORU_API const char *cs_findConstraintWithMemory(void);
 
 /**
  * Go on for at most @p choicePoints choice points, with @p stops to the next solution only.

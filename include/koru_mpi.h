@@ -37,8 +37,8 @@
  *   model. A difference that is noticed is reported, and the run ends with status 3.
  * - `f`, and callbacks that change domains, look at nothing but the solver: the same state, the same choice.
  * - Files are written by all processes unless the program asks cs_mpiRank() == 0 first.
- * - No no-good sets: what they conclude depends on what was searched before. cs_VarElement (not cs_VarElementOf) may
- *   keep a value more or less by what was tried before; with it counters can differ, and a run can end with status 3.
+ * - No constraint whose conclusions depend on what was searched before: no-good sets and cs_VarElement (not
+ *   cs_VarElementOf). A model that cs_findConstraintWithMemory (koru_extras.h) finds one in ends the run with status 3.
  * - cs_getNbFails and cs_getNbChoicePoints do not follow a parallel search. cs_cancelSearch ends it when `found` calls
  *   it, after the same solution for every number of processes; it is not to be called by `f`.
  *

@@ -2,6 +2,7 @@
 #include "parallel/ground.h"
 
 #include <climits>
+#include <cstring>
 
 namespace koru::parallel {
 
@@ -36,7 +37,16 @@ bool Ground::open() {
   cs_closeWalk(walk_);
   walk_ = cs_openWalk(task_.array, task_.size, task_.select);
   noteMemory();
+  if (walk_ == nullptr) noteConstraint();
   return walk_ != nullptr;
+}
+
+void Ground::noteConstraint() {
+  const char *name = cs_findConstraintWithMemory();
+  if (name == nullptr) return;
+  failure_ = std::string("the model has a constraint of ") + name +
+             ", whose conclusions depend on what was searched before: such a search cannot be shared";
+  if (std::strcmp(name, "cs_VarElement") == 0) failure_ += " (cs_VarElementOf has no such memory)";
 }
 
 void Ground::noteMemory() {
@@ -86,8 +96,10 @@ bool Ground::beginPass(int bound) {
     cs_restoreContextUntil(root_);
     root_ = 0;
   }
+  if (!open()) return false;
   const bool possible = bound > INT_MIN && cs_LT(task_.cost, bound);
-  return open() && possible;  // which notes as well that there was no memory for the bound
+  noteMemory();
+  return possible;
 }
 
 bool Ground::end(const Ending &ending) {

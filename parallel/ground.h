@@ -40,7 +40,8 @@ class Ground {
   ~Ground();
 
   const Task &task() const { return task_; }
-  // False when the search refuses its arguments; where there is no memory for a walk, failure() says so.
+  // False when the search refuses its arguments; where there is no memory for a walk, or a constraint that a walk
+  // refuses, failure() says so.
   bool ready() const { return walk_ != nullptr; }
   CSwalk *walk() const { return walk_; }
   // Of the model as it was at the beginning, as far as it is labelled.
@@ -61,6 +62,7 @@ class Ground {
 
  private:
   bool open();
+  void noteConstraint();  // a failure when there is one that a walk refuses
 
   Task task_;
   unsigned long long digest_ = 0;

@@ -111,6 +111,7 @@ using namespace koru::walk;
 
 CSwalk *cs_openWalk(CSint **array, int size, CSfindFreeVar f) {
   if (!solver::initialised || solver::trail.undoing() || !Selection::canChoose(array, size, f)) return nullptr;
+  if (cs_findConstraintWithMemory() != nullptr) return nullptr;
   BranchSet positions(Selection::isBuiltIn(f) && size > 0 ? size : 0);
   void *memory = positions ? allocate(sizeof(CSwalk)) : nullptr;
   if (memory == nullptr) return nullptr;

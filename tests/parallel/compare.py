@@ -76,7 +76,8 @@ def main():
                 killed += outcome[3]
                 compare(f"{case} {size} with {processes} processes, one killed", outcome, expected)
     if launch and not args.kill:
-        for case, words in ("rank", "another model"), ("memory", "level"):
+        for case, words in (("rank", "another model"), ("memory", "level"), ("no-goods", "cs_createNoGoodSet"),
+                            ("element", "cs_VarElementOf")):
             status, _, errors = run([*launch, "3", args.program, "mpi", case, "10"])
             compared += 1
             if status != 3 or words not in errors:

@@ -4,7 +4,8 @@
 //   program plain|mpi CASE [SIZE]
 //
 // "plain" uses the functions of koru.h; "mpi" those of koru_mpi.h, and must print the same. CASE: queens, first,
-// golomb, cancel; rank: a model that differs by the process; memory: a selection that remembers how often it was asked.
+// golomb, cancel; rank: a model that differs by the process; memory: a selection that remembers how often it was asked;
+// no-goods, element: constraints that remember.
 #include <koru_extras.h>
 #include <koru_mpi.h>
 #include <stdio.h>
@@ -72,6 +73,8 @@ static bool searchCase(const char *name, CSint **x, int n) {
   if (!postQueens(x, n)) return false;
   if (strcmp(name, "cancel") == 0) cancelAt = 17;
   if (strcmp(name, "rank") == 0 && !cs_NEQ(x[0], cs_mpiRank())) return false;
+  if (strcmp(name, "no-goods") == 0) cs_createNoGoodSet(x, n, NULL, 0, NULL, NULL);
+  if (strcmp(name, "element") == 0) cs_VarElement(x[0], x, n);
   if (strcmp(name, "memory") == 0) return findAll(x, n, forgetful);
   if (strcmp(name, "first") != 0) return findAll(x, n, cs_findFreeVarNbElements);
   return plain ? cs_search(x, n, cs_findFreeVar) : cs_mpiSearch(x, n, cs_findFreeVar);

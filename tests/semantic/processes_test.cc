@@ -232,9 +232,9 @@ std::string textOf(const Outcome &o) {
 
 void compareModel(std::uint64_t seed, const Trouble &trouble, Totals &totals) {
   cs_init();
-  const bool consistent = RandomModel(seed).consistent();
+  const bool shared = RandomModel(seed).consistent() && cs_findConstraintWithMemory() == nullptr;
   cs_end();
-  if (!consistent) return;
+  if (!shared) return;
   ++totals.searches;
   for (const Mode mode : {Mode::kAll, Mode::kFirst, Mode::kMinimize}) {
     cs_init();

@@ -328,6 +328,40 @@ TEST_F(WalkTest, RefusesWhatMakesNoSense) {
   EXPECT_TRUE(cs_closeWalk(inner));
 }
 
+TEST_F(WalkTest, RefusesConstraintsWithMemory) {
+  EXPECT_EQ(cs_findConstraintWithMemory(), nullptr);
+  post(4);
+  EXPECT_EQ(cs_findConstraintWithMemory(), nullptr);
+  cs_saveContext();
+  ASSERT_NE(cs_createNoGoodSet(queens.data(), 4, nullptr, 0, nullptr, nullptr), nullptr);
+  EXPECT_STREQ(cs_findConstraintWithMemory(), "cs_createNoGoodSet");
+  EXPECT_EQ(open(), nullptr);
+  cs_restoreContext();
+  EXPECT_EQ(cs_findConstraintWithMemory(), nullptr);
+  EXPECT_NE(open(), nullptr);
+  ASSERT_NE(cs_VarElement(queens[0], queens.data(), 4), nullptr);
+  EXPECT_STREQ(cs_findConstraintWithMemory(), "cs_VarElement");
+  EXPECT_EQ(open(), nullptr);
+}
+
+// The result of cs_Index is over the positions 1 and 2; its first event tells that it has begun with 0.
+TEST_F(WalkTest, RefusesTheLeastOfWhatHasNotChanged) {
+  CSint *array[] = {cs_createCSint(0, 1), cs_createCSint(0, 2), cs_createCSint(1, 2)};
+  CSint *operands[] = {cs_Index(array, 3, 2), cs_createCSint(5, 9)};
+  CSint *least = cs_Min(operands, 2);
+  EXPECT_STREQ(cs_findConstraintWithMemory(), "cs_Min");
+  const auto elementsWhenBound = [&] {
+    cs_saveContext();
+    EXPECT_TRUE(cs_EQ(operands[0], 2));
+    const int elements = cs_getNbElements(least);
+    cs_restoreContext();
+    return elements;
+  };
+  EXPECT_EQ(elementsWhenBound(), 2);
+  EXPECT_EQ(elementsWhenBound(), 1) << "the same decision in the same state";
+  EXPECT_EQ(cs_findConstraintWithMemory(), nullptr);
+}
+
 CSwalk *running = nullptr;
 
 CSint *meddle(CSint **array, int size) {
