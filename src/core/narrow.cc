@@ -45,6 +45,14 @@ template <By by>
   return by == By::kMaker && max == asked ? signalByMaker(v, code, max) : signal(v, code, max);
 }
 
+// Whoever asks hears of it.
+[[gnu::always_inline]] inline bool moveMin(CSint *v, int min, int count) {
+  return moveMin<By::kAnyone>(v, min, min, count);
+}
+[[gnu::always_inline]] inline bool moveMax(CSint *v, int max, int count) {
+  return moveMax<By::kAnyone>(v, max, max, count);
+}
+
 // ----- among holes, whose bits are one word or several
 
 bool needsBits(const CSint *v) { return v->bits != nullptr && hasHoles(v); }
@@ -90,23 +98,23 @@ template <By by>
 
 // One value less, which needs no counting.
 [[gnu::noinline]] bool removeMinByWords(CSint *v) {
-  return moveMin<By::kAnyone>(v, v->min, nextPresent(v->bits, v->min), wrapSub(v->count, 1));
+  return moveMin(v, nextPresent(v->bits, v->min), wrapSub(v->count, 1));
 }
 
 [[gnu::noinline]] bool removeMaxByWords(CSint *v) {
-  return moveMax<By::kAnyone>(v, v->max, previousPresent(v->bits, v->max), wrapSub(v->count, 1));
+  return moveMax(v, previousPresent(v->bits, v->max), wrapSub(v->count, 1));
 }
 
 [[gnu::always_inline]] inline bool removeMinAmongHoles(CSint *v) {
   const DomainBits *bits = v->bits;
   if (!bits->isOneWord()) return removeMinByWords(v);
-  return moveMin<By::kAnyone>(v, v->min, lowest(bits, bits->onlyWordFrom(v->min + 1)), wrapSub(v->count, 1));
+  return moveMin(v, lowest(bits, bits->onlyWordFrom(v->min + 1)), wrapSub(v->count, 1));
 }
 
 [[gnu::always_inline]] inline bool removeMaxAmongHoles(CSint *v) {
   const DomainBits *bits = v->bits;
   if (!bits->isOneWord()) return removeMaxByWords(v);
-  return moveMax<By::kAnyone>(v, v->max, highest(bits, bits->onlyWordUpTo(v->max - 1)), wrapSub(v->count, 1));
+  return moveMax(v, highest(bits, bits->onlyWordUpTo(v->max - 1)), wrapSub(v->count, 1));
 }
 
 // ----- the removal of a value that is there: at a bound, or inside

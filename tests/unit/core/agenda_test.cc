@@ -263,6 +263,19 @@ TEST_F(AgendaTest, AContextLeftOpenByAHandlerBreaksNothing) {
   EXPECT_FALSE(solver::agenda.due());
 }
 
+TEST_F(AgendaTest, ARunsChangesWaitThoughAHandlerHasLeftAContextOpen) {
+  postRunner(1, {x}, Rank::kLinear, [&] {
+    const bool consistent = narrowMin(y, 5);
+    log.push_back("done");
+    return consistent;
+  });
+  postHandler(2, x, [] { return cs_saveContext() > 0; });
+  postHandler(3, y);
+  start();
+  EXPECT_TRUE(narrowMin(x, 5));
+  EXPECT_EQ(log, (Log{"h2", "r1", "done", "h3"}));
+}
+
 TEST_F(AgendaTest, TheEndForgetsThoseWhoWait) {
   cs_beginPosting();
   EXPECT_TRUE(postRunner(1, {x}) && postRunner(2, {y}));

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "core/solver.h"
+#include "koru_extras.h"
 #include "support/kit/death.h"
 #include "support/kit/solver_test.h"
 #include "unit/core/recorder.h"
@@ -134,6 +135,14 @@ TEST_F(CheckDeathTest, StartingTheSolverInsideACallbackIsCaught) {
     return true;
   };
   EXPECT_EXIT(static_cast<void>(narrowMin(x, 1)), kAborted, "cs_end are not called from a callback");
+}
+
+TEST_F(CheckDeathTest, EndingTheSolverInARunIsCaught) {
+  const auto end = [](CSint **, int, void *) {
+    cs_end();
+    return true;
+  };
+  EXPECT_EXIT(cs_eventRun(&x, 1, end, nullptr), kAborted, "cs_end are not called from a callback");
 }
 
 TEST_F(CheckDeathTest, ClosingAContextThatTheCallbackDidNotOpenIsCaught) {

@@ -200,6 +200,13 @@ TEST_F(NarrowTest, RemovingAnAbsentValueIsTrueAndTrailsNothing) {
   EXPECT_TRUE(noted(holed).empty());
 }
 
+// The count that an accepted context leaves behind after a restore may be too low.
+TEST_F(NarrowTest, RemovingAnAbsentValueFailsWhereTheCountSaysBound) {
+  CSint *x = fromValues({1, 2, 4, 5});
+  x->count = 1;
+  EXPECT_FALSE(removeValue(x, 3));
+}
+
 TEST_F(NarrowTest, RemovingTheMinimumOfAnIntervalCreatesNoBitArray) {
   EXPECT_TRUE(removeValue(interval, 0));
   expectDomain(interval, {1, 2, 3, 4, 5, 6, 7, 8, 9});

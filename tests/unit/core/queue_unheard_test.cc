@@ -79,4 +79,25 @@ TEST_F(QueueUnheardTest, AProfilerThatTheHostEnablesBeforeItsTurnSeesItToo) {
   EXPECT_EQ(seen, (std::vector<int>{kNewMin, kRemoved}));
 }
 
+// The bound of s that x asks for is a hole that the sum has not heard of.
+TEST_F(QueueUnheardTest, AMakerIsToldOfABoundPastTheOneItAskedFor) {
+  const auto hide = [](CSint *s, int value) {
+    s->bits->clear(value);
+    --s->count;
+  };
+  for (const int max : {40, 99}) {
+    CSint *v = cs_createCSint(0, max);
+    ASSERT_TRUE(removeValue(v, 20));
+    CSint *s = cs_Add(v, CSINT(10));
+    hide(s, 15);
+    EXPECT_TRUE(narrowMin(v, 5));
+    EXPECT_EQ(s->min, 16);
+    EXPECT_EQ(v->min, 6);
+    hide(s, max + 5);
+    EXPECT_TRUE(narrowMax(v, max - 5));
+    EXPECT_EQ(s->max, max + 4);
+    EXPECT_EQ(v->max, max - 6);
+  }
+}
+
 }  // namespace
