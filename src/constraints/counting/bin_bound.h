@@ -18,7 +18,7 @@ class BinBound {
   explicit operator bool() const { return static_cast<bool>(sums_); }
 
   // Each item must be in one of the bins 0..m-1. False when they cannot hold all. O(n + m log m).
-  bool allows(CSint *const *bins, const int *sizes, CSint *const *loads);
+  [[nodiscard]] bool allows(CSint *const *bins, const int *sizes, CSint *const *loads);
 
  private:
   void collect(CSint *const *bins, const int *sizes, CSint *const *loads);

@@ -26,7 +26,7 @@ class BinSums {
   void add(int size);
 
   // The sums of some set of items that, raised by `base`, v has: the least and the greatest. False without one.
-  bool meet(const CSint *v, std::int64_t base);
+  [[nodiscard]] bool meet(const CSint *v, std::int64_t base);
   int least() const;
   int greatest() const;
 

@@ -25,7 +25,7 @@ class Flow {
   void demand(int j, int least, int most) const;
 
   // Finds a flow. False when there is none.
-  bool establish();
+  [[nodiscard]] bool establish();
   // How often a class is taken in some flow at least and at most: a path for each one more or less than now.
   int mostOf(int j);
   int leastOf(int j);
@@ -58,7 +58,7 @@ class Flow {
   void chooseOnly(std::uint64_t *set, int j) const;
   void chooseSpare(std::uint64_t *set, int except) const;
   void chooseRoom(std::uint64_t *set, int except) const;
-  bool move();
+  [[nodiscard]] bool move();
   int reach(int j, int queued);
   void shift(int j);
 

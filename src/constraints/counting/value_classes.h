@@ -17,7 +17,7 @@ class ValueClasses {
   ValueClasses() = default;
   // The values with the variables that count them, `m` of each. False for a negative or extreme m, a null array or
   // variable, a value that stands twice, and exhausted memory (reported).
-  bool build(const int *values, CSint *const *counts, int m);
+  [[nodiscard]] bool build(const int *values, CSint *const *counts, int m);
 
   int counted() const { return m_; }
   int others() const { return m_; }
@@ -42,7 +42,7 @@ class ValueClasses {
     if (v->min < first_ || v->max - first_ >= m_) classes[last] |= bit;
   }
   // Leaves v these of its classes. False when nothing is left or memory is exhausted (reported).
-  bool keep(CSint *v, const std::uint64_t *classes) const;
+  [[nodiscard]] bool keep(CSint *v, const std::uint64_t *classes) const;
 
  private:
   struct Counted {
@@ -54,7 +54,7 @@ class ValueClasses {
   int find(int value) const;
   void readEach(const CSint *v, std::uint64_t *classes) const;
   bool hasOthers(const CSint *v) const;
-  bool keepCounted(CSint *v, const std::uint64_t *classes) const;
+  [[nodiscard]] bool keepCounted(CSint *v, const std::uint64_t *classes) const;
 
   Buffer<Counted> counted_;
   int m_ = 0;

@@ -85,8 +85,8 @@ struct Resource {
     return true;
   }
 
-  bool startNoEarlier(int i, Time t) const { return narrowMin64(windows[i], t); }
-  bool endNoLater(int i, Time t) const { return narrowMax64(windows[i], t); }
+  [[nodiscard]] bool startNoEarlier(int i, Time t) const { return narrowMin64(windows[i], t); }
+  [[nodiscard]] bool endNoLater(int i, Time t) const { return narrowMax64(windows[i], t); }
   Time earliestStart(int i) const { return windows[i]->min; }
   // A window that was made for an end beyond all ints and has not been narrowed since ends where its task may.
   Time latestEnd(int i) const {

@@ -52,7 +52,7 @@ class Graph {
   Graph(Transitions transitions, CSint **vars, int n) : transitions_(std::move(transitions)), vars_(vars), n_(n) {}
 
   // False when no word of length n is accepted, or memory is exhausted (reported).
-  bool build(const Automaton &automaton);
+  [[nodiscard]] bool build(const Automaton &automaton);
 
   int length() const { return n_; }
   int symbols() const { return transitions_.symbols(); }

@@ -24,7 +24,7 @@ class StateSets {
   bool has(int layer, int q) const { return (row(layer)[q / 64] >> (q % 64) & 1U) != 0; }
   void add(int layer, int q) { row(layer)[q / 64] |= std::uint64_t{1} << (q % 64); }
   // False when it was there already.
-  bool insert(int layer, int q) {
+  [[nodiscard]] bool insert(int layer, int q) {
     std::uint64_t &word = row(layer)[q / 64];
     const std::uint64_t before = word;
     word |= std::uint64_t{1} << (q % 64);

@@ -52,7 +52,7 @@ class Transitions {
   int targetCount() const;
 
  private:
-  bool copyTable(const Automaton &automaton);
+  [[nodiscard]] bool copyTable(const Automaton &automaton);
   void sortArcs();
 
   int states_ = 0;

@@ -43,7 +43,7 @@ struct Sum {
   Int128 limit = 0;
 
   // False when memory is exhausted (reported), an array or variable is null, n < 0 or the method is none.
-  bool make(CSint *const *variables, const long long *given, int size, int method, long long constant);
+  [[nodiscard]] bool make(CSint *const *variables, const long long *given, int size, int method, long long constant);
   // What holds exactly when this one does not: it shares the variables. Without coefficients when memory is exhausted.
   Sum negation() const;
   explicit operator bool() const { return vars && coefficients; }
@@ -53,7 +53,7 @@ struct Sum {
   bool holdsEmpty() const { return kind == Kind::kAtMost ? limit >= 0 : (limit == 0) == (kind == Kind::kEqual); }
 
  private:
-  bool merge();
+  [[nodiscard]] bool merge();
   void divide();
 };
 

@@ -22,7 +22,7 @@ inline std::int64_t nextShared(const CSint *x, const CSint *y, int value, int la
   return value == last && contains(x, value) && contains(y, value) ? value : std::int64_t{last} + 1;
 }
 
-inline bool shareValue(const CSint *x, const CSint *y, int &shared) {
+[[nodiscard]] inline bool shareValue(const CSint *x, const CSint *y, int &shared) {
   if (contains(x, shared) && contains(y, shared)) return true;
   const int first = std::max(x->min, y->min);
   const int last = std::min(x->max, y->max);
@@ -32,15 +32,15 @@ inline bool shareValue(const CSint *x, const CSint *y, int &shared) {
   return value <= last;
 }
 
-inline bool alignBounds(CSint *x, CSint *y) {
+[[nodiscard]] inline bool alignBounds(CSint *x, CSint *y) {
   return narrowMin(x, y->min) && narrowMin(y, x->min) && narrowMax(x, y->max) && narrowMax(y, x->max);
 }
 
-inline bool keepWhatIsIn(CSint *x, const CSint *y) {
+[[nodiscard]] inline bool keepWhatIsIn(CSint *x, const CSint *y) {
   return forEachValue(x, [=](int value) { return contains(y, value) || removeValue(x, value); });
 }
 
-inline bool equalise(CSint *x, CSint *y) {
+[[nodiscard]] inline bool equalise(CSint *x, CSint *y) {
   if (isBound(x)) return contains(y, valueOf(x)) && bindValue(y, valueOf(x));
   if (isBound(y)) return contains(x, valueOf(y)) && bindValue(x, valueOf(y));
   return alignBounds(x, y) && (y->bits == nullptr || keepWhatIsIn(x, y)) && (x->bits == nullptr || keepWhatIsIn(y, x));

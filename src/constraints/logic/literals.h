@@ -31,13 +31,17 @@ class Literals {
   bool isPositive(int i) const { return i < positives_; }
   bool isTrue(int i) const { return isPositive(i) ? truth::isTrue(variable(i)) : truth::isFalse(variable(i)); }
   bool isFalse(int i) const { return isPositive(i) ? truth::isFalse(variable(i)) : truth::isTrue(variable(i)); }
-  bool makeTrue(int i) const { return isPositive(i) ? truth::makeTrue(variable(i)) : truth::makeFalse(variable(i)); }
-  bool makeFalse(int i) const { return isPositive(i) ? truth::makeFalse(variable(i)) : truth::makeTrue(variable(i)); }
+  [[nodiscard]] bool makeTrue(int i) const {
+    return isPositive(i) ? truth::makeTrue(variable(i)) : truth::makeFalse(variable(i));
+  }
+  [[nodiscard]] bool makeFalse(int i) const {
+    return isPositive(i) ? truth::makeFalse(variable(i)) : truth::makeTrue(variable(i));
+  }
   std::uint8_t becomesTrue(int i) const { return isPositive(i) ? truth::kBecomesTrue : truth::kBecomesFalse; }
   std::uint8_t becomesFalse(int i) const { return isPositive(i) ? truth::kBecomesFalse : truth::kBecomesTrue; }
 
  private:
-  bool markRepeated(Buffer<int> &order);
+  [[nodiscard]] bool markRepeated(Buffer<int> &order);
   void close();
 
   Shared<CSint *> vars_;

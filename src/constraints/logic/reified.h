@@ -39,7 +39,7 @@ struct Reified {
 constexpr int kOfCondition = 2;  // the index of b; 0 and 1 are those of the variables compared
 
 template <class Statement>
-bool decide(Reified<Statement> &c) {
+[[nodiscard]] bool decide(Reified<Statement> &c) {
   const Outcome outcome = c.statement.outcome();
   if (outcome == Outcome::kOpen) return true;
   if ((outcome == Outcome::kHolds) == c.when.negated) return truth::makeFalse(c.when.b);
@@ -47,14 +47,14 @@ bool decide(Reified<Statement> &c) {
 }
 
 template <class Statement>
-bool changed(Reified<Statement> &c, const Event &e) {
+[[nodiscard]] bool changed(Reified<Statement> &c, const Event &e) {
   if (!c.decided()) return decide(c);
   if (!c.imposes()) return true;
   return e.index == kOfCondition ? c.statement.impose(c.saysHolds()) : c.statement.follow(c.saysHolds());
 }
 
 template <class Statement>
-bool removed(Reified<Statement> &c, const Event &e) {
+[[nodiscard]] bool removed(Reified<Statement> &c, const Event &e) {
   if (e.index == kOfCondition) return true;
   if (!c.decided()) return decide(c);
   return !c.imposes() || c.statement.followRemoval(c.saysHolds(), e);
@@ -86,8 +86,8 @@ constexpr std::uint8_t kIsBound = events(kMinBound, kMaxBound, kBound);
 
 // b is known not to be null.
 template <class Statement>
-bool post(const Poster &poster, const TableOf<Reified<Statement>> &table, const Condition &when, Statement statement,
-          const Compared &x, const Compared &y = {nullptr}) {
+[[nodiscard]] bool post(const Poster &poster, const TableOf<Reified<Statement>> &table, const Condition &when,
+                        Statement statement, const Compared &x, const Compared &y = {nullptr}) {
   Posting posting{poster};
   if (!posting) return false;
   auto c = posting.add(table, Reified<Statement>{when, std::move(statement)});

@@ -11,8 +11,8 @@ namespace koru::truth {
 
 inline bool isTrue(const CSint *b) { return b->min >= 1; }
 inline bool isFalse(const CSint *b) { return b->max <= 0; }
-inline bool makeTrue(CSint *b) { return narrowMin(b, 1); }
-inline bool makeFalse(CSint *b) { return narrowMax(b, 0); }
+[[nodiscard]] inline bool makeTrue(CSint *b) { return narrowMin(b, 1); }
+[[nodiscard]] inline bool makeFalse(CSint *b) { return narrowMax(b, 0); }
 inline CSint *decided(bool holds) { return createVariable(holds ? 1 : 0, holds ? 1 : 0); }
 
 // The events by which a variable can become true, or false.
@@ -27,7 +27,7 @@ struct Guard {
   bool asks() const { return b == nullptr || (value ? isTrue(b) : isFalse(b)); }
   bool sleeps() const { return b != nullptr && (value ? isFalse(b) : isTrue(b)); }
   // What is guarded cannot hold.
-  bool refuse() const { return b != nullptr && (value ? makeFalse(b) : makeTrue(b)); }
+  [[nodiscard]] bool refuse() const { return b != nullptr && (value ? makeFalse(b) : makeTrue(b)); }
   std::uint8_t concerned() const { return value ? kBecomesTrue : kBecomesFalse; }
 };
 

@@ -92,7 +92,7 @@ bool supports(const TwoToOne &c, int x, Supported &found) {
 }
 
 template <auto f>
-bool filterPairs(const TwoToOne &c) {
+[[nodiscard]] bool filterPairs(const TwoToOne &c) {
   Supported found;
   const int low = c.y->min;
   std::array<bool, kMostPairs> ofX{};
@@ -108,13 +108,13 @@ bool filterPairs(const TwoToOne &c) {
 }
 
 template <auto f, bool (*filterBounds)(const TwoToOne &)>
-bool filterTwoToOne(TwoToOne &c) {
+[[nodiscard]] bool filterTwoToOne(TwoToOne &c) {
   return hasFewPairs(c) ? filterPairs<f>(c) : filterBounds(c);
 }
 
 // The same variable may stand in several places.
 template <auto f, bool (*filterBounds)(const TwoToOne &)>
-bool postTwoToOne(const Poster &poster, CSint *x, CSint *y, CSint *z) {
+[[nodiscard]] bool postTwoToOne(const Poster &poster, CSint *x, CSint *y, CSint *z) {
   if (x == nullptr || y == nullptr || z == nullptr) return false;
   Posting posting{poster};
   if (!posting) return false;

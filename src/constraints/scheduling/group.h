@@ -27,7 +27,7 @@ struct Group : Deferred {
   int n = 0;
 
   // False when something is missing or memory is exhausted (reported).
-  bool copy(const GroupArrays &given) {
+  [[nodiscard]] bool copy(const GroupArrays &given) {
     start = given.start;
     duration = given.duration;
     present = given.present;
@@ -41,12 +41,12 @@ struct Group : Deferred {
   bool mayBe(int i) const { return presents.of(i) != Presence::kOut; }
   bool mustBe(int i) const { return presents.of(i) == Presence::kIn; }
   // All parts are there whatever happens when nobody was asked.
-  bool leaveOut(int i) const { return presents.variables && presents.leaveOut(i); }
-  bool takeIn(int i) const { return presents.takeIn(i); }
+  [[nodiscard]] bool leaveOut(int i) const { return presents.variables && presents.leaveOut(i); }
+  [[nodiscard]] bool takeIn(int i) const { return presents.takeIn(i); }
   bool mayBe() const { return present == nullptr || !truth::isFalse(present); }
   bool mustBe() const { return present == nullptr || truth::isTrue(present); }
-  bool leaveOut() const { return present != nullptr && truth::makeFalse(present); }
-  bool takeIn() const { return present == nullptr || truth::makeTrue(present); }
+  [[nodiscard]] bool leaveOut() const { return present != nullptr && truth::makeFalse(present); }
+  [[nodiscard]] bool takeIn() const { return present == nullptr || truth::makeTrue(present); }
 
   int countMayBe() const {
     int count = 0;
@@ -60,6 +60,6 @@ struct Group : Deferred {
 };
 
 // Attaches to all of them, and asks for the first run.
-bool postGroup(const Poster &poster, const TableOf<Group> &table, const GroupArrays &given);
+[[nodiscard]] bool postGroup(const Poster &poster, const TableOf<Group> &table, const GroupArrays &given);
 
 }  // namespace koru::scheduling

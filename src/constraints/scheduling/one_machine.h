@@ -44,9 +44,9 @@ class OneMachine {
   const Task &operator[](int i) const { return tasks_[i]; }
 
   // Narrows the times of the tasks to the fixpoint of all rules. False when there is no schedule.
-  bool filter();
+  [[nodiscard]] bool filter();
   // Tells of overload alone, and which tasks are left out then.
-  bool overloadOnly();
+  [[nodiscard]] bool overloadOnly();
   // After a filter: by when each task must have ended because of one that is in and comes after it, or kNoEnd.
   static constexpr Time kNoEnd = INT64_MAX;
   void findEnds(Buffer<Time> &ends);
@@ -60,19 +60,19 @@ class OneMachine {
   void startTree(bool usesGrey);
   void mirror();
   template <bool (OneMachine::*rule)()>
-  bool bothWays();
+  [[nodiscard]] bool bothWays();
   bool anyOptional() const;
-  bool overload();
-  bool precedences();
-  bool notLast();
-  bool edges();
+  [[nodiscard]] bool overload();
+  [[nodiscard]] bool precedences();
+  [[nodiscard]] bool notLast();
+  [[nodiscard]] bool edges();
   void makeWhite(int i) { tree_.makeWhite(leafOf_[i], tasks_[i].earliest, tasks_[i].length); }
   void makeGrey(int i) { tree_.makeGrey(leafOf_[i], tasks_[i].earliest, tasks_[i].length); }
   Time completionWithout(int i, bool isWhite) const {
     return isWhite ? tree_.completionWithout(leafOf_[i]) : tree_.completion();
   }
   void startBounds(bool ofStarts);
-  bool take(bool ofStarts);
+  [[nodiscard]] bool take(bool ofStarts);
 
   int count_ = 0;
   bool mirrored_ = false;

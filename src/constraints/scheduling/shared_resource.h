@@ -29,7 +29,7 @@ class SharedResource {
   const Load &operator[](int i) const { return loads_[i]; }
 
   // Narrows the times of the tasks. False when there is no schedule.
-  bool filter(Time capacity);
+  [[nodiscard]] bool filter(Time capacity);
 
   // After a filter: what is certainly taken at some time, how much a task can take, and by when it has ended.
   Time highest() const { return table_.highest(); }
@@ -38,12 +38,12 @@ class SharedResource {
   Time latestEnd(int i, Time latestStart) const;
 
  private:
-  bool dropTooLarge();
-  bool pass();
-  bool raise(Load &load);
+  [[nodiscard]] bool dropTooLarge();
+  [[nodiscard]] bool pass();
+  [[nodiscard]] bool raise(Load &load);
   void mirror();
   bool energiesFit() const;
-  bool overload();
+  [[nodiscard]] bool overload();
 
   int count_ = 0;
   bool changed_ = false;

@@ -18,7 +18,7 @@ struct Present {
   Buffer<CSint *> variables;
 
   // False when they cannot be had.
-  bool copy(CSint *const *from, int n) {
+  [[nodiscard]] bool copy(CSint *const *from, int n) {
     if (from == nullptr) return true;
     variables = copyVariables(from, n);
     return static_cast<bool>(variables);
@@ -27,9 +27,9 @@ struct Present {
     if (!variables || truth::isTrue(variables[i])) return Presence::kIn;
     return truth::isFalse(variables[i]) ? Presence::kOut : Presence::kOptional;
   }
-  bool takeIn(int i) const { return !variables || truth::makeTrue(variables[i]); }
+  [[nodiscard]] bool takeIn(int i) const { return !variables || truth::makeTrue(variables[i]); }
   // Of a task that need not be there.
-  bool leaveOut(int i) const { return truth::makeFalse(variables[i]); }
+  [[nodiscard]] bool leaveOut(int i) const { return truth::makeFalse(variables[i]); }
 };
 
 // A task by the bounds of its variables. It is out as well when it may take no time: then it is in nobody's way.
@@ -39,7 +39,7 @@ inline Task taskOf(const CSint *start, const CSint *duration, Presence presence)
 }
 
 // start + duration + delay <= next. Domain consistent.
-inline bool precede(CSint *start, CSint *duration, int delay, CSint *next) {
+[[nodiscard]] inline bool precede(CSint *start, CSint *duration, int delay, CSint *next) {
   const Time room = Time{next->max} - delay;
   if (!narrowMax64(start, room - duration->min)) return false;
   if (!narrowMax64(duration, room - start->min)) return false;
@@ -47,7 +47,7 @@ inline bool precede(CSint *start, CSint *duration, int delay, CSint *next) {
 }
 
 // What is known of the times of a task, back to its start. For one that may be left out its start says nothing.
-inline bool keepStart(const Task &task, CSint *start) {
+[[nodiscard]] inline bool keepStart(const Task &task, CSint *start) {
   return !task.isIn() || (narrowMin64(start, task.earliest) && narrowMax64(start, task.latestStart()));
 }
 // A start that has no value at a bound lies further in than was asked for.

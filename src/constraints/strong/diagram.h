@@ -18,7 +18,7 @@ class Diagram {
  public:
   Diagram() = default;
   // False when memory is exhausted (reported).
-  bool build(const Given &given);
+  [[nodiscard]] bool build(const Given &given);
 
   // Nodes are numbered from 0 on, in the order of the host's ints; kNone for one without an arc.
   static constexpr int kNone = -1;

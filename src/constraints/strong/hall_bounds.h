@@ -18,7 +18,7 @@ class HallBounds {
 
   // Narrows the bounds of `count` variables, at least one, to their fixpoint. False when there is no solution or memory
   // is exhausted (reported). O(n log n), and as much again for each time that a bound falls into a hole of its domain.
-  bool filter(CSint *const *vars, int count);
+  [[nodiscard]] bool filter(CSint *const *vars, int count);
 
  private:
   struct Interval {
@@ -41,10 +41,10 @@ class HallBounds {
   void rank(int count);
   void resetLower();
   void resetUpper();
-  bool filterLower(int count);
-  bool filterUpper(int count);
-  bool raise(const Interval &interval, std::int64_t bound);
-  bool lower(const Interval &interval, std::int64_t bound);
+  [[nodiscard]] bool filterLower(int count);
+  [[nodiscard]] bool filterUpper(int count);
+  [[nodiscard]] bool raise(const Interval &interval, std::int64_t bound);
+  [[nodiscard]] bool lower(const Interval &interval, std::int64_t bound);
 
   int follow(int Point::*link, int from, bool up) const;
   void redirect(int Point::*link, int from, int to, int target) const;

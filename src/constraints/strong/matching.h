@@ -24,7 +24,7 @@ class Matching {
   bool covers(CSint *const *vars);
   // Leaves each variable the values that it has in a solution. False when there is none or memory is exhausted
   // (reported).
-  bool filter(CSint *const *vars);
+  [[nodiscard]] bool filter(CSint *const *vars);
 
  private:
   static constexpr int kNone = -1;
@@ -47,19 +47,19 @@ class Matching {
   bool holds(int i, int value) const { return (domain(i, value / kWordBits) >> (value % kWordBits) & 1) != 0; }
 
   void readDomains();
-  bool repair();
-  bool augment(int start);
+  [[nodiscard]] bool repair();
+  [[nodiscard]] bool augment(int start);
   void exchange(int value, int start);
 
-  bool separate();
+  [[nodiscard]] bool separate();
   void startSets();
   void enter(int node, int parent);
-  bool visitFrom(int root);
+  [[nodiscard]] bool visitFrom(int root);
   int nextChild(int node);
   void settleLowest(int node, int root);
-  bool closeComponent(int node);
-  bool keep(int i, const std::uint64_t *allowed) const;
-  bool keepMatched(int begin, std::uint64_t *allowed) const;
+  [[nodiscard]] bool closeComponent(int node);
+  [[nodiscard]] bool keep(int i, const std::uint64_t *allowed) const;
+  [[nodiscard]] bool keepMatched(int begin, std::uint64_t *allowed) const;
 
   CSint *const *vars_ = nullptr;  // during a run
   int count_ = 0;                 // also the node that stands for all values that nobody is matched with

@@ -40,7 +40,7 @@ class RankedRows {
   static constexpr int kAnyRank = -1;
 
   // False when memory is exhausted (reported).
-  bool build(const GivenRows &given);
+  [[nodiscard]] bool build(const GivenRows &given);
 
   int rows() const { return rows_; }
   int columns() const { return columnCount_; }
@@ -54,14 +54,14 @@ class RankedRows {
  private:
   int mergeColumns(const GivenRows &given, int *columnOf);
   int takeRows(const GivenRows &given, const int *columnOf);
-  bool takeRow(const GivenRows &given, const int *columnOf, const int *from, int row);
+  [[nodiscard]] bool takeRow(const GivenRows &given, const int *columnOf, const int *from, int row);
   int *cells(int j) const { return cells_.get() + static_cast<std::ptrdiff_t>(j) * room_; }
   bool isAny(int value) const { return hasAny_ && value == GivenRows::kAny; }
-  bool rank(int j);
-  bool rankNear(int j, int least, int span);
-  bool rankFar(int j, int plain);
-  bool addColumn(Column &column, int ranks);
-  bool sortRows();
+  [[nodiscard]] bool rank(int j);
+  [[nodiscard]] bool rankNear(int j, int least, int span);
+  [[nodiscard]] bool rankFar(int j, int plain);
+  [[nodiscard]] bool addColumn(Column &column, int ranks);
+  [[nodiscard]] bool sortRows();
   bool isRepeated(const int *order, int k) const;
 
   bool hasAny_ = false;

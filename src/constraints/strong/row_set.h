@@ -42,7 +42,7 @@ class RowSet {
   RowSet(RowSet &&) = default;
   RowSet &operator=(RowSet &&) = default;
   // False when memory is exhausted (reported).
-  bool build(const GivenRows &given);
+  [[nodiscard]] bool build(const GivenRows &given);
 
   int columns() const { return columnCount_; }
   const Column &column(int j) const { return columns_[j]; }
@@ -53,7 +53,7 @@ class RowSet {
   bool isOnlyChange(const Column &column) const { return changed_ == 1 && lastChanged_ == &column; }
 
   // Drops the rows that the domains no longer allow. False when memory is exhausted (reported).
-  bool update();
+  [[nodiscard]] bool update();
   // To be called when a run is through: what update saw then it need not see again. `left`: the domain of a column
   // without cells for all values is its front.
   void noteSeen(bool left) {
@@ -84,9 +84,9 @@ class RowSet {
   int countRows() const;
 
   // The variable is bound, and its front is its value or empty. False when memory is exhausted (reported).
-  bool close(const Column &column);
+  [[nodiscard]] bool close(const Column &column);
   // Takes the values without rows out of the front. False when memory is exhausted (reported).
-  bool dropUnsupported(const Column &column);
+  [[nodiscard]] bool dropUnsupported(const Column &column);
   // What that has dropped.
   std::uint64_t dropped(int k) const { return scratch_[k]; }
 
@@ -100,17 +100,17 @@ class RowSet {
   static constexpr int kSparse = -1;
   class Layout;
 
-  bool buildColumns(RankedRows &rows);
+  [[nodiscard]] bool buildColumns(RankedRows &rows);
   void fillColumn(const RankedRows &rows, int j, RowBits *&anyAt);
-  bool start();
+  [[nodiscard]] bool start();
   template <class Set>
   void fill(Set set);
   std::uint64_t fullWord(int k) const;
   std::uint64_t fullFront(const Column &column, int k) const;
   int used() const { return static_cast<int>(words_[used_]); }
 
-  bool reset();
-  bool updateColumn(const Column &column);
+  [[nodiscard]] bool reset();
+  [[nodiscard]] bool updateColumn(const Column &column);
   bool lostNothing(const Column &column) const;
   int findGone(const Column &column);
   bool areFew() const { return wordCount_ <= kFew; }
@@ -120,7 +120,7 @@ class RowSet {
   template <class Keep>
   void sweep(Keep keep);
   void cut(const Column &column, bool keeps);
-  bool findSupport(const Column &column, int at);
+  [[nodiscard]] bool findSupport(const Column &column, int at);
   // Calls visit(word, bits) for the words in front that may have rows with the value, while it returns true; false when
   // it has returned false.
   template <class Visit>

@@ -12,7 +12,7 @@ struct Table : Deferred {
   RowSet rows;
 };
 
-bool filter(Table &c);
+[[nodiscard]] bool filter(Table &c);
 
 inline constexpr auto kTable = deferred<filter>(Rank::kQuadratic);
 

@@ -22,7 +22,7 @@ class TourGraph {
   //   last to the first: an edge that leaps over one in which a node must be in leads nowhere (Francis, Stuckey,
   //   Explaining circuit propagation, 2014).
   // Removes what these rules forbid; once. O(edges). False when there is no circuit.
-  bool filter(CSint *const *next);
+  [[nodiscard]] bool filter(CSint *const *next);
 
  private:
   static constexpr int kNobody = -1;
@@ -37,16 +37,16 @@ class TourGraph {
   };
 
   bool mayBeOut(int i) const { return contains(next_[i], i); }
-  bool leaveOut(int i) const;
+  [[nodiscard]] bool leaveOut(int i) const;
   int chooseRoot() const;
   void start();
   void enter(int i, int parent);
-  bool visit(int root);
-  bool look(int i, int j);
-  bool leave(int i);
+  [[nodiscard]] bool visit(int root);
+  [[nodiscard]] bool look(int i, int j);
+  [[nodiscard]] bool leave(int i);
   int nextSuccessor(int i);
   bool leaps(int from, int to) const { return needed_[from - 1] > needed_[to]; }
-  bool removeLeapsOf(int root) const;
+  [[nodiscard]] bool removeLeapsOf(int root) const;
 
   CSint *const *next_ = nullptr;  // during a run
   int count_ = 0;
