@@ -3,9 +3,9 @@
 // project be done?
 //
 // A start per activity, cs_Le for the precedences, and one cs_CumulativeTasks per resource, which refuses nothing that
-// is feasible. The search starts the activity that can be earliest, of several the one with the longest way to the end.
-// With --fast, cs_Cumulative takes its place: it may refuse a feasible schedule now and then, so that a shorter one may
-// exist.
+// is feasible. The search sets times: the activity that can be earliest starts then, or else waits until another one
+// has moved it. With --fast, cs_Cumulative takes its place: it may refuse a feasible schedule now and then, so that a
+// shorter one may exist.
 #include "arguments.h"
 #include "chart.h"
 #include "rcpsp_input.h"
@@ -25,7 +25,7 @@ static const char usage[] =
     "  --seconds N  stop after N seconds with the best schedule found by then\n"
     "  --svg FILE   draw the schedule into FILE as a picture\n"
     "  --quiet      print only the summary\n"
-    "  --stats      print the solver's statistics, too\n"
+    "  --stats      print what the search has done, too\n"
     "  --help       print this text\n"
     "\n"
     "Exit status: 0 when the search found no shorter schedule to the end, 1 when it was stopped, 2 on bad input or "
@@ -46,7 +46,7 @@ typedef struct {
 
 typedef struct {
   CSint *starts[MAX_ACTIVITIES], *ends[MAX_ACTIVITIES];
-  int tails[MAX_ACTIVITIES];  // the longest way from the start of an activity to the end of the project
+  int nbActivities;
   Users users[MAX_RESOURCES];
   CSint *makespan;
 } Model;
@@ -54,11 +54,11 @@ typedef struct {
 typedef struct {
   int starts[MAX_ACTIVITIES];
   int makespan;  // -1 before the first schedule
-  double begun, deadline;
-  bool isQuiet, outOfTime;
+  double begun;
+  bool ended;  // everything has been looked at
+  CSsearchStats stats;
 } Result;
 
-// Global because the callbacks of a search are given nothing but the variables that are labelled.
 static Model model;
 static Result result;
 
@@ -72,13 +72,10 @@ static int totalDuration(const Instance *instance) {
 
 static bool postPrecedences(const Instance *instance) {
   for (int i = instance->nbActivities - 1; i >= 0; i--) {
-    model.tails[i] = instance->durations[i];
     if (!cs_Le(model.ends[i], model.makespan)) return false;
     for (int j = i + 1; j < instance->nbActivities; j++) {
       if (!instance->precedes[i][j]) continue;
       if (!cs_Le(model.ends[i], model.starts[j])) return false;
-      if (model.tails[j] + instance->durations[i] > model.tails[i])
-        model.tails[i] = model.tails[j] + instance->durations[i];
     }
   }
   return true;
@@ -114,6 +111,7 @@ static bool boundByEnergy(const Instance *instance, int resource) {
 static bool postModel(const Instance *instance, const Options *options) {
   int horizon = totalDuration(instance);
   model.makespan = cs_createCSint(0, horizon);
+  model.nbActivities = instance->nbActivities;
   for (int i = 0; i < instance->nbActivities; i++) {
     model.starts[i] = cs_createCSint(0, horizon);
     model.ends[i] = cs_Add(model.starts[i], CSINT(instance->durations[i]));
@@ -127,31 +125,31 @@ static bool postModel(const Instance *instance, const Options *options) {
 
 // --- Search ---
 
-static bool isBetter(int i, int j) {
-  int first = cs_getMin(model.starts[i]), second = cs_getMin(model.starts[j]);
-  return first != second ? first < second : model.tails[i] > model.tails[j];
+static CSsearch *createSearch(const Options *options) {
+  const CSsearchOptions how = {
+      .size = sizeof how, .minimize = model.makespan, .milliseconds = 1000LL * options->seconds};
+  CSsearch *search = cs_createSearch(NULL, 0);
+  bool told = cs_setSearchOptions(search, &how) &&
+              cs_addSearchPhase(search, model.starts, model.nbActivities, CS_ORDER_SET_TIMES, CS_VALUE_MIN) &&
+              cs_addSearchPhase(search, &model.makespan, 1, CS_ORDER_INPUT, CS_VALUE_MIN);
+  return told ? search : NULL;
 }
 
-static CSint *selectNext(CSint **starts, int nbStarts) {
-  if (result.deadline > 0 && secondsNow() > result.deadline) {
-    result.outOfTime = true;
-    cs_cancelSearch();
-  }
-  int selected = -1;
-  for (int i = 0; i < nbStarts; i++) {
-    if (cs_isFree(starts[i]) && (selected < 0 || isBetter(i, selected))) selected = i;
-  }
-  if (selected < 0) return cs_isFree(model.makespan) ? model.makespan : NULL;
-  return starts[selected];
+static void keepSchedule(bool isQuiet) {
+  for (int i = 0; i < model.nbActivities; i++) result.starts[i] = cs_getValue(model.starts[i]);
+  result.makespan = cs_getValue(model.makespan);
+  if (isQuiet) return;
+  printf("Makespan %d after %.2f s\n", result.makespan, secondsNow() - result.begun);
+  fflush(stdout);
 }
 
 // Each schedule is shorter than the one before.
-static void keepSchedule(CSint **starts, int nbStarts, CSint *makespan) {
-  for (int i = 0; i < nbStarts; i++) result.starts[i] = cs_getValue(starts[i]);
-  result.makespan = cs_getValue(makespan);
-  if (result.isQuiet) return;
-  printf("Makespan %d after %.2f s\n", result.makespan, secondsNow() - result.begun);
-  fflush(stdout);
+static void searchAll(const Options *options) {
+  CSsearch *search = createSearch(options);
+  while (cs_nextSolution(search) == CS_STATUS_SOLUTION) keepSchedule(options->quiet);
+  CSstatus status = cs_getSearchStatus(search);
+  result.ended = status == CS_STATUS_OPTIMAL || status == CS_STATUS_EXHAUSTED;
+  cs_getSearchStats(search, &result.stats, sizeof result.stats);
 }
 
 // --- Output ---
@@ -275,7 +273,7 @@ static int drawChart(const Instance *instance, const char *path) {
 }
 
 static const char *verdict(const Options *options) {
-  if (result.outOfTime) return "not proved shortest";
+  if (!result.ended) return "not proved shortest";
   return options->fast ? "nothing shorter found" : "proved shortest";
 }
 
@@ -286,8 +284,14 @@ static void printSummary(const Instance *instance, const Options *options) {
     printf("no schedule found");
   else
     printf("makespan %d, %s", result.makespan, verdict(options));
-  printf(" | %d fails, %d choice points | %.2f s\n", cs_getNbFails(), cs_getNbChoicePoints(),
+  printf(" | %lld fails, %lld choice points | %.2f s\n", result.stats.fails, result.stats.choicePoints,
          secondsNow() - result.begun);
+}
+
+static void printStats(void) {
+  const CSsearchStats *stats = &result.stats;
+  printf("%lld solutions, %lld calls of propagators; the best after %.2f s\n", stats->solutions, stats->wakings,
+         stats->secondsToBest);
 }
 
 // --- The run ---
@@ -296,20 +300,21 @@ static int report(const Instance *instance, const Options *options) {
   bool found = result.makespan >= 0;
   if (found && !options->quiet) printChart(instance);
   printSummary(instance, options);
-  if (options->stats) cs_printStats();
+  if (options->stats) printStats();
   if (found && options->svg != NULL && drawChart(instance, options->svg) != EXIT_AS_HOPED) return EXIT_TROUBLE;
-  return found && !result.outOfTime ? EXIT_AS_HOPED : EXIT_OTHERWISE;
+  return found && result.ended ? EXIT_AS_HOPED : EXIT_OTHERWISE;
 }
 
 static int run(const Instance *instance, const Options *options) {
   result.makespan = -1;
-  result.isQuiet = options->quiet;
   result.begun = secondsNow();
-  if (options->seconds > 0) result.deadline = result.begun + options->seconds;
   startSolver(program);
   // Without a model there is no schedule: the resources have refused all.
-  if (postModel(instance, options))
-    cs_minimize(model.starts, instance->nbActivities, selectNext, model.makespan, keepSchedule);
+  if (postModel(instance, options)) {
+    searchAll(options);
+  } else {
+    result.ended = true;
+  }
   int status = report(instance, options);
   cs_end();
   return status;

@@ -895,11 +895,13 @@ KORU_API bool cs_DisjunctiveTransitions(CSint **starts, CSint **durations, CSint
 /**
  * At each time, the tasks that are there and run take no more than @p capacity together: task i takes uses[i]. No use
  * and no capacity is negative; a task of duration 0 takes nothing. Uses and the capacity are narrowed as well.
- * Strength: time table to its fixpoint (Gay, Hartert, Schaus 2015) and overload of energy (Vilim 2009). Weak: it does
- * no edge finding; with one variable left its bounds are right. Where the capacity times the time between the first
- * start and the last end, or all energies together, need more than 60 bits, only the time table acts.
+ * Strength: time table to its fixpoint (Gay, Hartert, Schaus 2015), overload of energy (Vilim 2009) and edges (Vilim
+ * 2011, on windows that begin no later than the task), both beside what the time table takes. Weak: no more energetic
+ * reasoning than that; with one variable left its bounds are right. Where the capacity times the time between the first
+ * start and the last end, or all energies together, need 60 bits or more, only the time table acts.
  * Cost: memory linear in n. A round takes time n log n, and a step for each level of the time table that a start is
- * moved past; a run makes rounds until one finds nothing.
+ * moved past; a run makes rounds until one finds nothing. A look at edges takes n log n, and n for each end of a window
+ * that leaves less than the largest other task needs; it is left out when no window does.
  */
 KORU_API bool cs_CumulativeTasks(CSint **starts, CSint **durations, CSint **uses, CSint **present, int n,
                                  CSint *capacity);

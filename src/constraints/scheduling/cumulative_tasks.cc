@@ -3,7 +3,8 @@
 // Consistency: that of the rules of SharedResource, on the bounds of starts, the least durations and uses and the
 // greatest capacity; the capacity is what is certainly taken, or more; uses and durations are as large as that leaves
 // them; a task that has no place is left out. Complete assignments are told exactly.
-// Cost: a run of O(n log n) a round, until none finds anything.  State: none.
+// Cost: a run of O(n log n) a round, until none finds anything; then, behind all other constraints' runs of that kind,
+// one of the edges (constraints/scheduling/time_table_edges.h).  State: none.
 // Wakes: when a bound of a start moves, a duration or use grows, the capacity shrinks, a task has to be there.
 // Deliberate: the start of a task that may be left out is not narrowed, as it then says nothing.
 #include "constraints/scheduling/shared_resource.h"
@@ -20,6 +21,11 @@ struct CumulativeTasks : Deferred {
   int n;
   CSint *capacity;
   SharedResource resource;
+  Deferred *edges;  // asked for when the rest has found all it can; null until both have been posted
+};
+
+struct Edges : Deferred {
+  CumulativeTasks *tasks;
 };
 
 static bool noneNegative(const CumulativeTasks &c) {
@@ -65,10 +71,19 @@ static bool filter(CumulativeTasks &c) {
   } while (!allKept(c));
   for (int i = 0; i < c.n; ++i)
     if (!narrowTask(c, i)) return false;
-  return narrowMin64(c.capacity, c.resource.highest());
+  if (!narrowMin64(c.capacity, c.resource.highest())) return false;
+  return c.edges == nullptr || !c.resource.mayHaveEdges() || ask(*c.edges);
+}
+
+// What it narrows wakes the other run, which asks for this one again.
+static bool filterEdges(Edges &edges) {
+  CumulativeTasks &c = *edges.tasks;
+  readTasks(c);
+  return c.resource.edges(c.capacity->max) && writeTasks(c);
 }
 
 constexpr auto kTable = deferred<filter>(Rank::kSorting, kBoundsMove);
+constexpr auto kEdges = deferred<filterEdges>(Rank::kQuadratic, 0);
 
 struct Arrays {
   CSint **starts;
@@ -78,7 +93,7 @@ struct Arrays {
 };
 
 static bool post(const Poster &poster, const Arrays &given, int n, CSint *capacity) {
-  CumulativeTasks record{{}, {}, {}, {}, {}, n, capacity, {}};
+  CumulativeTasks record{{}, {}, {}, {}, {}, n, capacity, {}, nullptr};
   record.starts = copyVariables(given.starts, n);
   if (!record.starts || capacity == nullptr) return false;
   record.durations = copyVariables(given.durations, n);
@@ -97,7 +112,11 @@ static bool post(const Poster &poster, const Arrays &given, int n, CSint *capaci
     if (given.present != nullptr) c.attach(given.present[i], i, kMinRises);
   }
   c.attach(capacity, n, kMaxFalls);
-  return posting && runSoon(*c);
+  auto edges = posting.add(kEdges, Edges{{}, &*c});
+  edges.attach(capacity, n, 0);
+  if (!posting) return false;
+  c->edges = &*edges;
+  return runSoon(*c);
 }
 
 }  // namespace koru::scheduling

@@ -102,11 +102,13 @@ bool OneMachine::anyOptional() const {
 bool OneMachine::overload() {
   const int *byLatest = sorted(kByLatest);
   startTree(anyOptional());
+  leastRoom_ = kNoEnd;
   for (int k = 0; k < count_; ++k) {
     const Task &task = tasks_[byLatest[k]];
     if (task.isOut()) continue;
     task.isIn() ? makeWhite(byLatest[k]) : makeGrey(byLatest[k]);
     if (tree_.completion() > task.latest) return false;
+    leastRoom_ = std::min(leastRoom_, task.latest - tree_.completion());
     while (tree_.greyCompletion() > task.latest) {
       const int leaf = tree_.greyLeaf();
       tasks_[taskOf_[leaf]].presence = Presence::kOut;

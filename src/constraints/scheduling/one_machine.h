@@ -47,6 +47,8 @@ class OneMachine {
   [[nodiscard]] bool filter();
   // Tells of overload alone, and which tasks are left out then.
   [[nodiscard]] bool overloadOnly();
+  // After that: how much time is left, at least, between the earliest start and latest end of some that are in.
+  Time leastRoom() const { return leastRoom_; }
   // After a filter: by when each task must have ended because of one that is in and comes after it, or kNoEnd.
   static constexpr Time kNoEnd = INT64_MAX;
   void findEnds(Buffer<Time> &ends);
@@ -77,6 +79,7 @@ class OneMachine {
   int count_ = 0;
   bool mirrored_ = false;
   bool changed_ = false;
+  Time leastRoom_ = kNoEnd;
   Buffer<Task> tasks_;
   Buffer<Time> bounds_;  // what a rule has found: new earliest starts, or latest ends
   Buffer<int> leafOf_;

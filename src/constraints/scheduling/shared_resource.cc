@@ -8,7 +8,8 @@ namespace koru::scheduling {
 SharedResource::SharedResource(int count) : count_(count), table_(count) {
   if (!table_) return;
   energy_ = OneMachine(count);
-  if (energy_) make(loads_, static_cast<unsigned>(count));
+  if (energy_) edges_ = TimeTableEdges(count);
+  if (edges_) make(loads_, static_cast<unsigned>(count));
 }
 
 // A task with no room for it anywhere. False when it must be there.
@@ -65,9 +66,9 @@ void SharedResource::mirror() {
   }
 }
 
-// ----- overload: of a machine that does one unit of energy at a time, and has as many times of it as there is capacity
+// ----- overload: of a machine whose time is what is free of the resource, summed up from the beginning
 
-constexpr Time kMost = Time{1} << 60;
+constexpr Time kMost = Time{1} << 59;
 
 bool SharedResource::energiesFit() const {
   Time first = kMost;
@@ -83,13 +84,21 @@ bool SharedResource::energiesFit() const {
 }
 
 bool SharedResource::overload() {
+  most_ = 0;
   if (!energiesFit()) return true;
+  table_.sumUp();
+  const auto freeUntil = [&](Time time) { return time * capacity_ - table_.takenUntil(time); };
   for (int i = 0; i < count_; ++i) {
-    const auto &[task, use] = loads_[i];
-    energy_[i] = {task.earliest * capacity_, task.latest * capacity_, task.length * use, task.presence};
+    const Task &task = loads_[i].task;
+    const Time energy = loads_[i].energyBesideTable();
+    energy_[i] = {};
+    if (energy > 0 && !task.isOut())
+      energy_[i] = {freeUntil(task.earliest), freeUntil(task.latest), energy, task.presence};
+    most_ = std::max(most_, energy);
   }
   if (!energy_.overloadOnly()) return false;
-  for (int i = 0; i < count_; ++i) loads_[i].task.presence = energy_[i].presence;
+  for (int i = 0; i < count_; ++i)
+    if (energy_[i].length > 0) loads_[i].task.presence = energy_[i].presence;
   return true;
 }
 
@@ -106,6 +115,14 @@ bool SharedResource::filter(Time capacity) {
     if (!pass()) return false;
   } while (changed_);
   return overload();
+}
+
+bool SharedResource::edges(Time capacity) {
+  capacity_ = capacity;
+  if (!energiesFit()) return true;
+  table_.build(loads_);
+  table_.sumUp();
+  return edges_.filter(loads_, table_, capacity);
 }
 
 // Where the task certainly runs, the others leave it so much.

@@ -4,15 +4,17 @@
 //   time table   what is certainly taken at a time leaves room for a task, or that does not run then; to the fixpoint
 //                (Gay, Hartert, Schaus, Simple and scalable time-table filtering for the cumulative constraint, 2015)
 //   overload     tasks that take more in all, use times length, than there is between their earliest start and latest
-//                end (Vilim, Max energy filtering algorithm for discrete cumulative resources, 2009)
+//                end (Vilim, Max energy filtering algorithm for discrete cumulative resources, 2009), and what others
+//                certainly take there counts as well
+//   edges        constraints/scheduling/time_table_edges.h
 //
 // A task that may be left out bounds no other one; it is out when its own times leave it no place.
 // Cost: O(n log n) a round of the time table, and a step for each stretch of it that a task is moved past; overload
 // O(n log n).  State: none but sorted orders.
-// Deliberate: overload is not looked for where capacity times time, or all energies, need more than 60 bits.
+// Deliberate: overload and edges are not looked for where capacity times time, or all energies, need 60 bits or more.
 #pragma once
 
-#include "constraints/scheduling/time_table.h"
+#include "constraints/scheduling/time_table_edges.h"
 
 namespace koru::scheduling {
 
@@ -28,8 +30,14 @@ class SharedResource {
   Load &operator[](int i) { return loads_[i]; }
   const Load &operator[](int i) const { return loads_[i]; }
 
-  // Narrows the times of the tasks. False when there is no schedule.
+  // Narrows the times of the tasks by the time table, to its fixpoint, and overload. False when there is no schedule.
   [[nodiscard]] bool filter(Time capacity);
+  // One look at edges. False when there is no schedule. When times have moved, a filter may find more, and the edges
+  // after it.
+  [[nodiscard]] bool edges(Time capacity);
+  // After a filter: whether edges may find anything. A task that makes a window too small needs more than is left of
+  // it.
+  bool mayHaveEdges() const { return most_ > energy_.leastRoom(); }
 
   // After a filter: what is certainly taken at some time, how much a task can take, and by when it has ended.
   Time highest() const { return table_.highest(); }
@@ -48,8 +56,10 @@ class SharedResource {
   int count_ = 0;
   bool changed_ = false;
   Time capacity_ = 0;
+  Time most_ = 0;  // the greatest energy beside the table
   TimeTable table_;
   OneMachine energy_;
+  TimeTableEdges edges_;
   Buffer<Load> loads_;
 };
 

@@ -10,7 +10,7 @@ namespace koru::scheduling {
 // A begin and an end for each task, and what is before them all.
 TimeTable::TimeTable(int count) : count_(count) {
   const std::uint64_t most = std::uint64_t{2} * static_cast<unsigned>(count) + 1;
-  if (!make(byStart_, most) || !make(byEnd_, most) || !make(begins_, most)) return;
+  if (!make(byStart_, most) || !make(byEnd_, most) || !make(begins_, most) || !make(sums_, most)) return;
   std::iota(byStart_.get(), byStart_.get() + count, 0);
   std::iota(byEnd_.get(), byEnd_.get() + count, 0);
   make(levels_, 2 * std::bit_ceil(most));
@@ -56,6 +56,17 @@ void TimeTable::build(const Buffer<Load> &loads) {
   }
   std::fill(levels_.get() + leaves_ + stretches_, levels_.get() + std::ptrdiff_t{2} * leaves_, 0);
   for (int k = leaves_ - 1; k >= 1; --k) levels_[k] = std::max(levels_[2 * k], levels_[2 * k + 1]);
+}
+
+void TimeTable::sumUp() {
+  sums_[0] = 0;
+  for (int k = 1; k < stretches_; ++k)
+    sums_[k] = k == 1 ? 0 : sums_[k - 1] + (begins_[k] - begins_[k - 1]) * levelOf(k - 1);
+}
+
+Time TimeTable::takenUntil(Time time) const {
+  const int k = at(time);
+  return sums_[k] + (time - begins_[k]) * levelOf(k);
 }
 
 int TimeTable::at(Time time) const {

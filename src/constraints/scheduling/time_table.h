@@ -16,6 +16,8 @@ struct Load {
 
   // There is a time at which it certainly runs.
   bool hasPart() const { return task.isIn() && task.latestStart() < task.earliestEnd(); }
+  // Use times the length of the rest.
+  Time energyBesideTable() const { return use * (hasPart() ? task.latestStart() - task.earliest : task.length); }
 };
 
 class TimeTable {
@@ -39,6 +41,11 @@ class TimeTable {
   Time highest(Time first, Time last) const;
   Time highest() const { return levels_[1]; }
 
+  // Makes takenUntil ready: levels times lengths must need less than 60 bits in all. O(n).
+  void sumUp();
+  // Of the resource, from the beginning on. O(log n).
+  Time takenUntil(Time time) const;
+
  private:
   void sort(const Buffer<Load> &loads);
   void append(Time time, Time change);
@@ -49,6 +56,7 @@ class TimeTable {
   Buffer<int> byStart_;  // of the parts: latest starts
   Buffer<int> byEnd_;    // earliest ends
   Buffer<Time> begins_;  // of the stretches
+  Buffer<Time> sums_;    // taken until a stretch begins
   Buffer<Time> levels_;  // from leaves_ on by stretch; above them the greater one of 2 k and 2 k + 1
 };
 

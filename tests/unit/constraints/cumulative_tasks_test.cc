@@ -68,6 +68,43 @@ TEST_F(CumulativeTasksTest, AnOptionalTaskWithTooMuchEnergyIsLeftOut) {
   EXPECT_EQ(cs_getMax(present), 0);
 }
 
+// The first one certainly runs from 0 to 4, and leaves 8 of 12 to the others, which need 9.
+TEST_F(CumulativeTasksTest, EnergyBesideWhatIsCertainlyTaken) {
+  task(-2, 0, 6, 1);
+  for (int i = 0; i < 3; ++i) task(0, 3, 3, 1);
+  EXPECT_FALSE(post(CSINT(2)));
+}
+
+// The trace in docs/scheduling.md.
+TEST_F(CumulativeTasksTest, ATaskThatLeavesTooLittleBeginsLater) {
+  for (int i = 0; i < 3; ++i) task(0, 2, 2, 1);
+  CSint *d = task(0, 9, 3, 1);
+  CSint *e = task(-9, 1, 3, 1);
+  ASSERT_TRUE(post(CSINT(2)));
+  EXPECT_EQ(bounds(d), (std::vector<int>{2, 9}));
+  EXPECT_EQ(bounds(e), (std::vector<int>{-9, -1}));
+}
+
+// 0 to 4 is full, and from -1 on or until 5 there would be energy enough.
+TEST_F(CumulativeTasksTest, ATaskThatCannotWaitForAFullWindow) {
+  for (int i = 0; i < 4; ++i) task(0, 2, 2, 1);
+  task(0, 3, 2, 1);
+  EXPECT_FALSE(post(CSINT(2)));
+  starts.back() = cs_createCSint(-1, 2);
+  EXPECT_FALSE(post(CSINT(2)));
+}
+
+TEST_F(CumulativeTasksTest, AnOptionalTaskThatCannotWaitForAFullWindowIsLeftOut) {
+  CSint *late = cs_createCSint(0, 1);
+  CSint *early = cs_createCSint(0, 1);
+  for (int i = 0; i < 4; ++i) task(0, 2, 2, 1);
+  task(0, 3, 2, 1, late);
+  task(-1, 2, 2, 1, early);
+  ASSERT_TRUE(post(CSINT(2), true));
+  EXPECT_EQ(cs_getMax(late), 0);
+  EXPECT_EQ(cs_getMax(early), 0);
+}
+
 TEST_F(CumulativeTasksTest, ATaskThatIsTooLargeIsLeftOut) {
   CSint *present = cs_createCSint(0, 1);
   CSint *start = task(0, 3, 3, 4, present);
