@@ -83,6 +83,38 @@ KORU_MPI_API bool cs_mpiMinimize(CSint **array, int size, CSfindFreeVar f, CSint
 KORU_MPI_API long long cs_mpiGetNbFails(void);
 KORU_MPI_API long long cs_mpiGetNbChoicePoints(void);
 
+/**
+ * Called in the first process about every so many seconds: @p done is the part of the tree (of a minimisation: of the
+ * tree of the present pass) that has been searched, 0 to 1, as if all values between the bounds of a variable were
+ * worth the same; it never shrinks but at a new pass. The counts are those so far, @p processes is how many answer. It
+ * may query and print, no more.
+ */
+typedef void (*CSmpiProgress)(double done, long long choicePoints, long long solutions, int processes, void *extra);
+
+/** Tell of the progress of searches from now on; a null @p progress ends it. @p extra is handed to it. */
+KORU_MPI_API void cs_mpiSetProgress(CSmpiProgress progress, double seconds, void *extra);
+
+/**
+ * Keep the state of the searches from now on in the file @p path, written anew about every so many seconds, by the
+ * first process; null ends it. The file is of one search and is removed when that ends. When the program is started
+ * again after all of its processes have died, with any number of processes, the search with the same number goes on
+ * from there; searches before it are made again.
+ *
+ * `found` is then not called again for the solutions of which it was told before the file was written: see
+ * cs_mpiGetNbTold. It is called again for those told after that. All output streams are flushed before the file is
+ * written, so that what it counts as told has been written as well.
+ *
+ * A file that is cut off, damaged or of another model ends the run with status 3 and a message, and stays as it is.
+ * One that cannot be written is reported on the standard error, and the search goes on.
+ */
+KORU_MPI_API void cs_mpiSetCheckpoint(const char *path, double seconds);
+
+/**
+ * In the first process, in `found` or later: of how many solutions of the last parallel search `found` had been told
+ * before the program was started again. 0 for a search that was not, and in the other processes.
+ */
+KORU_MPI_API long long cs_mpiGetNbTold(void);
+
 /** The number of this process, 0 for the first one, and how many there are. May be called before cs_init. */
 KORU_MPI_API int cs_mpiRank(void);
 KORU_MPI_API int cs_mpiSize(void);

@@ -23,6 +23,7 @@ Follower::Follower(Ground &ground, Transport &transport, Mail &mail, const Pace 
 bool Follower::end(Reader &in) {
   over_ = true;
   result_ = in.number() != 0;
+  if (in.number() != 0) transport_.noteLost();
   counts_ = in.counts();
   const auto kind = static_cast<Ending::Kind>(in.number());
   const std::vector<Solution> last = in.solutions();

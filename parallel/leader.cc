@@ -12,15 +12,18 @@ constexpr int kMostWorking = 16;  // with more processes the first one only lead
 constexpr int kPiecesAskedFor = 4;
 constexpr double kAlone = 2;  // seconds after which it works all the same
 
-Leader::Leader(Ground &ground, Transport &transport, Mail &mail, const Pace &pace)
+Leader::Leader(Ground &ground, Transport &transport, Mail &mail, const Pace &pace, Wishes wishes)
     : ground_(ground),
       transport_(transport),
       mail_(mail),
       pace_(pace),
       worker_(ground, transport, pace, [this](const Report &r) { apply(0, r); }),
+      wishes_(std::move(wishes)),
       pieces_(ground.task().firstOnly()),
       peers_(static_cast<std::size_t>(transport.size())),
-      began_(transport.seconds()) {
+      began_(transport.seconds()),
+      progressTold_(began_),
+      saved_(began_) {
   if (transport.size() <= kMostWorking) peers_[0].state = Peer::kIdle;
 }
 
@@ -99,6 +102,7 @@ void Leader::endWith(const Ending &ending) {
   if (ending.kind == Ending::kCancelled) counts_.add(ground_.counts().since(before));
   Writer out;
   out.number(result_ ? 1 : 0);
+  out.number(lost_ ? 1 : 0);
   out.counts(counts_);
   out.number(ending.kind);
   out.solutions({{ending.path, {}}});
@@ -115,11 +119,21 @@ bool Leader::tellSolution(const Steps &path) {
   }
   worker_.leave();
   if (!ground_.goTo({path, 0, false})) return fail(ground_.failure());
+  ++told_;
   if (task.mode == Mode::kMinimize) return improve();
   task.found(task.array, task.size);
   if (!cs_isSearchCancelled()) return true;
   endWith({Ending::kCancelled, path});
   return false;
+}
+
+// In all processes.
+bool Leader::beginPass(int bound) {
+  Writer out;
+  out.integer(bound);
+  sendAll(Letter::kBound, out);
+  bounds_.push_back(bound);
+  return ground_.beginPass(bound);
 }
 
 // The solution that stands ends the pass; on to the next one.
@@ -128,21 +142,21 @@ bool Leader::improve() {
   const int bound = cs_getMin(task.cost);
   if (task.foundCost != nullptr) task.foundCost(task.array, task.size, task.cost);
   const bool cancelled = cs_isSearchCancelled();
-  Writer out;
-  out.integer(bound);
-  sendAll(Letter::kBound, out);
   worker_.drop();
   for (Peer &peer : peers_)
     if (peer.state == Peer::kBusy) peer.state = Peer::kIdle;
   pieces_ = Pieces(true);
-  if (!ground_.beginPass(bound)) {
+  if (!beginPass(bound)) {
     endWith({});
     return false;
   }
   if (!cancelled) return true;
   // A pass that is cancelled before it has begun may have a solution at its root.
   cs_cancelSearch();
-  if (cs_goWalk(ground_.walk(), LLONG_MAX, true) == CS_STATUS_SOLUTION) return improve();
+  if (cs_goWalk(ground_.walk(), LLONG_MAX, true) == CS_STATUS_SOLUTION) {
+    ++told_;
+    return improve();
+  }
   endWith({Ending::kCancelled, {}});
   return false;
 }
@@ -212,6 +226,7 @@ void Leader::watch() {
     peer.state = Peer::kSilent;
     pieces_.takeBack(peer.assignment);
     transport_.noteLost();
+    lost_ = true;
   }
 }
 
@@ -223,6 +238,7 @@ bool Leader::step() {
   }
   if (why_.empty() && worker_.busy() && !worker_.step()) fail(worker_.why());
   if (!why_.empty() || !tell()) return false;
+  keep();
   watch();
   handOut();
   ask();

@@ -3,12 +3,24 @@
 // do a little each time, and never wait.
 #pragma once
 
+#include <functional>
+
 #include "parallel/pieces.h"
 #include "parallel/worker.h"
 
 namespace koru::parallel {
 
 enum class Letter : unsigned { kHello, kReport, kWork, kSplit, kDrop, kBound, kEnd };
+
+// What the host wants to know while a search goes on.
+struct Wishes {
+  std::function<void(double done, const Counts &counts, int processes)> progress;
+  double progressSeconds = 0;
+  std::function<void(const std::string &state)> save;
+  double saveSeconds = 0;
+
+  bool any() const { return progress || save; }
+};
 
 class Follower {
  public:
@@ -36,12 +48,18 @@ class Follower {
 
 class Leader {
  public:
-  Leader(Ground &ground, Transport &transport, Mail &mail, const Pace &pace);
+  Leader(Ground &ground, Transport &transport, Mail &mail, const Pace &pace, Wishes wishes = {});
 
   bool step();
   bool result() const { return result_; }
   const Counts &counts() const { return counts_; }  // of all processes together, as of one
   const std::string &why() const { return why_; }
+  long long told() const { return told_; }  // solutions
+
+  // Between two steps: all that another leader needs to go on with, with other processes.
+  std::string state() const;
+  // Before the first step. False when the state is not of this search: why() says so.
+  bool restore(const std::string &state);
 
  private:
   struct Peer {
@@ -58,6 +76,10 @@ class Leader {
   bool tell();
   bool tellSolution(const Steps &path);
   bool improve();
+  bool beginPass(int bound);
+  void tellProgress();
+  void keep();
+  int reached() const;
   void endWith(const Ending &ending);
   void handOut();
   void give(int to);
@@ -73,10 +95,15 @@ class Leader {
   Mail &mail_;
   Pace pace_;
   Worker worker_;  // this process's own
+  Wishes wishes_;
   Pieces pieces_;
   std::vector<Peer> peers_;
   double began_;
+  double progressTold_, saved_;
   long long lastAssignment_ = 0;
+  std::vector<int> bounds_;  // of the passes that have begun, but for the first one
+  long long told_ = 0;
+  bool lost_ = false;  // some process has been silent for too long
   bool result_ = false;
   Counts counts_;
   std::string why_;

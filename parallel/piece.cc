@@ -15,6 +15,16 @@ Counts Counts::since(const Counts &earlier) const {
   return {choicePoints - earlier.choicePoints, fails - earlier.fails, solutions - earlier.solutions};
 }
 
+double Piece::part() const {
+  double each = 1, part = 0;
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    const CSwalkStep &step = steps[i];
+    each /= static_cast<double>(step.greatest) - step.least + 1;
+    if (i >= static_cast<std::size_t>(base)) part += each * (static_cast<double>(step.greatest) - step.value);
+  }
+  return done ? part : part + each;
+}
+
 static bool isSame(const CSwalkStep &a, const CSwalkStep &b) {
   return a.value == b.value && a.least == b.least && a.greatest == b.greatest && a.check == b.check;
 }

@@ -20,6 +20,8 @@ struct Piece {
   bool done = false;
 
   CSwalkPosition position() const { return {static_cast<int>(steps.size()), base, done}; }
+  // How much of the whole tree it is, if all values between a variable's bounds were worth the same.
+  double part() const;
 };
 
 struct Counts {
@@ -80,9 +82,10 @@ class Reader {
   std::vector<Solution> solutions();
   Counts counts();
   Report report();
+  std::size_t size();  // of a list: no more than there are bytes left
+  bool isThrough() const { return good_ && at_ == bytes_.size(); }
 
  private:
-  std::size_t size();  // of a list: no more than there are bytes left
   CSwalkStep step();
 
   const std::string &bytes_;

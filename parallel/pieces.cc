@@ -91,4 +91,48 @@ std::optional<Pieces::Finished> Pieces::takeFinished() {
   return finished;
 }
 
+double Pieces::left() const {
+  double sum = 0;
+  for (const Entry &entry : entries_)
+    if (entry.state != State::kFinished) sum += entry.piece.part();
+  return sum;
+}
+
+Counts Pieces::counted() const {
+  Counts sum;
+  for (const Entry &entry : entries_) sum.add(entry.finished.counts);
+  return sum;
+}
+
+void Pieces::write(Writer &out) const {
+  out.number(entries_.size());
+  for (const Entry &entry : entries_) {
+    const bool finished = entry.state == State::kFinished;
+    out.number(finished ? 1 : 0);
+    if (finished) {
+      out.counts(entry.finished.counts);
+      out.solutions(entry.finished.solutions);
+    } else {
+      out.piece(entry.piece);
+    }
+  }
+}
+
+void Pieces::read(Reader &in) {
+  entries_.clear();
+  running_.clear();
+  queued_ = 0;
+  for (std::size_t n = in.size(); n > 0; --n) {
+    Entry &entry = entries_.emplace_back();
+    if (in.number() != 0) {
+      entry.state = State::kFinished;
+      entry.finished.counts = in.counts();
+      entry.finished.solutions = in.solutions();
+    } else {
+      entry.piece = in.piece();
+      ++queued_;
+    }
+  }
+}
+
 }  // namespace koru::parallel

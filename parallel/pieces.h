@@ -41,6 +41,13 @@ class Pieces {
   // What is finished at the left end, if anything is; it is taken out.
   std::optional<Finished> takeFinished();
 
+  // How much of the tree is left to walk (see Piece::part), and what was counted in pieces that are not taken out yet.
+  double left() const;
+  Counts counted() const;
+  // All pieces as of their last reports, so that what is read has nothing with a process.
+  void write(Writer &out) const;
+  void read(Reader &in);
+
  private:
   enum class State { kQueued, kRunning, kFinished };
   struct Entry {

@@ -5,9 +5,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "parallel/alone.h"
+#include "parallel/checkpoint.h"
 #include "parallel/party.h"
 
 namespace koru::parallel {
@@ -19,6 +21,12 @@ struct Process {
   Mail mail{*transport};
   Pace pace;
   Counts counts;
+  CSmpiProgress progress = nullptr;
+  double progressSeconds = 0;
+  void *progressExtra = nullptr;
+  std::string checkpoint;  // a path; empty: none
+  double checkpointSeconds = 0;
+  long long told = 0;
 
   Process() {
     if (const char *seconds = std::getenv("KORU_MPI_PATIENCE")) pace.patience = std::atof(seconds);
@@ -40,28 +48,81 @@ Process &process() {
 }
 
 template <class Party>
-Outcome play(Process &p, Party &&party) {
+Outcome play(Process &p, Party &party) {
   while (party.step()) continue;
   if (!party.why().empty()) p.transport->stop(party.why());
   return {party.result(), party.counts()};
 }
 
+// ----- checkpoints
+
+void refuse(Process &p, const std::string &why) {
+  p.transport->stop("the checkpoint " + p.checkpoint + " is not used, and stays as it is: " + why);
+}
+
+// That of this search or a later one, which is then not written over.
+Checkpoint checkpointOf(Process &p) {
+  Checkpoint checkpoint;
+  std::string why;
+  if (p.checkpoint.empty()) return checkpoint;
+  if (!readCheckpoint(p.checkpoint, checkpoint, why)) refuse(p, why);
+  if (checkpoint.search > 0 && checkpoint.search < p.mail.search()) refuse(p, "it is of an earlier search");
+  return checkpoint;
+}
+
+void save(Process &p, const std::string &state) {
+  std::fflush(nullptr);
+  std::string why;
+  if (!writeCheckpoint(p.checkpoint, {p.mail.search(), state}, why))
+    std::fprintf(stderr, "koru_mpi: the checkpoint %s cannot be written: %s\n", p.checkpoint.c_str(), why.c_str());
+}
+
+Wishes wishesOf(Process &p, bool saves) {
+  Wishes wishes;
+  wishes.progressSeconds = p.progressSeconds;
+  if (p.progress != nullptr)
+    wishes.progress = [&p](double done, const Counts &c, int processes) {
+      p.progress(done, c.choicePoints, c.solutions, processes, p.progressExtra);
+    };
+  wishes.saveSeconds = p.checkpointSeconds;
+  if (saves) wishes.save = [&p](const std::string &state) { save(p, state); };
+  return wishes;
+}
+
+// ----- the parts
+
+Outcome lead(Process &p, Ground &ground) {
+  const Checkpoint checkpoint = checkpointOf(p);
+  const bool isOfThis = checkpoint.search == p.mail.search();
+  const bool saves = !p.checkpoint.empty() && (isOfThis || checkpoint.search == 0);
+  const Wishes wishes = wishesOf(p, saves);
+  if (p.transport->size() == 1 && !wishes.any()) {
+    const Outcome outcome = searchAlone(ground);
+    if (!ground.failure().empty()) p.transport->stop(ground.failure());
+    return outcome;
+  }
+  Leader leader(ground, *p.transport, p.mail, p.pace, wishes);
+  if (isOfThis && !leader.restore(checkpoint.state)) refuse(p, leader.why());
+  p.told = leader.told();
+  const Outcome outcome = play(p, leader);
+  if (saves) std::remove(p.checkpoint.c_str());
+  return outcome;
+}
+
+Outcome follow(Process &p, Ground &ground) {
+  Follower follower(ground, *p.transport, p.mail, p.pace);
+  return play(p, follower);
+}
+
 bool search(const Task &task) {
   Process &p = process();
   p.counts = {};
+  p.told = 0;
   Ground ground(task);
   if (!ground.failure().empty()) p.transport->stop(ground.failure());
   if (!ground.ready()) return false;
   p.mail.beginSearch();
-  Outcome outcome;
-  if (p.transport->size() == 1) {
-    outcome = searchAlone(ground);
-    if (!ground.failure().empty()) p.transport->stop(ground.failure());
-  } else if (p.transport->rank() == 0) {
-    outcome = play(p, Leader(ground, *p.transport, p.mail, p.pace));
-  } else {
-    outcome = play(p, Follower(ground, *p.transport, p.mail, p.pace));
-  }
+  const Outcome outcome = p.transport->rank() == 0 ? lead(p, ground) : follow(p, ground);
   p.counts = outcome.counts;
   return outcome.result;
 }
@@ -83,6 +144,19 @@ bool cs_mpiMinimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfou
   return search({.mode = Mode::kMinimize, .array = array, .size = size, .select = f, .cost = cost, .foundCost = found});
 }
 
+void cs_mpiSetProgress(CSmpiProgress progress, double seconds, void *extra) {
+  Process &p = process();
+  p.progress = progress;
+  p.progressSeconds = seconds;
+  p.progressExtra = extra;
+}
+
+void cs_mpiSetCheckpoint(const char *path, double seconds) {
+  process().checkpoint = path != nullptr ? path : "";
+  process().checkpointSeconds = seconds;
+}
+
+long long cs_mpiGetNbTold(void) { return process().told; }
 long long cs_mpiGetNbFails(void) { return process().counts.fails; }
 long long cs_mpiGetNbChoicePoints(void) { return process().counts.choicePoints; }
 int cs_mpiRank(void) { return process().transport->rank(); }

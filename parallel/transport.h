@@ -41,6 +41,7 @@ class Mail {
   explicit Mail(Transport &transport) : transport_(transport) {}
 
   void beginSearch() { ++search_; }
+  unsigned long long search() const { return search_; }  // the first one is 1
   void send(int to, const std::string &bytes);
   // A message of the present search.
   std::optional<Message> poll();

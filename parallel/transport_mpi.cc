@@ -3,7 +3,8 @@
 //
 // Sends are begun and forgotten until they are through, so that nobody waits for a process that has died. At the exit
 // everybody takes what is still under way before MPI ends; when processes have been lost, that would wait for them, and
-// is left out.
+// is left out. Where the launcher lets processes outlive others (--enable-recovery), one may also die at the exit: then
+// the wait has an end.
 // Not the bindings for C++, which need a library more.
 #define OMPI_SKIP_MPICXX 1
 #define MPICH_SKIP_MPICXX 1
@@ -20,6 +21,7 @@ namespace {
 
 constexpr int kTag = 1;
 constexpr useconds_t kRest = 50;
+constexpr double kFarewell = 60;  // seconds that processes which outlive others wait for them at the exit
 
 class ByMpi final : public Alone {
  public:
@@ -36,11 +38,14 @@ class ByMpi final : public Alone {
     int finished = 0;
     MPI_Finalized(&finished);
     if (lost_ || finished != 0) return;
-    while (!sendsAreThrough()) takeAll();
+    const double until = seconds() + kFarewell;
+    const auto isLate = [&] { return outlivesOthers_ && seconds() > until; };
+    while (!sendsAreThrough() && !isLate()) takeAll();
     MPI_Request all;
     MPI_Ibarrier(MPI_COMM_WORLD, &all);
-    for (int done = 0; done == 0; MPI_Test(&all, &done, MPI_STATUS_IGNORE)) takeAll();
-    if (ours_) MPI_Finalize();
+    int done = 0;
+    for (; done == 0 && !isLate(); MPI_Test(&all, &done, MPI_STATUS_IGNORE)) takeAll();
+    if (ours_ && done != 0) MPI_Finalize();
   }
 
   int rank() const override { return rank_; }
@@ -97,6 +102,7 @@ class ByMpi final : public Alone {
   int size_ = 1;
   bool ours_ = true;  // MPI: who starts it ends it
   bool lost_ = false;
+  bool outlivesOthers_ = std::getenv("OMPI_MCA_orte_enable_recovery") != nullptr;
   std::list<Sending> sending_;
 };
 

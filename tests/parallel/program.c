@@ -6,18 +6,28 @@
 // "plain" uses the functions of koru.h; "mpi" those of koru_mpi.h, and must print the same. CASE: queens, first,
 // golomb, cancel; rank: a model that differs by the process; memory: a selection that remembers how often it was asked;
 // no-goods, element: constraints that remember.
+//
+// Of the environment: KORU_TEST_CHECKPOINT, a file to keep the searches in; what is shown is then appended to the file
+// KORU_TEST_OUTPUT. KORU_TEST_MARK: each process makes a file of this name and its number when it has started.
+// KORU_TEST_DELAY: the selection sleeps now and then, longer in processes of higher numbers.
+#define _DEFAULT_SOURCE 1  // usleep
 #include <koru_extras.h>
 #include <koru_mpi.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 enum { MOST = 32 };
 
 static bool plain;
-static int shown, cancelAt = -1;
+static int round_, cancelAt = -1;
+static long long shown;
+static unsigned delay;
 
 static void show(CSint **x, int n) {
+  if (shown == 0 && !plain) shown = cs_mpiGetNbTold();
+  printf("%d.%lld: ", round_, shown);
   cs_printf("%A", x, n);
   printf(" %d\n", cs_saveContext());
   cs_restoreContext();
@@ -25,8 +35,8 @@ static void show(CSint **x, int n) {
 }
 
 static void showCost(CSint **x, int n, CSint *cost) {
-  printf("%d: ", cs_getMin(cost));
   show(x, n);
+  printf("%d.%lld costs %d\n", round_, shown, cs_getMin(cost));
 }
 
 static bool postQueens(CSint **q, int n) {
@@ -51,6 +61,12 @@ static bool postRuler(CSint **marks, int n) {
   return cs_EQ(marks[0], 0) && cs_AllNeq(distances, pairs);
 }
 
+static CSint *first(CSint **x, int n) {
+  static unsigned calls;
+  if (delay > 0 && ++calls % 4096 == 0) usleep(delay);
+  return cs_findFreeVar(x, n);
+}
+
 static CSint *forgetful(CSint **x, int n) {
   static int calls;
   CSint *free[MOST];
@@ -67,8 +83,7 @@ static bool findAll(CSint **x, int n, CSfindFreeVar f) {
 static bool searchCase(const char *name, CSint **x, int n) {
   if (strcmp(name, "golomb") == 0) {
     if (!postRuler(x, n)) return false;
-    return plain ? cs_minimize(x, n, cs_findFreeVar, x[n - 1], showCost)
-                 : cs_mpiMinimize(x, n, cs_findFreeVar, x[n - 1], showCost);
+    return plain ? cs_minimize(x, n, first, x[n - 1], showCost) : cs_mpiMinimize(x, n, first, x[n - 1], showCost);
   }
   if (!postQueens(x, n)) return false;
   if (strcmp(name, "cancel") == 0) cancelAt = 17;
@@ -77,7 +92,22 @@ static bool searchCase(const char *name, CSint **x, int n) {
   if (strcmp(name, "element") == 0) cs_VarElement(x[0], x, n);
   if (strcmp(name, "memory") == 0) return findAll(x, n, forgetful);
   if (strcmp(name, "first") != 0) return findAll(x, n, cs_findFreeVarNbElements);
-  return plain ? cs_search(x, n, cs_findFreeVar) : cs_mpiSearch(x, n, cs_findFreeVar);
+  return plain ? cs_search(x, n, first) : cs_mpiSearch(x, n, first);
+}
+
+static void mark(const char *name) {
+  char path[1024];
+  snprintf(path, sizeof path, "%s.%d", name, cs_mpiRank());
+  FILE *file = fopen(path, "w");
+  if (file != NULL) fclose(file);
+}
+
+static void prepare(void) {
+  const char *checkpoint = getenv("KORU_TEST_CHECKPOINT"), *output = getenv("KORU_TEST_OUTPUT");
+  if (checkpoint != NULL) cs_mpiSetCheckpoint(checkpoint, 0.1);
+  if (output != NULL && cs_mpiRank() == 0 && freopen(output, "a", stdout) == NULL) exit(2);
+  if (getenv("KORU_TEST_MARK") != NULL) mark(getenv("KORU_TEST_MARK"));
+  if (getenv("KORU_TEST_DELAY") != NULL) delay = 500U * (unsigned)(1 + cs_mpiRank());
 }
 
 int main(int argc, char **argv) {
@@ -86,13 +116,16 @@ int main(int argc, char **argv) {
   const int n = argc > 3 ? atoi(argv[3]) : 8;
   if (n < 1 || n > MOST) return 2;
   plain = strcmp(argv[1], "plain") == 0;
+  if (!plain) prepare();
   cs_init();
-  for (int times = 0; times < 2; ++times) {  // one search after the other
+  for (round_ = 1; round_ <= 2; ++round_) {  // one search after the other
     const bool result = searchCase(argv[2], x, n);
+    if (shown == 0 && !plain) shown = cs_mpiGetNbTold();
     const long long fails = plain ? cs_getNbFails() : cs_mpiGetNbFails();
     const long long choicePoints = plain ? cs_getNbChoicePoints() : cs_mpiGetNbChoicePoints();
-    printf("%s, %d shown, %lld fails, %lld choice points, contexts %d\n", result ? "true" : "false", shown, fails,
-           choicePoints, cs_saveContext());
+    printf("%d.end: %s, %lld shown, %lld fails, %lld choice points, contexts %d\n", round_, result ? "true" : "false",
+           shown, fails, choicePoints, cs_saveContext());
+    printf("%d.state: ", round_);
     cs_printf("%A\n", x, n);
     cs_restoreAll();
     shown = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Searches that several processes share, simulated in one: each has a solver of its own, steps come in random order,
-// messages are late, processes stall and die. The outcome is that of the search of one process, in every process.
+// messages are late, processes stall and die, or all die and others go on. The outcome is that of the search of one
+// process, in every process.
 #include <deque>
 #include <map>
 #include <memory>
@@ -86,6 +87,7 @@ class Process {
     cs_init();
     model_ = std::make_unique<RandomModel>(seed);
     ground_ = std::make_unique<Ground>(taskOf(*model_, mode, true));
+    passes_ = mode == Mode::kMinimize;
     EXPECT_TRUE(ground_->ready());
     mail_.beginSearch();
     solver_ = cs_detachSolver();
@@ -106,15 +108,22 @@ class Process {
   bool alive = true;
   long long stalledUntil = 0;
 
+  // Of the first one: the state of the search, how many solutions were told, and to go on from there.
+  std::string state() const { return leader_->state(); }
+  long long told() const { return leader_->told(); }
+  void restore(const std::string &state) {
+    ASSERT_TRUE(cs_attachSolver(solver_));
+    begin();
+    EXPECT_TRUE(leader_->restore(state)) << leader_->why();
+    ASSERT_EQ(cs_detachSolver(), solver_);
+  }
+  bool hasBegun() const { return leader_ != nullptr || follower_ != nullptr; }
+
   // A step; the first one begins.
   void step() {
     ASSERT_TRUE(cs_attachSolver(solver_));
-    if (leader_ == nullptr && follower_ == nullptr) {
-      if (transport_.rank() == 0) {
-        leader_ = std::make_unique<Leader>(*ground_, transport_, mail_, pace_);
-      } else {
-        follower_ = std::make_unique<Follower>(*ground_, transport_, mail_, pace_);
-      }
+    if (!hasBegun()) {
+      begin();
     } else {
       over_ = leader_ != nullptr ? !leader_->step() : !follower_->step();
       if (over_) end();
@@ -126,6 +135,20 @@ class Process {
   std::string why;
 
  private:
+  void begin() {
+    if (transport_.rank() > 0) {
+      follower_ = std::make_unique<Follower>(*ground_, transport_, mail_, pace_);
+    } else {
+      parallel::Wishes wishes;
+      wishes.progressSeconds = 7;
+      wishes.progress = [this](double done, const parallel::Counts &, int processes) {
+        EXPECT_TRUE(passes_ || (done >= done_ - 1e-9 && done <= 1)) << done << " after " << done_;
+        EXPECT_TRUE(processes >= 1 && processes <= transport_.size());
+        done_ = done;
+      };
+      leader_ = std::make_unique<Leader>(*ground_, transport_, mail_, pace_, std::move(wishes));
+    }
+  }
   void end() {
     const parallel::Counts counts = leader_ != nullptr ? leader_->counts() : follower_->counts();
     why = leader_ != nullptr ? leader_->why() : follower_->why();
@@ -144,6 +167,8 @@ class Process {
   std::unique_ptr<Follower> follower_;
   CSsolver *solver_ = nullptr;
   bool over_ = false;
+  bool passes_ = false;
+  double done_ = 0;
 };
 
 struct Trouble {
@@ -168,6 +193,13 @@ class Simulation {
       processes_.push_back(std::make_unique<Process>(net_, seed, mode, rank, size, pace));
     model = processes_[0]->model();  // the leader's, whose solutions are told
     outcome = &processes_[0]->outcome;
+  }
+
+  void restore(const std::string &state) { processes_[0]->restore(state); }
+  // The first process, after so many steps of all, once it has begun; null when it is over by then.
+  const Process *after(long long steps) {
+    for (long long i = 0; i < steps || !processes_[0]->hasBegun(); ++i) step(i);
+    return processes_[0]->isOver() ? nullptr : processes_[0].get();
   }
 
   // The outcome of the first process, after a look at those of all others that live.
@@ -230,7 +262,9 @@ std::string textOf(const Outcome &o) {
          std::to_string(o.end.front() - 1) + " contexts";
 }
 
-void compareModel(std::uint64_t seed, const Trouble &trouble, Totals &totals) {
+// Each search of a model that can be shared and is not too large, with its outcome in one process.
+template <class Do>
+void forEachSearch(std::uint64_t seed, Totals &totals, Do compare) {
   cs_init();
   const bool shared = RandomModel(seed).consistent() && cs_findConstraintWithMemory() == nullptr;
   cs_end();
@@ -244,12 +278,48 @@ void compareModel(std::uint64_t seed, const Trouble &trouble, Totals &totals) {
     cs_end();
     if (expected.choicePoints > 2000) return;
     totals.choicePoints += expected.choicePoints;
+    compare(mode, expected);
+  }
+}
+
+void compareModel(std::uint64_t seed, const Trouble &trouble, Totals &totals) {
+  forEachSearch(seed, totals, [&](Mode mode, const Outcome &expected) {
     for (const int size : {2, 3, 7}) {
       const Outcome o = Simulation(seed, seed * 31 + static_cast<unsigned>(size), mode, size, trouble).run(totals);
       EXPECT_TRUE(o == expected) << "seed " << seed << ", mode " << static_cast<int>(mode) << ", " << size
                                  << " processes: " << textOf(o) << ", not " << textOf(expected);
     }
+  });
+}
+
+// All processes die some times, and others, more or fewer, go on from what was kept at that moment.
+Outcome inSeveralRuns(std::uint64_t seed, Mode mode, Totals &totals) {
+  Random random(seed);
+  std::string state;
+  std::vector<State> told;
+  for (int run = 0;; ++run) {
+    const int size = std::array{1, 2, 3, 7}[static_cast<std::size_t>(random.below(4))];
+    Simulation all(seed, seed * 37 + static_cast<unsigned>(run), mode, size, {.deaths = 1});
+    outcome->solutions = told;
+    if (run > 0) all.restore(state);
+    const Process *first = run < 4 ? all.after(random.below(60 * size)) : nullptr;
+    if (first == nullptr) return all.run(totals);
+    ++totals.lost;
+    state = first->state();
+    told = outcome->solutions;
+    EXPECT_EQ(first->told(), std::ssize(told));
   }
+}
+
+void compareRestarts(std::uint64_t first, int models) {
+  Totals totals;
+  for (std::uint64_t seed = first; totals.searches < models; ++seed)
+    forEachSearch(seed, totals, [&](Mode mode, const Outcome &expected) {
+      const Outcome o = inSeveralRuns(seed, mode, totals);
+      EXPECT_TRUE(o == expected) << "seed " << seed << ", mode " << static_cast<int>(mode) << ": " << textOf(o)
+                                 << ", not " << textOf(expected);
+    });
+  std::printf("%lld models, %lld choice points, %d losses\n", totals.searches, totals.choicePoints, totals.lost);
 }
 
 void compareModels(std::uint64_t first, int models, const Trouble &trouble, int cancelled = -1) {
@@ -270,6 +340,8 @@ TEST(Processes, FindWhatOneFindsWhenSomeStall) { compareModels(2000, 150, {.deat
 TEST(Processes, StopAtTheSameSolution) {
   for (const int after : {1, 2, 5}) compareModels(3000, 30, {.deaths = 1}, after);
 }
+TEST(Processes, GoOnWhereOthersHaveDied) { compareRestarts(5000, 200); }
+TEST(Processes, GoOnWhereOthersHaveDiedInManyModelsHeavy) { compareRestarts(50000, 3000); }
 TEST(Processes, FindWhatOneFindsInManyModelsHeavy) {
   compareModels(10000, 2000, {});
   compareModels(20000, 1000, {.deaths = 3});
