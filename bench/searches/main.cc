@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // koru_searches: search objects on problems where the way of searching decides, as a table of what each comes to within
-// a limit, when it had its best, and whether that was proved; quasigroups also by Gecode, where it is there.
+// a limit, when it had its best, and whether that was proved; quasigroups and schedules also by Gecode, where it is
+// there.
 //
-//   koru_searches [--seconds S] [--instances N] [--only NAME] [--order N] [--quasigroup ORDER/PERCENT]
+//   koru_searches [--seconds S] [--instances N] [--only NAME] [--order N] [--quasigroup ORDER/PERCENT] [--data FOLDER]
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include "run.h"
 #include "searches/problem.h"
 #include "searches/quasigroup.h"
+#include "searches/schedules.h"
 
 namespace koru::bench::searches {
 
@@ -23,18 +25,53 @@ struct Arguments {
   const char *only = "";
 };
 
+#if !KORU_BENCH_HAS_GECODE
+constexpr auto searchQuasigroupByGecode = nullptr;
+constexpr auto searchJobShopByGecode = nullptr;
+constexpr auto searchOpenShopByGecode = nullptr;
+constexpr auto searchProjectByGecode = nullptr;
+constexpr auto searchChoicesByGecode = nullptr;
+#endif
+
 constexpr Problem kProblems[] = {
-    {"quasigroup", 1000, false, postQuasigroup},
+    {"quasigroup", 1000, false, postQuasigroup, searchQuasigroupByGecode},
     {"golfers 5-3-6", 5, false, postGolfers},
     {"job shop la01-05", 5, true, postJobShop},
+    {"shop", 0, true, postJobShops, searchJobShopByGecode},
+    {"open shop", 0, true, postOpenShops, searchOpenShopByGecode},
+    {"project, set times", 0, true, postProject, searchProjectByGecode},
+    {"project, failures", 0, true, postProjectByFailures},
+    {"choices", 1, false, postChoices, searchChoicesByGecode},
 };
+
+// Of a problem whose instances were read or drawn.
+template <class Take>
+void ofSchedules(const Problem &problem, const Take &take) {
+  if (problem.post == postJobShops) take(jobShops());
+  if (problem.post == postOpenShops) take(openShops());
+  if (problem.post == postProject || problem.post == postProjectByFailures) take(projects());
+}
+
+int instancesOf(const Problem &problem) {
+  int count = problem.instances;
+  ofSchedules(problem, [&](const auto &all) { count = static_cast<int>(all.size()); });
+  return count;
+}
+
+std::string nameOf(const Problem &problem, int instance) {
+  std::string name = std::to_string(instance);
+  ofSchedules(problem, [&](const auto &all) { name = all[static_cast<std::size_t>(instance - 1)].name; });
+  return name;
+}
 
 Result searchFor(Model &model, double seconds) {
   model.options.milliseconds = static_cast<long long>(seconds * 1000);
   CSsearch *search = cs_createSearch(model.vars.data(), static_cast<int>(model.vars.size()));
-  const bool told = cs_setSearchOptions(search, &model.options) &&
-                    cs_addSearchPhase(search, model.then.data(), static_cast<int>(model.then.size()),
-                                      CS_ORDER_SMALLEST_MIN, CS_VALUE_MIN);
+  const bool told =
+      cs_setSearchOptions(search, &model.options) &&
+      cs_addSearchOrders(search, model.orders.data(), static_cast<int>(model.orders.size()), model.ordersBy,
+                         CS_VALUE_SLACK) &&
+      cs_addSearchPhase(search, model.then.data(), static_cast<int>(model.then.size()), model.thenBy, CS_VALUE_MIN);
   if (!told) return {"refused"};
   const bool optimizes = model.options.minimize != nullptr;
   CSstatus status = cs_nextSolution(search);
@@ -55,15 +92,15 @@ Result solve(const Problem &problem, int instance, const Arguments &arguments) {
   return searchFor(model, arguments.seconds);
 }
 
-void print(const char *name, int instance, const char *solver, const Result &r) {
-  std::printf("%-20s %4d  %-7s %-10s", name, instance, solver, r.status.c_str());
+void print(const Problem &problem, int instance, const char *solver, const Result &r, double time) {
+  std::printf("%-20s %-16s  %-7s %-10s", problem.name, nameOf(problem, instance).c_str(), solver, r.status.c_str());
   if (r.found) {
     std::printf(" %6d", r.objective);
   } else {
     std::printf(" %6s", "-");
   }
-  std::printf("  best after %8.3f s of %8.3f s, %9lld choice points, %9lld fails\n", r.secondsToBest, r.seconds,
-              r.choicePoints, r.fails);
+  std::printf("  best after %8.3f s of %8.3f s, CPU time %8.3f s, %9lld choice points, %9lld fails\n", r.secondsToBest,
+              r.seconds, time, r.choicePoints, r.fails);
   std::fflush(stdout);
 }
 
@@ -92,21 +129,20 @@ template <class Solve>
 void run(const Problem &problem, int instance, const char *solver, Sum &sum, const Solve &solveOne) {
   const double start = cpuSeconds();
   const Result result = solveOne();
-  sum.add(result, cpuSeconds() - start);
-  print(problem.name, instance, solver, result);
+  const double time = cpuSeconds() - start;
+  sum.add(result, time);
+  print(problem, instance, solver, result, time);
 }
 
 // Solvers take turns, so that what else the machine does slows all of them.
 void runAll(const Problem &problem, const Arguments &arguments) {
   Sum koru;
   Sum gecode;
-  const int instances = std::min(problem.instances, arguments.instances);
+  const int instances = std::min(instancesOf(problem), arguments.instances);
   for (int instance = 1; instance <= instances; ++instance) {
     run(problem, instance, "koru", koru, [&] { return solve(problem, instance, arguments); });
-#if KORU_BENCH_HAS_GECODE
-    if (problem.post == postQuasigroup)
-      run(problem, instance, "gecode", gecode, [&] { return searchQuasigroupByGecode(instance, arguments.seconds); });
-#endif
+    if (problem.peer != nullptr)
+      run(problem, instance, "gecode", gecode, [&] { return problem.peer(instance, arguments.seconds); });
   }
   koru.print(problem, "koru");
   gecode.print(problem, "gecode");
@@ -130,6 +166,8 @@ bool read(int argc, char **argv, Arguments &arguments) {
       arguments.only = value;
     } else if (std::strcmp(argv[i], "--order") == 0) {
       arguments.order = std::atoi(value);
+    } else if (std::strcmp(argv[i], "--data") == 0) {
+      dataFolder = value;
     } else if (std::strcmp(argv[i], "--quasigroup") == 0) {
       if (std::sscanf(value, "%d/%d", &shape.order, &shape.percent) != 2) return false;
     } else {
@@ -146,7 +184,8 @@ int main(int argc, char **argv) {
   koru::bench::searches::Arguments arguments;
   if (!koru::bench::searches::read(argc, argv, arguments)) {
     std::fputs(
-        "usage: koru_searches [--seconds S] [--instances N] [--only NAME] [--order N] [--quasigroup ORDER/PERCENT]\n",
+        "usage: koru_searches [--seconds S] [--instances N] [--only NAME] [--order N] [--quasigroup ORDER/PERCENT] "
+        "[--data FOLDER]\n",
         stderr);
     return 2;
   }

@@ -31,8 +31,11 @@ class Model {
   }
   void require(bool posted) { consistent = consistent && posted; }
 
-  Array vars;                 // labelled
-  Array then;                 // and these after them, the least value first
+  Array vars;                   // labelled
+  std::vector<CSorder> orders;  // then these
+  int ordersBy = CS_ORDER_SLACK;
+  Array then;  // and then these, the least value first
+  int thenBy = CS_ORDER_SMALLEST_MIN;
   CSsearchOptions options{};  // but for limits
   bool consistent = true;
 
@@ -56,14 +59,22 @@ inline bool isProof(const Result &r) { return r.status == "optimal" || r.status 
 
 struct Problem {
   const char *name;
-  int instances;  // numbered from 1
+  int instances;  // numbered from 1; 0: those of the shops or projects that were read
   bool optimizes;
   void (*post)(Model &model, int instance);
+  Result (*peer)(int instance, double seconds) = nullptr;  // the same by another solver
 };
 
 void postQuasigroup(Model &model, int instance);
 void postGolfers(Model &model, int instance);
 void postJobShop(Model &model, int instance);  // la01 to la05
+
+// Those of schedules.h.
+void postJobShops(Model &model, int instance);
+void postOpenShops(Model &model, int instance);
+void postProject(Model &model, int instance);            // sets times
+void postProjectByFailures(Model &model, int instance);  // weighted degrees and restarts
+void postChoices(Model &model, int instance);            // the first schedule
 
 // How soon a search ends in the middle of one long propagation; printed.
 void measureStopping();
@@ -74,6 +85,11 @@ void measureOverhead(const char *only, int rounds);
 #if KORU_BENCH_HAS_GECODE
 // The same quasigroup by Gecode: accumulated failure counts, Luby restarts with no-goods, domain-consistent distinct.
 Result searchQuasigroupByGecode(int instance, double seconds);
+// Unary and cumulative at their highest level, accumulated failure counts, restarts with no-goods.
+Result searchJobShopByGecode(int instance, double seconds);
+Result searchOpenShopByGecode(int instance, double seconds);
+Result searchProjectByGecode(int instance, double seconds);
+Result searchChoicesByGecode(int instance, double seconds);
 #endif
 
 }  // namespace koru::bench::searches
