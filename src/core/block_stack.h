@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// BlockStack: a stack of records in blocks of 1024. Records never move once pushed, so plain pointers to them stay
-// valid; a block that was emptied is kept for the next growth and freed by destroy() alone.
+// BlockStack: a stack of records in blocks of 1024, or as many as its type says. Records never move once pushed, so
+// plain pointers to them stay valid; a block that was emptied is kept for the next growth and freed by destroy() alone.
 //
 // Cost: push and pop constant, an allocation only when the stack first grows past a multiple of 1024.
 // State: a popped record keeps its contents until the next push.
@@ -14,12 +14,12 @@
 
 namespace koru {
 
-template <class Record>
+template <class Record, int capacity = 1024>
 class BlockStack {
   static_assert(std::is_trivially_destructible_v<Record>);
 
  public:
-  static constexpr int kCapacity = 1024;
+  static constexpr int kCapacity = capacity;
 
   // Allocates the first block, unless it is there already. False when memory is exhausted.
   [[nodiscard]] bool create();
@@ -122,8 +122,8 @@ class BlockStack {
   Block *first_ = nullptr;
 };
 
-template <class Record>
-typename BlockStack<Record>::Block *BlockStack<Record>::makeBlock(Block *previous) {
+template <class Record, int capacity>
+typename BlockStack<Record, capacity>::Block *BlockStack<Record, capacity>::makeBlock(Block *previous) {
   constexpr std::size_t slack = alignof(Record) > alignof(Block) ? alignof(Record) : 0;
   auto *block = static_cast<Block *>(allocateArray(sizeof(Block) + slack, kCapacity, sizeof(Record)));
   if (block == nullptr) return nullptr;
@@ -132,8 +132,8 @@ typename BlockStack<Record>::Block *BlockStack<Record>::makeBlock(Block *previou
   return block;
 }
 
-template <class Record>
-bool BlockStack<Record>::create() {
+template <class Record, int capacity>
+bool BlockStack<Record, capacity>::create() {
   if (first_ != nullptr) return true;
   first_ = makeBlock(nullptr);
   if (first_ == nullptr) return false;
@@ -142,8 +142,8 @@ bool BlockStack<Record>::create() {
   return true;
 }
 
-template <class Record>
-void BlockStack<Record>::destroy() {
+template <class Record, int capacity>
+void BlockStack<Record, capacity>::destroy() {
   for (Block *block = first_; block != nullptr;) {
     Block *next = block->next;
     deallocate(block);
@@ -152,8 +152,8 @@ void BlockStack<Record>::destroy() {
   *this = BlockStack{};
 }
 
-template <class Record>
-bool BlockStack<Record>::enterNextBlock() {
+template <class Record, int capacity>
+bool BlockStack<Record, capacity>::enterNextBlock() {
   if (current_ == nullptr) return false;
   if (current_->next == nullptr) {
     current_->next = makeBlock(current_);
@@ -164,14 +164,14 @@ bool BlockStack<Record>::enterNextBlock() {
   return true;
 }
 
-template <class Record>
-void BlockStack<Record>::enterPreviousBlock() {
+template <class Record, int capacity>
+void BlockStack<Record, capacity>::enterPreviousBlock() {
   use(current_->previous);
   top_ = end_;
 }
 
-template <class Record>
-void BlockStack<Record>::popTo(int count) {
+template <class Record, int capacity>
+void BlockStack<Record, capacity>::popTo(int count) {
   Block *block = current_;
   while (count < block->base) block = block->previous;
   use(block);
@@ -179,8 +179,8 @@ void BlockStack<Record>::popTo(int count) {
 }
 
 // Addresses in different blocks compare as numbers do.
-template <class Record>
-int BlockStack<Record>::indexOf(const Record *record) const {
+template <class Record, int capacity>
+int BlockStack<Record, capacity>::indexOf(const Record *record) const {
   const auto address = reinterpret_cast<std::uintptr_t>(record);
   const auto isIn = [&](Block *block) {
     const auto first = reinterpret_cast<std::uintptr_t>(block->records());
@@ -193,8 +193,8 @@ int BlockStack<Record>::indexOf(const Record *record) const {
 }
 
 // GCOVR_EXCL_START: one of the tests' own checks
-template <class Record>
-bool BlockStack<Record>::sound() const {
+template <class Record, int capacity>
+bool BlockStack<Record, capacity>::sound() const {
   int blocks = 0;
   for (Block *block = first_, *previous = nullptr; block != nullptr; previous = block, block = block->next) {
     if (block->base != blocks * kCapacity || block->previous != previous) return false;
@@ -204,9 +204,9 @@ bool BlockStack<Record>::sound() const {
 }
 // GCOVR_EXCL_STOP
 
-template <class Record>
+template <class Record, int capacity>
 template <class Visit>
-void BlockStack<Record>::forEach(Visit visit) const {
+void BlockStack<Record, capacity>::forEach(Visit visit) const {
   const int all = count();
   for (Block *block = first_; block != nullptr && block->base < all; block = block->next) {
     const int inBlock = all - block->base < kCapacity ? all - block->base : kCapacity;
@@ -214,9 +214,9 @@ void BlockStack<Record>::forEach(Visit visit) const {
   }
 }
 
-template <class Record>
+template <class Record, int capacity>
 template <class Visit>
-void BlockStack<Record>::forEachFrom(int first, Visit visit) const {
+void BlockStack<Record, capacity>::forEachFrom(int first, Visit visit) const {
   const int all = count();
   Block *block = current_;
   while (block != nullptr && block->base > first) block = block->previous;

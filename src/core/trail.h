@@ -55,6 +55,8 @@ struct TrailNote {
 };
 
 class Trail : public BlockStack<TrailRecord> {
+  static constexpr int kNotes = 64;
+
  public:
   // For a trail that has room.
   void noteMin(const CSint *v) { note(v, TrailKind::kMin, v->min); }
@@ -99,9 +101,9 @@ class Trail : public BlockStack<TrailRecord> {
     *record = {reinterpret_cast<std::uintptr_t>(v) | static_cast<std::uintptr_t>(kind), value, v->count};
   }
 
-  BlockStack<TrailNote> notes_;
-  int undoing_ = 0;  // undoTo running, one inside the other
-  int readers_ = 0;  // those, and the contexts that are open
+  BlockStack<TrailNote, kNotes> notes_;  // in small blocks, for many models have few of them
+  int undoing_ = 0;                      // undoTo running, one inside the other
+  int readers_ = 0;                      // those, and the contexts that are open
 };
 
 namespace solver {

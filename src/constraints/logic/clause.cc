@@ -9,6 +9,8 @@
 // Wakes: when a literal becomes false; with b, also when one becomes true and when b becomes false.
 // Deliberate: an event of a literal that is not watched looks at the first watched one all the same: where a
 // propagation has failed and nobody has restored, its own event may never have come.
+#include <utility>
+
 #include "constraints/logic/literals.h"
 #include "core/post.h"
 #include "koru_extras.h"
@@ -77,23 +79,24 @@ constexpr auto kImpliedTable = handlers<Implied>({.newMin = on<changed>,
 
 // ----- posting
 
-static bool postClause(Posting &posting, const Literals &literals) {
+static bool postClause(Posting &posting, Literals literals) {
   if (!posting || !literals) return false;
   if (literals.alwaysHold()) return true;
   const int n = literals.count();
   if (n == 0) return false;
-  auto c = posting.add(kClauseTable, Clause{literals, 0, n - 1});
-  for (int i = 0; i < n; ++i) c.attach(literals.variable(i), i, literals.becomesFalse(i));
+  auto c = posting.add(kClauseTable, Clause{std::move(literals), 0, n - 1});
+  for (int i = 0; posting && i < n; ++i) c.attach(c->literals.variable(i), i, c->literals.becomesFalse(i));
   if (posting && n == 1) return c->literals.makeTrue(0);
   return posting && replaceFirst(*c) && replaceSecond(*c);
 }
 
-static bool postImplied(Posting &posting, const Literals &literals, CSint *b) {
+static bool postImplied(Posting &posting, Literals literals, CSint *b) {
   if (!posting || !literals) return false;
   if (literals.alwaysHold()) return truth::makeTrue(b);
-  auto c = posting.add(kImpliedTable, Implied{literals, b});
-  for (int i = 0; i < literals.count(); ++i) c.attach(literals.variable(i), i, literals.becomesTrue(i));
-  c.attach(b, literals.count(), truth::kBecomesFalse);
+  const int n = literals.count();
+  auto c = posting.add(kImpliedTable, Implied{std::move(literals), b});
+  for (int i = 0; posting && i < n; ++i) c.attach(c->literals.variable(i), i, c->literals.becomesTrue(i));
+  c.attach(b, n, truth::kBecomesFalse);
   return posting && filter(*c);
 }
 
@@ -108,8 +111,8 @@ static bool postIf(const Poster &poster, CSint *b, const ClauseArrays &arrays) {
   return posting && postClause(posting, Literals(arrays, b));
 }
 
-static bool postIff(Posting &posting, CSint *b, const ClauseArrays &arrays, const Literals &literals) {
-  return postImplied(posting, literals, b) && postClause(posting, Literals(arrays, b));
+static bool postIff(Posting &posting, CSint *b, const ClauseArrays &arrays, Literals literals) {
+  return postImplied(posting, std::move(literals), b) && postClause(posting, Literals(arrays, b));
 }
 
 static bool postIff(const Poster &poster, CSint *b, const ClauseArrays &arrays) {
@@ -121,10 +124,10 @@ static bool postIff(const Poster &poster, CSint *b, const ClauseArrays &arrays) 
 static CSint *reify(const Poster &poster, const ClauseArrays &arrays) {
   Posting posting{poster};
   if (!posting) return nullptr;
-  const Literals literals(arrays, nullptr);
+  Literals literals(arrays, nullptr);
   if (!literals) return nullptr;
   CSint *b = createVariable(0, 1);
-  return b != nullptr && postIff(posting, b, arrays, literals) ? b : nullptr;
+  return b != nullptr && postIff(posting, b, arrays, std::move(literals)) ? b : nullptr;
 }
 
 }  // namespace koru::clause

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 #include "core/post.h"
 
@@ -19,11 +20,11 @@ Literals::Literals(const ClauseArrays &arrays, CSint *condition) {
   if (positives > kIntMax - conditions - negatives) return;
   positives_ = positives;
   count_ = positives + negatives + conditions;
-  const Shared<CSint *> vars(count_);
+  Buffer<CSint *> vars(count_);
   if (!vars) return;
   Buffer<int> order(count_);
   if (!order) return;
-  vars_ = vars;
+  vars_ = std::move(vars);
   CSint **const end = std::copy_n(negative, negatives, std::copy_n(positive, positives, vars_.get()));
   if (conditions != 0) *end = condition;
   alwaysHold_ = markRepeated(order);

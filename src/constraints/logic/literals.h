@@ -44,7 +44,7 @@ class Literals {
   [[nodiscard]] bool markRepeated(Buffer<int> &order);
   void close();
 
-  Shared<CSint *> vars_;
+  Buffer<CSint *> vars_;
   int count_ = 0;
   int positives_ = 0;
   bool alwaysHold_ = false;

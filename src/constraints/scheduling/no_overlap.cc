@@ -15,7 +15,7 @@
 namespace koru::scheduling {
 
 // Where a rectangle lies in one direction at the least and at the most, as pairs compare it.
-struct Side {
+struct SideBounds {
   Time earliestEnd;
   Time latestStart;
 };
@@ -24,7 +24,7 @@ struct Side {
 struct Axis {
   Buffer<CSint *> places;
   Buffer<CSint *> sizes;
-  Buffer<Side> sides;  // as last looked at: too wide at worst
+  Buffer<SideBounds> sides;  // as last looked at: too wide at worst
   SharedResource resource;
   Time extent = 0;        // across, and
   bool isShared = false;  // the loads that the resource holds are what its rules have left
