@@ -66,6 +66,18 @@ KORU_APART inline Constraint precedence(IntVar start, IntVar duration, IntVar ne
           where};
 }
 
+/// The first one ends before the other one begins when a truth value is true, and the other way round when it is false;
+/// Orders of a search decide that: cs_EitherBefore.
+KORU_APART inline Constraint either_before(IntVar first, IntVar start, IntVar duration, IntVar other_start,
+                                           IntVar other_duration, IntVar present = {}, IntVar other_present = {},
+                                           Place where = {}) {
+  return {[=](detail::State &s) {
+            return cs_EitherBefore(s.pointer(first), s.pointer(start), s.pointer(duration), detail::orNone(s, present),
+                                   s.pointer(other_start), s.pointer(other_duration), detail::orNone(s, other_present));
+          },
+          where};
+}
+
 /// A task that one of several does: cs_Alternative.
 inline Constraint alternative(IntVar start, IntVar duration, Vars starts, Vars durations, Vars presents,
                               IntVar present = {}, Place where = {}) {

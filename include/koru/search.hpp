@@ -137,10 +137,11 @@ struct Value {
 
 inline const Order input_order{CS_ORDER_INPUT}, smallest{CS_ORDER_SMALLEST}, largest{CS_ORDER_LARGEST},
     smallest_min{CS_ORDER_SMALLEST_MIN}, largest_max{CS_ORDER_LARGEST_MAX}, regret{CS_ORDER_REGRET},
-    most_constrained{CS_ORDER_MOST_CONSTRAINED}, dom_wdeg{CS_ORDER_DOM_WDEG}, activity{CS_ORDER_ACTIVITY};
+    most_constrained{CS_ORDER_MOST_CONSTRAINED}, dom_wdeg{CS_ORDER_DOM_WDEG}, activity{CS_ORDER_ACTIVITY},
+    set_times{CS_ORDER_SET_TIMES}, slack{CS_ORDER_SLACK}, slack_wdeg{CS_ORDER_SLACK_WDEG};
 inline const Value min_value{CS_VALUE_MIN}, max_value{CS_VALUE_MAX}, middle_value{CS_VALUE_MIDDLE},
     median_value{CS_VALUE_MEDIAN}, low_half{CS_VALUE_LOW_HALF}, high_half{CS_VALUE_HIGH_HALF},
-    random_value{CS_VALUE_RANDOM};
+    random_value{CS_VALUE_RANDOM}, slack_value{CS_VALUE_SLACK};
 
 /// The value for each of the labelled variables to try first, until there is a solution; then that of the last one.
 inline Value prefer(std::vector<int> values, Value otherwise = Value()) {
@@ -175,6 +176,12 @@ struct Neighbours {
 };
 inline Neighbours random_neighbours(int fails = 0, int percent = 0) { return {CS_NEIGHBOURS_RANDOM, fails, percent}; }
 inline Neighbours linked_neighbours(int fails = 0, int percent = 0) { return {CS_NEIGHBOURS_LINKED, fails, percent}; }
+/// Orders of tasks (Search::orders) that are let go: around a moment, of whole machines, of some tasks.
+inline Neighbours window_neighbours(int fails = 0, int percent = 0) { return {CS_NEIGHBOURS_WINDOW, fails, percent}; }
+inline Neighbours machine_neighbours(int fails = 0, int percent = 0) {
+  return {CS_NEIGHBOURS_MACHINES, fails, percent};
+}
+inline Neighbours task_neighbours(int fails = 0, int percent = 0) { return {CS_NEIGHBOURS_TASKS, fails, percent}; }
 /// Those at the positions that a function returns, which is handed the values of the best solution.
 inline Neighbours chosen_neighbours(std::function<std::vector<std::size_t>(std::span<const int>)> choose,
                                     int fails = 0) {
@@ -188,13 +195,31 @@ struct Phase {
   Value value{};
 };
 
+/// Which of two tasks on a machine comes first, by a truth value and either_before(); machines have any numbers.
+struct TaskOrder {
+  IntVar first;
+  IntVar start;
+  IntVar duration;
+  IntVar other_start;
+  IntVar other_duration;
+  int machine = 0;
+};
+
+/// Orders of tasks, labelled after the variables and before the phases; cs_addSearchOrders.
+struct Orders {
+  std::vector<TaskOrder> tasks{};
+  Order order = slack_wdeg;
+  Value value = slack_value;
+};
+
 enum class Branching { binary = CS_BRANCH_BINARY, values = CS_BRANCH_VALUES };
 
 /// What a search is to do, as designated initialisers in this order: {.vars = x, .order = dom_wdeg, .seconds = 5}.
 struct Search {
-  std::vector<IntVar> vars{};  ///< to be labelled; none: all that the model has made
+  std::vector<IntVar> vars{};  ///< to be labelled; none, and no orders: all that the model has made
   Order order{};
   Value value{};
+  Orders orders{};
   std::vector<Phase> then{};
   Branching branching = Branching::binary;
   Restart restart{};
@@ -277,7 +302,7 @@ class Solutions {
 
     KORU_APART void begin(CSint *minimize, CSint *maximize) {
       state->rethrow();
-      if (how.vars.empty()) how.vars = state->all();
+      if (how.vars.empty() && how.orders.tasks.empty()) how.vars = state->all();
       if (cs_getNbRefused() > 0) return;  // there is no solution
       search = cs_createSearch(state->pointers(how.vars).data(), detail::sizeOf(how.vars.size()));
       state->rethrow();
@@ -299,6 +324,7 @@ class Solutions {
       };
       accept(cs_setSearchOptions(search, &o));
       hints(how.vars, how.value, accept);
+      if (!how.orders.tasks.empty()) accept(addOrders(how.orders));
       for (const Phase &phase : how.then) {
         accept(phase.value.selectors.empty());  // they are for the first variables
         accept(cs_addSearchPhase(search, state->pointers(phase.vars).data(), detail::sizeOf(phase.vars.size()),
@@ -306,6 +332,20 @@ class Solutions {
         how.vars.insert(how.vars.end(), phase.vars.begin(), phase.vars.end());
       }
       state->rethrow();
+    }
+
+    KORU_APART bool addOrders(const Orders &orders) {
+      std::vector<CSorder> all;
+      const auto pointer = [&](const IntVar &v) { return state->pointer(v); };
+      for (const TaskOrder &t : orders.tasks) {
+        all.push_back({pointer(t.first),
+                       {pointer(t.start), pointer(t.other_start)},
+                       {pointer(t.duration), pointer(t.other_duration)},
+                       t.machine});
+        how.vars.push_back(t.first);
+      }
+      return orders.value.selectors.empty() &&
+             cs_addSearchOrders(search, all.data(), detail::sizeOf(all.size()), orders.order.kind, orders.value.kind);
     }
 
     template <class Accept>

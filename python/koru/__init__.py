@@ -21,12 +21,13 @@ from .constraints import (BOUNDS, DOMAIN, SIMPLE, Arc, Automaton, Constraint, al
 from .display import Picture, gantt, grid
 from .expressions import EQ, GE, GT, LE, LT, NEQ, Condition, Linear, all_of, any_of, between, condition, one_of, sum
 from .model import Context, Model
-from .options import (Neighbours, Order, Phase, Restart, Search, Value, activity, chosen_neighbours, constant, dom_wdeg,
-                      geometric, high_half, input_order, largest, largest_max, linked_neighbours, low_half, luby,
-                      max_value, median_value, middle_value, min_value, most_constrained, prefer, random_neighbours,
-                      random_value, regret, smallest, smallest_min)
+from .options import (Neighbours, Order, Orders, Phase, Restart, Search, TaskOrder, Value, activity, chosen_neighbours,
+                      constant, dom_wdeg, geometric, high_half, input_order, largest, largest_max, linked_neighbours,
+                      low_half, luby, machine_neighbours, max_value, median_value, middle_value, min_value,
+                      most_constrained, prefer, random_neighbours, random_value, regret, set_times, slack, slack_value,
+                      slack_wdeg, smallest, smallest_min, task_neighbours, window_neighbours)
 from .results import Result, Solution, Statistics, Status
-from .schedules import alternative, cumulative, disjunctive, no_overlap, precedence, reservoir, span, transitions
+from .schedules import alternative, cumulative, disjunctive, either_before, no_overlap, precedence, reservoir, span, transitions
 from .search import Solutions
 from .variables import IntVar, columns, rows
 

@@ -58,6 +58,12 @@ class SearchOptions(ctypes.Structure):
         ("extra", c_void_p)]
 
 
+class TaskOrders(ctypes.Structure):
+    """CSorder."""
+
+    _fields_ = [("first", c_void_p), ("starts", c_void_p * 2), ("durations", c_void_p * 2), ("machine", c_int)]
+
+
 TYPES = {
     "void": None, "bool": c_bool, "int": c_int, "long": c_longlong, "size": c_size_t, "text": c_char_p,
     "pointer": c_void_p, "ErrorHandler": ErrorHandler, "Locator": Locator, "Run": Run}
@@ -117,6 +123,7 @@ bool cs_LexLt pointer pointer int
 pointer cs_createSearch pointer int
 bool cs_setSearchOptions pointer pointer
 bool cs_addSearchPhase pointer pointer int int int
+bool cs_addSearchOrders pointer pointer int int int
 bool cs_setSearchHint pointer int int
 int cs_nextSolution pointer
 int cs_getSearchStatus pointer
@@ -169,6 +176,7 @@ bool cs_DisjunctiveTasks pointer pointer pointer int
 bool cs_DisjunctiveTransitions pointer pointer pointer pointer pointer int pointer int int
 bool cs_CumulativeTasks pointer pointer pointer pointer int pointer
 bool cs_PrecedenceIf pointer pointer pointer int pointer
+bool cs_EitherBefore pointer pointer pointer pointer pointer pointer pointer
 bool cs_Alternative pointer pointer pointer pointer pointer pointer int
 bool cs_Span pointer pointer pointer pointer pointer pointer int
 bool cs_NoOverlap pointer pointer pointer pointer int

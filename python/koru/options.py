@@ -29,8 +29,9 @@ class Value(NamedTuple):
 
 
 input_order, smallest, largest, smallest_min, largest_max, regret, most_constrained, dom_wdeg = map(Order, range(8))
-activity = Order(9)
+activity, set_times, slack, slack_wdeg = map(Order, range(9, 13))
 min_value, max_value, middle_value, median_value, low_half, high_half, random_value = map(Value, range(7))
+slack_value = Value(9)
 
 
 def prefer(values: Sequence[int], otherwise: Value = min_value) -> Value:
@@ -81,6 +82,21 @@ def linked_neighbours(fails: int = 0, percent: int = 0) -> Neighbours:
     return Neighbours(2, fails, percent)
 
 
+def window_neighbours(fails: int = 0, percent: int = 0) -> Neighbours:
+    """Orders of tasks that both start around a moment."""
+    return Neighbours(4, fails, percent)
+
+
+def machine_neighbours(fails: int = 0, percent: int = 0) -> Neighbours:
+    """Orders of all tasks of some machines."""
+    return Neighbours(5, fails, percent)
+
+
+def task_neighbours(fails: int = 0, percent: int = 0) -> Neighbours:
+    """Orders of some tasks, with all others of their machines."""
+    return Neighbours(6, fails, percent)
+
+
 def chosen_neighbours(choose: Callable[[List[int]], Any], fails: int = 0) -> Neighbours:
     """Those at the positions that a function returns, which is handed the values of the best solution."""
     return Neighbours(HOST_NEIGHBOURS, fails, 0, choose)
@@ -94,13 +110,33 @@ class Phase(NamedTuple):
     value: Value = min_value
 
 
+class TaskOrder(NamedTuple):
+    """Which of two tasks on a machine comes first, by a truth value and either_before(); machines have any numbers."""
+
+    first: Any
+    start: Any
+    duration: Any
+    other_start: Any
+    other_duration: Any
+    machine: int = 0
+
+
+class Orders(NamedTuple):
+    """Orders of tasks, labelled after the variables and before the phases."""
+
+    tasks: Sequence[TaskOrder] = ()
+    order: Order = slack_wdeg
+    value: Value = slack_value
+
+
 @dataclass
 class Search:
     """What a search is to do: the arguments of Model.solve, minimize, maximize and solutions."""
 
-    vars: Optional[Sequence[Any]] = None  #: to be labelled; None: all that the model has made
+    vars: Optional[Sequence[Any]] = None  #: to be labelled; None, and no orders: all that the model has made
     order: Union[Order, Callable[[List[IntVar]], int]] = input_order
     value: Union[Value, Callable[[IntVar], Any]] = min_value
+    orders: Orders = Orders()
     then: Sequence[Phase] = ()
     value_by_value: bool = False  #: after a fail the next value of the same variable, and nothing imposed
     restart: Restart = Restart()

@@ -64,6 +64,16 @@ def precedence(start: Any, duration: Any, next: Any, delay: int = 0, when: Any =
         speaker.pointer(next)))
 
 
+def either_before(first: Any, start: Any, duration: Any, other_start: Any, other_duration: Any, present: Any = None,
+                  other_present: Any = None) -> Constraint:
+    """The first one ends before the other one begins when a truth value is true, and the other way round when it is
+    false; Orders of a search decide that: cs_EitherBefore."""
+    return Constraint("cs_EitherBefore", lambda s, speaker: lib.cs_EitherBefore(
+        speaker.pointer(first), speaker.pointer(start), speaker.pointer(duration),
+        None if present is None else speaker.pointer(present), speaker.pointer(other_start),
+        speaker.pointer(other_duration), None if other_present is None else speaker.pointer(other_present)))
+
+
 def _with_parts(function: Any, start: Any, duration: Any, present: Any, starts: Iterable[Any], durations: Iterable[Any],
                 presents: Optional[Iterable[Any]]) -> Constraint:
     x, d = flat(starts), flat(durations)

@@ -9,7 +9,7 @@ import threading
 import time
 from typing import Any, List, Optional, Tuple
 
-from ._library import ChooseRelaxed, ChooseValue, ChooseVariable, Progress, SearchStats, lib, pointers
+from ._library import ChooseRelaxed, ChooseValue, ChooseVariable, Progress, SearchStats, TaskOrders, lib, pointers
 from .expressions import EQ
 from .options import Search
 from .posting import Speaker
@@ -23,6 +23,15 @@ def _variables(state: State, operands: Any) -> List[IntVar]:
     speaker = Speaker(state)
     pairs = [(v, speaker.pointer(v)) for v in flat(operands)]
     return [v if isinstance(v, IntVar) else added(state, pointer) for v, pointer in pairs]
+
+
+def _task_orders(orders: List[List[IntVar]], machines: List[int]) -> Any:
+    array = (TaskOrders * len(orders))()
+    for place, (first, start, duration, other_start, other_duration), machine in zip(array, orders, machines):
+        place.first, place.machine = first.pointer, machine
+        place.starts[:] = [start.pointer, other_start.pointer]
+        place.durations[:] = [duration.pointer, other_duration.pointer]
+    return array
 
 
 class Solutions:
@@ -40,7 +49,9 @@ class Solutions:
         self._stats = SearchStats(secondsToFirst=-1, secondsToBest=-1)
         self._next_progress = 0.0
         state.rethrow()
-        self._vars = every(state) if how.vars is None else _variables(state, how.vars)
+        everything = how.vars is None and not how.orders.tasks
+        self._vars = every(state) if everything else _variables(state, how.vars or ())
+        orders = [_variables(state, t[:5]) for t in how.orders.tasks]
         phases = [(p, _variables(state, p.vars)) for p in how.then]
         self._pointers = [v.pointer for v in self._vars]
         if lib.cs_getNbRefused() > 0:
@@ -50,12 +61,12 @@ class Solutions:
         if self.search is None:
             raise RuntimeError("koru: no search can be begun here")
         try:
-            self._tell(phases)
+            self._tell(orders, phases)
         except BaseException:
             self.close()
             raise
 
-    def _tell(self, phases: List[Tuple[Any, List[IntVar]]]) -> None:
+    def _tell(self, orders: List[List[IntVar]], phases: List[Tuple[Any, List[IntVar]]]) -> None:
         def accept(taken: bool) -> None:
             if not taken:
                 raise ValueError("koru: an option of a search is out of its range")
@@ -68,6 +79,13 @@ class Solutions:
             same_size(preferred, self._pointers)
         for i, value in enumerate(preferred):
             accept(lib.cs_setSearchHint(self.search, i, value))
+        if orders:
+            how = self._how.orders
+            machines = [as_int(t.machine) for t in how.tasks]
+            accept(lib.cs_addSearchOrders(self.search, _task_orders(orders, machines), len(orders), how.order.kind,
+                                          how.value.kind))
+            self._pointers += [o[0].pointer for o in orders]
+            self._vars += [o[0] for o in orders]
         for phase, more in phases:
             array = [v.pointer for v in more]
             accept(lib.cs_addSearchPhase(self.search, pointers(array), len(more), phase.order.kind, phase.value.kind))

@@ -147,6 +147,68 @@ TEST(CppSearch, HonoursPreferencesAndPhases) {
   EXPECT_THROW(m.solve({.vars = first, .value = koru::prefer({4})}), std::invalid_argument);
 }
 
+// Two jobs on two machines: first 3 on one and 2 on the other, first 2 on the other and 4 on the one.
+struct SmallShop {
+  Model m;
+  std::vector<IntVar> starts = m.ints(4, 0, 20);
+  std::vector<IntVar> lengths;
+  IntVar makespan = m.var(0, 20);
+  koru::Orders orders;
+
+  SmallShop() {
+    for (const int length : {3, 2, 2, 4}) lengths.push_back(m.var(length, length));
+    m.post(koru::precedence(starts[0], lengths[0], starts[1]), koru::precedence(starts[2], lengths[2], starts[3]));
+    m.post(koru::precedence(starts[1], lengths[1], makespan), koru::precedence(starts[3], lengths[3], makespan));
+    add(0, 3, 0);
+    add(1, 2, 1);
+  }
+  void add(std::size_t a, std::size_t b, int machine) {
+    orders.tasks.push_back({m.var(0, 1), starts[a], lengths[a], starts[b], lengths[b], machine});
+    const koru::TaskOrder &t = orders.tasks.back();
+    m.post(koru::either_before(t.first, t.start, t.duration, t.other_start, t.other_duration));
+  }
+};
+
+TEST(CppSearch, DecidesOrdersOfTasks) {
+  SmallShop shop;
+  for (const koru::Order &order : {koru::slack_wdeg, koru::slack, koru::input_order})
+    for (const koru::Value &value : {koru::slack_value, koru::max_value})
+      for (const koru::Neighbours &neighbours :
+           {koru::Neighbours(), koru::window_neighbours(), koru::machine_neighbours(5, 50), koru::task_neighbours()}) {
+        shop.orders.order = order;
+        shop.orders.value = value;
+        const koru::Result r =
+            shop.m.minimize(shop.makespan, {.orders = shop.orders,
+                                            .then = {{.vars = shop.starts, .order = koru::smallest_min}},
+                                            .restart = koru::geometric(10, 50),
+                                            .neighbours = neighbours,
+                                            .guided = true});
+        EXPECT_EQ(r.status, koru::optimal);
+        EXPECT_EQ(r.best[shop.starts], (Values{0, 3, 0, 3}));
+        EXPECT_EQ(r.best[shop.orders.tasks[0].first], 1);
+      }
+}
+
+TEST(CppSearch, SetsTimes) {
+  Model m;
+  const IntVars starts = m.ints(3, 0, 20);
+  IntVars lengths;
+  for (const int length : {3, 2, 4}) lengths.push_back(m.var(length, length));
+  const IntVar makespan = m.var(0, 20);
+  m.post(koru::disjunctive(starts, lengths));
+  for (std::size_t i = 0; i < 3; ++i) m.post(koru::precedence(starts[i], lengths[i], makespan));
+  const koru::Result r = m.minimize(makespan, {.vars = starts, .order = koru::set_times});
+  EXPECT_EQ(r.status, koru::optimal);
+  EXPECT_EQ(r.best[makespan], 9);
+}
+
+TEST(CppSearch, RefusesOrdersThatAreNotOfTasks) {
+  SmallShop shop;
+  shop.orders.order = koru::set_times;
+  EXPECT_THROW(shop.m.solve({.orders = shop.orders}), std::invalid_argument);
+  EXPECT_THROW(shop.m.solve({.vars = shop.starts, .order = koru::slack}), std::invalid_argument);
+}
+
 TEST(CppSearch, AsksValueSelectors) {
   Model m;
   const IntVars x = m.ints(3, 0, 9);

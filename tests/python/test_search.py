@@ -95,6 +95,36 @@ class Searches(unittest.TestCase):
             self.assertEqual((r.status, r[q[0] + q[3]]), (Status.OPTIMAL, best))
         self.assertTrue(asked and all(len(values) == 6 for values in asked))
 
+    def test_orders_of_tasks(self):
+        """Two jobs on two machines: first 3 on one and 2 on the other, first 2 on the other and 4 on the one."""
+        m = koru.Model()
+        s, d = m.ints(4, 0, 20, "s"), [3, 2, 2, 4]
+        makespan = m.var(0, 20, "makespan")
+        m.post(koru.precedence(s[0], 3, s[1]), koru.precedence(s[2], 2, s[3]))
+        m.post(koru.precedence(s[1], 2, makespan), koru.precedence(s[3], 4, makespan))
+        tasks = []
+        for machine, (a, b) in enumerate([(0, 3), (1, 2)]):
+            tasks.append(koru.TaskOrder(m.var(0, 1, f"first {machine}"), s[a], d[a], s[b], d[b], machine))
+            m.post(koru.either_before(*tasks[-1][:5]))
+        for order, value, neighbours in itertools.product(
+                (koru.slack_wdeg, koru.slack, koru.input_order), (koru.slack_value, koru.max_value),
+                (koru.Neighbours(), koru.window_neighbours(), koru.machine_neighbours(5, 50), koru.task_neighbours())):
+            r = m.minimize(makespan, orders=koru.Orders(tasks, order, value), guided=True, neighbours=neighbours,
+                           then=[koru.Phase(s, koru.smallest_min)], restart=koru.geometric(10, 50))
+            self.assertEqual((r.status, r[s], r[tasks[0].first]), (Status.OPTIMAL, [0, 3, 0, 3], 1))
+        with self.assertRaises(ValueError):
+            m.solve(orders=koru.Orders(tasks, koru.set_times))
+        with self.assertRaises(ValueError):
+            m.solve(s, order=koru.slack)
+
+    def test_set_times(self):
+        m = koru.Model()
+        s, d = m.ints(3, 0, 20, "s"), [3, 2, 4]
+        makespan = m.var(0, 20, "makespan")
+        m.post(koru.disjunctive(s, d), [koru.precedence(start, length, makespan) for start, length in zip(s, d)])
+        r = m.minimize(makespan, s, order=koru.set_times)
+        self.assertEqual((r.status, r[makespan]), (Status.OPTIMAL, 9))
+
     def test_limits(self):
         m, x = holes()
         for limit, status in (({"fails": 9}, Status.FAIL_LIMIT), ({"choice_points": 9}, Status.CHOICE_LIMIT),
