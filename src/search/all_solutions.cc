@@ -16,6 +16,7 @@ struct AllSolutions {
   CSfoundCallback found;
 
   void reportSolution() const {
+    if (!postingHolds()) return;
     tellSolution();
     if (found != nullptr) found(array, size);
     searchState.solutionFound = true;

@@ -45,10 +45,13 @@ class Values {
   bool more_;
 };
 
+// Ends a posting that is open. False when that fails, or has failed and nobody was told: then there is no solution.
+[[nodiscard]] inline bool postingHolds() { return !solver::agenda.postingUnsettled() || endPosting(); }
+
 // Opens the context that a search closes again. False when a posting that it ends fails, or when there is no memory for
 // the context (reported): then none was opened, and the search must close none.
 [[nodiscard]] inline bool openContext() {
-  if (solver::agenda.postingUnsettled() && !endPosting()) return false;
+  if (!postingHolds()) return false;
   const int open = solver::contexts.count();
   return cs_saveContext() > open;
 }
@@ -68,8 +71,9 @@ class Values {
   return false;
 }
 
-// A solution is reached.
-inline bool solved(const CSint *objective = nullptr) {
+// All variables have values: a solution is reached, unless a posting that no context has ended refuses them.
+[[nodiscard]] inline bool solved(const CSint *objective = nullptr) {
+  if (!postingHolds()) return false;
   tellSolution(true, objective);
   return true;
 }

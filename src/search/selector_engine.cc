@@ -76,7 +76,7 @@ void SelectorRun::giveUp(Level &level, int depth, bool refusedAtLimit) const {
 
 bool SelectorRun::label(const LevelNode *parent, int depth) {
   const int index = select(array, size);
-  if (index < 0) return acceptSolution(depth - 1);
+  if (index < 0) return postingHolds() && acceptSolution(depth - 1);
   if (notify->enter != nullptr) notify->enter(depth, index, array, size, notify->extra);
   CSvalueSelector *selector = selectors != nullptr ? selectors[index] : nullptr;
   Level level{{parent, index, {}, {}, false, false}, nullptr, selector, nullptr};

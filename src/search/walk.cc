@@ -69,6 +69,7 @@ bool descend(CSwalk &w) {
   w.down = false;
   CSint *variable = w.selection.next();
   if (variable != nullptr) return openLevel(w, variable) != nullptr;
+  if (!postingHolds()) return false;
   ++w.counts.solutions;
   return false;
 }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Constraints that a host writes itself, in the simplest form: what they are told they refuse.
+#include <algorithm>
+
 #include "catalogue/row.h"
+#include "koru_extras.h"
 
 namespace koru::catalogue {
 namespace {
@@ -32,6 +35,17 @@ Row hears(const char *name, int value, const char *site) {
   return row;
 }
 
+// Hears of every change, and refuses what is complete.
+bool refuseComplete(CSint **array, int size, void *) { return !std::all_of(array, array + size, cs_isInstantiated); }
+
+struct RunsUntilComplete {
+  static constexpr int kLine = __LINE__ + 2;
+  static Answer call(const Actual *a) {
+    const bool posted = cs_eventRun(a[0].variables, static_cast<int>(a[1].number), refuseComplete, nullptr);
+    return answer(posted);
+  }
+};
+
 // x = 1 and y = 2 are not both to be.
 struct ForbidsOneTwo {
   static constexpr int kLine = __LINE__ + 3;
@@ -51,6 +65,12 @@ const Row kRows[] = {
     hears<cs_eventNewMin, acceptNoChange>("cs_eventNewMin", 9, "cs_eventNewMin"),
     hears<cs_eventNewMax, acceptNoChange>("cs_eventNewMax", 0, "cs_eventNewMax"),
     hears<cs_eventNeq, acceptNoChange>("cs_eventNeq", -5, "cs_eventNewMax"),
+    {.name = "cs_eventRun",
+     .kinds = "an",
+     .door = {RunsUntilComplete::call, RunsUntilComplete::kLine, false, __FILE__},
+     .meaning = [](const Terms &) { return false; },
+     .consistency = Consistency::kNone,
+     .example = {{1, 2, 0}}},
     {.name = "cs_createNoGoodSet",
      .kinds = "an",
      .door = {ForbidsOneTwo::call, ForbidsOneTwo::kLine, false, __FILE__},

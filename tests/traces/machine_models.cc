@@ -59,6 +59,7 @@ void Machine::tellSolutions(const Line &line, Before &before) {
   if (row.group == Group::kSearch || row.group == Group::kNoGood) observeSearch(line, before.depth);
   if (row.group == Group::kEvent && row.result == 'b' && answer_ == 0) effect(before.depth);
   if (row.name == std::string_view("cs_selectValue")) effect(before.depth);
+  if (row.name == std::string_view("cs_endPosting") && answer_ == 0) effect(0);
   world_.solutions.follow(solver::contexts.count());
 }
 

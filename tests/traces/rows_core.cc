@@ -136,11 +136,15 @@ const Row kRows[] = {
     {"cs_backtrackExt", '-', "vis", kContext, 2, call<cs_backtrackExt>},
 
     {"cs_eventAllKnown", 'b', "ansx", kEvent, 3, call<cs_eventAllKnown>},
+    {"cs_eventRun", 'b', "ansx", kEvent, 3, call<cs_eventRun>},
     {"cs_eventKnown", 'b', "ansx", kEvent, 3, call<cs_eventKnown>},
     {"cs_eventNewMin", '-', "ansx", kEvent, 3, call<cs_eventNewMin>},
     {"cs_eventNewMax", '-', "ansx", kEvent, 3, call<cs_eventNewMax>},
     {"cs_eventNeq", '-', "ansx", kEvent, 3, call<cs_eventNeq>},
     {"cs_eventConflict", '-', "ansx", kEvent, 3, call<cs_eventConflict>},
+
+    {"cs_beginPosting", 'b', "", kContext, 2, call<cs_beginPosting>},
+    {"cs_endPosting", 'b', "", kContext, 3, call<cs_endPosting>},
 
     {"cs_createNoGoodSet", 'g', "ansi", kNoGood, 3, createSet},
     {"cs_addNoGood", '-', "gkkkn", kNoGood, 5, addNoGood},

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "core/solver.h"
+#include "koru_extras.h"
 #include "profiler/profiler.h"
 #include "support/kit/written_text.h"
 #include "support/memory/scenario.h"
@@ -35,6 +36,8 @@ void addRegistrations(Scenarios &scenarios) {
     const auto name = [letters](const char *function) { return std::string(function) + "/" + letters; };
     scenarios.add(name("cs_eventAllKnown"),
                   [letters, n](Stage &s) { return cs_eventAllKnown(s.array(letters), n, allKnown, nullptr); });
+    scenarios.add(name("cs_eventRun"),
+                  [letters, n](Stage &s) { return cs_eventRun(s.array(letters), n, allKnown, nullptr); });
     scenarios.add(name("cs_eventKnown"),
                   [letters, n](Stage &s) { return cs_eventKnown(s.array(letters), n, known, nullptr); });
     for (const auto &[function, post] : kBounds) {
@@ -55,7 +58,21 @@ bool deriveNext(int value, int index, CSint **array, int size, void *) {
   return half != nullptr && cs_Eq(cs_Add(half, half), array[1]) && cs_GT(array[1], value) && size == 2;
 }
 
+// A run that creates and posts: y is even.
+bool makeEven(CSint **array, int size, void *) {
+  CSint *half = cs_createCSint(0, 4);
+  return half != nullptr && cs_Eq(cs_Add(half, half), array[1]) && size == 2;
+}
+
 void addPostingCallbacks(Scenarios &scenarios) {
+  scenarios.add("callback/run-posts", [](Stage &s) {
+    return cs_eventRun(s.array("xy"), 2, makeEven, nullptr) && cs_getMax(s.y) == 8 && cs_GE(s.y, 3) &&
+           cs_getMin(s.y) == 4;
+  });
+  scenarios.add("callback/run-waits-for-the-end", [](Stage &s) {
+    return cs_beginPosting() && cs_eventRun(s.array("xy"), 2, makeEven, nullptr) && cs_GE(s.y, 3) &&
+           cs_getMin(s.y) == 3 && cs_endPosting() && cs_getMin(s.y) == 4;
+  });
   scenarios.add("callback/posts", [](Stage &s) {
     return cs_eventKnown(s.array("xy"), 2, deriveNext, nullptr) && cs_EQ(s.x, 3) && cs_getMin(s.y) == 4;
   });

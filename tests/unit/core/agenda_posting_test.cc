@@ -107,6 +107,28 @@ TEST_F(AgendaPostingTest, AFailureThatNobodyWasToldOfLetsSearchesFindNothing) {
   EXPECT_TRUE(cs_search(&y, 1, cs_findFreeVar));
 }
 
+// No context is opened then, which would end the posting.
+TEST_F(AgendaPostingTest, SearchesWithNothingToChooseFindNothingEither) {
+  ASSERT_TRUE(cs_beginPosting());
+  EXPECT_TRUE(postRunner(1, {x}, Rank::kLinear, [] { return false; }));
+  const auto none = [](CSint **, int) { return -1; };
+  CSint *const fixed = CSINT(3);
+  CSint *array[] = {fixed};
+  EXPECT_FALSE(cs_search(array, 1, cs_findFreeVar));
+  EXPECT_FALSE(cs_findAll(array, 1, cs_findFreeVar, [](CSint **, int) { ADD_FAILURE(); }));
+  EXPECT_FALSE(cs_minimize(array, 1, cs_findFreeVar, fixed, nullptr));
+  EXPECT_FALSE(cs_searchCriteria(array, 1, none, [](int, int) { return 0; }));
+  EXPECT_FALSE(cs_searchMatrix(
+      nullptr, 0, 0, [](CSint ***, int, int) { return -1; }, [](int, CSint **, int) { return -1; },
+      [](int, int, int) { return 0; }));
+  EXPECT_FALSE(cs_searchValueSelectorFail(array, nullptr, 1, none, 0, nullptr));
+  CSwalk *walk = cs_openWalk(array, 1, cs_findFreeVar);
+  EXPECT_EQ(cs_goWalk(walk, 10, true), CS_STATUS_EXHAUSTED);
+  EXPECT_TRUE(cs_closeWalk(walk));
+  EXPECT_FALSE(cs_endPosting());
+  EXPECT_TRUE(cs_search(array, 1, cs_findFreeVar));
+}
+
 TEST_F(AgendaPostingTest, ARestoreHealsWhatNobodyWasToldOf) {
   cs_saveContext();
   ASSERT_TRUE(cs_beginPosting());
