@@ -1166,7 +1166,7 @@ typedef struct CSexplanation {
 typedef struct CSexplainOptions {
   size_t size;            /**< sizeof(CSexplainOptions) */
   bool nearest;           /**< what would have to go: a set of postings without which there is a solution, and of which
-                               none could stay */
+                               none could stay (a minimal correction set; another one may have fewer postings) */
   int maxChecks;          /**< limit on calls of the model; 0: none */
   long long milliseconds; /**< limit on time, looked at between two calls; 0: none */
   void (*placesKnown)(const CSexplanation *explanation, void *extra); /**< called once when the places are known and the
@@ -1236,6 +1236,67 @@ typedef struct CSstep {
  * leaves no context. Cost: that of the decisions.
  */
 KORU_API int cs_goToNode(const CSstep *path, int n);
+
+/* ==================================================================================================================
+ * 20. Why a value is gone
+ *
+ * Which line of the program has taken a value out of a domain, and what had made it do so:
+ *
+ *     cs_recordRemovals(true);
+ *     ... variables, constraints, perhaps cs_goToNode ...
+ *     const CSremovals *why = cs_whyRemoved(x, 3);
+ *     cs_writeRemovals(why, stdout);
+ *     cs_freeRemovals(why);
+ *
+ *     x != 3  cs_Neq  model.c:20    ok = ok && cs_Neq(x, y);
+ *     y = 3  cs_Lt  model.c:24    ok = ok && cs_Lt(z, y);
+ *     z >= 2  cs_GE  model.c:31    ok = ok && cs_GE(z, 2);
+ *
+ * The first step took the value away. Each further one is the change that the step before was an answer to, the last
+ * one a posting's own or a decision of a search. So the steps are a chain of wake-ups, not a proof: what a constraint
+ * knew besides of its other variables is not in it (cs_explainFailure has sets of postings that suffice).
+ * ================================================================================================================ */
+
+/** A change of a domain, and who made it. The texts belong to the CSremovals. */
+typedef struct CSremoval {
+  CSint *variable;
+  CSvalueSelection change; /**< what the domain was narrowed to: to be =, !=, <= or >= a value */
+  bool bySearch;           /**< while a search ran, by no constraint: a decision, or a bound on an objective */
+  const char *function;    /**< that posted who made it, as "cs_Neq"; empty where it is not known, and of a search */
+  const char *file;        /**< and where, as in CSreason */
+  int line;
+  const char *caller;
+} CSremoval;
+
+/** Why a value is gone. It may outlive the solver, but for writing it. */
+typedef struct CSremovals {
+  int size; /**< 0: the variable has the value, never had it, or nobody recorded when it went */
+  const CSremoval *steps;
+} CSremovals;
+
+/**
+ * Record changes of domains from now on, until the solver ends or @p on is false, which forgets them. What a restored
+ * context takes back is forgotten too; what was changed before, and what cs_acceptContext made permanent inside a
+ * context that is restored, is not known. A host's locator is asked at each call that restricts, too. Cost: while it is
+ * off, a test for each posting. While it is on, propagation takes about twice as long, and each change 24 bytes.
+ * Deliberate: statistics of memory and of the trail count what the record needs.
+ * @return false without a solver, within a callback or a search, and when memory is exhausted (CS_ERR_MEMORY is
+ * reported).
+ */
+KORU_API bool cs_recordRemovals(bool on);
+
+/**
+ * Find out who has taken @p value from @p v; in a callback also.
+ * @return the steps, to be freed by cs_freeRemovals; null for a null variable, when nothing is recorded, and when
+ * memory is exhausted, now (CS_ERR_MEMORY is reported) or while it was recorded. Cost: linear in the number of changes.
+ */
+KORU_API const CSremovals *cs_whyRemoved(CSint *v, int value);
+
+/** Write a line for each step to @p f, with the line of the source where it can be read. Nothing for null. */
+KORU_API void cs_writeRemovals(const CSremovals *removals, FILE *f);
+
+/** Free them. Null is ignored. */
+KORU_API void cs_freeRemovals(const CSremovals *removals);
 
 #ifdef __cplusplus
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) The Koru authors
 //
-// Part of koru.hpp: why a model has no solution, by cs_explainFailure, where more is said.
+// Part of koru.hpp: why a model has no solution, by cs_explainFailure, where more is said; and at the end why a value
+// is gone, by cs_whyRemoved.
 //
 //     auto why = koru::explain([](koru::Model &m) {
 //       auto x = m.ints(3, 0, 9);
@@ -146,6 +147,49 @@ KORU_APART inline Explanation explain(const std::function<void(Model &)> &build,
   if (explaining.thrown) std::rethrow_exception(explaining.thrown);
   if (!e) throw std::logic_error("koru: nothing can be explained here");
   return detail::copyOf(*e);
+}
+
+/// A change of a domain, and who made it.
+struct Removal {
+  std::string variable;  ///< its name
+  std::string relation;  ///< to the value: "=", "!=", "<=" or ">="
+  int value = 0;
+  bool by_search = false;  ///< a decision, or a bound on an objective
+  std::string function{};  ///< of the C interface; empty for a search, and where it is not known
+  std::string file{};
+  int line = 0;
+  std::string caller{};
+};
+
+KORU_APART inline std::ostream &operator<<(std::ostream &out, const Removal &r) {
+  out << r.variable << ' ' << r.relation << ' ' << r.value << "  ";
+  if (r.function.empty()) return out << (r.by_search ? "a search" : "not known by whom");
+  return out << r.function << "  " << r.file << ':' << r.line;
+}
+
+/// Records who changes domains from here on, by the lines that post; see cs_recordRemovals. Throws std::logic_error
+/// within a callback or a search.
+KORU_APART inline void record_removals(Model &m, bool on = true) {
+  m.use();
+  if (on) m.name_places();
+  if (!cs_recordRemovals(on)) throw std::logic_error("koru: removals cannot be recorded here");
+}
+
+/// Who has taken the value from the variable, and what had made it do so, back to a posting or a decision; nothing for
+/// a value that is there, never was, or went before record_removals. Throws std::logic_error when nothing is recorded.
+KORU_APART inline std::vector<Removal> why_removed(const IntVar &x, int value) {
+  static constexpr const char *relations[] = {"=", "!=", "<=", "<", ">=", ">"};
+  const std::unique_ptr<const CSremovals, decltype(&cs_freeRemovals)> found(cs_whyRemoved(x.get(), value),
+                                                                            cs_freeRemovals);
+  if (!found) throw std::logic_error("koru: removals are not recorded");
+  std::vector<Removal> steps;
+  for (int i = 0; i < found->size; ++i) {
+    const CSremoval &s = found->steps[i];
+    const char *name = cs_getName(s.variable);
+    steps.push_back({name != nullptr ? name : "a variable", relations[s.change.method], s.change.value, s.bySearch,
+                     s.function, s.file, s.line, s.caller});
+  }
+  return steps;
 }
 
 }  // namespace v1

@@ -26,6 +26,8 @@ from .options import (Neighbours, Order, Orders, Phase, Restart, Search, TaskOrd
                       low_half, luby, machine_neighbours, max_value, median_value, middle_value, min_value,
                       most_constrained, prefer, random_neighbours, random_value, regret, set_times, slack, slack_value,
                       slack_wdeg, smallest, smallest_min, task_neighbours, window_neighbours)
+from .reasons import (Explained, Explanation, Infeasible, Reason, Removal, explain, record_removals, solve,
+                      why_removed)
 from .results import Result, Solution, Statistics, Status
 from .schedules import alternative, cumulative, disjunctive, either_before, no_overlap, precedence, reservoir, span, transitions
 from .search import Solutions
@@ -33,5 +35,5 @@ from .variables import IntVar, columns, rows
 
 __version__ = version
 __all__ = [name for name in dir() if not name.startswith("_") and name not in (
-    "constraints", "display", "expressions", "model", "options", "posting", "results", "schedules", "search", "state", "sum",
-    "variables", "version")]
+    "constraints", "display", "expressions", "model", "options", "posting", "reasons", "results", "schedules", "search",
+    "state", "sum", "variables", "version")]

@@ -64,9 +64,46 @@ class TaskOrders(ctypes.Structure):
     _fields_ = [("first", c_void_p), ("starts", c_void_p * 2), ("durations", c_void_p * 2), ("machine", c_int)]
 
 
+ModelFunction = CFUNCTYPE(c_int, c_void_p)
+
+
+class Reason(ctypes.Structure):
+    """CSreason."""
+
+    _fields_ = [("function", c_char_p), ("file", c_char_p), ("line", c_int), ("caller", c_char_p), ("number", c_int),
+                ("numberOf", c_int), ("position", c_int)]
+
+
+class Explanation(ctypes.Structure):
+    """CSexplanation."""
+
+    _fields_ = [("status", c_int), ("nearest", c_bool), ("size", c_int), ("reasons", POINTER(Reason)), ("places", c_int),
+                ("allPostings", c_int), ("allPlaces", c_int), ("checks", c_int)]
+
+
+class ExplainOptions(ctypes.Structure):
+    """CSexplainOptions."""
+
+    _fields_ = [("size", c_size_t), ("nearest", c_bool), ("maxChecks", c_int), ("milliseconds", c_longlong),
+                ("placesKnown", c_void_p), ("extra", c_void_p)]
+
+
+class Removal(ctypes.Structure):
+    """CSremoval."""
+
+    _fields_ = [("variable", c_void_p), ("change", ValueSelection), ("bySearch", c_bool), ("function", c_char_p),
+                ("file", c_char_p), ("line", c_int), ("caller", c_char_p)]
+
+
+class Removals(ctypes.Structure):
+    """CSremovals."""
+
+    _fields_ = [("size", c_int), ("steps", POINTER(Removal))]
+
+
 TYPES = {
     "void": None, "bool": c_bool, "int": c_int, "long": c_longlong, "size": c_size_t, "text": c_char_p,
-    "pointer": c_void_p, "ErrorHandler": ErrorHandler, "Locator": Locator, "Run": Run}
+    "pointer": c_void_p, "ErrorHandler": ErrorHandler, "Locator": Locator, "Run": Run, "Model": ModelFunction}
 
 #: Results, names and parameters, in the words of TYPES. Arrays and structures are pointers.
 SIGNATURES = """
@@ -181,6 +218,11 @@ bool cs_Alternative pointer pointer pointer pointer pointer pointer int
 bool cs_Span pointer pointer pointer pointer pointer pointer int
 bool cs_NoOverlap pointer pointer pointer pointer int
 bool cs_Reservoir pointer pointer pointer int int int int
+pointer cs_explainFailure Model pointer pointer
+void cs_freeExplanation pointer
+bool cs_recordRemovals bool
+pointer cs_whyRemoved pointer int
+void cs_freeRemovals pointer
 """
 # Comparisons tied to a truth value: with a variable, and with an int.
 SIGNATURES += "".join(f"bool cs_{name}{tie} pointer pointer pointer\nbool cs_{name.upper()}{tie} pointer pointer int\n"

@@ -59,6 +59,9 @@ class Agenda {
   // The end of that has failed, and the host has not been told.
   bool untold() const { return (state_ & kUntold) != 0; }
   void setUntold(bool untold) { turn(kUntold, untold); }
+  // Somebody watches (core/ports), and is told before a context is opened.
+  bool watched() const { return (state_ & kWatched) != 0; }
+  void setWatched(bool watched) { turn(kWatched, watched); }
   bool postingUnsettled() const { return (state_ & (kPosting | kUntold)) != 0; }
 
  private:
@@ -67,7 +70,7 @@ class Agenda {
     Deferred *last = nullptr;
   };
 
-  enum : unsigned { kDue = 1, kPosting = 2, kUntold = 4, kQuiet = 8 };
+  enum : unsigned { kDue = 1, kPosting = 2, kUntold = 4, kQuiet = 8, kWatched = 16 };
 
   void append(Deferred &record);
   void turn(unsigned flag, bool on) { state_ = on ? state_ | flag : state_ & ~flag; }

@@ -4,6 +4,7 @@
 #include "core/check.h"
 #include "core/context_stack.h"
 #include "core/lifetime.h"
+#include "core/ports.h"
 #include "core/posting_phase.h"
 #include "core/queue.h"
 #include "core/refusal.h"
@@ -23,6 +24,7 @@ void restoreTo(const ContextMark &mark) {
 
 void acceptDownTo(const ContextMark &mark, int left) {
   if constexpr (kChecked) check::noteAccept();
+  if (solver::ports.watched) solver::ports.tellMarks();
   if (left > 0 && solver::trail.count() > mark.trailMark) solver::acceptedInside = true;
   solver::trail.discardTo(mark.trailMark);
 }
@@ -57,6 +59,7 @@ void settle() {
   solver::agenda.hush(nullptr);
   if (solver::agenda.posting()) endPosting();
   if (!solver::events.empty() || solver::agenda.due()) propagate();
+  if (solver::agenda.watched()) solver::ports.tellMarks();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/ports.h"
 
+#include "core/agenda.h"
 #include "core/lifetime.h"
 
 namespace koru {
@@ -19,9 +20,12 @@ void Ports::remove(Observer *observer) {
 }
 
 void Ports::refreshProfiling() {
-  profiling = false;
-  for (const Observer *observer = observers_; observer != nullptr; observer = observer->next)
+  profiling = watched = false;
+  for (const Observer *observer = observers_; observer != nullptr; observer = observer->next) {
     profiling = profiling || observer->enabled;
+    watched = watched || (observer->enabled && observer->watch != nullptr);
+  }
+  solver::agenda.setWatched(watched);
   solver::attention = profiling || solver::censor.leavesOut != nullptr;
 }
 
@@ -36,6 +40,41 @@ const char *Ports::locatorText() const {
   const HostAsked asked;
   const char *text = locator.text(locator.argument);
   return text != nullptr ? text : "";
+}
+
+const char *Ports::askText(const Poster &poster) const {
+  announce(poster);
+  return locatorText();
+}
+
+namespace {
+
+template <class Tell>
+void tellEach(const Observer *observer, const Tell &tell) {
+  for (; observer != nullptr; observer = observer->next)
+    if (observer->enabled && observer->watch != nullptr) tell(*observer->watch, observer->argument);
+}
+
+}  // namespace
+
+void Ports::tellBegin(const Waking &waking) const {
+  tellEach(observers_, [&](const Watch &watch, void *argument) { watch.begins(argument, waking); });
+}
+
+void Ports::tellEnd() const {
+  tellEach(observers_, [](const Watch &watch, void *argument) { watch.ends(argument); });
+}
+
+void Ports::tellPosts(const Poster &poster) const {
+  tellEach(observers_, [&](const Watch &watch, void *argument) {
+    if (watch.posts != nullptr) watch.posts(argument, poster);
+  });
+}
+
+void Ports::tellMarks() const {
+  tellEach(observers_, [](const Watch &watch, void *argument) {
+    if (watch.marks != nullptr) watch.marks(argument);
+  });
 }
 
 void Ports::resetLocator() {

@@ -15,12 +15,30 @@ class Site;
 struct Constraint;
 struct Poster;
 
+// A handler or run, and the event that it is called for: of a run the latest one, if there was any.
+struct Waking {
+  CSint *variable;
+  int code;
+  int value;
+  Site *site;
+};
+
+// What an observer may be told besides: where handlers and runs begin and end, one inside the other; what the host
+// calls; and that a context is about to be opened or accepted. The last two may be null.
+struct Watch {
+  void (*begins)(void *argument, const Waking &waking);
+  void (*ends)(void *argument);
+  void (*posts)(void *argument, const Poster &poster);
+  void (*marks)(void *argument);
+};
+
 struct Observer {
   void (*notify)(void *argument, bool consistent, CSint *variable, int code, Site *site);
   void (*release)(void *argument);  // called by cs_end for those not removed by then; may be null
   void *argument;
   bool enabled;
   Observer *next;
+  const Watch *watch = nullptr;
 };
 
 struct Locator {
@@ -43,7 +61,9 @@ struct Censor {
 
 class Ports {
  public:
-  bool profiling = false;  // some observer is enabled
+  bool profiling = false;       // some observer is enabled
+  bool watched = false;         // one that has a watch
+  Observer *journal = nullptr;  // of changes (explain/journal), when there is one
   Locator locator;
   FailureListener failureListener;
 
@@ -52,6 +72,23 @@ class Ports {
   void refreshProfiling();  // to be called when an observer's `enabled` has changed, and when these ports are others
   void notify(bool consistent, CSint *variable, int code, Site *site) const;
   const char *locatorText() const;  // null without a locator of the host's
+  // The same for a posting that begins.
+  const char *textFor(const Poster &poster) const {
+    if (locator.text == nullptr && !watched) [[likely]]
+      return nullptr;
+    return askText(poster);
+  }
+  // Of a posting that changes domains before it asks for its text.
+  void announce(const Poster &poster) const {
+    if (watched) [[unlikely]]
+      tellPosts(poster);
+  }
+
+  [[gnu::cold, gnu::noinline]] const char *askText(const Poster &poster) const;
+  void tellBegin(const Waking &waking) const;
+  void tellEnd() const;
+  void tellPosts(const Poster &poster) const;
+  void tellMarks() const;
 
   // For cs_end.
   void resetLocator();
@@ -75,6 +112,22 @@ inline KORU_STATE FailureListener failureRecorder;  // told before any other
 inline KORU_STATE bool attention = false;           // profiling, or a censor: doors look closer at who calls
 
 }  // namespace solver
+
+// Tells those that watch of a handler or run, which may end by an exception of the host's.
+class Watched {
+ public:
+  explicit Watched(const Waking &waking) : told_(solver::ports.watched) {
+    if (told_) solver::ports.tellBegin(waking);
+  }
+  Watched(const Watched &) = delete;
+  Watched &operator=(const Watched &) = delete;
+  ~Watched() {
+    if (told_) solver::ports.tellEnd();
+  }
+
+ private:
+  bool told_;
+};
 
 // None: Censor{}.
 void setCensor(const Censor &censor);

@@ -13,7 +13,7 @@ namespace koru {
 Posting::Posting(const Poster &poster) {
   if constexpr (kChecked) ++solver::checked.posters;
   if (!solver::initialised) return;
-  site_ = Site::create(poster, solver::ports.locatorText());
+  site_ = Site::create(poster, solver::ports.textFor(poster));
   if (site_ == nullptr) return;
   site_->references = 1;
   consistent_ = true;

@@ -57,13 +57,18 @@ template <EventCode code>
   }
 }
 
+bool callWatched(const EventRecord &event, Entry *entry, Arguments arguments) {
+  const Watched watched({event.variable, event.code, event.value, entry->constraint->site});
+  return call(event, event.code, entry, arguments);
+}
+
 // While someone profiles, slots that do nothing are called like all others, because their calls are counted.
 Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments, Entry *&listener) {
   const unsigned slot = 1U << event.code;
   for (; entry != nullptr; entry = entry->next) {
     if ((entry->heard & slot) != 0 || (solver::ports.profiling && entry->constraint->flags == kWoken)) {
       ++solver::queue.wakings;
-      if (!call(event, event.code, entry, arguments)) return entry;
+      if (!callWatched(event, entry, arguments)) return entry;
       if (solver::ports.profiling) solver::ports.notify(true, event.variable, event.code, entry->constraint->site);
     } else if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) {
       listener = entry;
@@ -204,9 +209,14 @@ bool callRun(Queue &queue, Constraint *c) {
   return consistent;
 }
 
+bool callRunWatched(Queue &queue, Constraint *c, const Latest &latest) {
+  const Watched watched({latest.event.variable, latest.code, latest.event.value, c->site});
+  return callRun(queue, c);
+}
+
 bool runFirst(Queue &queue, Deferred &record, const Latest &latest, Entry *listener) {
   Constraint *c = record.constraint;
-  if (!callRun(queue, c)) {
+  if (!callRunWatched(queue, c, latest)) {
     if (latest.code != kNoCode) tellListeners(latest.event, listener, {latest.event.value, latest.event.value});
     abandon(queue, latest.event.variable, latest.code, c);
     return false;

@@ -21,6 +21,7 @@ void noteRefusal() {
 }
 
 bool askCensor(const char *constantName, const void *caller) {
+  if (solver::ports.watched) solver::ports.tellPosts({constantName, caller});
   const Censor &censor = solver::censor;
   if (censor.leavesOut == nullptr || !solver::initialised || solver::contexts.count() > 0 || !hostHasCalled())
     return false;

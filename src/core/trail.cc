@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/trail.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "core/context_stack.h"
@@ -132,14 +133,15 @@ void Trail::undo(const TrailRecord &record) {
 }
 
 [[gnu::noinline]] void Trail::undoRest(int mark) {
-  ++undoing_;
+  ++others_;
   ++readers_;
   while (count() > mark) {
     undo(*pop());
     undoDomains(mark);
   }
-  --undoing_;
+  --others_;
   --readers_;
+  seen_ = std::min(seen_, mark);
   ++solver::closings;
 }
 
@@ -155,6 +157,15 @@ void Trail::discardTo(int mark) {
     if (note->kind == TrailKind::kBuffer) dropShare(note->buffer);
   }
   if (count() > mark) popTo(mark);
+  seen_ = std::min(seen_, mark);
+}
+
+void Trail::setRead(bool read) {
+  const int more = (read ? 1 : 0) - read_;
+  read_ += more;
+  others_ += more;
+  readers_ += more;
+  seen_ = count();
 }
 
 std::uint64_t Trail::bytes() const { return BlockStack::bytes() + notes_.bytes(); }
@@ -162,7 +173,7 @@ std::uint64_t Trail::bytes() const { return BlockStack::bytes() + notes_.bytes()
 void Trail::destroy() {
   notes_.destroy();
   BlockStack::destroy();
-  undoing_ = readers_ = 0;
+  read_ = others_ = readers_ = seen_ = 0;
 }
 
 }  // namespace koru

@@ -78,10 +78,16 @@ class Trail : public BlockStack<TrailRecord> {
   void discardTo(int mark);
 
   // Changes made now, by a callback of the undo, are about to be taken back with the rest.
-  bool undoing() const { return undoing_ > 0; }
+  bool undoing() const { return others_ > read_; }
 
   // How many contexts are open.
-  void setContexts(int open) { readers_ = open + undoing_; }
+  void setContexts(int open) { readers_ = open + others_; }
+
+  // Somebody reads the records as they come, `seen` of them so far, and finds them written also where nobody else
+  // would.
+  void setRead(bool read);
+  int seen() const { return seen_; }
+  void setSeen(int count) { seen_ = count; }
 
   void destroy();
   std::uint64_t bytes() const;
@@ -102,8 +108,10 @@ class Trail : public BlockStack<TrailRecord> {
   }
 
   BlockStack<TrailNote, kNotes> notes_;  // in small blocks, for many models have few of them
-  int undoing_ = 0;                      // undoTo running, one inside the other
+  int read_ = 0;                         // 1 when somebody reads
+  int others_ = 0;                       // the same, and undoTo running, one inside the other
   int readers_ = 0;                      // those, and the contexts that are open
+  int seen_ = 0;
 };
 
 namespace solver {

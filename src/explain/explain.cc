@@ -3,11 +3,11 @@
 //
 // Consistency: exact where the model's answers are.  Cost: the runs; memory linear in the postings.
 // State: none but the censor (core/ports), which is there while the model runs.
-#include <cstring>
 #include <new>
 
 #include "core/solver.h"
 #include "explain/explanation.h"
+#include "explain/place_text.h"
 
 namespace koru::explain {
 
@@ -70,30 +70,11 @@ void explain(CSmodel model, void *extra, const CSexplainOptions &options, const 
 
 // ----- the text
 
-// Of a source that can be read, the line without the blanks around it.
-void writeSource(std::FILE *f, const CSreason &reason) {
-  std::FILE *source = reason.line > 0 ? std::fopen(reason.file, "r") : nullptr;
-  if (source == nullptr) return;
-  char line[160] = "";
-  for (int i = 1; i <= reason.line;) {
-    if (std::fgets(line, sizeof line, source) == nullptr) {
-      line[0] = '\0';  // there is no such line
-      break;
-    }
-    if (std::strchr(line, '\n') != nullptr) ++i;
-  }
-  std::fclose(source);
-  const char *begin = line + std::strspn(line, " \t");
-  const auto length = static_cast<int>(std::strcspn(begin, "\r\n"));
-  if (length > 0) std::fprintf(f, "    %.*s", length, begin);
-}
-
 void writeReason(std::FILE *f, const CSreason &reason) {
-  std::fputs(reason.file, f);
-  if (reason.line > 0) std::fprintf(f, ":%d", reason.line);
+  writePlace(f, reason.file, reason.line);
   std::fprintf(f, "  %s", reason.function);
   if (reason.numberOf > 1) std::fprintf(f, "  no. %d of %d", reason.number, reason.numberOf);
-  writeSource(f, reason);
+  writeSource(f, reason.file, reason.line);
   std::fputc('\n', f);
 }
 

@@ -1,33 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "explain/explanation.h"
 
-#include <cstdlib>
-#include <cstring>
-
 #include "core/ports.h"
+#include "explain/place_text.h"
 
 namespace koru::explain {
-
-namespace {
-
-// Ends the text at its first tab; what follows, or an empty text.
-char *cutAtTab(char *text) {
-  char *tab = std::strchr(text, '\t');
-  if (tab == nullptr) return text + std::strlen(text);
-  *tab = '\0';
-  return tab + 1;
-}
-
-// "file, line, address, function", separated by tabs; of a text that is none of these, all is the file.
-void split(char *text, CSreason &reason) {
-  char *line = cutAtTab(text);
-  char *address = cutAtTab(line);
-  reason.file = text;
-  reason.line = std::atoi(line);
-  reason.caller = cutAtTab(address);
-}
-
-}  // namespace
 
 bool Explanation::addReason(const Calls &calls, int call) {
   const Place &place = calls.placeOf(call);
@@ -37,7 +14,10 @@ bool Explanation::addReason(const Calls &calls, int call) {
   texts[size] = copy;
   CSreason &reason = list[size++];
   reason = {place.poster.name, nullptr, 0, nullptr, calls[call].number, calls.countAt(calls[call].place), call + 1};
-  split(copy, reason);
+  const PlaceText where(copy);
+  reason.file = where.file;
+  reason.line = where.line;
+  reason.caller = where.caller;
   return true;
 }
 

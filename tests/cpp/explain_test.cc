@@ -106,5 +106,45 @@ TEST(CppExplain, IsWritten) {
   EXPECT_EQ(text(e), "there is a solution\n");
 }
 
+TEST(CppRemovals, NameTheLines) {
+  Model m;
+  koru::record_removals(m);
+  const auto x = m.ints(3, 0, 9, "x");
+  const int line = __LINE__;
+  m.post(x[0] < x[1]);
+  m.post(x[1] < x[2]);
+  m.post(x[0] >= 3, x[2] != 7);
+  const std::vector<koru::Removal> steps = koru::why_removed(x[2], 4);
+  ASSERT_EQ(steps.size(), 3U);
+  EXPECT_EQ(steps[0].variable + steps[0].relation, "x[2]>=");
+  EXPECT_EQ(steps[0].value, 5);
+  EXPECT_EQ(steps[0].line, line + 2);
+  EXPECT_EQ(steps[1].line, line + 1);
+  EXPECT_EQ(steps[2].line, line + 3);
+  EXPECT_EQ(steps[2].function, "cs_GE");
+  std::ostringstream text;
+  text << steps[2];
+  EXPECT_EQ(text.str().rfind("x[0] >= 3  cs_GE  ", 0), 0U);
+  EXPECT_TRUE(koru::why_removed(x[2], 8).empty());
+  koru::record_removals(m, false);
+  EXPECT_THROW(koru::why_removed(x[2], 4), std::logic_error);
+}
+
+TEST(CppRemovals, NameASearch) {
+  Model m;
+  koru::record_removals(m);
+  const auto x = m.ints(2, 0, 1);
+  m.post(x[0] != x[1]);
+  koru::Solutions solutions = m.solutions({.vars = x});
+  ASSERT_TRUE(solutions.begin() != solutions.end());
+  const std::vector<koru::Removal> steps = koru::why_removed(x[1], 0);
+  ASSERT_EQ(steps.size(), 2U);
+  EXPECT_EQ(steps[0].variable, "a variable");
+  EXPECT_TRUE(steps[1].by_search);
+  std::ostringstream text;
+  text << steps[1];
+  EXPECT_EQ(text.str(), "a variable = 0  a search");
+}
+
 }  // namespace
 }  // namespace cpp_test

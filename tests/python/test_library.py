@@ -11,7 +11,7 @@ from koru import _library, expressions, options, results
 
 ROOT = Path(__file__).resolve().parents[2]
 FOLDER = Path(koru.__file__).resolve().parent
-WORDS = {"CSerrHandler": "ErrorHandler", "CSprofilerLocator": "Locator", "CSeventAllKnownCallback": "Run", "void": "void",
+WORDS = {"CSerrHandler": "ErrorHandler", "CSprofilerLocator": "Locator", "CSeventAllKnownCallback": "Run", "CSmodel": "Model", "void": "void",
          "bool": "bool", "int": "int", "long long": "long", "size_t": "size", "CSstatus": "int"}
 TEXTS = {"const char *", "char *"}
 
@@ -50,6 +50,8 @@ class Headers(unittest.TestCase):
         statuses = {names.get(n[10:], n[10:]): v for n, v in numbers.items() if n.startswith("CS_STATUS_")}
         self.assertEqual(statuses.pop("REFUSED"), 10)
         self.assertEqual({s.name: s.value for s in results.Status}, statuses)
+        explained = {n[13:]: v for n, v in numbers.items() if n.startswith("CS_EXPLAINED_")}
+        self.assertEqual({e.name: e.value for e in koru.Explained}, explained)
         orders = {"input_order": "INPUT"}
         for name in ("input_order", "smallest", "largest", "smallest_min", "largest_max", "regret", "most_constrained",
                      "dom_wdeg", "activity"):
@@ -65,9 +67,12 @@ class Headers(unittest.TestCase):
 
     def test_fields(self):
         text, _ = prototypes()
-        for structure, name in ((_library.SearchOptions, "CSsearchOptions"), (_library.SearchStats, "CSsearchStats")):
+        for structure, name in ((_library.SearchOptions, "CSsearchOptions"), (_library.SearchStats, "CSsearchStats"),
+                                (_library.ExplainOptions, "CSexplainOptions"), (_library.Reason, "CSreason"),
+                                (_library.Explanation, "CSexplanation"), (_library.Removal, "CSremoval"),
+                                (_library.Removals, "CSremovals")):
             body = re.search(r"typedef struct " + name + r" \{(.*?)\}", text, re.S).group(1)
-            self.assertEqual([field for field, _ in structure._fields_], re.findall(r"(\w+);", body))
+            self.assertEqual([field for field, _ in structure._fields_], re.findall(r"(\w+)(?:\)\([^;]*\))?;", body))
 
 
 class Sources(unittest.TestCase):

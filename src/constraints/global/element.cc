@@ -202,6 +202,7 @@ static bool fillTable(Element &c) {
 
 static CSint *post(const Poster &poster, CSint *index, const int *values, int n) {
   if (n == 0 || index == nullptr || values == nullptr) return nullptr;
+  solver::ports.announce(poster);
   if (!narrowMin(index, 0) || !narrowMax64(index, std::int64_t{n} - 1)) return nullptr;
   CSint *value = createReached(index, values, n);
   if (value == nullptr) return nullptr;
