@@ -7,6 +7,7 @@
 #include <ctime>
 #include <new>
 
+#include "minizinc/explaining.h"
 #include "minizinc/parser.h"
 #include "minizinc/portfolio.h"
 #include "minizinc/profiling.h"
@@ -26,6 +27,11 @@ long long millisecondsSince(Clock::time_point start) { return static_cast<long l
   static constexpr char kText[] = "fzn-koru: memory exhausted\n";
   std::fwrite(kText, 1, sizeof kText - 1, stderr);
   std::_Exit(1);
+}
+
+// Of the time limit; 0: there is none.
+long long remaining(const Options &options, Clock::time_point start) {
+  return options.milliseconds > 0 ? std::max(1LL, options.milliseconds - millisecondsSince(start)) : 0;
 }
 
 bool readFile(Syntax &syntax) {
@@ -65,6 +71,8 @@ int solve(const Syntax &syntax, const Options &options, Clock::time_point start,
   profiling.write();
   if (report.isStopping()) std::_Exit(right ? 0 : 1);  // undoing and freeing may take long
   cs_end();
+  if (options.explain && report.isUnsatisfiable() && !explainFailure(syntax, remaining(options, start), mistake))
+    return complain(describe(syntax, mistake));
   return right ? 0 : 1;
 }
 
@@ -79,6 +87,7 @@ int main(int argc, char **argv) {
   if (options.help) return std::fputs(kUsage, stdout) < 0;
   // Threads do not outlive forking: several processes are watched from then on.
   Report report(options);
+  if (options.explain) options.processes = 1;
   if (options.processes <= 1) report.watch(options.milliseconds);
   Syntax syntax;
   syntax.file = options.file;
@@ -86,7 +95,7 @@ int main(int argc, char **argv) {
   Mistake mistake;
   if (!parse(syntax, mistake)) return complain(describe(syntax, mistake));
   if (options.processes <= 1) return solve(syntax, options, start, report);
-  if (options.milliseconds > 0) options.milliseconds = std::max(1LL, options.milliseconds - millisecondsSince(start));
+  options.milliseconds = remaining(options, start);
   const auto solveBy = [&](const Options &how) {
     Report own(how);
     own.watch(how.milliseconds);

@@ -3,15 +3,27 @@
 // a constraint that makes a variable comes before those that use it, then all are posted.
 #include "minizinc/model.h"
 
+#include <climits>
+#include <unordered_set>
+
 namespace koru::fzn {
 
-bool Model::post() {
+bool Model::post(Definitions definitions) {
+  definitions_ = definitions;
+  posting_ = true;
+  const bool posted = postAll();
+  posting_ = false;
+  return posted;
+}
+
+bool Model::postAll() {
   for (const Constraint &c : syntax_.constraints) {
     if (isAlias(c)) variables.unite(syntax_.list(c.arguments)[0], syntax_.list(c.arguments)[1]);
   }
   variables.settle();
   if (!look() || variables.isInconsistent()) return false;
   findDefinitions();
+  if (definitions_ == Definitions::kRelations && !makeBounded()) return false;
   cs_beginPosting();
   for (const std::uint32_t number : order()) {
     if (!postOne(number)) return false;
@@ -22,7 +34,7 @@ bool Model::post() {
 // --- Names and arguments ---
 
 bool Model::isAlias(const Constraint &c) const {
-  if (c.arguments.count != 2) return false;
+  if (definitions_ == Definitions::kRelations || c.arguments.count != 2) return false;
   const std::string_view name = syntax_.name(c.at);
   if (name != "bool2int" && name != "int_eq" && name != "bool_eq") return false;
   const std::span<const Expr> arguments = syntax_.list(c.arguments);
@@ -124,6 +136,7 @@ void Model::findDefinitions() {
     const Expr &defined = syntax_.list(defines->part)[0];
     if (!checkArgument(defined, 'x')) continue;
     const Operand o = variables.operand(defined);
+    if (definitions_ == Definitions::kRelations && isBounded(o)) continue;
     if (!o.isConstant && definition_[o.variable] == kNone) definition_[o.variable] = i;
   }
 }
@@ -168,17 +181,43 @@ bool Model::postOne(std::uint32_t number) {
   return posted && !mistake_.isSet() && !variables.isInconsistent();
 }
 
-// Variables without constraints, too, are part of a solution.
-bool Model::makeOthers() {
+template <class Visit>
+void Model::forEachDeclared(Visit visit) {
   for (std::uint32_t i = 0; i < syntax_.declarations.size(); ++i) {
     const Declaration &d = syntax_.declarations[i];
     if (!d.isVar || d.isArray) continue;
     Expr e;
     e.kind = Kind::kDeclared;
     e.number = i;
-    variables.get(variables.operand(e));
+    visit(variables.operand(e));
   }
+}
+
+// Variables without constraints, too, are part of a solution.
+bool Model::makeOthers() {
+  forEachDeclared([this](const Operand &o) { variables.get(o); });
   return !variables.isInconsistent();
+}
+
+bool Model::isBounded(const Operand &o) const {
+  return o.isConstant || (variables.low(o) >= INT_MIN && variables.high(o) <= INT_MAX);
+}
+
+bool Model::makeBounded() {
+  forEachDeclared([this](const Operand &o) {
+    if (isBounded(o)) variables.get(o);
+  });
+  return !variables.isInconsistent();
+}
+
+Array Model::everyVariable() {
+  Array all;
+  std::unordered_set<CSint *> seen;
+  forEachDeclared([&](const Operand &o) {
+    CSint *v = variables.get(o);
+    if (seen.insert(v).second) all.push_back(v);
+  });
+  return all;
 }
 
 }  // namespace koru::fzn

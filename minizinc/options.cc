@@ -22,6 +22,7 @@ const char *const kUsage =
     "  -v             say what is being done, on the standard error stream\n"
     "  --restart R    none, constant, luby or geometric, whatever the model says\n"
     "  --profile FILE write the report of propagator runs, by line of the model\n"
+    "  --explain      of a model without a solution, name the lines that contradict each other\n"
     "  --verify       check every solution before it is printed\n"
     "\n"
     "Exit status: 0, or 1 for a file or an option that cannot be understood, or a solution that is wrong.\n";
@@ -53,14 +54,15 @@ class Reader {
   }
 
   bool isFlag(std::string_view word) {
-    bool *const flag = word == "-a"         ? &o_.all
-                       : word == "-i"       ? &o_.intermediate
-                       : word == "-s"       ? &o_.statistics
-                       : word == "-f"       ? &o_.free
-                       : word == "-v"       ? &o_.verbose
-                       : word == "--verify" ? &o_.verify
-                       : word == "--help"   ? &o_.help
-                                            : nullptr;
+    bool *const flag = word == "-a"          ? &o_.all
+                       : word == "-i"        ? &o_.intermediate
+                       : word == "-s"        ? &o_.statistics
+                       : word == "-f"        ? &o_.free
+                       : word == "-v"        ? &o_.verbose
+                       : word == "--verify"  ? &o_.verify
+                       : word == "--explain" ? &o_.explain
+                       : word == "--help"    ? &o_.help
+                                             : nullptr;
     if (flag != nullptr) *flag = true;
     return flag != nullptr;
   }

@@ -21,6 +21,7 @@ struct Options {
   bool free = false;  // -f: search as the solver likes
   bool verbose = false;
   bool verify = false;           // check every solution before it is printed
+  bool explain = false;          // of a model without a solution, say why
   std::string restarts;          // none, luby, geometric or constant; empty: as the file says
   std::string profile;           // where the profiler's report goes
   bool tellsObjective = false;   // in a line of its own before the end of a solution: for the parent of this process

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The profiler's report, with places in the model that was compiled: "minizinc --keep-paths" hands them on.
+// The profiler's report, with places in the model that was compiled.
 #ifndef KORU_MINIZINC_PROFILING_H
 #define KORU_MINIZINC_PROFILING_H
 
-#include "minizinc/model.h"
+#include <optional>
+
+#include "minizinc/places.h"
 
 namespace koru::fzn {
 
@@ -16,18 +18,10 @@ class Profiling {
   void write() const;
 
  private:
-  static const char *locate(void *self);
-
-  const Syntax &syntax_;
-  const Model &model_;
   const std::string &file_;
+  std::optional<Places> places_;
   CSprofiler *profiler_ = nullptr;
-  std::string place_;
 };
-
-// "FILE<tab>LINE<tab>0<tab>CALLS" for the text of an mzn_path annotation: the innermost place outside of MiniZinc's own
-// library, and what it stands in. Without such a text the constraint's place in the FlatZinc file.
-std::string placeOf(std::string_view path);
 
 }  // namespace koru::fzn
 

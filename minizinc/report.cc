@@ -93,6 +93,7 @@ void Report::end(Outcome outcome) {
   const std::scoped_lock lock(mutex_);
   if (ended_) return;
   write(outcome);
+  unsatisfiable_ = outcome == Outcome::kUnsatisfiable;
   ended_ = true;
 }
 

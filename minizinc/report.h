@@ -45,6 +45,7 @@ class Report {
 
   // Writes what is left to be written. Further calls do nothing.
   void end(Outcome outcome);
+  bool isUnsatisfiable() const { return unsatisfiable_; }
 
  private:
   void guard(long long milliseconds);
@@ -58,6 +59,7 @@ class Report {
   CSsearch *search_ = nullptr;
   std::atomic<bool> stopping_ = false;
   std::atomic<bool> ended_ = false;
+  std::atomic<bool> unsatisfiable_ = false;  // as it was written
   std::thread thread_;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "minizinc/profiling.h"
+#include "minizinc/places.h"
 
 #include "minizinc/tests/support.h"
 
@@ -15,6 +15,15 @@ TEST(FznProfiling, NamesTheInnermostLineOfTheModel) {
 TEST(FznProfiling, LeavesOutLoops) {
   EXPECT_EQ(placeOf("q.mzn|6|1|6|2|ca|forall;q.mzn|6|1|6|2|ac;q.mzn|6|5|6|6|i=7;q.mzn|7|5|6|6|bin|'<';"),
             "q.mzn\t7\t0\tforall > <");
+}
+
+TEST(FznProfiling, TellsTheValuesOfLoopsToWhoAsks) {
+  EXPECT_EQ(
+      placeOf("q.mzn|6|1|6|2|ca|forall;q.mzn|6|1|6|2|ac;q.mzn|6|5|6|6|i=7;q.mzn|6|5|6|6|j=2;q.mzn|7|5|6|6|bin|'='",
+              Places::Loops::kTold),
+      "q.mzn\t7\t0\tforall > = [i=7, j=2]");
+  EXPECT_EQ(placeOf("q.mzn|6|1|6|2|ca|f;/usr/share/minizinc/std/a.mzn|6|5|6|6|k=7", Places::Loops::kTold),
+            "q.mzn\t6\t0\tf");
 }
 
 TEST(FznProfiling, BearsAnyText) {

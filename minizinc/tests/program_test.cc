@@ -39,6 +39,40 @@ TEST(FznProgram, PrintsWhatTheModelsSay) {
   EXPECT_GE(files, 16);
 }
 
+// Each is said by a line of the file when it has no place in a model.
+TEST(FznProgram, ExplainsWhyThereIsNoSolution) {
+  const auto explained = [](const std::string &text) { return solve("--explain", text).output; };
+  EXPECT_EQ(explained("var 1..2: x;\nvar 1..2: y;\nvar 1..2: z;\nconstraint int_ne(x,y);\nconstraint int_ne(y,z);\n"
+                      "constraint int_le(x,y);\nconstraint int_ne(x,z);\nsolve minimize x;"),
+            "=====UNSATISFIABLE=====\n% no solution, because of 3 constraints at 3 lines; 16 checks\n"
+            "% m.fzn:4    constraint int_ne(x,y);\n%   int_ne\n% m.fzn:5    constraint int_ne(y,z);\n%   int_ne\n"
+            "% m.fzn:7    constraint int_ne(x,z);\n%   int_ne\n");
+  EXPECT_EQ(explained("var 1..2: x;\nvar {1,3}: y;\nconstraint bool_eq(true,true);\nconstraint int_eq(x,y);\n"
+                      "constraint int_le(2,x);\nsolve satisfy;"),
+            "=====UNSATISFIABLE=====\n% no solution, because of 3 constraints at 3 lines; 14 checks\n"
+            "% m.fzn:4    constraint int_eq(x,y);\n%   int_eq\n% m.fzn:5    constraint int_le(2,x);\n%   int_le\n"
+            "% domains of variables\n");
+  EXPECT_EQ(explained("var 1..2: x;\nsolve satisfy;"), "----------\n");
+  EXPECT_EQ(explained("var 1..2: x = 3;\nsolve satisfy;"),
+            "=====UNSATISFIABLE=====\n"
+            "% no solution, because of the domains of the variables and what cannot be left out; 3 checks\n");
+}
+
+// Without the last constraint the model is hard: no answer within some fails is as good as one that there is a
+// solution.
+TEST(FznProgram, ExplainsWithLimits) {
+  std::string text;
+  for (int i = 0; i < 12; ++i) text += "var 1..11: x" + std::to_string(i) + ";\n";
+  for (int i = 0; i < 12; ++i)
+    for (int j = 0; j < i; ++j) text += "constraint int_ne(x" + std::to_string(i) + ",x" + std::to_string(j) + ");\n";
+  text += "constraint int_lin_le([1,1],[x0,x1],1);\nsolve satisfy;";
+  for (const char *const options : {"--explain", "-t 20000 --explain"}) {
+    const Ran ran = solve(options, text);
+    EXPECT_NE(ran.output.find("because of 1 constraint at 1 line, perhaps fewer; "), std::string::npos) << ran.output;
+  }
+  EXPECT_NE(solve("-t 1 --explain", text).output.find("=="), std::string::npos);
+}
+
 TEST(FznProgram, RefusesWhatItDoesNotKnowWithOneLine) {
   const auto refusal = [](const std::string &text) {
     const Ran ran = solve("", text);
