@@ -14,6 +14,8 @@ namespace koru::tree {
 
 namespace {
 
+constexpr std::size_t kMostSolutions = 2000;  // the last ones, with their times
+
 template <class Each>
 void writeArray(std::ostream &out, const char *name, std::size_t n, const Each &each) {
   out << ",\n" << quoted(name) << ":[";
@@ -89,10 +91,11 @@ void writeNodes(std::ostream &out, const Tree &tree, const std::vector<int> &cho
 void writeData(std::ostream &out, const Tree &tree, std::size_t most) {
   const std::vector<int> chosen = choose(tree, most);
   const Counts counts = countAt(tree, chosen);
-  out << "{\"nodes\":" << tree.nodes.size();
+  const std::size_t first = tree.solutions.size() - std::min(tree.solutions.size(), kMostSolutions);
+  out << "{\"nodes\":" << tree.nodes.size() << ",\"solutionsInAll\":" << tree.solutions.size();
   writeArray(out, "places", tree.places.size(), [&](std::size_t i) { out << quoted(tree.places[i].text()); });
-  writeArray(out, "solutions", tree.solutions.size(), [&](std::size_t i) {
-    const Solution &s = tree.solutions[i];
+  writeArray(out, "solutions", tree.solutions.size() - first, [&](std::size_t i) {
+    const Solution &s = tree.solutions[first + i];
     out << '[' << counts.shownAs[static_cast<std::size_t>(s.node)] << ',' << s.node << ',' << s.milliseconds;
     if (s.hasWorth) out << ',' << s.worth;
     out << ']';

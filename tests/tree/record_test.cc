@@ -6,6 +6,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -448,6 +449,27 @@ TEST_F(RecordTest, IsRefusedOrReadWhateverIsChanged) {
     for (std::size_t i = 0; i < tree.nodes.size(); ++i) ASSERT_LT(tree.nodes[i].parent, static_cast<int>(i));
   }
   EXPECT_GT(refused, 100);
+}
+
+// Twelve bytes for a level of ten values, so that trees are deep and wide.
+TEST_F(RecordTest, AMillionNodesAreReadInSecondsAndInLittleMemory) {
+  std::string bytes = "koru-tree 1\n\xcb";
+  bytes += '\0';
+  int nodes = 0;
+  for (int k = 0; k < 10; ++k) bytes += "\x82\x40";  // a level, and its first value accepted
+  while (nodes < 1'000'000) {
+    bytes += '\x82';
+    for (int value = 0; value < 10; ++value, ++nodes) bytes += '\0';
+    bytes += "\xc0\x40";  // left, and the next value above accepted
+  }
+  const auto start = std::chrono::steady_clock::now();
+  const Tree tree = read(bytes);
+  std::ostringstream page;
+  tree::writePage(page, tree, "large", 20000);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_GT(tree.nodes.size(), 1'000'000U);
+  EXPECT_LT(tree.nodes.capacity() * sizeof(Node), 60'000'000U);
+  EXPECT_LT(page.str().size(), 2'000'000U);
 }
 
 }  // namespace
