@@ -59,7 +59,7 @@ class Agenda {
   // The end of that has failed, and the host has not been told.
   bool untold() const { return (state_ & kUntold) != 0; }
   void setUntold(bool untold) { turn(kUntold, untold); }
-  // Somebody watches (core/ports), and is told before a context is opened.
+  // Somebody who watches (core/ports) wants to be told before a context is opened.
   bool watched() const { return (state_ & kWatched) != 0; }
   void setWatched(bool watched) { turn(kWatched, watched); }
   bool postingUnsettled() const { return (state_ & (kPosting | kUntold)) != 0; }

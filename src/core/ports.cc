@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "core/ports.h"
 
-#include "core/agenda.h"
 #include "core/lifetime.h"
 
 namespace koru {
@@ -25,7 +24,6 @@ void Ports::refreshProfiling() {
     profiling = profiling || observer->enabled;
     watched = watched || (observer->enabled && observer->watch != nullptr);
   }
-  solver::agenda.setWatched(watched);
   solver::attention = profiling || solver::censor.leavesOut != nullptr;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "explain/journal.h"
 
+#include "core/agenda.h"
 #include "core/lifetime.h"
 #include "core/queue.h"
 #include "core/refusal.h"
@@ -41,12 +42,14 @@ Journal::Journal() : observer_{ignore, endJournal, this, true, nullptr, &kWatch}
   solver::ports.add(&observer_);
   solver::ports.journal = &observer_;
   solver::trail.setRead(true);
+  solver::agenda.setWatched(true);
 }
 
 Journal::~Journal() {
   solver::ports.remove(&observer_);
   solver::ports.journal = nullptr;
   solver::trail.setRead(false);
+  solver::agenda.setWatched(false);
   cutTo(0);
   setPoster(nullptr);
 }
