@@ -15,7 +15,8 @@ using namespace koru::profile;
 namespace {
 
 constexpr char kUsage[] =
-    "usage: koru-profile [--top N] [--html FILE] [--json] [REPORT]\n"
+    "usage: koru-profile [--top N] [--html FILE] [--json] [--folded] [REPORT]\n"
+    "       koru-profile --diff [--top N] BEFORE AFTER\n"
     "\n"
     "Shows how often the constraints that each place of a program has posted ran, and how often they failed, from the\n"
     "report that cs_profilerWriteFile writes (standard input without one, or for -).\n"
@@ -23,6 +24,8 @@ constexpr char kUsage[] =
     "  --top N      print the N places with the most calls only\n"
     "  --html FILE  write FILE, a page with the same table, which can be sorted, and the source lines, instead\n"
     "  --json       print the whole as JSON, instead\n"
+    "  --folded     print folded stacks of calls, which tools for flame graphs read, instead\n"
+    "  --diff       compare two reports: who is called more, and who less\n"
     "  --help       print this text\n"
     "\n"
     "Exit status: 0 when the report was shown, 2 on bad input or bad arguments.\n";
@@ -31,7 +34,10 @@ struct Options {
   std::size_t top = 0;
   const char *page = nullptr;
   bool json = false;
+  bool folded = false;
+  bool diff = false;
   const char *report = nullptr;
+  const char *second = nullptr;
 };
 
 [[noreturn]] void complain(const std::string &message) {
@@ -64,20 +70,25 @@ Options parseArguments(char **argv) {
       options.page = argumentOf(argv, i);
     } else if (argument == "--json") {
       options.json = true;
+    } else if (argument == "--folded") {
+      options.folded = true;
+    } else if (argument == "--diff") {
+      options.diff = true;
     } else if (argument.size() > 1 && argument[0] == '-') {
       complain("unknown option " + argument);
-    } else if (options.report != nullptr) {
-      complain("more than one report");
+    } else if (options.second != nullptr || (options.report != nullptr && !options.diff)) {
+      complain(options.diff ? "more than two reports" : "more than one report");
     } else {
-      options.report = argv[i];
+      (options.report == nullptr ? options.report : options.second) = argv[i];
     }
   }
+  if (options.diff && options.second == nullptr) complain("--diff needs two reports after it");
   return options;
 }
 
-Profile read(const Options &options) {
-  const bool isStandard = options.report == nullptr || std::strcmp(options.report, "-") == 0;
-  const std::string name = isStandard ? "stdin" : options.report;
+Profile read(const char *report) {
+  const bool isStandard = report == nullptr || std::strcmp(report, "-") == 0;
+  const std::string name = isStandard ? "stdin" : report;
   std::ifstream file;
   if (!isStandard) file.open(name);
   if (!isStandard && !file) complain(name + ": cannot be opened");
@@ -91,7 +102,11 @@ void show(const Profile &profile, const Options &options) {
   if (options.page == nullptr) {
     const char *noColour = std::getenv("NO_COLOR");
     const bool colours = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || noColour[0] == '\0');
-    if (options.json)
+    if (options.diff)
+      writeDifference(std::cout, profile, read(options.second), options.top);
+    else if (options.folded)
+      writeFolded(std::cout, profile);
+    else if (options.json)
       writeJson(std::cout, profile);
     else
       writeTable(std::cout, profile, options.top, colours);
@@ -107,6 +122,6 @@ void show(const Profile &profile, const Options &options) {
 
 int main(int, char **argv) {
   const Options options = parseArguments(argv);
-  show(read(options), options);
+  show(read(options.report), options);
   return 0;
 }

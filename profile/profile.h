@@ -46,6 +46,15 @@ void writeTable(std::ostream &out, const Profile &profile, std::size_t top, bool
 // One page that needs no other file: the table, which can be sorted, with bars and the source lines that can be read.
 void writePage(std::ostream &out, const Profile &profile, const std::string &title);
 
+// The text with control characters replaced: a report must not play tricks on the terminal that it is printed on.
+std::string printable(std::string text);
+
+// Folded stacks of calls, for flame graphs.
+void writeFolded(std::ostream &out, const Profile &profile);
+
+// Calls and fails of two reports, the largest differences in calls first; `top` < 1 means all.
+void writeDifference(std::ostream &out, const Profile &before, const Profile &after, std::size_t top);
+
 // An object with the sums and an array of the entries, most calls first; times in seconds since 1970, 0 for none.
 void writeJson(std::ostream &out, const Profile &profile);
 

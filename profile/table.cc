@@ -13,13 +13,6 @@ namespace {
 
 constexpr int kBarWidth = 12;
 
-// Control characters are replaced: a report must not play tricks on the terminal that it is printed on.
-std::string printable(std::string text) {
-  for (char &c : text)
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
-  return text;
-}
-
 std::string number(std::int64_t n) {
   std::string digits = std::to_string(n);
   for (std::size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, " ");
@@ -51,6 +44,12 @@ struct Row {
 Row rowOf(const Entry &e) { return {number(e.calls), number(e.fails), number(e.postings), printable(e.function)}; }
 
 }  // namespace
+
+std::string printable(std::string text) {
+  for (char &c : text)
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+  return text;
+}
 
 void writeTable(std::ostream &out, const Profile &profile, std::size_t top, bool colours) {
   const std::size_t shown = top < 1 ? profile.entries.size() : std::min(top, profile.entries.size());

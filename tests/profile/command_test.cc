@@ -56,6 +56,28 @@ TEST_F(CommandDeathTest, PrintsTheTableOfAReport) {
   EXPECT_PRED2(has, outputOf({report}), "12 calls, 1 fails at 2 places\n");
 }
 
+TEST_F(CommandDeathTest, PrintsFoldedStacks) {
+  EXPECT_EQ(outputOf({"--folded", report}), "m.c;main;line_13;cs_AllNeq 9\nm.c;main;line_12;cs_Neq 3\n");
+  std::ofstream(report) << "Koru Profiler: Constraint 1.0\nKoru Version: 3.8.0\n__DATA__\n"
+                           "my model.mzn\t2\t0\tforall > a;b > != \tcs_Neq\t3\t1\n(unknown)\t0\t0\t\tcs_Eq\t1\t0\n";
+  EXPECT_EQ(outputOf({"--folded", report}), "my_model.mzn;forall;a_b;!=_;line_2;cs_Neq 3\n(unknown);cs_Eq 1\n");
+}
+
+TEST_F(CommandDeathTest, ComparesTwoReports) {
+  std::ofstream(page)
+      << "Koru Profiler: Constraint 1.0\nKoru Version: 3.8.0\n__DATA__\nm.c\t12\t0x1\tmain\tcs_Neq\t3\t2\n"
+         "m.c\t14\t0x2\tmain\tcs_Lt\t2\t0\n";
+  const std::string added = "           0 ->           2             0 ->           0  cs_Lt  m.c:14 main\n";
+  const std::string all = "          12 ->           5             1 ->           2  in all\n";
+  const std::string head = "                      calls                        fails  posted by, at\n";
+  const std::string gone = "           9 ->           0             0 ->           0  cs_AllNeq  m.c:13 main\n";
+  const std::string same = "           3 ->           3             1 ->           2  cs_Neq  m.c:12 main\n";
+  EXPECT_EQ(outputOf({"--diff", report, page}), head + gone + added + same + all);
+  EXPECT_EQ(outputOf({"--top", "1", "--diff", report, page}), head + gone + "and 2 more\n" + all);
+  EXPECT_EXIT(run({"--diff", report}), ExitedWithCode(2), "--diff needs two reports after it");
+  EXPECT_EXIT(run({"--diff", report, page, page}), ExitedWithCode(2), "more than two reports");
+}
+
 TEST_F(CommandDeathTest, ReadsTheStandardInput) {
   const auto read = [this](const std::vector<std::string> &words) {
     if (std::freopen(report.c_str(), "r", stdin) == nullptr) std::exit(1);
