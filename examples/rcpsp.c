@@ -3,9 +3,11 @@
 // project be done?
 //
 // A start per activity, cs_Le for the precedences, and one cs_CumulativeTasks per resource, which refuses nothing that
-// is feasible. The search sets times: the activity that can be earliest starts then, or else waits until another one
-// has moved it. With --fast, cs_Cumulative takes its place: it may refuse a feasible schedule now and then, so that a
-// shorter one may exist.
+// is feasible. A first search sets times: the activity that can be earliest starts then, or else waits until another
+// one has moved it; that soon gives good schedules. After some fails another one takes over, which labels the starts,
+// those first whose constraints have failed often, at their values in the best schedule: it proves more. With --fast,
+// cs_Cumulative takes the place of the resources: it may refuse a feasible schedule now and then, so that a shorter one
+// may exist.
 #include "arguments.h"
 #include "chart.h"
 #include "rcpsp_input.h"
@@ -55,8 +57,8 @@ typedef struct {
   int starts[MAX_ACTIVITIES];
   int makespan;  // -1 before the first schedule
   double begun;
-  bool ended;  // everything has been looked at
-  CSsearchStats stats;
+  bool ended;                              // everything has been looked at
+  long long fails, choicePoints, wakings;  // of both searches
 } Result;
 
 static Model model;
@@ -125,13 +127,37 @@ static bool postModel(const Instance *instance, const Options *options) {
 
 // --- Search ---
 
-static CSsearch *createSearch(const Options *options) {
+enum { FIRST_FAILS = 1000 };
+
+// Milliseconds until the time is up; 0 for ever.
+static long long timeLeft(const Options *options) {
+  if (options->seconds == 0) return 0;
+  long long left = (long long)(1000 * (result.begun + options->seconds - secondsNow()));
+  return left > 1 ? left : 1;
+}
+
+static CSsearch *searchByTimes(const Options *options) {
   const CSsearchOptions how = {
-      .size = sizeof how, .minimize = model.makespan, .milliseconds = 1000LL * options->seconds};
+      .size = sizeof how, .minimize = model.makespan, .milliseconds = timeLeft(options), .fails = FIRST_FAILS};
   CSsearch *search = cs_createSearch(NULL, 0);
   bool told = cs_setSearchOptions(search, &how) &&
-              cs_addSearchPhase(search, model.starts, model.nbActivities, CS_ORDER_SET_TIMES, CS_VALUE_MIN) &&
-              cs_addSearchPhase(search, &model.makespan, 1, CS_ORDER_INPUT, CS_VALUE_MIN);
+              cs_addSearchPhase(search, model.starts, model.nbActivities, CS_ORDER_SET_TIMES, CS_VALUE_MIN);
+  return told ? search : NULL;
+}
+
+static CSsearch *searchByFailures(const Options *options) {
+  const CSsearchOptions how = {.size = sizeof how,
+                               .order = CS_ORDER_DOM_WDEG,
+                               .lastConflict = true,
+                               .guided = true,
+                               .minimize = model.makespan,
+                               .restarts = CS_RESTARTS_GEOMETRIC,
+                               .neighbours = CS_NEIGHBOURS_LINKED,
+                               .milliseconds = timeLeft(options)};
+  CSsearch *search = cs_createSearch(model.starts, model.nbActivities);
+  bool told = cs_setSearchOptions(search, &how);
+  for (int i = 0; told && result.makespan >= 0 && i < model.nbActivities; i++)
+    told = cs_setSearchHint(search, i, result.starts[i]);
   return told ? search : NULL;
 }
 
@@ -144,12 +170,25 @@ static void keepSchedule(bool isQuiet) {
 }
 
 // Each schedule is shorter than the one before.
-static void searchAll(const Options *options) {
-  CSsearch *search = createSearch(options);
-  while (cs_nextSolution(search) == CS_STATUS_SOLUTION) keepSchedule(options->quiet);
+static void follow(CSsearch *search, bool isQuiet) {
+  while (cs_nextSolution(search) == CS_STATUS_SOLUTION) keepSchedule(isQuiet);
   CSstatus status = cs_getSearchStatus(search);
   result.ended = status == CS_STATUS_OPTIMAL || status == CS_STATUS_EXHAUSTED;
-  cs_getSearchStats(search, &result.stats, sizeof result.stats);
+  CSsearchStats stats = {0};
+  cs_getSearchStats(search, &stats, sizeof stats);
+  result.fails += stats.fails;
+  result.choicePoints += stats.choicePoints;
+  result.wakings += stats.wakings;
+  cs_freeSearch(search);
+}
+
+static void searchAll(const Options *options) {
+  follow(searchByTimes(options), options->quiet);
+  if (result.ended) return;
+  if (result.makespan >= 0 && !cs_LT(model.makespan, result.makespan))
+    result.ended = true;  // nothing shorter is left
+  else
+    follow(searchByFailures(options), options->quiet);
 }
 
 // --- Output ---
@@ -284,15 +323,11 @@ static void printSummary(const Instance *instance, const Options *options) {
     printf("no schedule found");
   else
     printf("makespan %d, %s", result.makespan, verdict(options));
-  printf(" | %lld fails, %lld choice points | %.2f s\n", result.stats.fails, result.stats.choicePoints,
+  printf(" | %lld fails, %lld choice points | %.2f s\n", result.fails, result.choicePoints,
          secondsNow() - result.begun);
 }
 
-static void printStats(void) {
-  const CSsearchStats *stats = &result.stats;
-  printf("%lld solutions, %lld calls of propagators; the best after %.2f s\n", stats->solutions, stats->wakings,
-         stats->secondsToBest);
-}
+static void printStats(void) { printf("%lld calls of propagators\n", result.wakings); }
 
 // --- The run ---
 

@@ -103,6 +103,7 @@ void postProject(Model &model, int instance) {
 void postProjectByFailures(Model &model, int instance) {
   model.vars = postActivities(model, projects()[static_cast<std::size_t>(instance - 1)]);
   model.options.order = CS_ORDER_DOM_WDEG;
+  model.options.lastConflict = true;
   model.options.guided = true;
   model.options.restarts = CS_RESTARTS_GEOMETRIC;
 }
