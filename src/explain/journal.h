@@ -73,7 +73,7 @@ class Journal {
   Growing<TrailRecord> changes_;
   Growing<Stretch> stretches_;
   Growing<Waking> frames_;  // of the handlers and runs under way
-  Site *poster_ = nullptr;  // of the latest posting of the host's; null: of a search
+  Site *poster_ = nullptr;  // of the latest posting of the host's; null before there is one
   bool broken_ = false;
 };
 

@@ -40,8 +40,7 @@ bool Removals::add(CSint *v, const CSvalueSelection &change, const Journal::Stre
   }
   const PlaceText where(text);
   const char *function = site != nullptr ? site->name() : "";
-  if (!list.add({v, change, by.bySearch && site == nullptr, function, where.file, where.line, where.caller}))
-    return false;
+  if (!list.add({v, change, by.bySearch, function, where.file, where.line, where.caller})) return false;
   steps = &list[0];
   size = list.count();
   return true;

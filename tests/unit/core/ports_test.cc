@@ -118,4 +118,30 @@ TEST_F(PortsTest, ResettingTheLocatorClearsItBeforeItsOwnResetRuns) {
   EXPECT_EQ(resets, 1);
 }
 
+TEST_F(PortsTest, TellsThoseThatWatchWhatTheyWantToBeTold) {
+  static const Watch kAll{[](void *log, const Waking &w) { static_cast<Log *>(log)->told.push_back(w.code); },
+                          [](void *log) { static_cast<Log *>(log)->told.push_back(-1); },
+                          [](void *log, const Poster &) { static_cast<Log *>(log)->told.push_back(-2); },
+                          [](void *log) { static_cast<Log *>(log)->told.push_back(-3); }};
+  static const Watch kFew{kAll.begins, kAll.ends, nullptr, nullptr};
+  Log third;
+  Observer *all = observer(&first, true);
+  Observer *few = observer(&second, true);
+  Observer *disabled = observer(&third, false);
+  all->watch = disabled->watch = &kAll;
+  few->watch = &kFew;
+  for (Observer *each : {all, few, disabled, observer(&third, true)}) ports.add(each);
+  EXPECT_TRUE(ports.watched);
+  ports.tellBegin({nullptr, 4, 0, nullptr});
+  EXPECT_EQ(ports.textFor("cs_Le"), nullptr);
+  ports.tellMarks();
+  ports.tellEnd();
+  EXPECT_EQ(first.told, (std::vector<int>{4, -2, -3, -1}));
+  EXPECT_EQ(second.told, (std::vector<int>{4, -1}));
+  EXPECT_TRUE(third.told.empty());
+  all->enabled = few->enabled = false;
+  ports.refreshProfiling();
+  EXPECT_FALSE(ports.watched);
+}
+
 }  // namespace

@@ -251,6 +251,56 @@ TEST_F(RemovalsTest, IsNullWithoutARecord) {
   EXPECT_EQ(chainOf(x, 4), "x >= 5 cs_GE");
 }
 
+TEST_F(RemovalsTest, BearNotesOfARecordThatHasEnded) {
+  cs_saveContext();
+  EXPECT_TRUE(cs_GE(x, 2));
+  EXPECT_EQ(chainOf(x, 1), "x >= 2 cs_GE");
+  EXPECT_TRUE(cs_recordRemovals(false));
+  cs_restoreContext();
+  EXPECT_TRUE(cs_recordRemovals(true));
+  cs_saveContext();
+  EXPECT_TRUE(cs_GE(x, 2));
+  EXPECT_EQ(chainOf(x, 1), "x >= 2 cs_GE");
+  EXPECT_TRUE(cs_recordRemovals(false) && cs_recordRemovals(true));
+  cs_saveContext();
+  EXPECT_TRUE(cs_GE(y, 3));
+  cs_acceptContext();
+  cs_restoreContext();
+  EXPECT_TRUE(cs_GE(x, 4));
+  EXPECT_EQ(chainOf(x, 3), "x >= 4 cs_GE");
+  EXPECT_EQ(chainOf(x, 1), "x >= 4 cs_GE");
+}
+
+TEST_F(RemovalsTest, GoTogetherWithAProfiler) {
+  CSprofiler *profiler = cs_createProfiler(0);
+  cs_enableProfiler(profiler);
+  EXPECT_TRUE(cs_Lt(x, y) && cs_GE(x, 3));
+  EXPECT_EQ(chainOf(y, 3), "y >= 4 cs_Lt; x >= 3 cs_GE");
+  cs_disableProfiler(profiler);
+}
+
+TEST_F(RemovalsTest, AreWrittenOfAnyVariable) {
+  CSint *parked = cs_createCSint(0, 1);
+  CSsolver *first = cs_detachSolver();
+  cs_init();
+  const CSremoval steps[] = {{parked, {CS_METHOD_EQ, 1}, false, "", "", 0, ""}};
+  const CSremovals removals = {1, steps};
+  EXPECT_EQ(textOf([&](std::FILE *f) { cs_writeRemovals(&removals, f); }), "a variable = 1  not known by whom\n");
+  cs_end();
+  ASSERT_TRUE(cs_attachSolver(first));
+}
+
+TEST_F(RemovalsTest, SaysWhatACallbackHasDoneInASearch) {
+  struct Copying {
+    static bool known(int value, int, CSint **array, int, void *) { return cs_NEQ(array[1], value); }
+  };
+  CSint *both[] = {x, y};
+  ASSERT_TRUE(cs_eventKnown(both, 1, Copying::known, nullptr));
+  const CSstep path[] = {{0, {CS_METHOD_EQ, 3}}};
+  ASSERT_EQ(cs_goToNode(path, 1), 1);
+  EXPECT_EQ(chainOf(y, 3), "y != 3 cs_eventKnown; x = 3 search");
+}
+
 TEST(RemovalsWithoutSolver, AreNotRecorded) {
   EXPECT_FALSE(cs_recordRemovals(true));
   EXPECT_EQ(cs_whyRemoved(nullptr, 0), nullptr);
