@@ -5,8 +5,8 @@
 // somebody else begins or ends. A note on the trail above each stretch takes it back when it is undone; before a
 // context is opened a stretch ends, so that none is undone in part.
 //
-// Cost: while there is none, a test in each posting. While there is one, some 100 instructions a handler and 24 bytes a
-// change.
+// Cost: while there is none, a test in each posting. While there is one, propagation takes about three times as long, a
+// change 16 bytes and a stretch some 100.
 #pragma once
 
 #include "core/growing.h"
