@@ -33,13 +33,13 @@ void TimeTableEdges::gather(const Buffer<Load> &loads, const TimeTable &table, T
 }
 
 void TimeTableEdges::sort() {
-  const auto sortBy = [&](Buffer<int> &order, Time Rest::*key) {
-    std::iota(order.get(), order.get() + rests_, 0);
-    std::sort(order.get(), order.get() + rests_,
+  const auto sortBy = [&](int *order, Time Rest::*key) {
+    std::iota(order, order + rests_, 0);
+    std::sort(order, order + rests_,
               [&](int i, int j) { return rest_[i].*key != rest_[j].*key ? rest_[i].*key < rest_[j].*key : i < j; });
   };
-  sortBy(byEarliest_, &Rest::earliest);
-  sortBy(byLatest_, &Rest::latest);
+  sortBy(byEarliest_.get(), &Rest::earliest);
+  sortBy(byLatest_.get(), &Rest::latest);
 }
 
 // From now on time runs the other way.

@@ -237,6 +237,19 @@ class SharedResourceTwin : public ::testing::Test {
   std::mt19937 random_{1};
 };
 
+// Four that fill 0 to 4, in large units of time and of capacity.
+TEST_F(SharedResourceTwin, LooksForNoEdgesWhereEnergiesDoNotFit) {
+  for (const int bits : {20, 29}) {
+    const Time unit = Time{1} << bits;
+    SharedResource resource(5);
+    for (int i = 0; i < 4; ++i) resource[i] = {{0, 4 * unit, 2 * unit, Presence::kIn}, unit};
+    resource[4] = {{0, 9 * unit, 3 * unit, Presence::kIn}, unit};
+    ASSERT_TRUE(resource.filter(2 * unit));
+    ASSERT_TRUE(resource.edges(2 * unit));
+    EXPECT_EQ(resource[4].task.earliest, bits == 20 ? 4 * unit : 0);
+  }
+}
+
 TEST_F(SharedResourceTwin, FindsWhatThePublishedRulesFind) { compare(4000, false); }
 TEST_F(SharedResourceTwin, FindsWhatThePublishedRulesFindHeavy) { compare(100000, false); }
 TEST_F(SharedResourceTwin, FindsTheEdgesThatThePublishedRuleFinds) { compare(2000, true); }
