@@ -42,6 +42,7 @@
  *   17. Walks
  *   18. Why there is no solution
  *   19. Records of searches
+ *   20. Why a value is gone
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H

@@ -26,7 +26,8 @@ const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "Several solvers",
                                              "Walks",
                                              "Why there is no solution",
-                                             "Records of searches"};
+                                             "Records of searches",
+                                             "Why a value is gone"};
 const std::set<std::string> kStateAllTheSame = {"cs_createNoGoodSet", "cs_addNoGood"};
 
 // " * 5. Relations" is the title of a section, " *   5. Relations" a line of the table of contents.
