@@ -18,7 +18,7 @@ struct Removals : CSremovals {
   Growing<CSremoval> list;
   Growing<char *> texts;  // owned
 
-  Removals() : CSremovals{0, nullptr} {}
+  Removals() : CSremovals{0, nullptr} {}  // cppcheck-suppress uninitDerivedMemberVar
   Removals(const Removals &) = delete;
   Removals &operator=(const Removals &) = delete;
   ~Removals() {
