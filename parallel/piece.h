@@ -45,7 +45,7 @@ struct Report {
   long long assignment = 0;
   Counts counts;
   std::vector<Solution> solutions;
-  bool answers = false;      // a wish for pieces
+  bool answers = false;      // a wish for pieces, with some
   bool finished = false;     // nothing is left; else
   Piece rest;                // is, and then comes
   std::vector<Piece> given;  // in tree order

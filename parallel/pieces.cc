@@ -6,14 +6,42 @@
 
 namespace koru::parallel {
 
+// In the middle between its neighbours' places.
+Pieces::Entries::iterator Pieces::insert(Entries::iterator before) {
+  const auto placeBefore = [&] { return before == entries_.begin() ? 0 : std::prev(before)->place; };
+  const auto placeAfter = [&] { return before == entries_.end() ? UINT64_MAX : before->place; };
+  if (placeAfter() - placeBefore() < 2) spread();
+  const std::uint64_t place = placeBefore() + (placeAfter() - placeBefore()) / 2;
+  const auto entry = entries_.emplace(before);
+  entry->state = State::kFinished;
+  entry->place = place;
+  return entry;
+}
+
+void Pieces::spread() {
+  const std::uint64_t step = UINT64_MAX / (entries_.size() + 1);
+  std::uint64_t place = 0;
+  queued_.clear();
+  for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
+    entry->place = place += step;
+    if (entry->state == State::kQueued) queued_.emplace(place, entry);
+  }
+}
+
+void Pieces::enqueue(Entries::iterator entry) {
+  entry->state = State::kQueued;
+  queued_.emplace(entry->place, entry);
+}
+
 const Piece *Pieces::assign(long long assignment) {
-  const auto entry = std::ranges::find(entries_, State::kQueued, &Entry::state);
-  if (entry == entries_.end()) return nullptr;
+  if (queued_.empty()) return nullptr;
+  const auto entry = queued_.begin()->second;
+  queued_.erase(queued_.begin());
   entry->state = State::kRunning;
   entry->assignment = assignment;
   entry->asked = false;
   running_[assignment] = entry;
-  --queued_;
+  makeAskable(*entry);
   return &entry->piece;
 }
 
@@ -21,8 +49,7 @@ const Piece *Pieces::assign(long long assignment) {
 void Pieces::insertFinished(Entries::iterator before, const Report &report) {
   auto place = before;
   if (before == entries_.begin() || (--place)->state != State::kFinished) {
-    place = entries_.emplace(before);
-    place->state = State::kFinished;
+    place = insert(before);
   }
   Finished &finished = place->finished;
   for (const Solution &each : report.solutions) {
@@ -34,9 +61,10 @@ void Pieces::insertFinished(Entries::iterator before, const Report &report) {
 
 void Pieces::dropFrom(Entries::iterator first, std::vector<long long> &dropped) {
   for (auto entry = first; entry != entries_.end(); entry = entries_.erase(entry)) {
-    if (entry->state == State::kQueued) --queued_;
+    if (entry->state == State::kQueued) queued_.erase(entry->place);
     if (entry->state != State::kRunning) continue;
     dropped.push_back(entry->assignment);
+    makeUnaskable(*entry);
     running_.erase(entry->assignment);
   }
 }
@@ -47,19 +75,23 @@ bool Pieces::apply(const Report &report, std::vector<long long> &dropped) {
   const auto entry = known->second;
   insertFinished(entry, report);
   const auto next = std::next(entry);
-  entry->asked = report.answers && report.given.empty();  // then not before its next report
+  makeUnaskable(*entry);
+  entry->asked = entry->asked && !report.answers;
   entry->piece = report.rest;
   if (report.finished) {
     running_.erase(known);
     entries_.erase(entry);
+  } else if (!entry->asked) {
+    makeAskable(*entry);
   }
   if (firstOnly_ && !report.solutions.empty()) {
     dropFrom(next, dropped);
     return true;
   }
   for (const Piece &piece : report.given) {
-    entries_.emplace(next)->piece = piece;
-    ++queued_;
+    const auto given = insert(next);
+    given->piece = piece;
+    enqueue(given);
   }
   return true;
 }
@@ -67,21 +99,17 @@ bool Pieces::apply(const Report &report, std::vector<long long> &dropped) {
 void Pieces::takeBack(long long assignment) {
   const auto known = running_.find(assignment);
   if (known == running_.end()) return;
-  known->second->state = State::kQueued;
+  makeUnaskable(*known->second);
+  enqueue(known->second);
   running_.erase(known);
-  ++queued_;
 }
 
 std::optional<long long> Pieces::toAsk() {
-  Entry *best = nullptr;
-  for (const auto &[assignment, entry] : running_) {
-    const bool better = best == nullptr || entry->piece.base < best->piece.base ||
-                        (entry->piece.base == best->piece.base && assignment < best->assignment);
-    if (!entry->asked && better) best = &*entry;
-  }
-  if (best == nullptr) return std::nullopt;
-  best->asked = true;
-  return best->assignment;
+  if (askable_.empty()) return std::nullopt;
+  const long long assignment = askable_.begin()->second;
+  askable_.erase(askable_.begin());
+  running_.at(assignment)->asked = true;
+  return assignment;
 }
 
 std::optional<Pieces::Finished> Pieces::takeFinished() {
@@ -121,7 +149,8 @@ void Pieces::write(Writer &out) const {
 void Pieces::read(Reader &in) {
   entries_.clear();
   running_.clear();
-  queued_ = 0;
+  askable_.clear();
+  queued_.clear();
   for (std::size_t n = in.size(); n > 0; --n) {
     Entry &entry = entries_.emplace_back();
     if (in.number() != 0) {
@@ -130,9 +159,9 @@ void Pieces::read(Reader &in) {
       entry.finished.solutions = in.solutions();
     } else {
       entry.piece = in.piece();
-      ++queued_;
     }
   }
+  spread();
 }
 
 }  // namespace koru::parallel

@@ -6,6 +6,10 @@
 namespace koru::parallel {
 
 constexpr std::size_t kMostPaths = 1000;  // in a report
+// Up to so many processes are handed pieces, and report, as often as the pace says.
+constexpr double kFewProcesses = 64, kFewReporting = 100;
+
+double Worker::reportSeconds() const { return pace_.report * std::max(1.0, transport_.size() / kFewReporting); }
 
 bool Worker::fail(const std::string &why) {
   why_ = why;
@@ -16,6 +20,7 @@ void Worker::begin(long long assignment, Piece piece) {
   assignment_ = assignment;
   piece_ = std::move(piece);
   away_ = true;
+  wanted_ = 0;
   found_.clear();
   counted_ = {};
   reported_ = transport_.seconds();
@@ -99,27 +104,37 @@ bool Worker::step() {
     default:
       return fail("the contexts of the search were changed by others");
   }
-  if (found_.size() >= kMostPaths || transport_.seconds() - reported_ >= pace_.report) report(false, false, {});
+  if (wanted_ > 0) answer();
+  if (found_.size() >= kMostPaths || transport_.seconds() - reported_ >= reportSeconds()) report(false, false, {});
   return true;
 }
 
-// What takes less than a millisecond to walk is not worth a journey.
 bool Worker::split(int wanted) {
   if (!busy()) return true;
+  wanted_ = wanted;
   if (!comeBack()) return false;
+  answer();
+  return true;
+}
+
+// A request stays open until there is something to give. What takes less than a millisecond to walk is not worth a
+// journey; with many processes the first one has to hear less often of each, and so has what takes longer.
+void Worker::answer() {
+  const double seconds = pace_.leastPiece * std::max(1.0, transport_.size() / kFewProcesses);
   const long long least =
-      pace_.choicePoints > 0 ? 0 : static_cast<long long>(static_cast<double>(slice_) * 0.001 / pace_.slice);
+      pace_.choicePoints > 0 ? 0 : static_cast<long long>(static_cast<double>(slice_) * seconds / pace_.slice);
   std::vector<Piece> given;
   Steps steps(ground_.here().steps.size());
   const int room = static_cast<int>(steps.size());
-  while (static_cast<int>(given.size()) < wanted) {
+  while (static_cast<int>(given.size()) < wanted_) {
     const int depth = cs_splitWalk(ground_.walk(), least, steps.data(), room);
     if (depth == 0) break;
     given.push_back({{steps.begin(), steps.begin() + depth}, depth - 1, true});
   }
+  if (given.empty()) return;
   std::ranges::reverse(given);
+  wanted_ = 0;
   report(false, true, std::move(given));
-  return true;
 }
 
 }  // namespace koru::parallel

@@ -14,6 +14,7 @@ namespace koru::parallel {
 struct Pace {
   double slice = 0.0005;       // how long it walks before it looks at messages
   double report = 0.05;        // between two reports
+  double leastPiece = 0.001;   // given away
   double patience = 60;        // how long a process may be silent
   long long choicePoints = 0;  // of a slice; 0: as many as take so long
 };
@@ -33,12 +34,14 @@ class Worker {
   void leave();
   // A slice. False when the run has to end: why() says so.
   bool step();
-  // Gives away up to so many pieces, and reports.
+  // Gives away up to so many pieces, now or as soon as there are some, and reports that.
   bool split(int wanted);
   const std::string &why() const { return why_; }
 
  private:
   bool comeBack();
+  void answer();
+  double reportSeconds() const;
   CSstatus walkSlice();
   void noteSolution(const Counts &sliceBegan);
   void report(bool finished, bool answers, std::vector<Piece> given);
@@ -52,6 +55,7 @@ class Worker {
 
   long long assignment_ = 0;  // 0: none
   bool away_ = false;
+  int wanted_ = 0;               // pieces that it has been asked for
   Piece piece_;                  // where it was when it left
   std::vector<Solution> found_;  // since the last report
   Counts counted_;               // as well

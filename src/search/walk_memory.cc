@@ -23,21 +23,28 @@ constexpr std::string_view kAlways[] = {"cs_createNoGoodSet", "cs_VarElement"};
 constexpr std::string_view kOfOldBounds[] = {"cs_Min",  "cs_VMin",        "cs_Max",
                                              "cs_VMax", "cs_eventNewMin", "cs_eventNewMax"};
 
-bool isAmong(const auto &names, const Site *site) {
-  return std::ranges::find(names, site->name()) != std::ranges::end(names);
-}
+bool isAmong(const auto &names, const char *name) { return std::ranges::find(names, name) != std::ranges::end(names); }
 
-const Site *findOn(const CSint &v) {
-  const bool tellsOthers = v.reportedMin != v.min || v.reportedMax != v.max;
-  const Site *before = nullptr;  // neighbours often are of the same posting
-  for (const Entry *entry = v.constraints; entry != nullptr; entry = entry->next) {
-    const Site *site = entry->constraint->site;
-    if (site == before) continue;
-    if (isAmong(kAlways, site) || (tellsOthers && isAmong(kOfOldBounds, site))) return site;
-    before = site;
+class Finder {
+ public:
+  const char *found = nullptr;
+
+  void lookAt(const CSint &v) {
+    const bool tellsOthers = v.reportedMin != v.min || v.reportedMax != v.max;
+    for (const Entry *entry = v.constraints; entry != nullptr && found == nullptr; entry = entry->next) {
+      const char *name = entry->constraint->site->name();
+      if (name == harmless_) continue;
+      if (isAmong(kAlways, name) || (tellsOthers && isAmong(kOfOldBounds, name))) {
+        found = name;
+      } else if (!isAmong(kOfOldBounds, name)) {
+        harmless_ = name;
+      }
+    }
   }
-  return nullptr;
-}
+
+ private:
+  const char *harmless_ = nullptr;  // of the last constraint that was none: the next one often is of the same function
+};
 
 }  // namespace
 }  // namespace koru::walk
@@ -45,9 +52,7 @@ const Site *findOn(const CSint &v) {
 using namespace koru;
 
 const char *cs_findConstraintWithMemory(void) {
-  const Site *found = nullptr;
-  solver::variables.forEach([&](const CSint &v) {
-    if (found == nullptr) found = walk::findOn(v);
-  });
-  return found != nullptr ? found->name() : nullptr;
+  walk::Finder finder;
+  solver::variables.forEach([&](const CSint &v) { finder.lookAt(v); });
+  return finder.found;
 }
