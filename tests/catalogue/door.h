@@ -53,7 +53,8 @@ T as(const Actual &a) {
 }
 
 // In a namespace without a name, so that each file of rows has functions of its own in one piece: where files share
-// functions, readers of debug information may find no line for them.
+// functions, readers of debug information may find no line for them. Nor are the functions that call inlined: some readers
+// tell the line of the function that they stand in then.
 namespace {
 
 template <auto F>
@@ -66,7 +67,7 @@ struct Through<F> {
 
   static constexpr int kLine = __LINE__ + 3;
   template <std::size_t... i>
-  static Answer pass(const Actual *a, std::index_sequence<i...>) {
+  [[gnu::noinline]] static Answer pass(const Actual *a, std::index_sequence<i...>) {
     const R result = F(as<A>(a[i])...);
     return answer(result);
   }

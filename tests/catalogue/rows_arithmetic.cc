@@ -11,7 +11,7 @@ using enum Consistency;
 // The coefficients stand behind the variables, so that each number of them is a call of its own.
 struct Weighted {
   static constexpr int kLine = __LINE__ + 2;
-  static Answer three(CSint *const *x, const int *c) {
+  [[gnu::noinline]] static Answer three(CSint *const *x, const int *c) {
     CSint *const result = cs_VScalProd(3, x[0], x[1], x[2], c[0], c[1], c[2]);
     return answer(result);
   }
