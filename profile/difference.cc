@@ -39,6 +39,7 @@ std::vector<Change> changesOf(const Profile &before, const Profile &after) {
     }
   }
   std::vector<Change> changes;
+  changes.reserve(byPlace.size());
   for (auto &[place, change] : byPlace) changes.push_back(std::move(change));
   std::ranges::stable_sort(changes, std::greater<>(),
                            [](const Change &c) { return c.difference() < 0 ? -c.difference() : c.difference(); });

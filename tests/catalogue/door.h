@@ -53,8 +53,8 @@ T as(const Actual &a) {
 }
 
 // In a namespace without a name, so that each file of rows has functions of its own in one piece: where files share
-// functions, readers of debug information may find no line for them. Nor are the functions that call inlined: some readers
-// tell the line of the function that they stand in then.
+// functions, readers of debug information may find no line for them. Nor are the functions that call inlined: some
+// readers tell the line of the function that they stand in then.
 namespace {
 
 template <auto F>
