@@ -25,11 +25,6 @@ bool isChange(const TrailRecord &record) {
   return kind == TrailKind::kMin || kind == TrailKind::kMax || kind == TrailKind::kRemoved;
 }
 
-Site *keep(Site *site) {
-  if (site != nullptr) ++site->references;
-  return site;
-}
-
 }  // namespace
 
 Journal *journal() {
@@ -88,8 +83,8 @@ bool Journal::add(const Waking &waking, bool bySearch) {
   addChanges(trail.seen());
   if (broken_) return false;
   const int note = trail.count();
-  if (!stretches_.add({first, note, keep(waking.site), waking.variable, waking.code, waking.value, bySearch}))
-    return false;
+  if (!stretches_.add({first, note, waking.site, waking.variable, waking.code, waking.value, bySearch})) return false;
+  if (waking.site != nullptr) ++waking.site->references;
   return trail.noteCallback(TrailKind::kCallback, nullptr, stretches_.count() - 1, undone);
 }
 

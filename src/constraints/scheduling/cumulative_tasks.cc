@@ -112,6 +112,7 @@ static bool post(const Poster &poster, const Arrays &given, int n, CSint *capaci
     if (given.present != nullptr) c.attach(given.present[i], i, kMinRises);
   }
   c.attach(capacity, n, kMaxFalls);
+  if (!posting) return false;
   auto edges = posting.add(kEdges, Edges{{}, &*c});
   edges.attach(capacity, n, 0);
   if (!posting) return false;

@@ -21,6 +21,7 @@ class PortsTest : public SolverTest {
   Ports ports;
   Log first;
   Log second;
+  Log third;
 
   std::deque<Observer> observers;
 
@@ -124,7 +125,6 @@ TEST_F(PortsTest, TellsThoseThatWatchWhatTheyWantToBeTold) {
                           [](void *log, const Poster &) { static_cast<Log *>(log)->told.push_back(-2); },
                           [](void *log) { static_cast<Log *>(log)->told.push_back(-3); }};
   static const Watch kFew{kAll.begins, kAll.ends, nullptr, nullptr};
-  Log third;
   Observer *all = observer(&first, true);
   Observer *few = observer(&second, true);
   Observer *disabled = observer(&third, false);
