@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "minizinc/report.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -40,16 +41,21 @@ void Report::watch(long long milliseconds) {
   thread_ = std::thread([this, milliseconds] { guard(milliseconds); });
 }
 
+// Who has been stopped and goes on may be woken without a signal.
+static void waitFor(const sigset_t &signals, long long milliseconds) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
+  for (int signal = -1; signal < 0;) {
+    const long long left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
+    if (milliseconds > 0 && left <= 0) return;
+    const std::timespec limit = {static_cast<time_t>(left / 1000), static_cast<long>(left % 1000) * 1'000'000};
+    signal = milliseconds > 0 ? sigtimedwait(&signals, nullptr, &limit) : sigwaitinfo(&signals, nullptr);
+  }
+}
+
 // Waits for a signal or the time, then for the search to end, then ends the process.
 void Report::guard(long long milliseconds) {
-  const sigset_t signals = endingSignals();
-  if (milliseconds > 0) {
-    const std::timespec limit = {static_cast<time_t>(milliseconds / 1000),
-                                 static_cast<long>(milliseconds % 1000) * 1'000'000};
-    sigtimedwait(&signals, nullptr, &limit);
-  } else {
-    sigwaitinfo(&signals, nullptr);
-  }
+  waitFor(endingSignals(), milliseconds);
   stopping_ = true;
   for (int i = 0; i < kPatience && stopSearch() && !ended_; ++i) {
     const std::timespec pause = {0, 1'000'000};
