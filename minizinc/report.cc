@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "minizinc/report.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -19,6 +20,23 @@ sigset_t endingSignals() {
   sigaddset(&signals, SIGTERM);
   sigaddset(&signals, SIGINT);
   return signals;
+}
+
+// Until one of the signals comes, or the time is over (0: there is no limit). Whoever stops the process for a moment,
+// as a shell or a leak checker does, ends the system's wait, but not this one.
+void await(const sigset_t &signals, std::chrono::milliseconds limit) {
+  using Clock = std::chrono::steady_clock;
+  if (limit.count() <= 0) {
+    while (sigwaitinfo(&signals, nullptr) < 0) continue;
+    return;
+  }
+  const Clock::time_point end = Clock::now() + std::min<std::chrono::milliseconds>(limit, std::chrono::years(100));
+  for (Clock::duration left = end - Clock::now(); left.count() > 0; left = end - Clock::now()) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+    const std::timespec rest = {static_cast<time_t>(seconds.count()),
+                                static_cast<long>(std::chrono::nanoseconds(left - seconds).count())};
+    if (sigtimedwait(&signals, nullptr, &rest) > 0) return;
+  }
 }
 
 void put(const std::string &text) {
@@ -41,21 +59,9 @@ void Report::watch(long long milliseconds) {
   thread_ = std::thread([this, milliseconds] { guard(milliseconds); });
 }
 
-// Who has been stopped and goes on may be woken without a signal.
-static void waitFor(const sigset_t &signals, long long milliseconds) {
-  using Clock = std::chrono::steady_clock;
-  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
-  for (int signal = -1; signal < 0;) {
-    const long long left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
-    if (milliseconds > 0 && left <= 0) return;
-    const std::timespec limit = {static_cast<time_t>(left / 1000), static_cast<long>(left % 1000) * 1'000'000};
-    signal = milliseconds > 0 ? sigtimedwait(&signals, nullptr, &limit) : sigwaitinfo(&signals, nullptr);
-  }
-}
-
 // Waits for a signal or the time, then for the search to end, then ends the process.
 void Report::guard(long long milliseconds) {
-  waitFor(endingSignals(), milliseconds);
+  await(endingSignals(), std::chrono::milliseconds(milliseconds));
   stopping_ = true;
   for (int i = 0; i < kPatience && stopSearch() && !ended_; ++i) {
     const std::timespec pause = {0, 1'000'000};

@@ -252,6 +252,20 @@ TEST(FznProgram, EndsALargeModelWithin100Milliseconds) {
   expectQuickEnd(more + pigeons(20, false), "=====UNKNOWN=====\n%%%mzn-stat");
 }
 
+TEST(FznProgram, GoesOnAfterItWasStoppedForAMoment) {
+  const std::string file = (fs::temp_directory_path() / "koru_fzn_stopped.fzn").string();
+  std::ofstream(file) << pigeons(20, true);
+  const std::string script =
+      "sh -c '\"$@\" & pid=$!; sleep 0.2; kill -STOP $pid; sleep 0.05; kill -CONT $pid; sleep 0.3;"
+      " kill $pid && echo ended by a signal; wait $pid' sh ";
+  for (const std::string limit : {"", "-t 100000 ", "-t 9000000000000000000 "}) {
+    const Ran ran = shell(script + KORU_FZN + " " + limit + file);
+    EXPECT_NE(ran.output.find("ended by a signal\n"), std::string::npos) << limit << ran.output;
+    EXPECT_EQ(ran.status, 0) << limit;
+  }
+  fs::remove(file);
+}
+
 // The signal comes when the first solution has been held for a while.
 TEST(FznProgram, EndsAtASignalWithTheBestSolution) {
   for (const std::string signal : {"INT", "TERM"}) {
