@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// SharedResource beside a twin that looks at each time by itself, and at the energy of all sets of tasks.
+// SharedResource beside its twin.
 #include "constraints/scheduling/shared_resource.h"
 
 #include <algorithm>
@@ -7,6 +7,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "unit/constraints/shared_resource_twin.h"
 
 namespace koru::scheduling {
 
@@ -18,140 +20,7 @@ static void PrintTo(const Load &load, std::ostream *out) {
 
 namespace {
 
-using Loads = std::vector<Load>;
-
-bool same(const Load &a, const Load &b) {
-  return a.task.presence == b.task.presence &&
-         (a.task.isOut() || (a.task.earliest == b.task.earliest && a.task.latest == b.task.latest));
-}
-
-// What all but one certainly take at a time.
-Time levelAt(const Loads &loads, Time time, const Load *but) {
-  Time level = 0;
-  for (const Load &load : loads)
-    if (&load != but && load.hasPart() && load.task.latestStart() <= time && time < load.task.earliestEnd())
-      level += load.use;
-  return level;
-}
-
-bool fitsFrom(const Loads &loads, const Load &load, Time start, Time capacity) {
-  if (load.use == 0) return true;
-  for (Time time = start; time < start + load.task.length; ++time)
-    if (levelAt(loads, time, &load) + load.use > capacity) return false;
-  return true;
-}
-
-// What a task takes of a window wherever it is put, when all of it must be done within, or where it certainly runs.
-Time takenOf(const Load &load, Time first, Time last) {
-  const Task &task = load.task;
-  if (task.earliest >= first && task.latest <= last) return task.length * load.use;
-  Time taken = 0;
-  for (Time time = first; time < last; ++time)
-    if (load.hasPart() && task.latestStart() <= time && time < task.earliestEnd()) taken += load.use;
-  return taken;
-}
-
-// Between two times, beside those that are sure to be there, but one.
-Time roomBetween(const Loads &loads, Time first, Time last, Time capacity, const Load *but) {
-  Time room = capacity * (last - first);
-  for (const Load &load : loads)
-    if (&load != but && load.task.isIn()) room -= takenOf(load, first, last);
-  return room;
-}
-
-constexpr Time kEnd = 22;  // no load is beyond it
-
-template <class Look>
-bool anyWindow(Look look) {
-  for (Time first = -kEnd; first < kEnd; ++first)
-    for (Time last = first + 1; last <= kEnd; ++last)
-      if (look(first, last)) return true;
-  return false;
-}
-
-bool anyOverload(const Loads &loads, Time capacity) {
-  return anyWindow([&](Time first, Time last) { return roomBetween(loads, first, last, capacity, nullptr) < 0; });
-}
-
-bool isOverloadWith(const Loads &loads, Time capacity, const Load &one) {
-  return anyWindow([&](Time first, Time last) {
-    return one.task.earliest >= first && one.task.latest <= last &&
-           roomBetween(loads, first, last, capacity, nullptr) < one.task.length * one.use;
-  });
-}
-
-// One round of the time table.
-bool round(Loads &loads, Time capacity) {
-  for (Load &load : loads) {
-    Task &task = load.task;
-    if (task.isOut()) continue;
-    while (task.earliestEnd() <= task.latest && !fitsFrom(loads, load, task.earliest, capacity)) ++task.earliest;
-    while (task.earliestEnd() <= task.latest && !fitsFrom(loads, load, task.latestStart(), capacity)) --task.latest;
-    if (task.earliestEnd() <= task.latest) continue;
-    if (task.isIn()) return false;
-    task.presence = Presence::kOut;
-  }
-  return true;
-}
-
-bool filterNaively(Loads &loads, Time capacity) {
-  for (bool again = true; again;) {
-    const Loads before = loads;
-    if (!round(loads, capacity)) return false;
-    again = !std::ranges::equal(before, loads, same);
-  }
-  if (anyOverload(loads, capacity)) return false;
-  for (Load &load : loads)
-    if (load.task.presence == Presence::kOptional && isOverloadWith(loads, capacity, load))
-      load.task.presence = Presence::kOut;
-  return true;
-}
-
-// Whether the others leave room in the window for a task that starts then.
-bool leavesRoom(const Loads &loads, const Load &load, Time start, Time first, Time last, Time capacity) {
-  const Time overlap = std::max<Time>(0, std::min(start + load.task.length, last) - std::max(start, first));
-  return overlap * load.use <= roomBetween(loads, first, last, capacity, &load);
-}
-
-void moveStart(const Loads &loads, Load &load, Time capacity) {
-  Task &task = load.task;
-  anyWindow([&](Time first, Time last) {
-    const bool isWithin = task.isIn() && task.latest <= last;
-    while (first <= task.earliest && task.earliest < last && !isWithin && task.earliestEnd() <= task.latest &&
-           !leavesRoom(loads, load, task.earliest, first, last, capacity))
-      ++task.earliest;
-    return false;
-  });
-}
-
-void mirrorAll(Loads &loads) {
-  for (Load &load : loads) load.task.earliest = -std::exchange(load.task.latest, -load.task.earliest);
-}
-
-bool moveByEdges(Loads &loads, Time capacity) {
-  for (int direction = 0; direction < 2; ++direction) {
-    for (Load &load : loads) {
-      if (load.task.isOut()) continue;
-      moveStart(loads, load, capacity);
-      if (load.task.earliestEnd() <= load.task.latest) continue;
-      if (load.task.isIn()) return false;
-      load.task.presence = Presence::kOut;
-    }
-    mirrorAll(loads);
-  }
-  return true;
-}
-
-// All rules, to their common fixpoint.
-bool filterAllNaively(Loads &loads, Time capacity) {
-  for (bool again = true; again;) {
-    if (!filterNaively(loads, capacity)) return false;
-    const Loads before = loads;
-    if (!moveByEdges(loads, capacity)) return false;
-    again = !std::ranges::equal(before, loads, same);
-  }
-  return true;
-}
+using namespace naive;
 
 bool filterAll(SharedResource &resource, std::size_t count, Time capacity) {
   for (bool again = true; again;) {
@@ -159,7 +28,7 @@ bool filterAll(SharedResource &resource, std::size_t count, Time capacity) {
     const Loads before(&resource[0], &resource[0] + count);
     const bool mayBe = resource.mayHaveEdges();
     const bool consistent = resource.edges(capacity);
-    again = !std::equal(before.begin(), before.end(), &resource[0], same);
+    again = !std::equal(before.begin(), before.end(), &resource[0], sameLoad);
     EXPECT_TRUE(mayBe || (consistent && !again));
     if (!consistent) return false;
   }
@@ -221,13 +90,13 @@ class SharedResourceTwin : public ::testing::Test {
       failed += consistent ? 0 : 1;
       if (!consistent) continue;
       const Loads seen(&resource[0], &resource[0] + given.size());
-      EXPECT_TRUE(std::ranges::equal(expected, seen, same))
+      EXPECT_TRUE(std::ranges::equal(expected, seen, sameLoad))
           << ::testing::PrintToString(given) << " in " << capacity << "\n expected "
           << ::testing::PrintToString(expected) << "\n seen " << ::testing::PrintToString(seen);
       compareLimits(seen, resource, capacity);
       Loads before = given;
       if (edges) filterNaively(before, capacity);
-      narrowed += std::ranges::equal(expected, before, same) ? 0 : 1;
+      narrowed += std::ranges::equal(expected, before, sameLoad) ? 0 : 1;
     }
     EXPECT_GT(failed, instances / 20);
     EXPECT_GT(narrowed, edges ? instances / 100 : instances / 20) << "by the last of the rules";
