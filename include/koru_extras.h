@@ -1025,7 +1025,7 @@ typedef struct CSwalkCounts {
  * array is not copied, and must not change. A cancel of a search before it is forgotten.
  * @return null for a null @p f, a built-in one with a null array or variable, without a running solver, in a callback
  * of cs_backtrack, for a model that cs_findConstraintWithMemory finds one in, or when memory is exhausted
- * (CS_ERR_MEMORY is reported). Cost: 80 KB, 17 bytes a variable, and a look at all constraints.
+ * (CS_ERR_MEMORY is reported). Cost: 100 KB, 17 bytes a variable, and a look at all constraints.
  */
 KORU_API CSwalk *cs_openWalk(CSint **array, int size, CSfindFreeVar f);
 
@@ -1078,7 +1078,51 @@ KORU_API int cs_setWalkPosition(CSwalk *walk, const CSwalkStep *steps, const CSw
  */
 KORU_API int cs_splitWalk(CSwalk *walk, long long least, CSwalkStep *steps, int room);
 
-/** Free the walk; contexts stay as they are. @return false, with nothing done, for null or one that is running. */
+/** What the walk of a search object is about. */
+typedef struct CSwalkSubject {
+  unsigned long long digest; /**< the same where the same variables are labelled in the same way */
+  bool improves;             /**< there is an objective */
+} CSwalkSubject;
+
+/**
+ * Open a walk over the tree of a search object (section 2) that has not begun. Its decisions take the place of values:
+ * a step has the value 0 for a decision and 1 for its opposite, or with CS_BRANCH_VALUES the value that was tried.
+ * Choice points, fails and solutions are counted as cs_nextSolution counts them. While the walk is open the object is
+ * at work: cs_nextSolution is refused. With an objective the walk is one of solutions that improve: where one stands,
+ * cs_keepWalkSolution bounds what comes after it, and the part of the tree to its right is walked from there.
+ * @p subject, unless it is null, is told what it is about.
+ * @return null where cs_openWalk says so, for null, for an object that has begun or whose turn it is not, and for
+ * options that cs_findUnwalkableOption finds one in. Cost: 100 KB, and a look at all constraints.
+ */
+KORU_API CSwalk *cs_openSearchWalk(CSsearch *search, CSwalkSubject *subject);
+
+/**
+ * The name of an option of the search object, or of an order, that a walk cannot follow: "restarts", "neighbours",
+ * "lastConflict", "randomTies", "guided", "CS_ORDER_DOM_WDEG", "CS_ORDER_ACTIVITY", "CS_ORDER_SET_TIMES",
+ * "CS_ORDER_SLACK_WDEG" or "CS_VALUE_RANDOM", whose choices depend on what was searched before; "milliseconds",
+ * "fails", "choicePoints", "solutions" or "memory", which are limits; "progress"; and "CS_BRANCH_VALUES with
+ * CS_VALUE_MAX", the objective of a maximisation included. Null when there is none, and for null. Constant text.
+ */
+KORU_API const char *cs_findUnwalkableOption(const CSsearch *search);
+
+/**
+ * The solution where the walk of a search object stands is one of the search: cs_getBestSolution gives it, and the
+ * search has come to these @p counts, it included. With an objective, all that the walk tries from now on has to be
+ * better; ways to positions along the path to this solution are those that they were.
+ * @return false, with nothing done, for null, counts without a solution, a call that cs_goWalk would refuse, a walk of
+ * no search object, or where no solution stands; and when memory is exhausted (reported). Cost: linear in the depth and
+ * in what is labelled.
+ */
+KORU_API bool cs_keepWalkSolution(CSwalk *walk, const CSwalkCounts *counts);
+
+/**
+ * Close the walk of a search object, which ends with that status and these counts, and with everything as it was when
+ * the object was created. @return false, with nothing done, for null, one that is running, or of no search object.
+ */
+KORU_API bool cs_endSearchWalk(CSwalk *walk, CSstatus status, const CSwalkCounts *counts);
+
+/** Free the walk; contexts stay as they are, but for a search object, which ends with CS_STATUS_STOPPED. @return false,
+ * with nothing done, for null or one that is running. */
 KORU_API bool cs_closeWalk(CSwalk *walk);
 
 /** Whether cs_cancelSearch was called since the last search began or walk was opened. */

@@ -51,6 +51,7 @@
 #define KORU_MPI_H
 
 #include "koru.h"
+#include "koru_extras.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -78,6 +79,27 @@ KORU_MPI_API bool cs_mpiSearch(CSint **array, int size, CSfindFreeVar f);
  * Cost: what is searched to the right of a pass's solution before it is known is lost.
  */
 KORU_MPI_API bool cs_mpiMinimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfoundCostCallback found);
+
+/**
+ * Called in the first process at a solution of a search object, which stands: cs_getBestSolution and cs_getSearchStats
+ * tell of it. @return false to end the search with it.
+ */
+typedef bool (*CSmpiSolved)(CSsearch *search, void *extra);
+
+/**
+ * The whole search of a search object (koru_extras.h, section 2) that has not begun: the solutions, or with an
+ * objective the improving ones, that cs_nextSolution gives one after the other, with the same counts. @p found may be
+ * null; then solutions of a search without an objective are only counted. Afterwards the search has ended in every
+ * process, with everything as it was when the object was created; the statistics tell of its choice points, fails,
+ * solutions and objective, and cs_getBestSolution gives the last solution that was told of. For exact searches: options
+ * that cs_findUnwalkableOption names (restarts, neighbourhoods, orders by failures or activity, random ones, last
+ * conflicts, guided searches, limits, a progress callback) end the run with status 3 and a message. Callbacks that
+ * choose are as @p f of the others. With an objective, what is searched to the right of a solution before that is known
+ * is lost.
+ * @return CS_STATUS_EXHAUSTED, CS_STATUS_OPTIMAL, CS_STATUS_STOPPED after false from @p found; CS_STATUS_REFUSED, with
+ * nothing done, for null, a search that has begun, or one whose turn it is not.
+ */
+KORU_MPI_API CSstatus cs_mpiSolve(CSsearch *search, CSmpiSolved found, void *extra);
 
 /** Fails and choice points of the last parallel search: those that the search of one process counts. */
 KORU_MPI_API long long cs_mpiGetNbFails(void);

@@ -38,9 +38,24 @@ static Outcome minimize(Ground &ground) {
   return all;
 }
 
+static Outcome solve(Ground &ground) {
+  const Task &task = ground.task();
+  CSstatus status = CS_STATUS_EXHAUSTED;
+  while (status == CS_STATUS_EXHAUSTED && go(ground, task.wantsPaths())) {
+    if (!ground.keep(ground.counts())) break;
+    if (task.foundByObject != nullptr && !task.foundByObject(task.search, task.extra)) status = CS_STATUS_STOPPED;
+  }
+  const Counts counts = ground.counts();
+  const bool result = counts.solutions > 0;
+  if (task.improves && result && status == CS_STATUS_EXHAUSTED) status = CS_STATUS_OPTIMAL;
+  ground.endObject(status, counts);
+  return {result, counts};
+}
+
 Outcome searchAlone(Ground &ground) {
   const Mode mode = ground.task().mode;
   if (mode == Mode::kMinimize) return minimize(ground);
+  if (mode == Mode::kObject) return solve(ground);
   if (mode == Mode::kAll) {
     findAll(ground);
   } else {

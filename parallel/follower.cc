@@ -20,14 +20,27 @@ Follower::Follower(Ground &ground, Transport &transport, Mail &mail, const Pace 
   mail_.send(0, out.bytes);
 }
 
+// A solution of a search object.
+bool Follower::pass(const Solution &solution) {
+  if (ground_.goTo({solution.path, 0, false}) && ground_.keep(solution.until)) return true;
+  why_ = ground_.failure();
+  return false;
+}
+
 bool Follower::end(Reader &in) {
   over_ = true;
   result_ = in.number() != 0;
   if (in.number() != 0) transport_.noteLost();
   counts_ = in.counts();
   const auto kind = static_cast<Ending::Kind>(in.number());
+  const auto status = static_cast<CSstatus>(in.number());
   const std::vector<Solution> last = in.solutions();
   worker_.drop();
+  if (kind == Ending::kObject) {
+    if (!last.empty() && !pass(last.front())) return false;
+    ground_.endObject(status, counts_);
+    return true;
+  }
   if (ground_.end({kind, last.empty() ? Steps{} : last.front().path})) return true;
   why_ = ground_.failure();
   return false;
@@ -42,6 +55,10 @@ bool Follower::handle(const Message &m) {
     worker_.drop();
     ground_.beginPass(static_cast<int>(in.integer()));
     return true;
+  }
+  if (kind == Letter::kPass) {
+    worker_.drop();
+    return pass(in.solutions().front());
   }
   const long long assignment = in.integer();
   if (kind == Letter::kWork) {

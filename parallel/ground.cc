@@ -22,7 +22,7 @@ static unsigned long long digestOf(const Task &task) {
 Ground::Ground(const Task &task) : task_(task) {
   if (task.mode == Mode::kMinimize && task.cost == nullptr) return;
   cs_initErr();
-  if (!open()) return;
+  if (!open() || task.isObject()) return;
   digest_ = digestOf(task);
   if (task.mode != Mode::kMinimize) return;
   cs_closeWalk(walk_);
@@ -35,13 +35,24 @@ Ground::~Ground() { cs_closeWalk(walk_); }
 
 bool Ground::open() {
   cs_closeWalk(walk_);
-  walk_ = cs_openWalk(task_.array, task_.size, task_.select);
+  if (task_.isObject()) {
+    CSwalkSubject subject = {};
+    walk_ = cs_openSearchWalk(task_.search, &subject);
+    task_.improves = subject.improves;
+    digest_ = subject.digest;
+  } else {
+    walk_ = cs_openWalk(task_.array, task_.size, task_.select);
+  }
   noteMemory();
   if (walk_ == nullptr) noteConstraint();
   return walk_ != nullptr;
 }
 
 void Ground::noteConstraint() {
+  if (const char *option = cs_findUnwalkableOption(task_.search)) {
+    failure_ = std::string("the search object has the option ") + option + ": such a search cannot be shared";
+    return;
+  }
   const char *name = cs_findConstraintWithMemory();
   if (name == nullptr) return;
   failure_ = std::string("the model has a constraint of ") + name +
@@ -63,6 +74,10 @@ bool Ground::goTo(const Piece &piece) {
     noteMemory();
   } else if (reached < 0) {
     failure_ = "the contexts of the search were closed by others";
+  } else if (task_.isObject()) {
+    failure_ = "at level " + std::to_string(reached + 1) +
+               " of the search another process has made another decision, or come further: the model, the options, a " +
+               "choice of the host's or a constraint depends on more than what has been decided";
   } else {
     const CSwalkStep &step = piece.steps[static_cast<std::size_t>(reached)];
     failure_ = "at level " + std::to_string(reached + 1) +
@@ -85,6 +100,22 @@ Piece Ground::here() const {
 Counts Ground::counts() const {
   const CSwalkCounts c = cs_getWalkCounts(walk_);
   return {c.choicePoints, c.fails, c.solutions};
+}
+
+static CSwalkCounts countsOf(const Counts &c) { return {c.choicePoints, c.fails, c.solutions}; }
+
+bool Ground::keep(const Counts &counts) {
+  const CSwalkCounts c = countsOf(counts);
+  if (cs_keepWalkSolution(walk_, &c)) return true;
+  failure_ = "no solution stands where another process has found one";
+  noteMemory();
+  return false;
+}
+
+void Ground::endObject(CSstatus status, const Counts &counts) {
+  const CSwalkCounts c = countsOf(counts);
+  cs_endSearchWalk(walk_, status, &c);
+  walk_ = nullptr;
 }
 
 // As cs_minimize: the context of the beginning is closed with the first solution, the bound stays.

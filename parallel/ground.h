@@ -8,7 +8,10 @@
 
 namespace koru::parallel {
 
-enum class Mode { kAll, kFirst, kMinimize };
+enum class Mode { kAll, kFirst, kMinimize, kObject };
+
+// Whether to go on.
+using FoundByObject = bool (*)(CSsearch *search, void *extra);
 
 struct Task {
   Mode mode;
@@ -18,18 +21,25 @@ struct Task {
   CSint *cost = nullptr;
   CSfoundCallback found = nullptr;
   CSfoundCostCallback foundCost = nullptr;
+  // Of a search object.
+  CSsearch *search = nullptr;
+  bool improves = false;  // it has an objective
+  FoundByObject foundByObject = nullptr;
+  void *extra = nullptr;
 
-  bool firstOnly() const { return mode != Mode::kAll; }
+  bool isObject() const { return mode == Mode::kObject; }
+  bool firstOnly() const { return isObject() ? improves : mode != Mode::kAll; }
   // Whether paths to solutions are of interest, and not only how many there are.
-  bool wantsPaths() const { return firstOnly() || found != nullptr; }
+  bool wantsPaths() const { return firstOnly() || found != nullptr || foundByObject != nullptr; }
 };
 
 // How a search ends, in every process alike.
 struct Ending {
-  enum Kind { kRestored, kAtSolution, kCancelled };
+  enum Kind { kRestored, kAtSolution, kCancelled, kObject };
 
   Kind kind = kRestored;
   Steps path;  // to the solution, where it is left in place or was the last one before a cancel
+  CSstatus status = CS_STATUS_EXHAUSTED;  // of a search object
 };
 
 class Ground {
@@ -51,6 +61,11 @@ class Ground {
   bool goTo(const Piece &piece);
   Piece here() const;
   Counts counts() const;
+
+  // The solution that stands is one of the search object's; false when failure() tells of memory.
+  bool keep(const Counts &counts);
+  // The search object ends.
+  void endObject(CSstatus status, const Counts &counts);
 
   // From the root on, all solutions cost less; false when that cannot be, or failure() tells of memory. The walk begins
   // anew.

@@ -95,7 +95,9 @@ void Leader::drop(long long assignment) {
 void Leader::endWith(const Ending &ending) {
   worker_.drop();
   const Counts before = ground_.counts();
-  if (!ground_.end(ending)) {
+  if (ending.kind == Ending::kObject) {
+    ground_.endObject(ending.status, counts_);
+  } else if (!ground_.end(ending)) {
     fail(ground_.failure());
     return;
   }
@@ -105,7 +107,10 @@ void Leader::endWith(const Ending &ending) {
   out.number(lost_ ? 1 : 0);
   out.counts(counts_);
   out.number(ending.kind);
-  out.solutions({{ending.path, {}}});
+  out.number(ending.status);
+  std::vector<Solution> last = {{ending.path, {}}};
+  if (ending.kind == Ending::kObject) last.assign(passed_.end() - (passed_.empty() ? 0 : 1), passed_.end());
+  out.solutions(last);
   sendAll(Letter::kEnd, out);
 }
 
@@ -121,10 +126,42 @@ bool Leader::tellSolution(const Steps &path) {
   if (!ground_.goTo({path, 0, false})) return fail(ground_.failure());
   ++told_;
   if (task.mode == Mode::kMinimize) return improve();
+  if (task.isObject()) return tellObject(path);
   task.found(task.array, task.size);
   if (!cs_isSearchCancelled()) return true;
   endWith({Ending::kCancelled, path});
   return false;
+}
+
+// In all processes, when it bounds what comes.
+bool Leader::pass(const Solution &solution) {
+  if (!ground_.keep(solution.until)) return fail(ground_.failure());
+  if (!ground_.task().improves) passed_.clear();
+  passed_.push_back(solution);
+  if (!ground_.task().improves) return true;
+  Writer out;
+  out.solutions({solution});
+  sendAll(Letter::kPass, out);
+  return true;
+}
+
+// A better solution lies to the right of the one that stands: what was done there without its bound is done again.
+bool Leader::tellObject(const Steps &path) {
+  const Task &task = ground_.task();
+  if (!pass({path, counts_})) return false;
+  if (task.improves) {
+    dropAll();
+    pieces_ = path.empty() ? Pieces(Pieces::None{}) : Pieces(true, {path, 0, true});
+  }
+  if (task.foundByObject == nullptr || task.foundByObject(task.search, task.extra)) return true;
+  endWith({Ending::kObject, {}, CS_STATUS_STOPPED});
+  return false;
+}
+
+void Leader::dropAll() {
+  worker_.drop();
+  for (Peer &peer : peers_)
+    if (peer.state == Peer::kBusy) peer.state = Peer::kIdle;
 }
 
 // In all processes.
@@ -142,9 +179,7 @@ bool Leader::improve() {
   const int bound = cs_getMin(task.cost);
   if (task.foundCost != nullptr) task.foundCost(task.array, task.size, task.cost);
   const bool cancelled = cs_isSearchCancelled();
-  worker_.drop();
-  for (Peer &peer : peers_)
-    if (peer.state == Peer::kBusy) peer.state = Peer::kIdle;
+  dropAll();
   pieces_ = Pieces(true);
   if (!beginPass(bound)) {
     endWith({});
@@ -175,7 +210,10 @@ bool Leader::tell() {
     counts_.add(finished->counts);
   }
   if (!pieces_.empty()) return true;
-  endWith({});
+  const bool isOptimal = ground_.task().improves && result_;
+  endWith({ground_.task().isObject() ? Ending::kObject : Ending::kRestored,
+           {},
+           isOptimal ? CS_STATUS_OPTIMAL : CS_STATUS_EXHAUSTED});
   return false;
 }
 

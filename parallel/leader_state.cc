@@ -40,6 +40,7 @@ std::string Leader::state() const {
   out.counts(counts_);
   out.number(bounds_.size());
   for (const int bound : bounds_) out.integer(bound);
+  out.solutions(passed_);
   pieces_.write(out);
   return out.bytes;
 }
@@ -52,10 +53,13 @@ bool Leader::restore(const std::string &state) {
   counts_ = in.counts();
   std::vector<int> bounds(in.size());
   for (int &bound : bounds) bound = static_cast<int>(in.integer());
+  const std::vector<Solution> passed = in.solutions();
   pieces_.read(in);
   if (!in.isThrough()) return fail("it cannot be read");
   for (const int bound : bounds)
     if (!beginPass(bound)) return fail("it is of another model: no solution costs less than " + std::to_string(bound));
+  for (const Solution &solution : passed)
+    if (!ground_.goTo({solution.path, 0, false}) || !pass(solution)) return fail("it is of another model");
   return true;
 }
 

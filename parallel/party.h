@@ -10,7 +10,7 @@
 
 namespace koru::parallel {
 
-enum class Letter : unsigned { kHello, kReport, kWork, kSplit, kDrop, kBound, kEnd };
+enum class Letter : unsigned { kHello, kReport, kWork, kSplit, kDrop, kBound, kPass, kEnd };
 
 // What the host wants to know while a search goes on.
 struct Wishes {
@@ -35,6 +35,7 @@ class Follower {
  private:
   bool handle(const Message &m);
   bool end(Reader &in);
+  bool pass(const Solution &solution);
 
   Ground &ground_;
   Transport &transport_;
@@ -76,6 +77,9 @@ class Leader {
   bool tell();
   bool tellSolution(const Steps &path);
   bool improve();
+  bool tellObject(const Steps &path);
+  bool pass(const Solution &solution);
+  void dropAll();
   bool beginPass(int bound);
   void tellProgress();
   void keep();
@@ -101,7 +105,8 @@ class Leader {
   double began_;
   double progressTold_, saved_;
   long long lastAssignment_ = 0;
-  std::vector<int> bounds_;  // of the passes that have begun, but for the first one
+  std::vector<int> bounds_;       // of the passes that have begun, but for the first one
+  std::vector<Solution> passed_;  // solutions of a search object: that were improved, or the last one
   long long told_ = 0;
   bool lost_ = false;  // some process has been silent for too long
   bool result_ = false;

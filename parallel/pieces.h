@@ -31,8 +31,15 @@ class Pieces {
   Pieces &operator=(const Pieces &) = delete;
   Pieces &operator=(Pieces &&) = default;
   ~Pieces() = default;
-  // Everything is queued: the whole tree.
-  explicit Pieces(bool firstOnly = false) : firstOnly_(firstOnly) { enqueue(insert(entries_.end())); }
+  // Everything is queued: the whole tree, or that piece of it.
+  explicit Pieces(bool firstOnly = false, Piece piece = {}) : firstOnly_(firstOnly) {
+    const auto entry = insert(entries_.end());
+    entry->piece = std::move(piece);
+    enqueue(entry);
+  }
+  // Nothing is left.
+  struct None {};
+  explicit Pieces(None) : firstOnly_(true) {}
 
   bool empty() const { return entries_.empty(); }
   std::size_t queued() const { return queued_.size(); }

@@ -144,6 +144,19 @@ bool cs_mpiMinimize(CSint **array, int size, CSfindFreeVar f, CSint *cost, CSfou
   return search({.mode = Mode::kMinimize, .array = array, .size = size, .select = f, .cost = cost, .foundCost = found});
 }
 
+CSstatus cs_mpiSolve(CSsearch *object, CSmpiSolved found, void *extra) {
+  if (cs_getSearchStatus(object) != CS_STATUS_READY) return CS_STATUS_REFUSED;
+  search({.mode = Mode::kObject,
+          .array = nullptr,
+          .size = 0,
+          .select = nullptr,
+          .search = object,
+          .foundByObject = found,
+          .extra = extra});
+  const CSstatus status = cs_getSearchStatus(object);
+  return status != CS_STATUS_READY ? status : CS_STATUS_REFUSED;
+}
+
 void cs_mpiSetProgress(CSmpiProgress progress, double seconds, void *extra) {
   Process &p = process();
   p.progress = progress;

@@ -12,6 +12,8 @@ namespace koru {
 class Values {
  public:
   explicit Values(const CSint *v) : bits_(v->bits), max_(v->max), value_(v->min), more_(true) { skipAbsent(); }
+  // Of an interval that is nobody's.
+  Values(int least, int greatest) : bits_(nullptr), max_(greatest), value_(least), more_(true) {}
 
   bool more() const { return more_; }
   int current() const { return value_; }

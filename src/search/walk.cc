@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // cs_openWalk, cs_goWalk, cs_closeWalk: depth-first labelling that can stop anywhere between two values.
 //
-// Choice by choice what the recursive searches do, the order of selection, contexts, counting and the look at a cancel
-// included.  Cost: that of cs_findAll; a level is some 80 bytes, of which 1024 are allocated at a time.
-// Deliberate: after a cancel the levels are left from the newest to the first, as the recursive searches leave them:
-// one that has another value counts it and keeps its context open, whatever the base.
+// Choice by choice what the recursive searches and search objects do, the order of selection, contexts, counting and
+// the look at a cancel included.  Cost: that of cs_findAll; a level is some 100 bytes, of which 1024 are allocated at a
+// time. Deliberate: after a cancel the levels are left from the newest to the first, as the recursive searches leave
+// them: one that has another value counts it and keeps its context open, whatever the base.
 #include "search/walk.h"
 
 #include <limits>
@@ -29,19 +29,32 @@ Turn::~Turn() {
   walk_->now = BranchStamp::now();
 }
 
-Level *openLevel(CSwalk &w, CSint *variable) {
+Choice chooseNext(CSwalk &w) { return w.object == nullptr ? Choice{w.selection.next()} : chooseOfObject(*w.object); }
+
+Level *openLevel(CSwalk &w, const Choice &choice) {
   if (!w.levels.makeRoom() || !openContext()) return nullptr;
-  const Level level{variable, Values(variable), variable->min, variable->max, variable->count, w.counts.choicePoints,
-                    0};
+  const CSint *v = choice.variable;
+  const Values values = choice.branchesInTwo ? Values(0, 1) : Values(v);
+  const Level level{choice, values, v->min, v->max, v->count, w.counts.choicePoints, 0};
   Level *place = w.levels.pushInRoom();
   *place = level;
   return place;
 }
 
+bool impose(const CSwalk &w, Level &level, const Bound &bound) {
+  if (w.object == nullptr) return cs_EQ(level.choice.variable, level.values.current());
+  level.bound = bound;
+  return imposeOfObject(*w.object, level);
+}
+
 namespace {
+
+// cs_cancelSearch is not for search objects.
+bool isCancelled(const CSwalk &w) { return searchState.cancelled && w.object == nullptr; }
 
 CSstatus ended(CSwalk &w, CSstatus status) {
   w.lost = status == CS_STATUS_MEMORY;
+  w.atSolution = status == CS_STATUS_SOLUTION;
   return status;
 }
 
@@ -53,22 +66,23 @@ void tryNext(CSwalk &w) {
     w.levels.pop();
     return;
   }
-  ++w.counts.choicePoints;
+  if (!level.isOpposite()) ++w.counts.choicePoints;
   ++level.tried;
-  if (searchState.cancelled) {
+  if (isCancelled(w)) {
     w.base = 0;
     w.levels.pop();
     return;
   }
-  w.down = cs_EQ(level.variable, level.values.current());
+  w.down = impose(w, level, w.bound);
   if (!w.down) ++w.counts.fails;
 }
 
 // A level for the variable that comes next; none at a solution, and where postings of the selection fail.
 bool descend(CSwalk &w) {
   w.down = false;
-  CSint *variable = w.selection.next();
-  if (variable != nullptr) return openLevel(w, variable) != nullptr;
+  if (w.object != nullptr && isRefuted(*w.object)) return false;
+  const Choice choice = chooseNext(w);
+  if (choice.variable != nullptr) return openLevel(w, choice) != nullptr;
   if (!postingHolds()) return false;
   ++w.counts.solutions;
   return false;
@@ -87,7 +101,7 @@ CSstatus go(CSwalk &w, long long until, bool stops) {
       }
       continue;
     }
-    if (w.levels.count() == w.base) return searchState.cancelled ? CS_STATUS_STOPPED : CS_STATUS_EXHAUSTED;
+    if (w.levels.count() == w.base) return isCancelled(w) ? CS_STATUS_STOPPED : CS_STATUS_EXHAUSTED;
     restoreAndSave();
     newest(w).values.advance();
     tryNext(w);
@@ -96,15 +110,25 @@ CSstatus go(CSwalk &w, long long until, bool stops) {
   return CS_STATUS_CHOICE_POINTS;
 }
 
+void releaseAtEnd(void *walk) { destroy(static_cast<CSwalk *>(walk)); }
+
+}  // namespace
+
+bool enter(CSwalk &w) {
+  if (!w.levels.create()) return false;
+  w.root = w.now = BranchStamp::now();
+  w.atEnd = {nullptr, releaseAtEnd, &w, false, nullptr};
+  solver::ports.add(&w.atEnd);
+  return true;
+}
+
 void destroy(CSwalk *w) {
   w->levels.destroy();
+  w->passed.destroy();
   w->~CSwalk();
   deallocate(w);
 }
 
-void releaseAtEnd(void *walk) { destroy(static_cast<CSwalk *>(walk)); }
-
-}  // namespace
 }  // namespace koru::walk
 
 using namespace koru;
@@ -117,13 +141,10 @@ CSwalk *cs_openWalk(CSint **array, int size, CSfindFreeVar f) {
   void *memory = positions ? allocate(sizeof(CSwalk)) : nullptr;
   if (memory == nullptr) return nullptr;
   auto *w = new (memory) CSwalk(array, size, f, std::move(positions));
-  if (!w->levels.create()) {
+  if (!enter(*w)) {
     destroy(w);
     return nullptr;
   }
-  w->root = w->now = BranchStamp::now();
-  w->atEnd = {nullptr, releaseAtEnd, w, false, nullptr};
-  solver::ports.add(&w->atEnd);
   searchState.cancelled = false;
   return w;
 }
@@ -140,6 +161,7 @@ CSwalkCounts cs_getWalkCounts(const CSwalk *walk) { return walk != nullptr ? wal
 
 bool cs_closeWalk(CSwalk *walk) {
   if (walk == nullptr || walk->running) return false;
+  if (walk->object != nullptr) leaveObject(*walk);
   solver::ports.remove(&walk->atEnd);
   destroy(walk);
   return true;

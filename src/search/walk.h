@@ -5,7 +5,13 @@
 // Each level has a context, the newest one the newest level's. Where a walk stands is the values of its levels, and
 // whether the newest of them is finished with (walk.cc) or everything below it is still to come. Levels below `base`
 // keep their value: the walk ends when it would need another one for them.
+//
+// A walk of a search object (solve/object_walk) has its choices: a level that branches in two has the values 0, the
+// decision, and 1, its opposite. The bound on an objective that was imposed with a value belongs to the level: on the
+// way to a position, levels that are on the path to the last solution get the bound that they had there.
 #pragma once
+
+#include <optional>
 
 #include "core/block_stack.h"
 #include "core/branch_set.h"
@@ -16,12 +22,30 @@
 
 namespace koru::walk {
 
-struct Level {
+using Bound = std::optional<int>;  // the objective of the solution that has to be improved
+
+// What comes next. No variable: a solution, or no choice is left.
+struct Choice {
   CSint *variable;
+  bool branchesInTwo = false;
+  CSvalueSelection decision{};  // then
+};
+
+struct Level {
+  Choice choice;
   Values values;
   int least, greatest, count;  // the variable's on entry
   long long choicePoints;      // of the walk, when the level was opened
   long long tried;             // values since then
+  Bound bound{};               // imposed with the present value
+
+  bool isOpposite() const { return choice.branchesInTwo && values.current() == 1; }
+};
+
+// The path to the last solution of a search with an objective.
+struct PassedStep {
+  CSwalkStep step;
+  Bound bound;
 };
 
 }  // namespace koru::walk
@@ -36,12 +60,16 @@ struct CSwalk {
   int base = 0;
   bool down = true;          // the newest level's value stands, and what is below it is still to come
   bool lost = false;         // it stands nowhere
+  bool atSolution = false;   // it has come to one, and nothing else
   bool running = false;      // one of its functions
   koru::BranchStamp root{};  // the newest context when it was opened
   koru::BranchStamp now{};   // and when a call returned
   unsigned memoryReports = 0;
   CSwalkCounts counts{};
-  koru::Observer atEnd{};  // frees it when the solver ends
+  CSsearch *object = nullptr;                       // whose search it is, if it is one's
+  koru::walk::Bound bound{};                        // of what comes
+  koru::BlockStack<koru::walk::PassedStep> passed;  // created with the first bound
+  koru::Observer atEnd{};                           // frees it when the solver ends
 };
 
 namespace koru::walk {
@@ -63,8 +91,26 @@ class Turn {
   CSwalk *walk_;
 };
 
-// Opens a level for a variable, with a context. Null when the postings before it fail, and when there is no memory.
-Level *openLevel(CSwalk &w, CSint *variable);
+// Where it begins. False when memory is exhausted (reported).
+[[nodiscard]] bool enter(CSwalk &w);
+// Frees it, with nothing restored.
+void destroy(CSwalk *w);
+
+// What comes next where it stands.
+Choice chooseNext(CSwalk &w);
+// Opens a level for a choice, with a context. Null when the postings before it fail, and when there is no memory.
+Level *openLevel(CSwalk &w, const Choice &choice);
+// Tries the value of the newest level. False when propagation refuses it.
+bool impose(const CSwalk &w, Level &level, const Bound &bound);
+
+CSwalkStep stepOf(const Level &level);
+bool isSame(const CSwalkStep &a, const CSwalkStep &b);
+
+// The parts that search objects play in these.
+Choice chooseOfObject(CSsearch &s);
+bool imposeOfObject(const CSsearch &s, const Level &level);
+bool isRefuted(const CSsearch &s);
+void leaveObject(CSwalk &w);
 
 inline bool memoryExhausted(const CSwalk &w) { return solver::errors.memoryReports != w.memoryReports; }
 inline Level &newest(CSwalk &w) { return w.levels.at(w.levels.count() - 1); }

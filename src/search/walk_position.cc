@@ -15,17 +15,15 @@ namespace {
 // Of what a level was chosen from: a different choice, or a different state, is unlikely to have the same.
 unsigned checkOf(const Level &level) {
   std::uint64_t h = 0x9e3779b97f4a7c15ULL;
-  for (const int part : {solver::variables.indexOf(level.variable), level.count}) {
+  const auto add = [&h](int part) {
     h = (h ^ static_cast<unsigned>(part)) * 0xbf58476d1ce4e5b9ULL;
     h ^= h >> 29;
-  }
+  };
+  const Choice &choice = level.choice;
+  for (const int part : {solver::variables.indexOf(choice.variable), level.count}) add(part);
+  if (choice.branchesInTwo)
+    for (const int part : {level.least, level.greatest, choice.decision.method, choice.decision.value}) add(part);
   return static_cast<unsigned>(h >> 16);
-}
-
-CSwalkStep stepOf(const Level &level) { return {level.values.current(), level.least, level.greatest, checkOf(level)}; }
-
-bool isSame(const CSwalkStep &a, const CSwalkStep &b) {
-  return a.value == b.value && a.least == b.least && a.greatest == b.greatest && a.check == b.check;
 }
 
 // The steps of the first `depth` levels, as far as there is room.
@@ -33,13 +31,29 @@ void writeSteps(const CSwalk &w, int depth, CSwalkStep *steps, int room) {
   for (int i = 0; i < std::min(depth, room); ++i) steps[i] = stepOf(w.levels.at(i));
 }
 
+// Which bound goes with the steps of a position, one after the other.
+class Bounds {
+ public:
+  explicit Bounds(const CSwalk &w) : w_(w) {}
+
+  Bound next(const CSwalkStep &step) {
+    isPassed_ = isPassed_ && at_ < w_.passed.count() && isSame(w_.passed.at(at_).step, step);
+    return isPassed_ ? w_.passed.at(at_++).bound : w_.bound;
+  }
+
+ private:
+  const CSwalk &w_;
+  int at_ = 0;
+  bool isPassed_ = true;
+};
+
 // How many levels stand with the value that a position has there. That of the newest level stands only on the way down,
 // and none when somebody else has closed contexts.
-int inCommon(const CSwalk &w, const CSwalkStep *steps, const CSwalkPosition &position) {
+int inCommon(const CSwalk &w, const CSwalkStep *steps, const CSwalkPosition &position, Bounds bounds) {
   if (w.lost || !w.now.stands()) return 0;
   const int most = std::min(w.levels.count() - (w.down ? 0 : 1), position.depth - (position.done ? 1 : 0));
   int n = 0;
-  while (n < most && isSame(stepOf(w.levels.at(n)), steps[n])) ++n;
+  while (n < most && isSame(stepOf(w.levels.at(n)), steps[n]) && w.levels.at(n).bound == bounds.next(steps[n])) ++n;
   return std::max(n, 0);
 }
 
@@ -50,11 +64,11 @@ void backTo(CSwalk &w, int depth) {
 }
 
 // A level as the step says. Its value is tried, unless it is `done`.
-bool take(CSwalk &w, const CSwalkStep &step, bool done) {
-  CSint *variable = w.selection.next();
-  Level *level = variable != nullptr ? openLevel(w, variable) : nullptr;
+bool take(CSwalk &w, const CSwalkStep &step, bool done, const Bound &bound) {
+  const Choice choice = chooseNext(w);
+  Level *level = choice.variable != nullptr ? openLevel(w, choice) : nullptr;
   if (level == nullptr || !level->values.goTo(step.value) || !isSame(stepOf(*level), step)) return false;
-  return done || cs_EQ(variable, step.value);
+  return done || impose(w, *level, bound);
 }
 
 bool isPosition(const CSwalkStep *steps, const CSwalkPosition *position) {
@@ -65,6 +79,16 @@ bool isPosition(const CSwalkStep *steps, const CSwalkPosition *position) {
 }
 
 }  // namespace
+
+CSwalkStep stepOf(const Level &level) {
+  const bool inTwo = level.choice.branchesInTwo;
+  return {level.values.current(), inTwo ? 0 : level.least, inTwo ? 1 : level.greatest, checkOf(level)};
+}
+
+bool isSame(const CSwalkStep &a, const CSwalkStep &b) {
+  return a.value == b.value && a.least == b.least && a.greatest == b.greatest && a.check == b.check;
+}
+
 }  // namespace koru::walk
 
 using namespace koru;
@@ -80,11 +104,16 @@ int cs_setWalkPosition(CSwalk *walk, const CSwalkStep *steps, const CSwalkPositi
   const Turn turn(walk, Turn::From::kTheRoot);
   if (!turn || !isPosition(steps, position)) return -1;
   CSwalk &w = *walk;
-  int reached = inCommon(w, steps, *position);
+  Bounds bounds(w);
+  int reached = inCommon(w, steps, *position, bounds);
   backTo(w, reached);
   w.lost = true;
-  for (; reached < position->depth; ++reached)
-    if (!take(w, steps[reached], position->done && reached + 1 == position->depth)) return reached;
+  w.atSolution = false;
+  for (int i = 0; i < reached; ++i) bounds.next(steps[i]);
+  for (; reached < position->depth; ++reached) {
+    const bool done = position->done && reached + 1 == position->depth;
+    if (!take(w, steps[reached], done, bounds.next(steps[reached]))) return reached;
+  }
   w.base = position->base;
   w.down = !position->done;
   w.lost = false;

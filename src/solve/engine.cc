@@ -39,9 +39,7 @@ inline bool mayGoOn(CSsearch &s) {
 // Better than the last solution, when there is an objective.
 bool postBound(const CSsearch &s) {
   if (s.objective == nullptr || !hasSolution(s)) return true;
-  const int best = s.stats.objective;
-  if (minimizes(s)) return best > kIntMin && cs_LE(s.objective, best - 1);
-  return best < kIntMax && cs_GE(s.objective, best + 1);
+  return postBetter(s, s.stats.objective);
 }
 
 // A propagation that was cut short is no fail.
@@ -310,6 +308,11 @@ bool begin(CSsearch &s) {
 }
 
 }  // namespace
+
+bool postBetter(const CSsearch &s, int best) {
+  if (minimizes(s)) return best > kIntMin && cs_LE(s.objective, best - 1);
+  return best < kIntMax && cs_GE(s.objective, best + 1);
+}
 
 CSstatus goOn(CSsearch &s) {
   for (bool alive = begin(s); alive;) {

@@ -54,6 +54,11 @@ class Labelled {
       if (phases_[i].order == order) return true;
     return false;
   }
+  bool usesValue(int value) const {
+    for (int i = 0; i < phaseCount_; ++i)
+      if (phases_[i].value == value) return true;
+    return false;
+  }
   Phase &firstPhase() const { return phases_[0]; }
 
   int orderCount() const { return orderCount_; }

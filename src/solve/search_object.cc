@@ -24,7 +24,7 @@ namespace {
 // ----- life
 
 void destroy(CSsearch *s) {
-  if (s->status == CS_STATUS_SOLUTION) tellEnd(CS_STATUS_STOPPED);
+  if (s->status == CS_STATUS_SOLUTION && !s->running) tellEnd(CS_STATUS_STOPPED);
   solver::newestSearch = s->older;
   s->path.destroy();
   s->~CSsearch();
@@ -76,6 +76,8 @@ bool prepareLearning(CSsearch &s) {
   return s.noGoods != nullptr;
 }
 
+}  // namespace
+
 bool prepare(CSsearch &s) {
   const CSsearchOptions &o = s.options;
   s.memoryReports = solver::errors.memoryReports;
@@ -98,19 +100,19 @@ bool prepare(CSsearch &s) {
 
 // ----- the calls
 
-bool hasBegun(const CSsearch &s) { return s.status != CS_STATUS_READY; }
-bool hasEnded(const CSsearch &s) { return hasBegun(s) && s.status != CS_STATUS_SOLUTION; }
-
 bool isItsTurn(const CSsearch &s) {
   return &s == solver::newestSearch && !s.running && !solver::trail.undoing() && s.root.stands() &&
          solver::contexts.count() == s.openContexts;
 }
 
-// Everything as it was when the object was made.
 void closeRoot(CSsearch &s) {
   cs_restoreContextUntil(s.root.level);
   s.noGoods = nullptr;
 }
+
+namespace {
+
+bool hasEnded(const CSsearch &s) { return hasBegun(s) && s.status != CS_STATUS_SOLUTION; }
 
 void noteFailure(void *search, const Constraint *constraint) {
   static_cast<CSsearch *>(search)->weights.noteFailure(constraint);

@@ -83,5 +83,15 @@ namespace koru::solve {
 
 inline bool hasSolution(const CSsearch &s) { return s.stats.solutions > 0; }
 inline bool minimizes(const CSsearch &s) { return s.options.minimize != nullptr; }
+inline bool hasBegun(const CSsearch &s) { return s.status != CS_STATUS_READY; }
+
+// Its own contexts are the newest ones, and nobody is at work on it.
+bool isItsTurn(const CSsearch &s);
+// What its options ask for. False when memory is exhausted (reported).
+[[nodiscard]] bool prepare(CSsearch &s);
+// Everything as it was when the object was made.
+void closeRoot(CSsearch &s);
+// An objective better than `best`.
+[[nodiscard]] bool postBetter(const CSsearch &s, int best);
 
 }  // namespace koru::solve

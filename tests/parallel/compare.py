@@ -18,13 +18,14 @@ import time
 from pathlib import Path
 
 CASES = {
-    "short": [("queens", 6), ("queens", 8), ("first", 12), ("golomb", 6), ("cancel", 8)],
-    "long": [("queens", 10), ("golomb", 8), ("first", 24)],
-    "middle": [("golomb", 9)],
-    "slow": [("golomb", 10), ("first", 28), ("queens", 11)],
+    "short": [("queens", 6), ("queens", 8), ("first", 12), ("golomb", 6), ("cancel", 8),
+              ("object", 7), ("object", 9), ("objective", 6)],
+    "long": [("queens", 10), ("golomb", 8), ("first", 24), ("object", 10), ("objective", 8)],
+    "middle": [("golomb", 9), ("objective", 9)],
+    "slow": [("golomb", 10), ("first", 28), ("queens", 11), ("object", 11), ("objective", 10)],
 }
 WRONG = [("rank", "another model"), ("memory", "level"), ("no-goods", "cs_createNoGoodSet"),
-         ("element", "cs_VarElementOf")]
+         ("element", "cs_VarElementOf"), ("option", "lastConflict")]
 PATIENCE = 2
 MOST_SECONDS = 300
 

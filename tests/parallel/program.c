@@ -4,8 +4,9 @@
 //   program plain|mpi CASE [SIZE]
 //
 // "plain" uses the functions of koru.h; "mpi" those of koru_mpi.h, and must print the same. CASE: queens, first,
-// golomb, cancel; rank: a model that differs by the process; memory: a selection that remembers how often it was asked;
-// no-goods, element: constraints that remember.
+// golomb, cancel; object, objective: by a search object; option: one that cannot be shared; rank: a model that differs
+// by the process; memory: a selection that remembers how often it was asked; no-goods, element: constraints that
+// remember.
 //
 // Of the environment: KORU_TEST_CHECKPOINT, a file to keep the searches in; what is shown is then appended to the file
 // KORU_TEST_OUTPUT. KORU_TEST_MARK: each process makes a file of this name and its number when it has started.
@@ -23,6 +24,7 @@ enum { MOST = 32 };
 static bool plain;
 static int round_, cancelAt = -1;
 static long long shown;
+static CSsearchStats stats;  // of a search object
 static unsigned delay;
 
 static void show(CSint **x, int n) {
@@ -80,7 +82,42 @@ static bool findAll(CSint **x, int n, CSfindFreeVar f) {
   return plain ? cs_findAll(x, n, f, show) : cs_mpiFindAll(x, n, f, show);
 }
 
+static CSsearch *object(const char *name, CSint **x, int n) {
+  CSsearch *search = cs_createSearch(x, n);
+  CSsearchOptions how = {.size = sizeof how, .order = CS_ORDER_SMALLEST, .value = CS_VALUE_LOW_HALF};
+  if (strcmp(name, "objective") == 0) how.minimize = x[n - 1];
+  if (strcmp(name, "option") == 0) how.lastConflict = true;
+  cs_setSearchOptions(search, &how);
+  return search;
+}
+
+static bool showSolved(CSsearch *search, void *extra) {
+  cs_getSearchStats(search, &stats, sizeof stats);
+  printf("%d.%lld: after %lld fails, %lld choice points\n", round_, stats.solutions, stats.fails, stats.choicePoints);
+  const int *values = cs_getBestSolution(search), n = *(int *)extra;
+  printf("%d.%lld values:", round_, stats.solutions);
+  for (int i = 0; i < n; ++i) printf(" %d", values[i]);
+  printf("\n");
+  shown = stats.solutions;
+  return shown != cancelAt;
+}
+
+static bool solveCase(const char *name, CSint **x, int n) {
+  if (!(strcmp(name, "objective") == 0 ? postRuler(x, n) : postQueens(x, n))) return false;
+  cancelAt = n == 9 ? 100 : -1;
+  CSsearch *search = object(name, x, n);
+  CSstatus status = CS_STATUS_READY;
+  if (!plain) status = cs_mpiSolve(search, showSolved, &n);
+  while (plain && (status = cs_nextSolution(search)) == CS_STATUS_SOLUTION)
+    if (!showSolved(search, &n)) cs_stopSearch(search);
+  cs_getSearchStats(search, &stats, sizeof stats);
+  printf("%d.object: %s after %lld fails, %lld choice points, %lld solutions, %d of %d\n", round_,
+         cs_getStatusName(status), stats.fails, stats.choicePoints, stats.solutions, stats.objective, stats.bound);
+  return cs_freeSearch(search) && stats.solutions > 0;
+}
+
 static bool searchCase(const char *name, CSint **x, int n) {
+  if (name[0] == 'o') return solveCase(name, x, n);
   if (strcmp(name, "golomb") == 0) {
     if (!postRuler(x, n)) return false;
     return plain ? cs_minimize(x, n, first, x[n - 1], showCost) : cs_mpiMinimize(x, n, first, x[n - 1], showCost);
@@ -121,8 +158,8 @@ int main(int argc, char **argv) {
   for (round_ = 1; round_ <= 2; ++round_) {  // one search after the other
     const bool result = searchCase(argv[2], x, n);
     if (shown == 0 && !plain) shown = cs_mpiGetNbTold();
-    const long long fails = plain ? cs_getNbFails() : cs_mpiGetNbFails();
-    const long long choicePoints = plain ? cs_getNbChoicePoints() : cs_mpiGetNbChoicePoints();
+    const long long fails = plain ? stats.fails + cs_getNbFails() : cs_mpiGetNbFails();
+    const long long choicePoints = plain ? stats.choicePoints + cs_getNbChoicePoints() : cs_mpiGetNbChoicePoints();
     printf("%d.end: %s, %lld shown, %lld fails, %lld choice points, contexts %d\n", round_, result ? "true" : "false",
            shown, fails, choicePoints, cs_saveContext());
     printf("%d.state: ", round_);

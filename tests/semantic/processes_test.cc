@@ -70,7 +70,14 @@ parallel::Mode modeOf(Mode mode) {
                                 : parallel::Mode::kMinimize;
 }
 
-Task taskOf(RandomModel &m, Mode mode, bool tells) {
+Task taskOf(RandomModel &m, Mode mode, bool tells, CSsearch *search) {
+  if (search != nullptr)
+    return {.mode = parallel::Mode::kObject,
+            .array = nullptr,
+            .size = 0,
+            .select = nullptr,
+            .search = search,
+            .foundByObject = noteObject};
   return {.mode = modeOf(mode),
           .array = m.array(),
           .size = m.size(),
@@ -86,8 +93,10 @@ class Process {
       : transport_(net, rank, size), mail_(transport_), pace_(pace) {
     cs_init();
     model_ = std::make_unique<RandomModel>(seed);
-    ground_ = std::make_unique<Ground>(taskOf(*model_, mode, true));
-    passes_ = mode == Mode::kMinimize;
+    if (isObject(mode)) search_ = createSearch(*model_, mode);
+    ground_ = std::make_unique<Ground>(taskOf(*model_, mode, true, search_));
+    passes_ = mode == Mode::kMinimize || mode == Mode::kObjective;
+    EXPECT_EQ(ground_->failure(), "");
     EXPECT_TRUE(ground_->ready());
     mail_.beginSearch();
     solver_ = cs_detachSolver();
@@ -155,13 +164,14 @@ class Process {
     outcome.result = leader_ != nullptr ? leader_->result() : follower_->result();
     outcome.fails = counts.fails;
     outcome.choicePoints = counts.choicePoints;
-    outcome.end = model_->state();
+    outcome.end = search_ != nullptr ? endOf(*model_, search_) : model_->state();
   }
 
   Simulated transport_;
   Mail mail_;
   Pace pace_;
   std::unique_ptr<RandomModel> model_;
+  CSsearch *search_ = nullptr;  // when it is an object's
   std::unique_ptr<Ground> ground_;
   std::unique_ptr<Leader> leader_;
   std::unique_ptr<Follower> follower_;
@@ -270,7 +280,7 @@ void forEachSearch(std::uint64_t seed, Totals &totals, Do compare) {
   cs_end();
   if (!shared) return;
   ++totals.searches;
-  for (const Mode mode : {Mode::kAll, Mode::kFirst, Mode::kMinimize}) {
+  for (const Mode mode : {Mode::kAll, Mode::kFirst, Mode::kMinimize, Mode::kObject, Mode::kObjective}) {
     cs_init();
     RandomModel m(seed);
     Outcome expected = bySearch(m, mode);

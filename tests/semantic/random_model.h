@@ -111,9 +111,89 @@ inline void note(CSint **, int) {
 }
 inline void noteCost(CSint **array, int size, CSint *) { note(array, size); }
 
-enum class Mode { kAll, kFirst, kMinimize };
+// The last two are of search objects, without an objective and with one.
+enum class Mode { kAll, kFirst, kMinimize, kObject, kObjective };
+
+inline bool isObject(Mode mode) { return mode == Mode::kObject || mode == Mode::kObjective; }
+
+// A value selector with nothing to remember, and choices of the host's: all the same at the same node.
+inline int lastUnbound(CSint **vars, int n, void *) {
+  while (n > 0 && !cs_isFree(vars[n - 1])) --n;
+  return n - 1;
+}
+inline bool notTheGreatest(CSvalueSelection *decision, int index, CSint **vars, int, void *) {
+  *decision = {CS_METHOD_NEQ, cs_getMax(vars[index])};
+  return true;
+}
+
+// A search object with any options that a walk can follow.
+inline CSsearch *createSearch(RandomModel &m, Mode mode) {
+  Random &random = m.random();
+  const int first = random.between(0, m.size());
+  CSsearch *search = cs_createSearch(m.array(), first);
+  static CSvalueSelector *selectors[64];
+  for (int i = 0; i < 64; ++i) selectors[i] = cs_getValueSelector(i % 6);  // and null
+  CSsearchOptions how = {};
+  how.size = sizeof how;
+  how.chooseVariable = lastUnbound;
+  how.chooseValue = notTheGreatest;
+  how.selectors = selectors;
+  if (mode == Mode::kObjective) (random.chance(50) ? how.minimize : how.maximize) = m.cost();
+  const std::vector<int> orders = {
+      CS_ORDER_INPUT,       CS_ORDER_SMALLEST, CS_ORDER_LARGEST,          CS_ORDER_SMALLEST_MIN,
+      CS_ORDER_LARGEST_MAX, CS_ORDER_REGRET,   CS_ORDER_MOST_CONSTRAINED, CS_ORDER_HOST};
+  const std::vector<int> values = {CS_VALUE_MIN,       CS_VALUE_MIDDLE, CS_VALUE_MEDIAN,   CS_VALUE_LOW_HALF,
+                                   CS_VALUE_HIGH_HALF, CS_VALUE_HOST,   CS_VALUE_SELECTOR, CS_VALUE_MAX};
+  how.branching = how.maximize == nullptr && random.chance(40) ? CS_BRANCH_VALUES : CS_BRANCH_BINARY;
+  const auto anyValue = [&] {
+    const int value = random.pick(values);
+    return how.branching == CS_BRANCH_VALUES && (value == CS_VALUE_MAX || random.chance(70)) ? CS_VALUE_MIN : value;
+  };
+  how.order = random.pick(orders);
+  how.value = anyValue();
+  EXPECT_TRUE(cs_setSearchOptions(search, &how));
+  EXPECT_TRUE(cs_addSearchPhase(search, m.array() + first, m.size() - first, random.pick(orders), anyValue()));
+  return search;
+}
+
+// What a search object says of its search, and the state.
+inline State endOf(RandomModel &m, const CSsearch *search) {
+  State end = m.state();
+  CSsearchStats stats;
+  EXPECT_TRUE(cs_getSearchStats(search, &stats, sizeof stats));
+  for (const long long n : {stats.choicePoints, stats.fails, stats.solutions}) end.push_back(static_cast<int>(n));
+  for (const int n : {static_cast<int>(cs_getSearchStatus(search)), stats.objective, stats.bound}) end.push_back(n);
+  const int *best = cs_getBestSolution(search);
+  for (int i = 0; best != nullptr && i < m.size(); ++i) end.push_back(best[i]);
+  return end;
+}
+
+// A solution of an object, whose contexts are its own. False when that was enough.
+inline bool noteObject(CSsearch *search, void *) {
+  State state = model->state();
+  state[0] = cs_getBestSolution(search)[0];
+  outcome->solutions.push_back(state);
+  return static_cast<int>(outcome->solutions.size()) != cancelAfter;
+}
+
+inline Outcome byObject(RandomModel &m, Mode mode) {
+  Outcome o;
+  model = &m;
+  outcome = &o;
+  CSsearch *search = createSearch(m, mode);
+  while (cs_nextSolution(search) == CS_STATUS_SOLUTION)
+    if (!noteObject(search, nullptr)) cs_stopSearch(search);
+  CSsearchStats stats;
+  cs_getSearchStats(search, &stats, sizeof stats);
+  o.result = stats.solutions > 0;
+  o.fails = stats.fails;
+  o.choicePoints = stats.choicePoints;
+  o.end = endOf(m, search);
+  return o;
+}
 
 inline Outcome bySearch(RandomModel &m, Mode mode) {
+  if (isObject(mode)) return byObject(m, mode);
   Outcome o;
   model = &m;
   outcome = &o;
