@@ -1,17 +1,23 @@
 // SPDX-License-Identifier: MIT
 // koru_searches: search objects on problems where the way of searching decides, as a table of what each comes to within
-// a limit, when it had its best, and whether that was proved; quasigroups and schedules also by Gecode, where it is
-// there.
+// a limit of processor time, when it had its best, and whether that was proved; quasigroups, schedules, car lines and
+// rectangles also by Gecode, where it is there.
 //
-//   koru_searches [--seconds S] [--instances N] [--only NAME] [--order N] [--quasigroup ORDER/PERCENT] [--data FOLDER]
+//   koru_searches [--seconds S] [--instances N] [--only NAME] [--by koru|gecode] [--order N]
+//                 [--quasigroup ORDER/PERCENT] [--data FOLDER]
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "run.h"
+#include "searches/cars.h"
 #include "searches/problem.h"
+#include "searches/processor_limit.h"
 #include "searches/quasigroup.h"
+#include "searches/rectangles.h"
 #include "searches/schedules.h"
 
 namespace koru::bench::searches {
@@ -23,6 +29,7 @@ struct Arguments {
   int instances = 20;
   int order = -1;  // of variables, instead of the problem's own
   const char *only = "";
+  const char *by = "";  // the name of the solver, when the other one is to be left out
 };
 
 #if !KORU_BENCH_HAS_GECODE
@@ -31,6 +38,9 @@ constexpr auto searchJobShopByGecode = nullptr;
 constexpr auto searchOpenShopByGecode = nullptr;
 constexpr auto searchProjectByGecode = nullptr;
 constexpr auto searchChoicesByGecode = nullptr;
+constexpr auto searchCarsByGecode = nullptr;
+constexpr auto searchCarsByFailuresByGecode = nullptr;
+constexpr auto searchRectanglesByGecode = nullptr;
 #endif
 
 constexpr Problem kProblems[] = {
@@ -42,44 +52,57 @@ constexpr Problem kProblems[] = {
     {"project, set times", 0, true, postProject, searchProjectByGecode},
     {"project, failures", 0, true, postProjectByFailures},
     {"choices", 1, false, postChoices, searchChoicesByGecode},
+    {"cars", 0, false, postCars, searchCarsByGecode},
+    {"cars, failures", 0, false, postCarsByFailures, searchCarsByFailuresByGecode},
+    {"rectangles", 0, true, postRectangles, searchRectanglesByGecode},
 };
 
 // Of a problem whose instances were read or drawn.
 template <class Take>
-void ofSchedules(const Problem &problem, const Take &take) {
+void ofMany(const Problem &problem, const Take &take) {
   if (problem.post == postJobShops) take(jobShops());
   if (problem.post == postOpenShops) take(openShops());
   if (problem.post == postProject || problem.post == postProjectByFailures) take(projects());
+  if (problem.post == postCars || problem.post == postCarsByFailures) take(carLines());
+  if (problem.post == postRectangles) take(strips());
 }
 
 int instancesOf(const Problem &problem) {
   int count = problem.instances;
-  ofSchedules(problem, [&](const auto &all) { count = static_cast<int>(all.size()); });
+  ofMany(problem, [&](const auto &all) { count = static_cast<int>(all.size()); });
   return count;
 }
 
 std::string nameOf(const Problem &problem, int instance) {
   std::string name = std::to_string(instance);
-  ofSchedules(problem, [&](const auto &all) { name = all[static_cast<std::size_t>(instance - 1)].name; });
+  ofMany(problem, [&](const auto &all) { name = all[static_cast<std::size_t>(instance - 1)].name; });
   return name;
 }
 
-Result searchFor(Model &model, double seconds) {
-  model.options.milliseconds = static_cast<long long>(seconds * 1000);
-  CSsearch *search = cs_createSearch(model.vars.data(), static_cast<int>(model.vars.size()));
-  const bool told =
-      cs_setSearchOptions(search, &model.options) &&
-      cs_addSearchOrders(search, model.orders.data(), static_cast<int>(model.orders.size()), model.ordersBy,
-                         CS_VALUE_SLACK) &&
-      cs_addSearchPhase(search, model.then.data(), static_cast<int>(model.then.size()), model.thenBy, CS_VALUE_MIN);
-  if (!told) return {"refused"};
-  const bool optimizes = model.options.minimize != nullptr;
+bool prepare(CSsearch *search, const Model &model) {
+  return cs_setSearchOptions(search, &model.options) &&
+         cs_addSearchOrders(search, model.orders.data(), static_cast<int>(model.orders.size()), model.ordersBy,
+                            CS_VALUE_SLACK) &&
+         cs_addSearchPhase(search, const_cast<CSint **>(model.then.data()), static_cast<int>(model.then.size()),
+                           model.thenBy, CS_VALUE_MIN);
+}
+
+CSstatus searchFor(CSsearch *search, bool optimizes, double seconds) {
+  const ProcessorLimit limit(search, seconds);
   CSstatus status = cs_nextSolution(search);
   while (optimizes && status == CS_STATUS_SOLUTION) status = cs_nextSolution(search);
+  return status;
+}
+
+Result searchFor(const Model &model, double seconds) {
+  CSsearch *search = cs_createSearch(const_cast<CSint **>(model.vars.data()), static_cast<int>(model.vars.size()));
+  if (!prepare(search, model)) return {"refused"};
+  const CSstatus status = searchFor(search, model.options.minimize != nullptr, seconds);
   CSsearchStats stats;
   cs_getSearchStats(search, &stats, sizeof stats);
-  Result result{cs_getStatusName(status), stats.solutions > 0, stats.objective, stats.secondsToBest, stats.seconds,
-                stats.choicePoints,       stats.fails};
+  const char *name = status == CS_STATUS_STOPPED ? "time limit" : cs_getStatusName(status);
+  Result result{name,          stats.solutions > 0, stats.objective, stats.secondsToBest,
+                stats.seconds, stats.choicePoints,  stats.fails};
   cs_freeSearch(search);
   return result;
 }
@@ -140,8 +163,9 @@ void runAll(const Problem &problem, const Arguments &arguments) {
   Sum gecode;
   const int instances = std::min(instancesOf(problem), arguments.instances);
   for (int instance = 1; instance <= instances; ++instance) {
-    run(problem, instance, "koru", koru, [&] { return solve(problem, instance, arguments); });
-    if (problem.peer != nullptr)
+    if (std::strstr("koru", arguments.by) != nullptr)
+      run(problem, instance, "koru", koru, [&] { return solve(problem, instance, arguments); });
+    if (problem.peer != nullptr && std::strstr("gecode", arguments.by) != nullptr)
       run(problem, instance, "gecode", gecode, [&] { return problem.peer(instance, arguments.seconds); });
   }
   koru.print(problem, "koru");
@@ -153,6 +177,9 @@ void runAll(const Arguments &arguments) {
   measureOverhead(arguments.only, arguments.instances);
   for (const Problem &problem : kProblems)
     if (std::strstr(problem.name, arguments.only) != nullptr) runAll(problem, arguments);
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  std::printf("the most memory at a time: %ld kB\n", usage.ru_maxrss);
 }
 
 bool read(int argc, char **argv, Arguments &arguments) {
@@ -164,6 +191,8 @@ bool read(int argc, char **argv, Arguments &arguments) {
       arguments.instances = std::atoi(value);
     } else if (std::strcmp(argv[i], "--only") == 0) {
       arguments.only = value;
+    } else if (std::strcmp(argv[i], "--by") == 0) {
+      arguments.by = value;
     } else if (std::strcmp(argv[i], "--order") == 0) {
       arguments.order = std::atoi(value);
     } else if (std::strcmp(argv[i], "--data") == 0) {
@@ -184,8 +213,8 @@ int main(int argc, char **argv) {
   koru::bench::searches::Arguments arguments;
   if (!koru::bench::searches::read(argc, argv, arguments)) {
     std::fputs(
-        "usage: koru_searches [--seconds S] [--instances N] [--only NAME] [--order N] [--quasigroup ORDER/PERCENT] "
-        "[--data FOLDER]\n",
+        "usage: koru_searches [--seconds S] [--instances N] [--only NAME] [--by koru|gecode] [--order N] "
+        "[--quasigroup ORDER/PERCENT] [--data FOLDER]\n",
         stderr);
     return 2;
   }

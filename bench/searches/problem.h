@@ -59,7 +59,7 @@ inline bool isProof(const Result &r) { return r.status == "optimal" || r.status 
 
 struct Problem {
   const char *name;
-  int instances;  // numbered from 1; 0: those of the shops or projects that were read
+  int instances;  // numbered from 1; 0: those that were read or drawn
   bool optimizes;
   void (*post)(Model &model, int instance);
   Result (*peer)(int instance, double seconds) = nullptr;  // the same by another solver
@@ -76,6 +76,12 @@ void postProject(Model &model, int instance);            // sets times
 void postProjectByFailures(Model &model, int instance);  // weighted degrees and restarts
 void postChoices(Model &model, int instance);            // the first schedule
 
+// Those of cars.h and rectangles.h, with the variables in order, the least value first: the same tree where the same
+// values are taken out.
+void postCars(Model &model, int instance);
+void postCarsByFailures(Model &model, int instance);  // weighted degrees and restarts
+void postRectangles(Model &model, int instance);
+
 // How soon a search ends in the middle of one long propagation; printed.
 void measureStopping();
 
@@ -90,6 +96,9 @@ Result searchJobShopByGecode(int instance, double seconds);
 Result searchOpenShopByGecode(int instance, double seconds);
 Result searchProjectByGecode(int instance, double seconds);
 Result searchChoicesByGecode(int instance, double seconds);
+Result searchCarsByGecode(int instance, double seconds);
+Result searchCarsByFailuresByGecode(int instance, double seconds);
+Result searchRectanglesByGecode(int instance, double seconds);
 #endif
 
 }  // namespace koru::bench::searches

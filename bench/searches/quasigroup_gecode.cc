@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <gecode/int.hh>
 #include <gecode/minimodel.hh>
-#include <gecode/search.hh>
 
-#include <chrono>
-
-#include "searches/problem.h"
+#include "searches/gecode_search.h"
 #include "searches/quasigroup.h"
 
 namespace koru::bench::searches {
@@ -31,6 +28,8 @@ class Quasigroup : public Gecode::Space {
   Gecode::Space *copy() override { return new Quasigroup(*this); }
   bool master(const Gecode::MetaInfo &info) override { return Gecode::Space::master(info); }
 
+  static int objective() { return 0; }
+
  private:
   Gecode::IntVarArray cells_;
 };
@@ -38,27 +37,8 @@ class Quasigroup : public Gecode::Space {
 }  // namespace
 
 Result searchQuasigroupByGecode(int instance, double seconds) {
-  using Clock = std::chrono::steady_clock;
-  Gecode::Search::TimeStop stop(static_cast<unsigned long>(seconds * 1000));
-  Gecode::Search::Options options;
-  options.threads = 1;
-  options.cutoff = Gecode::Search::Cutoff::luby(100);
-  options.nogoods_limit = 128;
-  options.stop = &stop;
-  const auto before = Clock::now();
-  auto *problem = new Quasigroup(instance);
-  Gecode::RBS<Quasigroup, Gecode::DFS> engine(problem, options);
-  delete problem;
-  const Quasigroup *solution = engine.next();
-  Result result;
-  result.seconds = std::chrono::duration<double>(Clock::now() - before).count();
-  result.found = solution != nullptr;
-  if (result.found) result.secondsToBest = result.seconds;
-  result.status = result.found ? "solution" : engine.stopped() ? "time limit" : "exhausted";
-  result.choicePoints = static_cast<long long>(engine.statistics().node);
-  result.fails = static_cast<long long>(engine.statistics().fail);
-  delete solution;
-  return result;
+  return searchAgain<Quasigroup, Gecode::DFS>(new Quasigroup(instance), Gecode::Search::Cutoff::luby(100), seconds,
+                                              true);
 }
 
 }  // namespace koru::bench::searches

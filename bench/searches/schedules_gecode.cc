@@ -4,13 +4,11 @@
 // follow, the least first.
 #include <gecode/int.hh>
 #include <gecode/minimodel.hh>
-#include <gecode/search.hh>
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
 
-#include "searches/problem.h"
+#include "searches/gecode_search.h"
 #include "searches/schedules.h"
 
 namespace koru::bench::searches {
@@ -36,6 +34,7 @@ class Schedule : public Gecode::IntMinimizeSpace {
   }
   Gecode::Space *copy() override { return new Schedule(*this); }
   Gecode::IntVar cost() const override { return makespan_; }
+  int objective() const { return makespan_.val(); }
   bool master(const Gecode::MetaInfo &info) override {
     if (info.type() == Gecode::MetaInfo::RESTART && info.last() != nullptr) {
       const auto &last = static_cast<const Schedule &>(*info.last());
@@ -179,30 +178,7 @@ void Schedule::postChoices(const Choices &choices) {
 
 template <template <class> class Engine>
 Result search(Schedule *schedule, double seconds, bool first) {
-  using Clock = std::chrono::steady_clock;
-  Gecode::Search::TimeStop stop(static_cast<unsigned long>(seconds * 1000));
-  Gecode::Search::Options options;
-  options.threads = 1;
-  options.cutoff = Gecode::Search::Cutoff::geometric(100, 1.5);
-  options.nogoods_limit = 128;
-  options.stop = &stop;
-  const auto before = Clock::now();
-  const auto now = [&] { return std::chrono::duration<double>(Clock::now() - before).count(); };
-  Gecode::RBS<Schedule, Engine> engine(schedule, options);
-  delete schedule;
-  Result result;
-  while (const Schedule *solution = engine.next()) {
-    result.found = true;
-    result.objective = solution->cost().val();
-    result.secondsToBest = now();
-    delete solution;
-    if (first) break;
-  }
-  result.seconds = now();
-  result.status = engine.stopped() ? "time limit" : first ? "solution" : "optimal";
-  result.choicePoints = static_cast<long long>(engine.statistics().node);
-  result.fails = static_cast<long long>(engine.statistics().fail);
-  return result;
+  return searchAgain<Schedule, Engine>(schedule, Gecode::Search::Cutoff::geometric(100, 1.5), seconds, first);
 }
 
 }  // namespace

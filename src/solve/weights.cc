@@ -85,13 +85,6 @@ class ScopeCollector {
     return true;
   }
 
-  // The attachments of one constraint from `first` on.
-  const Attachment *endOf(const Attachment *first) const {
-    const Attachment *last = first;
-    while (last != end_ && last->constraint == first->constraint) ++last;
-    return last;
-  }
-
   template <class Visit>
   void forEachPlace(const CSint *v, Visit visit) const {
     const Place *begin = places_.get();
@@ -107,6 +100,13 @@ class ScopeCollector {
     return found;
   }
 
+  // Past the attachments of one constraint from `first` on, or past more than a small one has.
+  const Attachment *endOf(const Attachment *first) const {
+    const Attachment *last = first;
+    while (last != end_ && last - first <= kSmall && last->constraint == first->constraint) ++last;
+    return last;
+  }
+
   // The labelled variables of the small constraints that a result is attached to.
   template <class Visit>
   void forEachBehind(const CSint *result, Visit visit) const {
@@ -119,16 +119,20 @@ class ScopeCollector {
     }
   }
 
+  // All constraints of a variable concern the same positions.
   template <class Visit>
   void forEachLink(Visit visit) const {
-    for (const Attachment *each = attachments_.get(); each != end_; ++each) {
-      const auto add = [&](int position) { visit(Weights::Link{each->constraint, position}); };
-      if (isLabelled(each->variable)) {
-        forEachPlace(each->variable, add);
+    solver::variables.forEach([&](const CSint &v) {
+      const auto add = [&](int position) {
+        for (const Entry *entry = v.constraints; entry != nullptr; entry = entry->next)
+          visit(Weights::Link{entry->constraint, position});
+      };
+      if (isLabelled(&v)) {
+        forEachPlace(&v, add);
       } else {
-        forEachBehind(each->variable, add);
+        forEachBehind(&v, add);
       }
-    }
+    });
   }
 
   int withoutRepetitions(int count) const {
