@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/attach.h"
 
+#include <algorithm>
+
 #include "core/pool.h"
 #include "core/trail.h"
 #include "core/variable.h"
@@ -18,11 +20,23 @@ static Entry entryAbove(Entry *older, Constraint *c, int index, std::uint8_t hea
   return {c, older, nullptr, index, heard, older->heardFromHere(), aboveOldest};
 }
 
-bool attachConstraint(Constraint *c, CSint *v, int index, std::uint8_t concerned) {
-  auto *entry = static_cast<Entry *>(solver::pool.take(sizeof(Entry)));
-  if (entry == nullptr) return false;
-  *entry = entryAbove(v->constraints, c, index, static_cast<std::uint8_t>(heardBy(*c) & concerned));
-  ++c->references;
+static const KeyedEntry *asKeyed(const Entry *entry) {
+  return entry != nullptr && (entry->heard & kKeyed) != 0 ? static_cast<const KeyedEntry *>(entry) : nullptr;
+}
+
+// Two neighbouring spans of the same length become one with the entry above them.
+static void spanOlder(KeyedEntry &entry) {
+  const KeyedEntry *next = asKeyed(entry.next);
+  const KeyedEntry *second = next != nullptr ? asKeyed(next->past) : nullptr;
+  if (second == nullptr || next->span != second->span) return;
+  entry.past = second->past;
+  entry.lowest = std::min({entry.key, next->lowest, second->lowest});
+  entry.highest = std::max({entry.key, next->highest, second->highest});
+  entry.span = 1 + 2 * next->span;
+}
+
+static bool link(Entry *entry, CSint *v) {
+  ++entry->constraint->references;
   v->constraints = entry;
   if (!solver::trail.noteAttached(v)) {
     bury(unlinkNewest(v));
@@ -30,6 +44,21 @@ bool attachConstraint(Constraint *c, CSint *v, int index, std::uint8_t concerned
   }
   ++v->constraintCount;
   return true;
+}
+
+bool attachConstraint(Constraint *c, CSint *v, int index, std::uint8_t concerned) {
+  auto *entry = static_cast<Entry *>(solver::pool.take(sizeof(Entry)));
+  if (entry == nullptr) return false;
+  *entry = entryAbove(v->constraints, c, index, static_cast<std::uint8_t>(heardBy(*c) & concerned));
+  return link(entry, v);
+}
+
+bool attachKeyed(Constraint *c, CSint *v, int index, int key) {
+  auto *entry = static_cast<KeyedEntry *>(solver::pool.take(sizeof(KeyedEntry)));
+  if (entry == nullptr) return false;
+  *entry = {entryAbove(v->constraints, c, index, kKeyed), v->constraints, key, key, key, 1};
+  spanOlder(*entry);
+  return link(entry, v);
 }
 
 }  // namespace koru

@@ -11,4 +11,7 @@ namespace koru {
 // gone.
 [[nodiscard]] bool attachConstraint(Constraint *c, CSint *v, int index, std::uint8_t concerned = kHearsAnything);
 
+// The same for a constraint whose table listens to all events, as a KeyedEntry.
+[[nodiscard]] bool attachKeyed(Constraint *c, CSint *v, int index, int key);
+
 }  // namespace koru

@@ -27,7 +27,7 @@ Entry *unlinkNewest(CSint *v) {
 
 void bury(Entry *entry) {
   release(entry->constraint);
-  solver::pool.give(entry, sizeof(Entry));
+  solver::pool.give(entry, (entry->heard & kKeyed) != 0 ? sizeof(KeyedEntry) : sizeof(Entry));
 }
 
 void detachAll(CSint &v) {

@@ -75,8 +75,23 @@ struct Entry {
   std::uint8_t heardFromHere() const { return heard | heardByOlder; }
 };
 
-// Sets of events: bit c stands for event code c, the highest one for failed propagations.
+// The entry of a constraint that hears all events, but to which they matter only as far as they concern one value: its
+// handlers do nothing when a bound moves that does not pass the key, when another value is removed, and when a variable
+// is bound whose last-reported bounds did not hold the key, as long as they have been told of all that was before
+// (allTold in core/queue.cc). Such calls are not made; so that no memory is touched for them, keyed entries in a row
+// are passed by in O(log) steps: a skew-binary list (Myers 1983, An applicative random-access stack).
+struct KeyedEntry : Entry {
+  Entry *past;  // the first entry after the next `span` ones from this on, all of them keyed
+  int key;
+  int lowest;  // of the keys of those
+  int highest;
+  int span;
+};
+
+// Sets of events: bit c stands for event code c, the highest one for failed propagations. A keyed entry has the other
+// one in place of all codes, so that those who look for a code need not look for keys.
 constexpr std::uint8_t kHearsConflicts = 1 << 7;
+constexpr std::uint8_t kKeyed = 1 << 6;
 constexpr std::uint8_t kHearsAnything = 0xff;
 template <class... Codes>
 constexpr std::uint8_t events(Codes... codes) {

@@ -17,9 +17,13 @@ namespace {
 enum class Close { kForget, kAccept, kRestore };
 
 void restoreTo(const ContextMark &mark) {
-  if (solver::queue.depth > 0) solver::agenda.dropAll();
+  if (solver::queue.depth > 0) {
+    solver::agenda.dropAll();
+    solver::queue.untoldUnknown = true;
+  }
   solver::refusals = mark.refusals;
   solver::trail.undoTo(mark.trailMark);
+  solver::queue.untold = mark.untold;
 }
 
 void acceptDownTo(const ContextMark &mark, int left) {
@@ -77,7 +81,8 @@ int cs_saveContext(void) {
   if (!solver::events.empty() || solver::agenda.busy()) koru::settle();
   const int trailMark = solver::trail.count();
   if (koru::ContextMark *mark = solver::contexts.push())
-    *mark = {trailMark, savedLimit, ++solver::contextSerial, solver::refusals, solver::contexts.count()};
+    *mark = {trailMark,           savedLimit, ++solver::contextSerial, solver::refusals, solver::contexts.count(),
+             solver::queue.untold};
   const int label = solver::contexts.count();
   solver::trail.setContexts(label);
   return label;

@@ -15,6 +15,7 @@ struct ContextMark {
   std::uint64_t serial;  // no two contexts have the same
   int refusals;          // counted before it was opened
   int level;             // its label: how many were open with it
+  unsigned untold;       // as the queue had it before
 };
 
 namespace solver {

@@ -41,6 +41,10 @@ void Posting::attach(Constraint *c, CSint *v, int index, std::uint8_t concerned)
   if (consistent_) consistent_ = attachConstraint(c, v, index, concerned);
 }
 
+void Posting::attachKeyed(Constraint *c, CSint *v, int index, int key) {
+  if (consistent_) consistent_ = koru::attachKeyed(c, v, index, key);
+}
+
 bool allPresent(CSint *const *variables, int count) {
   for (int i = 0; i < count; ++i)
     if (variables[i] == nullptr) return false;

@@ -146,6 +146,8 @@ class Held {
   // `concerned`: which events may say anything to the constraint about this variable; handlers may still be called for
   // others.
   void attach(CSint *v, int index = -1, std::uint8_t concerned = kHearsAnything);
+  // As a keyed entry (core/constraint.h): of a constraint whose table listens to all events.
+  void attachKeyed(CSint *v, int index, int key);
   // Only while the posting has not failed.
   Record &operator*() const { return *static_cast<Record *>(constraint_->record()); }
   Record *operator->() const { return &**this; }
@@ -179,6 +181,7 @@ class Posting {
   }
 
   void attach(Constraint *c, CSint *v, int index, std::uint8_t concerned);
+  void attachKeyed(Constraint *c, CSint *v, int index, int key);
 
   // Hands a share of a buffer to the choice point that is open now.
   template <class T>
@@ -201,6 +204,12 @@ void Held<Record>::attach(CSint *v, int index, std::uint8_t concerned) {
     if (posting_ && v->constraints != nullptr && v->constraints->constraint == constraint_) (*this)->hearsItself = true;
   }
   posting_.attach(constraint_, v, index, concerned);
+}
+
+template <class Record>
+void Held<Record>::attachKeyed(CSint *v, int index, int key) {
+  static_assert(!std::is_base_of_v<Deferred, Record>);
+  posting_.attachKeyed(constraint_, v, index, key);
 }
 
 // Posters refuse arrays with null variables.

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "core/check.h"
+#include "core/context_stack.h"
 #include "core/log.h"
 #include "core/ports.h"
 
@@ -66,7 +67,7 @@ bool callWatched(const EventRecord &event, Entry *entry, Arguments arguments) {
 Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments, Entry *&listener) {
   const unsigned slot = 1U << event.code;
   for (; entry != nullptr; entry = entry->next) {
-    if ((entry->heard & slot) != 0 || (solver::ports.profiling && entry->constraint->flags == kWoken)) {
+    if ((entry->heard & (slot | kKeyed)) != 0 || (solver::ports.profiling && entry->constraint->flags == kWoken)) {
       ++solver::queue.wakings;
       if (!callWatched(event, entry, arguments)) return entry;
       if (solver::ports.profiling) solver::ports.notify(true, event.variable, event.code, entry->constraint->site);
@@ -81,6 +82,67 @@ Entry *wakeProfiled(const EventRecord &event, Entry *entry, Arguments arguments,
 Entry *wakeRest(const EventRecord &event, Entry *entry, Arguments arguments, Entry *&listener) {
   solver::ports.notify(true, event.variable, event.code, entry->constraint->site);
   return wakeProfiled(event, entry->next, arguments, listener);
+}
+
+// Keyed entries are passed by at a binding only while each constraint has been told of all changes so far. A failed
+// propagation leaves some untold, until they are undone. It is unknown for good once an undo may let some of them
+// escape, or comes while an event is told or sets off a propagation itself; and with handlers of the host.
+bool allTold() {
+  const Queue &queue = solver::queue;
+  return queue.untold == 0 && !queue.untoldUnknown && !solver::acceptedInside && !queue.hostHears;
+}
+
+// The keys that an event concerns.
+struct Keys {
+  int low;
+  int high;
+
+  bool hold(int key) const { return low <= key && key <= high; }
+  bool meet(const KeyedEntry &entry) const { return low <= entry.highest && entry.lowest <= high; }
+};
+
+Keys keysOf(const EventRecord &event, Arguments arguments) {
+  const CSint *v = event.variable;
+  const auto [oldValue, newValue] = arguments;
+  if (event.code == kNewMin) return {oldValue, wrapSub(newValue, 1)};
+  if (event.code == kNewMax) return {wrapAdd(newValue, 1), oldValue};
+  if (event.code == kRemoved) return {newValue, newValue};
+  if (!allTold()) return {kIntMin, kIntMax};
+  if (event.code == kMinBound) return {oldValue, v->reportedMax};
+  if (event.code == kMaxBound) return {v->reportedMin, oldValue};
+  return {oldValue, newValue};
+}
+
+// The first entry from this one on that is to be called.
+Entry *nextConcerned(Entry *entry, Keys keys, unsigned slot, Entry *&listener) {
+  while (entry != nullptr && (entry->heardFromHere() & (slot | kHearsConflicts | kKeyed)) != 0) {
+    if ((entry->heard & kKeyed) != 0) {
+      const auto &keyed = *static_cast<KeyedEntry *>(entry);
+      if (keys.hold(keyed.key)) return entry;
+      const bool all = !keys.meet(keyed);
+      solver::queue.wakings += all ? static_cast<unsigned>(keyed.span) : 1U;
+      entry = all ? keyed.past : keyed.next;
+    } else {
+      if ((entry->heard & slot) != 0) return entry;
+      if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) listener = entry;
+      entry = entry->next;
+    }
+  }
+  return nullptr;
+}
+
+// As wake below, from the first keyed entry on. Who is passed by counts as called.
+[[gnu::noinline]] Entry *wakeByKeys(const EventRecord &event, Entry *entry, Arguments arguments, Entry *&listener) {
+  const Keys keys = kLogging ? Keys{kIntMin, kIntMax} : keysOf(event, arguments);
+  const unsigned slot = 1U << event.code;
+  while ((entry = nextConcerned(entry, keys, slot, listener)) != nullptr) {
+    ++solver::queue.wakings;
+    if (!call(event, event.code, entry, arguments)) return entry;
+    if (solver::ports.profiling) [[unlikely]]
+      return wakeRest(event, entry, arguments, listener);
+    entry = entry->next;
+  }
+  return nullptr;
 }
 
 // Calls the handlers of one event, newest attachment first. Returns the entry whose handler failed, or null. Notes the
@@ -98,10 +160,11 @@ template <bool supervised, EventCode code>
       if (!call(event, code, entry, arguments)) return entry;
       if (solver::ports.profiling) [[unlikely]]
         return wakeRest(event, entry, arguments, listener);
-    } else if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) {
-      listener = entry;
+    } else if ((entry->heard & (kHearsConflicts | kKeyed)) != 0) {
+      if ((entry->heard & kKeyed) != 0) return wakeByKeys(event, entry, arguments, listener);
+      if (listener == nullptr) listener = entry;
     }
-    if ((entry->heardByOlder & (slot | kHearsConflicts)) == 0) return nullptr;
+    if ((entry->heardByOlder & (slot | kHearsConflicts | kKeyed)) == 0) return nullptr;
   }
 }
 
@@ -124,6 +187,8 @@ void leave(Queue &queue) {
 
 // Nothing is left to be done.
 void drop(Queue &queue) {
+  ++queue.untold;
+  queue.untoldUnknown |= queue.limit > 0;  // some of the changes may be older than the context in which they are undone
   solver::events.clear();
   solver::agenda.dropAll();
   ++queue.failures;
@@ -335,7 +400,9 @@ bool propagateNow() {
 }
 
 [[gnu::cold]] bool enqueueInNextBlock(CSint *v, Entry *entries, EventCode code, int value) {
-  return solver::events.makeRoom() && enqueue(v, entries, code, value);
+  if (solver::events.makeRoom()) return enqueue(v, entries, code, value);
+  solver::queue.untoldUnknown = true;
+  return false;
 }
 
 bool runSoon(Deferred &record) {

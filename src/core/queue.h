@@ -30,6 +30,8 @@ struct Queue {
   unsigned dropped = 0;            // propagations that have failed, ever: the events that were queued then went unheard
   std::uint64_t propagations = 0;  // begun since cs_init
   bool hostHears = false;          // since cs_init a constraint was posted that runs code of the host
+  unsigned untold = 0;             // propagations that have failed and whose changes were not undone since
+  bool untoldUnknown = false;      // that number is worth nothing, since cs_init: see allTold in queue.cc
   Supervisor supervisor;
   int untilAsked = 0;              // so many events more in each propagation
   unsigned long long wakings = 0;  // of handlers and runs, counted while there is a supervisor
@@ -79,7 +81,8 @@ inline bool canBeUnheard() { return !solver::ports.profiling && !solver::queue.h
 // This saves some 50 instructions for each value that an all-different removes.
 [[nodiscard]] inline bool signalRemoved(CSint *v, int value) {
   const Entry *newest = v->constraints;
-  if (newest == nullptr || ((newest->heardFromHere() & (events(kRemoved) | kHearsConflicts)) == 0 && canBeUnheard()))
+  if (newest == nullptr ||
+      ((newest->heardFromHere() & (events(kRemoved) | kHearsConflicts | kKeyed)) == 0 && canBeUnheard()))
     return true;
   return enqueue(v, v->constraints, kRemoved, value);
 }
@@ -88,7 +91,8 @@ inline bool canBeUnheard() { return !solver::ports.profiling && !solver::queue.h
 // nothing to do. When nobody else hears such an event, a removal is not queued, and a bound's event has no entries: it
 // only brings the last-reported bound up to date, in its turn. This saves some 80 instructions an event.
 inline bool onlyMakerHears(const CSint *v, EventCode code) {
-  return v->shifted && (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts)) == 0 && canBeUnheard();
+  return v->shifted && (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts | kKeyed)) == 0 &&
+         canBeUnheard();
 }
 
 [[nodiscard]] inline bool signalByMaker(CSint *v, EventCode code, int value) {

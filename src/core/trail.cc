@@ -183,7 +183,9 @@ using koru::TrailKind;
 
 // Without memory for the record the call is not undone, and the memory handler has been told.
 static void noteCall(TrailKind kind, CSint *v, int index, CSbacktrackCallback callback) {
-  if (solver::initialised) static_cast<void>(solver::trail.noteCallback(kind, v, index, callback));
+  if (!solver::initialised) return;
+  solver::queue.untoldUnknown = true;  // it may set off a propagation before all has been undone
+  static_cast<void>(solver::trail.noteCallback(kind, v, index, callback));
 }
 
 void cs_backtrack(CSint *vint, int index, CSbacktrackCallback callback) {

@@ -127,7 +127,7 @@ static bool attachAll(Posting &posting, const Record &record) {
   onCount.attach(record.count);
   auto onVars = posting.add(kVarsTable, OnVars{record});
   for (int i = 0; i < record.n; ++i)
-    if (isUndecided(record, i)) onVars.attach(record.vars[i], i);
+    if (isUndecided(record, i)) onVars.attachKeyed(record.vars[i], i, record.val);
   return static_cast<bool>(posting);
 }
 
