@@ -11,6 +11,7 @@
 #include "minizinc/parser.h"
 #include "minizinc/portfolio.h"
 #include "minizinc/profiling.h"
+#include "minizinc/ranks.h"
 #include "minizinc/run.h"
 
 namespace {
@@ -76,6 +77,16 @@ int solve(const Syntax &syntax, const Options &options, Clock::time_point start,
   return right ? 0 : 1;
 }
 
+// Whatever the first process writes, it writes alone.
+void share(Options &options, const Ranks &ranks) {
+  if (!ranks) return;
+  options.ranks = &ranks;
+  options.processes = 1;
+  if (ranks.rank == 0) return;
+  options.explain = false;
+  options.profile.clear();
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -85,6 +96,9 @@ int main(int argc, char **argv) {
   std::string message;
   if (!readOptions(argc, argv, options, message)) return complain("fzn-koru: " + message);
   if (options.help) return std::fputs(kUsage, stdout) < 0;
+  Ranks ranks;
+  if (!join(ranks, message)) return complain("fzn-koru: " + message);
+  share(options, ranks);
   // Threads do not outlive forking: several processes are watched from then on.
   Report report(options);
   if (options.explain) options.processes = 1;

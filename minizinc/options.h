@@ -8,6 +8,7 @@
 namespace koru::fzn {
 
 class SharedBound;
+struct Ranks;
 
 struct Options {
   std::string file;
@@ -26,6 +27,7 @@ struct Options {
   std::string profile;           // where the profiler's report goes
   bool tellsObjective = false;   // in a line of its own before the end of a solution: for the parent of this process
   SharedBound *bound = nullptr;  // of the portfolio that the process belongs to, if it searches for an optimum
+  const Ranks *ranks = nullptr;  // those of an mpirun
   bool help = false;
 };
 

@@ -17,6 +17,7 @@
 #include "minizinc/choose.h"
 #include "minizinc/labels.h"
 #include "minizinc/output.h"
+#include "minizinc/ranks.h"
 #include "minizinc/shared_bound.h"
 
 namespace koru::fzn {
@@ -63,6 +64,7 @@ class Run {
     }
     plan_ = readPlan(s_, model_.variables, o_.verbose);
     labels_ = labelsOf(s_, model_.variables, plan_, wantsSeveral());
+    if (o_.ranks != nullptr) forgetFailures();
     if (isOptimisation()) objective_ = model_.variables.get(model_.variables.operand(s_.solve.objective));
     if (o_.bound != nullptr && !cs_eventRun(&objective_, 1, imposeBound, this)) {
       report_.end(Outcome::kUnsatisfiable);
@@ -76,6 +78,12 @@ class Run {
   bool isOptimisation() const { return s_.solve.goal != Goal::kSatisfy; }
   bool minimizes() const { return s_.solve.goal == Goal::kMinimize; }
   bool wantsSeveral() const { return !isOptimisation() && (o_.all || o_.solutions > 1); }
+
+  // What no annotation names is labelled in an order that processes can share.
+  void forgetFailures() {
+    for (std::size_t i = plan_.phases.size(); i < labels_.annotated.size(); ++i)
+      labels_.annotated[i].order = CS_ORDER_SMALLEST;
+  }
 
   // --- Turns ---
 
@@ -152,6 +160,10 @@ class Run {
   }
 
   CSstatus goThrough(CSsearch *search) {
+    if (o_.ranks != nullptr) {
+      if (isShared(search)) return share(search);
+      if (o_.ranks->rank > 0) return CS_STATUS_STOPPED;
+    }
     CSstatus status = CS_STATUS_READY;
     while (right_ && !enough()) {
       status = cs_nextSolution(search);
@@ -159,6 +171,25 @@ class Run {
       complete(search);
     }
     return status;
+  }
+
+  // All processes say the same of it. Others than the first leave a search that is not shared to that.
+  bool isShared(const CSsearch *search) const {
+    const char *obstacle = cs_findUnwalkableOption(search);
+    if (obstacle == nullptr) obstacle = cs_findConstraintWithMemory();
+    if (obstacle != nullptr && o_.verbose)
+      std::fprintf(stderr, "searched by the first process alone, because of %s\n", obstacle);
+    return obstacle == nullptr;
+  }
+
+  CSstatus share(CSsearch *search) {
+    const auto found = [](CSsearch *of, void *extra) {
+      Run &run = *static_cast<Run *>(extra);
+      run.complete(of);
+      return run.right_ && !run.enough();
+    };
+    const CSstatus status = o_.ranks->solve(search, found, this);
+    return status == CS_STATUS_STOPPED ? CS_STATUS_SOLUTION : status;
   }
 
   bool enough() const {
@@ -186,8 +217,10 @@ class Run {
     how.fails = turn.fails;
     how.chooseVariable = Chooser::chooseVariable;
     how.chooseValue = Chooser::chooseValue;
-    how.progress = tellProgress;
-    how.progressMilliseconds = kProgress;
+    if (o_.ranks == nullptr) {
+      how.progress = tellProgress;
+      how.progressMilliseconds = kProgress;
+    }
     how.extra = static_cast<Chooser *>(&host);
     how.guided = !plan_.hints.empty();
     if (isOptimisation() && !plan_.relaxed.empty()) {
