@@ -99,8 +99,9 @@ class Reader {
       cut_ = true;
       return "";
     }
-    at_ += length;
-    return std::string(bytes_.substr(at_ - length, length));
+    const std::string_view all = bytes_.substr(at_, static_cast<std::size_t>(length));
+    at_ += all.size();
+    return std::string(all);
   }
 
   bool failed(bool wrong, const char *fault) {
