@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # The Debian packages in a clean system: lintian finds no error; they are installed, used from C99 and C++20 in every way,
-# from Python, and by the tools; and removed again, with nothing left behind. As root, on Debian, with a network.
+# from Python, from MiniZinc and by the tools; and removed again, with nothing left behind. As root, on Debian, with a network.
 #
 #   debs.sh PACKAGES_DIR ROOT_DIR      ROOT_DIR becomes a Debian of its own, and is kept for the next time
 #
@@ -24,7 +24,7 @@ prepare() {
   if [[ ! -e $base/tools.tar ]]; then
     clean_root
     inside apt-get update
-    inside apt-get install -y --no-install-recommends cmake g++ make ninja-build pkg-config python3
+    inside apt-get install -y --no-install-recommends cmake g++ make minizinc ninja-build pkg-config python3
     keep_root tools
   fi
   copy_root tools
@@ -46,6 +46,8 @@ inside env CMAKE=cmake CMAKE_GENERATOR=Ninja PKG_CONFIG=pkg-config CC=gcc CXX=g+
 inside python3 -B -m unittest discover -s /srv/koru/tests/python
 inside sh -c 'echo "var 1..3: x :: output_var; constraint int_lt(2, x); solve satisfy;" >/tmp/model.fzn'
 [[ $(inside fzn-koru /tmp/model.fzn) == $'x = 3;\n----------' ]] || fail "fzn-koru does not solve"
+inside sh -c 'echo "var 1..9: x; constraint x * x = 49; solve satisfy;" >/tmp/model.mzn'
+[[ $(inside minizinc --solver koru /tmp/model.mzn) == $'x = 7;\n----------' ]] || fail "MiniZinc does not solve with koru"
 inside sh -c 'cc -g /usr/share/doc/koru/examples/profile_demo.c -lkoru -o /tmp/demo && /tmp/demo /tmp/profile.txt'
 inside koru-profile /tmp/profile.txt | grep cs_ >/dev/null || fail "koru-profile shows nothing"
 inside koru-tree --help >/dev/null || fail "koru-tree does not start"

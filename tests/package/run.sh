@@ -3,8 +3,8 @@
 # Use Koru as other projects would, from C99 and from C++20, each with the shared and the static library.
 #
 #   run.sh installed BUILD_DIR SCRATCH_DIR    install a build, move it, and use that: with find_package from a C and C++
-#                                             project and from a C-only one, with pkg-config from a Makefile, and by
-#                                             hand; documents and examples are looked at, too
+#                                             project and from a C-only one, with pkg-config from a Makefile, by hand,
+#                                             and from Python by ctypes; documents and examples are looked at, too
 #   run.sh archive ARCHIVE SCRATCH_DIR        unpack an archive, and use that in the same ways
 #   run.sh system PREFIX SCRATCH_DIR          use what is installed in the system, in the same ways
 #   run.sh sources SOURCE_DIR SCRATCH_DIR     sources as a part of a project: with add_subdirectory, and with
@@ -100,6 +100,15 @@ program_by_hand() {
   check "$program" static
 }
 
+# The shared library alone, from Python.
+program_of_ctypes() {
+  local output
+  output=$(python3 -B "$consumer/consumer.py" "$libdir/libkoru.so.3") || fail "consumer.py: exit status $?"
+  [[ $output == "$(cat "$consumer/expected.txt")" ]] || fail "consumer.py printed: $output"
+  programs=$((programs + 1))
+  echo "ok: consumer.py (shared)"
+}
+
 # The flavour for threads, where it was built: both libraries by pkg-config.
 programs_with_threads() {
   local program=$scratch/threads
@@ -154,7 +163,10 @@ use_prefix() {
   for language in c cxx; do
     for library in shared static; do make_program $language $library; done
   done
-  if [[ -z ${EMULATOR:-} ]]; then program_by_hand; fi
+  if [[ -z ${EMULATOR:-} ]]; then
+    program_by_hand
+    program_of_ctypes
+  fi
   programs_with_threads
   check_documents
   compile_examples
