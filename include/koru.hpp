@@ -68,10 +68,10 @@ class Context {
 /// A model: variables, constraints and what they need, in a solver of its own.
 class Model {
  public:
-  Model() : state_(std::make_shared<detail::State>()) {}
+  KORU_APART Model() : state_(new detail::State()) {}
   Model(Model &&) noexcept = default;
   Model &operator=(Model &&) noexcept = default;
-  ~Model() = default;
+  KORU_APART ~Model() = default;
 
   // --- Variables ---
 
@@ -89,8 +89,12 @@ class Model {
   /// n variables over min..max. With a name they are called name[0], name[1], ...
   KORU_APART std::vector<IntVar> ints(std::size_t n, int min, int max, const std::string &name = {}) {
     std::vector<IntVar> all;
-    for (std::size_t i = 0; i < n; ++i)
-      all.push_back(var(min, max, name.empty() ? name : name + "[" + std::to_string(i) + "]"));
+    std::vector<char> text(name.size() + 32);
+    for (std::size_t i = 0; i < n; ++i) {
+      all.push_back(var(min, max));
+      std::snprintf(text.data(), text.size(), "%s[%zu]", name.c_str(), i);
+      if (!name.empty()) all[i].name(text.data());
+    }
     return all;
   }
   std::vector<IntVar> bools(std::size_t n, const std::string &name = {}) { return ints(n, 0, 1, name); }
@@ -220,7 +224,7 @@ class Model {
   // --- Searching ---
 
   /// The first solution, or as many as .solutions says.
-  Result solve(const Search &how = {}) { return run(Solutions(shared(), how), how, how.solutions > 0); }
+  KORU_APART Result solve(const Search &how = {}) { return run(Solutions(shared(), how), how, how.solutions > 0); }
   /// The solution with the least or the greatest sum. A sum that is no variable gets one, and stays a part of the
   /// model.
   KORU_APART Result minimize(const Linear &cost, const Search &how = {}) {
@@ -233,7 +237,9 @@ class Model {
   }
   /// All solutions, one after the other: for (const auto &s : m.solutions({.vars = x})). The model stands at each; what
   /// is posted there is undone with the next one.
-  Solutions solutions(const Search &how = {}) { return Solutions(shared(), how); }
+  Solutions solutions(const Search &how = {}) {
+    return Solutions(shared(), std::unique_ptr<const Search>(new Search(how)));
+  }
 
   // --- The profiler ---
 
@@ -278,7 +284,7 @@ class Model {
 
   KORU_APART IntVar ofArray(CSint *(*function)(CSint **, int), Vars vars, Place where) {
     State &s = at(where);
-    return s.add(function(s.keep(vars).data(), detail::sizeOf(vars.size())));
+    return s.add(function(s.keep(vars), detail::sizeOf(vars.size())));
   }
 
   // From lo to hi; at first, 0 alone.
@@ -322,7 +328,7 @@ class Model {
     return all;
   }
 
-  static Result run(Solutions search, const Search &how, bool all) {
+  KORU_APART static Result run(Solutions search, const Search &how, bool all) {
     Result result;
     while (search.next()) {
       if (how.found) how.found(search.solution());

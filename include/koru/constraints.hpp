@@ -10,33 +10,54 @@
 namespace koru {
 inline namespace v1 {
 
+namespace detail {
+
+// A function that posts, whatever its type. Of std::function there would be a dozen functions to compile for each.
+struct Posting {
+  Posting() = default;
+  Posting(const Posting &) = delete;
+  Posting &operator=(const Posting &) = delete;
+  virtual ~Posting() = default;
+  virtual bool post(State &s) const = 0;
+};
+
+template <class F>
+struct PostingOf final : Posting {
+  explicit PostingOf(F &&f) : run(std::move(f)) {}
+  KORU_APART bool post(State &s) const override { return run(s); }
+
+  F run;
+};
+
+}  // namespace detail
+
 /// Something to post, and the line that says so. Made by the functions below and from conditions; nothing by default.
 class Constraint {
  public:
-  using Post = std::function<bool(detail::State &)>;
-
   Constraint() = default;
   KORU_APART Constraint(const Constraint &) = default;
   KORU_APART Constraint(Constraint &&) noexcept = default;
   Constraint &operator=(const Constraint &) = default;
   Constraint &operator=(Constraint &&) noexcept = default;
   KORU_APART ~Constraint() = default;
-  KORU_APART Constraint(Post post, Place where) : post_(std::move(post)), where_(where) {}
-  template <class C>
-  requires std::convertible_to<const C &, Condition> Constraint(const C &condition, Place where = {})
-      : Constraint(where, Condition(condition)) {}
+  /// Posted by a function of the model's state.
+  template <class F>
+  requires requires(const F &post, detail::State &s) { static_cast<bool>(post(s)); }
+  Constraint(F post, Place where) : Constraint(new detail::PostingOf<F>(std::move(post)), where) {}
+  KORU_APART Constraint(Condition condition, Place where = {})
+      : Constraint([c = std::move(condition)](detail::State &s) { return detail::Speaker(s).post(c); }, where) {}
+  KORU_APART Constraint(IntVar b, Place where = {}) : Constraint(Condition(b), where) {}
 
   bool post(detail::State &s) const {
-    if (!post_) return true;
+    if (!posting_) return true;
     s.place = where_;
-    return s.check(post_(s));
+    return s.check(posting_->post(s));
   }
 
  private:
-  KORU_APART Constraint(Place where, Condition c)
-      : post_([c = std::move(c)](detail::State &s) { return detail::Speaker(s).post(c); }), where_(where) {}
+  KORU_APART Constraint(const detail::Posting *posting, Place where) : posting_(posting), where_(where) {}
 
-  Post post_;
+  std::shared_ptr<const detail::Posting> posting_;
   Place where_{"", 0, ""};
 };
 
@@ -67,7 +88,7 @@ namespace detail {
 
 using Copy = std::vector<IntVar>;
 
-KORU_APART inline Copy own(Vars vars) { return Copy(vars.begin(), vars.end()); }
+KORU_APART inline Copy own(Vars vars) { return Copy(vars.data(), vars.data() + vars.size()); }
 
 // A constraint of a function over one array of variables, which it copies.
 KORU_APART inline Constraint overArray(Vars vars, bool (*function)(CSint **, int), Place where) {
@@ -93,7 +114,7 @@ KORU_APART inline Constraint overRows(Vars vars, const std::vector<std::vector<i
     cells.insert(cells.end(), row.begin(), row.end());
   }
   return {[x = own(vars), cells = std::move(cells), n = sizeOf(rows.size()), function](State &s) {
-            const std::vector<int> copy = copyOf<int>(cells);
+            const std::vector<int> copy = copyOf(cells);
             return function(s.pointers(x).data(), sizeOf(x.size()), copy.data(), n);
           },
           where};
@@ -115,9 +136,8 @@ inline bool runHook(CSint **, int, void *extra) {
 KORU_APART inline Constraint all_different(Vars vars, Strength strength = Strength::simple, Place where = {}) {
   if (strength == Strength::bounds) return detail::overArray(vars, cs_AllNeqBounds, where);
   if (strength == Strength::domain) return detail::overArray(vars, cs_AllNeqDomain, where);
-  return {
-      [x = detail::own(vars)](detail::State &s) { return cs_AllNeq(s.keep(x).data(), detail::sizeOf(x.size())) != 0; },
-      where};
+  return {[x = detail::own(vars)](detail::State &s) { return cs_AllNeq(s.keep(x), detail::sizeOf(x.size())) != 0; },
+          where};
 }
 
 /// One of the rows; a cell may be CS_ANY. cs_ShortTable, or cs_Table where no cell is.
@@ -141,8 +161,8 @@ KORU_APART inline Constraint regular(Vars vars, Automaton automaton, Place where
       a.next.size() % static_cast<std::size_t>(a.symbols) != 0)
     throw std::invalid_argument("koru: an automaton whose table has not a row for each state");
   return {[x = detail::own(vars), a = std::move(automaton)](detail::State &s) {
-            const std::vector<int> finals = detail::copyOf<int>(a.finals);
-            return cs_Regular(s.keep(x).data(), detail::sizeOf(x.size()), a.next.data(), a.states, a.symbols, a.start,
+            const std::vector<int> finals = detail::copyOf(a.finals);
+            return cs_Regular(s.keep(x), detail::sizeOf(x.size()), a.next.data(), a.states, a.symbols, a.start,
                               finals.data(), detail::sizeOf(finals.size())) != 0;
           },
           where};
@@ -198,7 +218,7 @@ KORU_APART inline Constraint precede(Vars vars, int s, int t, Place where = {}) 
 /// result = values[index]: cs_ElementOf.
 KORU_APART inline Constraint element(const std::vector<int> &values, IntVar index, IntVar result, Place where = {}) {
   return {[values, index, result](detail::State &s) {
-            const std::vector<int> copy = detail::copyOf<int>(values);
+            const std::vector<int> copy = detail::copyOf(values);
             return cs_ElementOf(s.pointer(index), copy.data(), detail::sizeOf(copy.size()), s.pointer(result));
           },
           where};
@@ -215,10 +235,13 @@ KORU_APART inline Constraint element(Vars vars, IntVar index, IntVar result, Pla
 /// How many of the variables take a value; see count.
 class Count {
  public:
-  Count(Vars vars, int value) : vars_(detail::own(vars)), value_(value) {}
+  KORU_APART Count(Vars vars, int value) : vars_(detail::own(vars)), value_(value) {}
+  KORU_APART Count(const Count &) = default;
+  KORU_APART Count &operator=(const Count &) = default;
+  KORU_APART ~Count() = default;
 
   /// From lo to hi of them: cs_OccurConstraints.
-  Constraint in(int lo, int hi, Place where = {}) const {
+  KORU_APART Constraint in(int lo, int hi, Place where = {}) const {
     return {[*this, lo, hi](detail::State &s) {
               const int most = detail::sizeOf(vars_.size());
               return lo <= most && hi >= 0 && lo <= hi && is(s, s.create(lo > 0 ? lo : 0, hi < most ? hi : most));
@@ -233,7 +256,7 @@ class Count {
 
  private:
   bool is(detail::State &s, CSint *number) const {
-    return cs_OccurConstraints(number, value_, s.keep(vars_).data(), detail::sizeOf(vars_.size()));
+    return cs_OccurConstraints(number, value_, s.keep(vars_), detail::sizeOf(vars_.size()));
   }
 
   detail::Copy vars_;
@@ -258,7 +281,7 @@ KORU_APART inline Constraint cardinality(Vars vars, const std::vector<int> &valu
   detail::sameSize(values.size(), counts.size());
   const auto function = strength == Strength::domain ? cs_CardinalityDomain : cs_Cardinality;
   return {[x = detail::own(vars), values, c = detail::own(counts), closed, function](detail::State &s) {
-            const std::vector<int> copy = detail::copyOf<int>(values);
+            const std::vector<int> copy = detail::copyOf(values);
             return function(s.pointers(x).data(), detail::sizeOf(x.size()), copy.data(), s.pointers(c).data(),
                             detail::sizeOf(copy.size()), closed);
           },
@@ -277,7 +300,7 @@ KORU_APART inline Constraint nvalues(Vars vars, IntVar number, Place where = {})
 KORU_APART inline Constraint bin_packing(Vars bins, const std::vector<int> &sizes, Vars loads, Place where = {}) {
   detail::sameSize(bins.size(), sizes.size());
   return {[x = detail::own(bins), sizes, l = detail::own(loads)](detail::State &s) {
-            const std::vector<int> copy = detail::copyOf<int>(sizes);
+            const std::vector<int> copy = detail::copyOf(sizes);
             return cs_BinPacking(s.pointers(x).data(), copy.data(), detail::sizeOf(x.size()), s.pointers(l).data(),
                                  detail::sizeOf(l.size()));
           },
@@ -327,9 +350,8 @@ KORU_APART inline Constraint no_overlap(Vars x, Vars widths, Vars y, Vars height
 /// cs_eventRun.
 KORU_APART inline Constraint propagator(Vars vars, std::function<bool(std::span<const IntVar>)> run, Place where = {}) {
   return {[x = detail::own(vars), run = std::move(run)](detail::State &s) {
-            s.hooks.push_back(std::make_unique<detail::Hook>(detail::Hook{&s, x, run}));
-            detail::Hook *hook = s.hooks.back().get();
-            return cs_eventRun(s.pointers(x).data(), detail::sizeOf(x.size()), detail::runHook, hook);
+            s.hooks.first = new detail::Hook{&s, x, run, s.hooks.first};
+            return cs_eventRun(s.pointers(x).data(), detail::sizeOf(x.size()), detail::runHook, s.hooks.first);
           },
           where};
 }

@@ -24,8 +24,10 @@ inline long long multiplied(long long a, long long b) {
   return product;
 }
 
+// An enumeration that is an int stands for it.
 template <class T>
-concept Integer = std::integral<T> && !std::same_as<std::remove_cv_t<T>, bool>;
+concept Integer = (std::integral<T> && !std::same_as<std::remove_cv_t<T>, bool>) ||
+                  (std::is_enum_v<T> && std::convertible_to<T, long long>);
 
 }  // namespace detail
 

@@ -280,7 +280,7 @@ class Speaker {
 
   KORU_APART bool member(Mode mode, CSint *b, const Condition &c) {
     CSint *x = pointer(c);
-    const std::vector<int> values = copyOf<int>(c.values());
+    const std::vector<int> values = copyOf(c.values());
     const int n = sizeOf(values.size());
     const bool no = c.negated();
     if (mode == Mode::post) return (no ? cs_NotInArray : cs_InArray)(x, values.data(), n) != 0;

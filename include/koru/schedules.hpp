@@ -49,9 +49,8 @@ KORU_APART inline Constraint transitions(Vars starts, Vars durations, const std:
            rows = detail::sizeOf(times.size())](detail::State &s) {
             std::vector<CSint *> p = s.pointers(there);
             return cs_DisjunctiveTransitions(s.pointers(x).data(), s.pointers(d).data(), detail::orNone(p, there),
-                                             detail::copyOf<int>(left).data(), detail::copyOf<int>(needed).data(),
-                                             detail::sizeOf(x.size()), detail::copyOf<int>(cells).data(), rows,
-                                             columns);
+                                             detail::copyOf(left).data(), detail::copyOf(needed).data(),
+                                             detail::sizeOf(x.size()), detail::copyOf(cells).data(), rows, columns);
           },
           where};
 }

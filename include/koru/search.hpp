@@ -53,11 +53,12 @@ inline std::ostream &operator<<(std::ostream &out, const Statistics &s) {
 class Solution {
  public:
   Solution() = default;  ///< none
+  KORU_APART ~Solution() = default;
   explicit Solution(detail::State &live) : state_(&live), live_(true) {}
   KORU_APART Solution(const Solution &other) : state_(other.state_), values_(other.values_), open_(other.open_) {
     if (other.live_) keep();
   }
-  Solution(Solution &&other) noexcept = default;  // what is live stays so
+  KORU_APART Solution(Solution &&other) noexcept = default;  // what is live stays so
   Solution &operator=(Solution other) noexcept {
     std::swap(state_, other.state_);
     std::swap(live_, other.live_);
@@ -69,19 +70,20 @@ class Solution {
   explicit operator bool() const { return state_ != nullptr; }
 
   /// The value; std::logic_error for a variable that the search has left open, and where there is no solution.
-  int operator[](IntVar v) const {
+  KORU_APART int operator[](IntVar v) const {
     if (state_ == nullptr || v.state_ != state_) throw std::logic_error("koru: no solution for this variable");
     if (live_) return v.value();
-    if (v.index_ >= values_.size() || open_[v.index_]) throw std::logic_error("koru: a variable that was left open");
+    if (v.index_ >= values_.size() || open_[v.index_] != 0)
+      throw std::logic_error("koru: a variable that was left open");
     return values_[v.index_];
   }
-  long long operator[](const Linear &sum) const {
+  KORU_APART long long operator[](const Linear &sum) const {
     long long total = sum.constant();
     for (const Term &term : sum.terms())
       total = detail::added(total, detail::multiplied(term.coefficient, (*this)[term.var]));
     return total;
   }
-  std::vector<int> operator[](Vars vars) const {
+  KORU_APART std::vector<int> operator[](Vars vars) const {
     std::vector<int> all;
     for (const IntVar &v : vars) all.push_back((*this)[v]);
     return all;
@@ -98,7 +100,7 @@ class Solution {
   detail::State *state_ = nullptr;
   bool live_ = false;
   std::vector<int> values_;
-  std::vector<bool> open_;
+  std::vector<int> open_;  // truth values; of ints, as there is such a vector to compile already
 };
 
 /// A decision on a variable: an int stands for "= it".
@@ -110,13 +112,25 @@ struct Decision {
   int value;
 };
 
+/// A constant below. They are literals: a program has nothing to make of those that it does not use.
+struct OrderName {
+  int kind;
+};
+struct ValueName {
+  int kind;
+};
+
 /// Which variable comes next: one of the constants below, or a function that returns its position in the span.
 struct Order {
   int kind = CS_ORDER_INPUT;
   std::function<std::size_t(std::span<const IntVar>)> choose{};
 
   explicit Order(int k) : kind(k) {}
-  Order() = default;
+  Order(OrderName name) : kind(name.kind) {}
+  KORU_APART Order() = default;
+  KORU_APART Order(const Order &) = default;
+  KORU_APART Order &operator=(const Order &) = default;
+  KORU_APART ~Order() = default;
   template <std::invocable<std::span<const IntVar>> F>
   Order(F f) : kind(CS_ORDER_HOST), choose(std::move(f)) {}
 };
@@ -130,16 +144,20 @@ struct Value {
   std::vector<CSvalueSelector *> selectors{};
 
   explicit Value(int k) : kind(k) {}
-  Value() = default;
+  Value(ValueName name) : kind(name.kind) {}
+  KORU_APART Value() = default;
+  KORU_APART Value(const Value &) = default;
+  KORU_APART Value &operator=(const Value &) = default;
+  KORU_APART ~Value() = default;
   template <std::invocable<IntVar> F>
   Value(F f) : kind(CS_VALUE_HOST), choose(std::move(f)) {}
 };
 
-inline const Order input_order{CS_ORDER_INPUT}, smallest{CS_ORDER_SMALLEST}, largest{CS_ORDER_LARGEST},
+inline constexpr OrderName input_order{CS_ORDER_INPUT}, smallest{CS_ORDER_SMALLEST}, largest{CS_ORDER_LARGEST},
     smallest_min{CS_ORDER_SMALLEST_MIN}, largest_max{CS_ORDER_LARGEST_MAX}, regret{CS_ORDER_REGRET},
     most_constrained{CS_ORDER_MOST_CONSTRAINED}, dom_wdeg{CS_ORDER_DOM_WDEG}, activity{CS_ORDER_ACTIVITY},
     set_times{CS_ORDER_SET_TIMES}, slack{CS_ORDER_SLACK}, slack_wdeg{CS_ORDER_SLACK_WDEG};
-inline const Value min_value{CS_VALUE_MIN}, max_value{CS_VALUE_MAX}, middle_value{CS_VALUE_MIDDLE},
+inline constexpr ValueName min_value{CS_VALUE_MIN}, max_value{CS_VALUE_MAX}, middle_value{CS_VALUE_MIDDLE},
     median_value{CS_VALUE_MEDIAN}, low_half{CS_VALUE_LOW_HALF}, high_half{CS_VALUE_HIGH_HALF},
     random_value{CS_VALUE_RANDOM}, slack_value{CS_VALUE_SLACK};
 
@@ -248,9 +266,15 @@ struct Result {
 /// A search that goes on from solution to solution: a range, or a loop of next().
 class Solutions {
  public:
-  Solutions(std::shared_ptr<detail::State> state, Search how, CSint *minimize = nullptr, CSint *maximize = nullptr)
-      : run_(std::make_unique<Run>(std::move(state), std::move(how))) {
+  /// `how` stays as long as the search; only one that is handed over is owned.
+  Solutions(std::shared_ptr<detail::State> state, const Search &how, CSint *minimize = nullptr,
+            CSint *maximize = nullptr)
+      : run_(new Run(std::move(state), how)) {
     run_->begin(minimize, maximize);
+  }
+  Solutions(std::shared_ptr<detail::State> state, std::unique_ptr<const Search> how)
+      : Solutions(std::move(state), *how) {
+    how_ = std::move(how);
   }
 
   /// Go on. False when there is no other solution, or none was found: status() tells why.
@@ -282,11 +306,12 @@ class Solutions {
   // What the callbacks are handed: stays where it is when the range is moved.
   struct Run {
     std::shared_ptr<detail::State> state;
-    Search how;
+    const Search &how;
+    std::vector<IntVar> vars;  // that are labelled, also in later phases
     CSsearch *search = nullptr;
     Solution solution{};
 
-    KORU_APART Run(std::shared_ptr<detail::State> s, Search h) : state(std::move(s)), how(std::move(h)) {
+    KORU_APART Run(std::shared_ptr<detail::State> s, const Search &h) : state(std::move(s)), how(h), vars(h.vars) {
       state->use();
     }
     Run(const Run &) = delete;
@@ -302,9 +327,9 @@ class Solutions {
 
     KORU_APART void begin(CSint *minimize, CSint *maximize) {
       state->rethrow();
-      if (how.vars.empty() && how.orders.tasks.empty()) how.vars = state->all();
+      if (vars.empty() && how.orders.tasks.empty()) vars = state->all();
       if (cs_getNbRefused() > 0) return;  // there is no solution
-      search = cs_createSearch(state->pointers(how.vars).data(), detail::sizeOf(how.vars.size()));
+      search = cs_createSearch(state->pointers(vars).data(), detail::sizeOf(vars.size()));
       state->rethrow();
       if (search == nullptr) throw std::logic_error("koru: no search can be begun here");
       try {
@@ -323,37 +348,39 @@ class Solutions {
         if (!taken) throw std::invalid_argument("koru: an option of a search is out of its range");
       };
       accept(cs_setSearchOptions(search, &o));
-      hints(how.vars, how.value, accept);
+      hints(accept);
       if (!how.orders.tasks.empty()) accept(addOrders(how.orders));
       for (const Phase &phase : how.then) {
         accept(phase.value.selectors.empty());  // they are for the first variables
         accept(cs_addSearchPhase(search, state->pointers(phase.vars).data(), detail::sizeOf(phase.vars.size()),
                                  phase.order.kind, phase.value.kind));
-        how.vars.insert(how.vars.end(), phase.vars.begin(), phase.vars.end());
+        for (const IntVar &v : phase.vars) vars.push_back(v);
       }
       state->rethrow();
     }
 
     KORU_APART bool addOrders(const Orders &orders) {
-      std::vector<CSorder> all;
+      const int n = detail::sizeOf(orders.tasks.size());
+      const std::unique_ptr<CSorder[]> all(new CSorder[orders.tasks.size()]);
       const auto pointer = [&](const IntVar &v) { return state->pointer(v); };
+      CSorder *next = all.get();
       for (const TaskOrder &t : orders.tasks) {
-        all.push_back({pointer(t.first),
-                       {pointer(t.start), pointer(t.other_start)},
-                       {pointer(t.duration), pointer(t.other_duration)},
-                       t.machine});
-        how.vars.push_back(t.first);
+        *next++ = {pointer(t.first),
+                   {pointer(t.start), pointer(t.other_start)},
+                   {pointer(t.duration), pointer(t.other_duration)},
+                   t.machine};
+        vars.push_back(t.first);
       }
       return orders.value.selectors.empty() &&
-             cs_addSearchOrders(search, all.data(), detail::sizeOf(all.size()), orders.order.kind, orders.value.kind);
+             cs_addSearchOrders(search, all.get(), n, orders.order.kind, orders.value.kind);
     }
 
     template <class Accept>
-    KORU_APART void hints(const std::vector<IntVar> &vars, const Value &value, Accept accept) {
-      if (value.preferred.empty()) return;
-      detail::sameSize(value.preferred.size(), vars.size());
-      for (std::size_t i = 0; i < vars.size(); ++i)
-        accept(cs_setSearchHint(search, static_cast<int>(i), value.preferred[i]));
+    KORU_APART void hints(Accept accept) {
+      const std::vector<int> &preferred = how.value.preferred;
+      if (preferred.empty()) return;
+      detail::sameSize(preferred.size(), vars.size());
+      for (std::size_t i = 0; i < vars.size(); ++i) accept(cs_setSearchHint(search, static_cast<int>(i), preferred[i]));
     }
 
     KORU_APART CSsearchOptions options() {
@@ -380,15 +407,15 @@ class Solutions {
       o.chooseVariable = how.order.choose ? chooseVariable : nullptr;
       o.chooseValue = how.value.choose ? chooseValue : nullptr;
       o.chooseRelaxed = how.neighbours.choose ? chooseRelaxed : nullptr;
-      if (!how.value.selectors.empty()) detail::sameSize(how.value.selectors.size(), how.vars.size());
-      o.selectors = how.value.selectors.data();
+      if (!how.value.selectors.empty()) detail::sameSize(how.value.selectors.size(), vars.size());
+      o.selectors = const_cast<CSvalueSelector **>(how.value.selectors.data());  // which are read only
       o.progress = how.progress ? progress : nullptr;
       o.progressMilliseconds = detail::milliseconds(how.progress_seconds);
       o.extra = this;
       return o;
     }
 
-    bool next() {
+    KORU_APART bool next() {
       if (search == nullptr) return false;
       state->use();
       state->rethrow();
@@ -418,13 +445,13 @@ class Solutions {
 
     static int chooseVariable(CSint **, int, void *extra) {
       auto *run = static_cast<Run *>(extra);
-      return run->state->guard(-1, [run] { return detail::sizeOf(run->how.order.choose(run->how.vars)); });
+      return run->state->guard(-1, [run] { return detail::sizeOf(run->how.order.choose(run->vars)); });
     }
 
     static bool chooseValue(CSvalueSelection *decision, int index, CSint **, int, void *extra) {
       auto *run = static_cast<Run *>(extra);
       return run->state->guard(false, [&] {
-        const Decision d = run->how.value.choose(run->how.vars[static_cast<std::size_t>(index)]);
+        const Decision d = run->how.value.choose(run->vars[static_cast<std::size_t>(index)]);
         *decision = {static_cast<int>(d.relation), d.value};
         return true;
       });
@@ -448,6 +475,7 @@ class Solutions {
     }
   };
 
+  std::unique_ptr<const Search> how_;  // after run_ is gone nobody looks at it
   std::unique_ptr<Run> run_;
 };
 

@@ -11,7 +11,7 @@
 #include <climits>
 #include <concepts>
 #include <cstddef>
-#include <deque>
+#include <cstdio>
 #include <exception>
 #include <functional>
 #include <initializer_list>
@@ -67,7 +67,8 @@ class IntVar {
   bool contains(int value) const;  ///< is the value left?
   std::vector<int> domain() const;
   std::string name() const;
-  void name(const std::string &text) const;
+  void name(const char *text) const;
+  void name(const std::string &text) const { name(text.c_str()); }
   CSint *get() const;  ///< for calls of the C interface, while the model is the running one; see Model::use
 
  private:
@@ -82,8 +83,14 @@ class IntVar {
 /// What functions take for several variables: a vector, a span, an array, or {x, y, z}. A view.
 class Vars : public std::span<const IntVar> {
  public:
-  template <class R>
-  requires std::convertible_to<const R &, std::span<const IntVar>> Vars(const R &vars) : span(vars) {}
+  template <class R>  // not by a conversion to a span: to see whether there is one takes the compiler long
+  requires requires(const R &vars) {
+    { vars.data() } -> std::convertible_to<const IntVar *>;
+    { vars.size() } -> std::convertible_to<std::size_t>;
+  }
+  Vars(const R &vars) : span(vars.data(), vars.size()) {}
+  template <std::size_t n>
+  Vars(const IntVar (&vars)[n]) : span(vars, n) {}
   Vars(std::initializer_list<IntVar> vars) : span(vars.begin(), vars.size()) {}
 };
 
@@ -99,11 +106,8 @@ inline void sameSize(std::size_t a, std::size_t b) {
 }
 
 // A copy that has an address also when it is empty: the library refuses null arrays.
-template <class T, class From>
-std::vector<T> copyOf(const From &from) {
-  std::vector<T> copy;
-  copy.reserve(std::size(from) + 1);
-  copy.insert(copy.end(), std::begin(from), std::end(from));
+KORU_APART inline std::vector<int> copyOf(std::vector<int> copy) {
+  copy.reserve(1);
   return copy;
 }
 
@@ -112,12 +116,25 @@ struct Hook {
   State *state;
   std::vector<IntVar> vars;
   std::function<bool(std::span<const IntVar>)> run;
+  Hook *next;
+};
+
+// The callbacks of a model. A list, as a vector of them would take longer to compile.
+struct Hooks {
+  Hook *first = nullptr;
+
+  Hooks() = default;
+  Hooks(const Hooks &) = delete;
+  Hooks &operator=(const Hooks &) = delete;
+  KORU_APART ~Hooks() {
+    while (first != nullptr) delete std::exchange(first, first->next);
+  }
 };
 
 struct State {
-  std::vector<CSint *> vars;                // those that handles stand for, in the order of their making
-  std::deque<std::vector<CSint *>> arrays;  // constraints of koru.h keep what they are given
-  std::vector<std::unique_ptr<Hook>> hooks;
+  std::vector<CSint *> vars;                 // those that handles stand for, in the order of their making
+  std::vector<std::vector<CSint *>> arrays;  // constraints of koru.h keep what they are given
+  Hooks hooks;
   std::exception_ptr thrown;   // by a callback; on its way to the caller
   Place place{"", 0, ""};      // of the posting under way
   std::string placeText;       // what the locator has told last
@@ -228,9 +245,10 @@ struct State {
     return all;
   }
 
-  KORU_APART std::vector<CSint *> &keep(std::span<const IntVar> from) {
+  // Stays where it is, as those do that are kept later.
+  KORU_APART CSint **keep(std::span<const IntVar> from) {
     arrays.push_back(pointers(from));
-    return arrays.back();
+    return arrays.back().data();
   }
 
   // Runs a callback of the host's. What it throws waits for the caller, and the search ends.
@@ -282,8 +300,8 @@ KORU_APART inline std::string IntVar::name() const {
   return text != nullptr ? text : "";
 }
 
-KORU_APART inline void IntVar::name(const std::string &text) const {
-  cs_setName(get(), text.c_str());
+KORU_APART inline void IntVar::name(const char *text) const {
+  cs_setName(get(), text);
   state_->rethrow();
 }
 

@@ -65,6 +65,12 @@ TEST(CppCondition, ComparesAVariableWithAnInt) {
   expectInAllContexts({[](const IntVars &x) { return 1 > x[0]; }, [](const Values &v) { return 1 > v[0]; }});
 }
 
+TEST(CppCondition, ComparesAVariableWithAnEnumerator) {
+  enum { no, yes };
+  expectInAllContexts({[](const IntVars &x) { return x[0] == yes; }, [](const Values &v) { return v[0] == 1; }});
+  expectInAllContexts({[](const IntVars &x) { return 2 * x[0] - yes < no; }, [](const Values &v) { return v[0] < 1; }});
+}
+
 TEST(CppCondition, ComparesTwoVariables) {
   expectInAllContexts({[](const IntVars &x) { return x[0] == x[1]; }, [](const Values &v) { return v[0] == v[1]; }});
   expectInAllContexts({[](const IntVars &x) { return x[0] != x[1]; }, [](const Values &v) { return v[0] != v[1]; }});

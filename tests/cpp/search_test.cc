@@ -171,8 +171,8 @@ struct SmallShop {
 
 TEST(CppSearch, DecidesOrdersOfTasks) {
   SmallShop shop;
-  for (const koru::Order &order : {koru::slack_wdeg, koru::slack, koru::input_order})
-    for (const koru::Value &value : {koru::slack_value, koru::max_value})
+  for (const auto order : {koru::slack_wdeg, koru::slack, koru::input_order})
+    for (const auto value : {koru::slack_value, koru::max_value})
       for (const koru::Neighbours &neighbours :
            {koru::Neighbours(), koru::window_neighbours(), koru::machine_neighbours(5, 50), koru::task_neighbours()}) {
         shop.orders.order = order;
