@@ -68,6 +68,9 @@ endforeach()
 # --- in C++ ---
 koru_example_test(cpp.ward cpp_ward 0 EXPECT "^optimal: 3 wishes not met\n( [-ELN])+\n")
 koru_example_test(cpp.workshop cpp_workshop 0 EXPECT "^optimal: all done after 17\n  [.A-D]+\n")
+koru_example_test(cpp.packing cpp_packing 0 EXPECT "^optimal: 6 vans\n(van [1-6], [0-9]+ full:( [0-9]+)+\n)+$")
+koru_example_test(cpp.configurator cpp_configurator 0
+  EXPECT "^graphics twin:\n.*case small: fits nothing\nprocessor sixteen:\n  case: tower\n.*optimal, 980: tower mini four twin 500 W\n$")
 
 set(puzzles "${CMAKE_CURRENT_SOURCE_DIR}/puzzles")
 set(easy "53..7....6..195....98....6.8...6...34..8.3..17...2...6.6....28....419..5....8..79")
@@ -644,3 +647,12 @@ koru_example_test(configurator.impossible configurator 2 INPUT "${impossible}"
   EXPECT "that does not fit what was chosen\n450: city 28 slick hub-3 rim none\n$" EXPECT_ERROR "^configurator: limit : not understood\n$")
 koru_example_test(configurator.help configurator 0 ARGS --help EXPECT "^usage: configurator ")
 koru_example_test(configurator.argument configurator 2 ARGS 8 EXPECT_ERROR "^configurator: 8 is not expected\n")
+
+# --- the page ---
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+if(NOT CMAKE_CROSSCOMPILING)
+  add_test(NAME example.gallery
+           COMMAND "${Python3_EXECUTABLE}" "${CMAKE_CURRENT_SOURCE_DIR}/check_gallery.py"
+                   "${CMAKE_CURRENT_SOURCE_DIR}/README.md" "${CMAKE_CURRENT_BINARY_DIR}")
+  set_tests_properties(example.gallery PROPERTIES LABELS examples TIMEOUT 120)
+endif()
