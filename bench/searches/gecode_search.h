@@ -29,20 +29,23 @@ Result runGecode(Engine &engine, bool first) {
   const auto before = Clock::now();
   const auto now = [&] { return std::chrono::duration<double>(Clock::now() - before).count(); };
   Result result;
+  long long solutions = 0;
   while (const Problem *solution = engine.next()) {
-    result.found = true;
+    ++solutions;
     result.objective = first ? 0 : solution->objective();
     result.secondsToBest = now();
     delete solution;
     if (first) break;
   }
   result.seconds = now();
+  result.found = solutions > 0;
   result.status = first && result.found ? "solution"
                   : engine.stopped()    ? "time limit"
                   : first               ? "exhausted"
                                         : "optimal";
-  result.choicePoints = static_cast<long long>(engine.statistics().node);
   result.fails = static_cast<long long>(engine.statistics().fail);
+  // Of its nodes those where something is decided.
+  result.choicePoints = static_cast<long long>(engine.statistics().node) - result.fails - solutions;
   return result;
 }
 
