@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // cs_DivTrunc, cs_Mod: x = q * y + r, with the quotient cut off towards 0 and a rest of the sign of x, as in C.
 // Consistency: domain while x and y have few pairs of values (two_to_one.h), else bounds are narrowed by the rules
-// below. Cost: a run of O(pairs * log(pairs)), else O(1).  State: none.  Wakes: at every change.
+// below. Cost: a run of O(pairs * log(pairs)), of O(quotients) by a positive constant, else O(1).  State: none.
+// Wakes: at every change.
 #include <algorithm>
+#include <utility>
 
 #include "constraints/relational/two_to_one.h"
 #include "koru_extras.h"
@@ -86,13 +88,46 @@ static bool remainder(int x, int y, std::int64_t &z) {
   return true;
 }
 
+// ----- by a constant: numerators of one quotient lie side by side, and rise with it
+
+static Hull numeratorsOf(std::int64_t quotient, std::int64_t y) {
+  Hull hull;
+  hull.add(quotient * y - (quotient > 0 ? 0 : y - 1), quotient * y + (quotient < 0 ? 0 : y - 1));
+  return hull;
+}
+
+static bool hasAny(const CSint *v, const Hull &within) {
+  return !forEachValue(v, clampToInt(within.low), clampToInt(within.high), [](int) { return false; });
+}
+
+static bool keepQuotients(const CSint *x, int y, CSint *z) {
+  return narrowMin(z, x->min / y) && narrowMax(z, x->max / y) &&
+         forEachValue(z, [&](int value) { return hasAny(x, numeratorsOf(value, y)) || removeValue(z, value); });
+}
+
+static bool keepNumerators(CSint *x, int y, const CSint *z) {
+  if (!narrowMin64(x, numeratorsOf(z->min, y).low) || !narrowMax64(x, numeratorsOf(z->max, y).high)) return false;
+  std::int64_t last = numeratorsOf(z->min, y).high;
+  return forEachValue(z, [&](int value) {
+    const Hull next = numeratorsOf(value, y);
+    return relational::dropBetween(x, clampToInt(std::exchange(last, next.high)), clampToInt(next.low));
+  });
+}
+
+// As a walk over all pairs, in as many steps as there are quotients.
+static bool filterQuotient(TwoToOne &c) {
+  const bool byConstant = isBound(c.y) && c.y->min > 0 && relational::hasFewPairs(c) && c.x != c.z;
+  if (byConstant) return keepQuotients(c.x, c.y->min, c.z) && keepNumerators(c.x, c.y->min, c.z);
+  return relational::filterTwoToOne<quotient, filterBounds<false>>(c);
+}
+
 static bool postQuotient(const Poster &poster, CSint *x, CSint *y, CSint *z) {
-  return relational::postTwoToOne<quotient, filterBounds<false>>(poster, x, y, z);
+  return relational::postTwoToOne<filterQuotient>(poster, x, y, z);
 }
 
 // A divisor is never its own rest. The rules would find out, one value at a time.
 static bool postRemainder(const Poster &poster, CSint *x, CSint *y, CSint *z) {
-  return y != z && relational::postTwoToOne<remainder, filterBounds<true>>(poster, x, y, z);
+  return y != z && relational::postTwoToOne<relational::filterTwoToOne<remainder, filterBounds<true>>>(poster, x, y, z);
 }
 
 }  // namespace koru::division

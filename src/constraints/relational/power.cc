@@ -113,7 +113,7 @@ static bool filterBounds(const TwoToOne &c) {
 }
 
 static bool post(const Poster &poster, CSint *x, CSint *y, CSint *z) {
-  return relational::postTwoToOne<power, filterBounds>(poster, x, y, z);
+  return relational::postTwoToOne<relational::filterTwoToOne<power, filterBounds>>(poster, x, y, z);
 }
 
 }  // namespace koru::power

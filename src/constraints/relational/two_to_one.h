@@ -113,12 +113,12 @@ template <auto f, bool (*filterBounds)(const TwoToOne &)>
 }
 
 // The same variable may stand in several places.
-template <auto f, bool (*filterBounds)(const TwoToOne &)>
+template <bool (*filter)(TwoToOne &)>
 [[nodiscard]] bool postTwoToOne(const Poster &poster, CSint *x, CSint *y, CSint *z) {
   if (x == nullptr || y == nullptr || z == nullptr) return false;
   Posting posting{poster};
   if (!posting) return false;
-  auto c = posting.add(kTable<TwoToOne, filterTwoToOne<f, filterBounds>>, TwoToOne{{}, x, y, z});
+  auto c = posting.add(kTable<TwoToOne, filter>, TwoToOne{{}, x, y, z});
   c.attach(x, 0);
   c.attach(y, 1);
   c.attach(z, 2);

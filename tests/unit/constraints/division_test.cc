@@ -116,6 +116,34 @@ TEST_F(DivisionTest, BoundsKeepAllSolutionsAndLoseNearlyAllTheRest) {
   }
 }
 
+// Around 0 and at both ends of the ints, with holes: what has a partner is left, and nothing else.
+TEST_F(DivisionTest, ByAConstantWhatHasAPartnerIsLeft) {
+  std::mt19937 random{1};
+  const auto subset = [&](long long from, long long to) {
+    std::vector<int> some;
+    for (long long value = from; value <= to; ++value)
+      if (random() % 3 != 0) some.push_back(static_cast<int>(value));
+    return some;
+  };
+  for (int i = 0; i < 3000 && !HasFailure(); ++i) {
+    const int y = 1 + static_cast<int>(random() % 9);
+    const int from = i % 3 == 0 ? INT_MIN : i % 3 == 1 ? INT_MAX - 30 : -15;
+    const std::vector<int> xs = subset(from, from + 30LL);
+    const std::vector<int> zs =
+        subset(std::max<long long>(INT_MIN, from / y - 3LL), std::min<long long>(INT_MAX, from / y + 33LL / y));
+    std::vector<int> leftOfX, leftOfZ;
+    for (const int x : xs)
+      if (std::ranges::count(zs, x / y) > 0) leftOfX.push_back(x);
+    for (const int z : zs)
+      if (std::ranges::any_of(xs, [&](int x) { return x / y == z; })) leftOfZ.push_back(z);
+    CSint *x = fromValues(xs), *z = fromValues(zs);
+    ASSERT_EQ(cs_DivTrunc(x, CSINT(y), z), !leftOfX.empty());
+    if (leftOfX.empty()) continue;
+    EXPECT_EQ(values(x), leftOfX);
+    EXPECT_EQ(values(z), leftOfZ);
+  }
+}
+
 TEST_F(DivisionTest, WideOperandsAndResultsAtTheEndsOfTheInts) {
   CSint *x = cs_createCSint(INT_MIN, INT_MAX);
   CSint *y = cs_createCSint(INT_MIN, INT_MAX);
