@@ -25,7 +25,7 @@ install(
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 set(KORU_LEFT_OUT)
 if(NOT TARGET koru_mpi)
-  set(KORU_LEFT_OUT PATTERN koru_mpi.h EXCLUDE)
+  set(KORU_LEFT_OUT PATTERN "koru_mpi.h*" EXCLUDE)
 endif()
 install(
   DIRECTORY "${PROJECT_SOURCE_DIR}/include/"

@@ -228,12 +228,19 @@ class Model {
   /// The solution with the least or the greatest sum. A sum that is no variable gets one, and stays a part of the
   /// model.
   KORU_APART Result minimize(const Linear &cost, const Search &how = {}) {
-    CSint *objective = state().pointer(var(cost));
-    return run(Solutions(shared(), how, objective, nullptr), how, true);
+    return run(minimizing(cost, how), how, true);
   }
   KORU_APART Result maximize(const Linear &gain, const Search &how = {}) {
+    return run(maximizing(gain, how), how, true);
+  }
+  /// Better and better solutions, one after the other.
+  KORU_APART Solutions minimizing(const Linear &cost, const Search &how = {}) {
+    CSint *objective = state().pointer(var(cost));
+    return Solutions(shared(), how, objective, nullptr);
+  }
+  KORU_APART Solutions maximizing(const Linear &gain, const Search &how = {}) {
     CSint *objective = state().pointer(var(gain));
-    return run(Solutions(shared(), how, nullptr, objective), how, true);
+    return Solutions(shared(), how, nullptr, objective);
   }
   /// All solutions, one after the other: for (const auto &s : m.solutions({.vars = x})). The model stands at each; what
   /// is posted there is undone with the next one.

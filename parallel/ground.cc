@@ -25,16 +25,21 @@ Ground::Ground(const Task &task) : task_(task) {
   if (!open() || task.isObject()) return;
   digest_ = digestOf(task);
   if (task.mode != Mode::kMinimize) return;
-  cs_closeWalk(walk_);
-  walk_ = nullptr;
+  close();
   root_ = cs_saveContext();
   open();
 }
 
 Ground::~Ground() { cs_closeWalk(walk_); }
 
-bool Ground::open() {
+void Ground::close() {
+  triedBefore_ = tried();
   cs_closeWalk(walk_);
+  walk_ = nullptr;
+}
+
+bool Ground::open() {
+  close();
   if (task_.isObject()) {
     CSwalkSubject subject = {};
     walk_ = cs_openSearchWalk(task_.search, &subject);
@@ -114,6 +119,7 @@ bool Ground::keep(const Counts &counts) {
 
 void Ground::endObject(CSstatus status, const Counts &counts) {
   const CSwalkCounts c = countsOf(counts);
+  triedBefore_ = tried();
   cs_endSearchWalk(walk_, status, &c);
   walk_ = nullptr;
 }
@@ -122,8 +128,7 @@ void Ground::endObject(CSstatus status, const Counts &counts) {
 bool Ground::beginPass(int bound) {
   goTo({});
   if (root_ > 0) {
-    cs_closeWalk(walk_);
-    walk_ = nullptr;
+    close();
     cs_restoreContextUntil(root_);
     root_ = 0;
   }

@@ -61,6 +61,8 @@ class Ground {
   bool goTo(const Piece &piece);
   Piece here() const;
   Counts counts() const;
+  // Choice points of all walks: what was counted, and what was searched in vain.
+  long long tried() const { return triedBefore_ + counts().choicePoints; }
 
   // The solution that stands is one of the search object's; false when failure() tells of memory.
   bool keep(const Counts &counts);
@@ -77,12 +79,14 @@ class Ground {
 
  private:
   bool open();
+  void close();
   void noteConstraint();  // a failure when there is one that a walk refuses
 
   Task task_;
   unsigned long long digest_ = 0;
   CSwalk *walk_ = nullptr;
-  int root_ = 0;  // the context that a minimisation opens; 0 when it is closed again
+  long long triedBefore_ = 0;  // by walks that are closed
+  int root_ = 0;               // the context that a minimisation opens; 0 when it is closed again
   std::string failure_;
 };
 

@@ -67,8 +67,11 @@ void Leader::apply(int from, const Report &report) {
   Peer &peer = peers_[static_cast<std::size_t>(from)];
   const bool current = peer.state == Peer::kBusy && peer.assignment == report.assignment;
   if (peer.state == Peer::kSilent || (current && report.finished)) peer.state = Peer::kIdle;
+  if (current)
+    note(from, report.finished ? Timeline::What::kEnds : Timeline::What::kReports, report.counts.choicePoints);
   std::vector<long long> dropped;
   if (!current || !pieces_.apply(report, dropped)) {
+    if (wishes_.timeline != nullptr) wishes_.timeline->noteVain(report.counts.choicePoints);
     Writer out;
     out.integer(report.assignment);
     if (from > 0) send(from, Letter::kDrop, out);
@@ -80,6 +83,7 @@ void Leader::apply(int from, const Report &report) {
 void Leader::drop(long long assignment) {
   const int holder = holderOf(assignment);
   if (holder < 0) return;
+  note(holder, Timeline::What::kEnds);
   peers_[static_cast<std::size_t>(holder)].state = Peer::kIdle;
   Writer out;
   out.integer(assignment);
@@ -160,8 +164,11 @@ bool Leader::tellObject(const Steps &path) {
 
 void Leader::dropAll() {
   worker_.drop();
-  for (Peer &peer : peers_)
-    if (peer.state == Peer::kBusy) peer.state = Peer::kIdle;
+  for (std::size_t i = 0; i < peers_.size(); ++i) {
+    if (peers_[i].state != Peer::kBusy) continue;
+    peers_[i].state = Peer::kIdle;
+    note(static_cast<int>(i), Timeline::What::kEnds);
+  }
 }
 
 // In all processes.
@@ -221,6 +228,7 @@ bool Leader::tell() {
 
 void Leader::give(int to) {
   const Piece *piece = pieces_.assign(++lastAssignment_);
+  note(to, Timeline::What::kBegins);
   peers_[static_cast<std::size_t>(to)] = {Peer::kBusy, lastAssignment_, transport_.seconds()};
   if (to == 0) return worker_.begin(lastAssignment_, *piece);
   Writer out;
@@ -262,6 +270,7 @@ void Leader::watch() {
     Peer &peer = peers_[i];
     if (peer.state != Peer::kBusy || now - peer.heard < pace_.patience) continue;
     peer.state = Peer::kSilent;
+    note(static_cast<int>(i), Timeline::What::kSilent);
     pieces_.takeBack(peer.assignment);
     transport_.noteLost();
     lost_ = true;

@@ -14,6 +14,10 @@ int Leader::reached() const {
   return 1 + static_cast<int>(std::count_if(peers_.begin() + 1, peers_.end(), answers));
 }
 
+void Leader::note(int process, Timeline::What what, long long choicePoints) {
+  if (wishes_.timeline != nullptr) wishes_.timeline->note(process, what, transport_.seconds(), choicePoints);
+}
+
 void Leader::tellProgress() {
   Counts counts = counts_;
   counts.add(pieces_.counted());

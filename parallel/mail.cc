@@ -7,6 +7,8 @@ namespace koru::parallel {
 void Mail::send(int to, const std::string &bytes) {
   Writer out;
   out.number(search_);
+  ++messages_;
+  bytes_ += static_cast<long long>(out.bytes.size() + bytes.size());
   transport_.send(to, out.bytes + bytes);
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "parallel/pieces.h"
+#include "parallel/timeline.h"
 #include "parallel/worker.h"
 
 namespace koru::parallel {
@@ -18,8 +19,9 @@ struct Wishes {
   double progressSeconds = 0;
   std::function<void(const std::string &state)> save;
   double saveSeconds = 0;
+  Timeline *timeline = nullptr;
 
-  bool any() const { return progress || save; }
+  bool any() const { return progress || save || timeline != nullptr; }
 };
 
 class Follower {
@@ -80,6 +82,7 @@ class Leader {
   bool tellObject(const Steps &path);
   bool pass(const Solution &solution);
   void dropAll();
+  void note(int process, Timeline::What what, long long choicePoints = 0);
   bool beginPass(int bound);
   void tellProgress();
   void keep();

@@ -26,10 +26,13 @@ struct Process {
   void *progressExtra = nullptr;
   std::string checkpoint;  // a path; empty: none
   double checkpointSeconds = 0;
+  bool tells = std::getenv("KORU_MPI_STATISTICS") != nullptr;
+  std::string page;  // of the processes over time, a path; empty: none
   long long told = 0;
 
   Process() {
     if (const char *seconds = std::getenv("KORU_MPI_PATIENCE")) pace.patience = std::atof(seconds);
+    if (const char *path = std::getenv("KORU_MPI_PAGE")) page = path;
     if (transport->rank() > 0) silence();
   }
 
@@ -77,6 +80,14 @@ void save(Process &p, const std::string &state) {
     std::fprintf(stderr, "koru_mpi: the checkpoint %s cannot be written: %s\n", p.checkpoint.c_str(), why.c_str());
 }
 
+void writePage(const Process &p, const Timeline &timeline, const Counts &counts) {
+  const std::string page = timeline.page(counts, p.transport->seconds());
+  std::FILE *file = std::fopen(p.page.c_str(), "wb");
+  const bool written = file != nullptr && std::fwrite(page.data(), 1, page.size(), file) == page.size();
+  if ((file != nullptr && std::fclose(file) != 0) || !written)
+    std::fprintf(stderr, "koru_mpi: the page %s cannot be written\n", p.page.c_str());
+}
+
 Wishes wishesOf(Process &p, bool saves) {
   Wishes wishes;
   wishes.progressSeconds = p.progressSeconds;
@@ -95,7 +106,9 @@ Outcome lead(Process &p, Ground &ground) {
   const Checkpoint checkpoint = checkpointOf(p);
   const bool isOfThis = checkpoint.search == p.mail.search();
   const bool saves = !p.checkpoint.empty() && (isOfThis || checkpoint.search == 0);
-  const Wishes wishes = wishesOf(p, saves);
+  Wishes wishes = wishesOf(p, saves);
+  Timeline timeline(p.transport->size(), p.transport->seconds());
+  if (!p.page.empty()) wishes.timeline = &timeline;
   if (p.transport->size() == 1 && !wishes.any()) {
     const Outcome outcome = searchAlone(ground);
     if (!ground.failure().empty()) p.transport->stop(ground.failure());
@@ -106,12 +119,21 @@ Outcome lead(Process &p, Ground &ground) {
   p.told = leader.told();
   const Outcome outcome = play(p, leader);
   if (saves) std::remove(p.checkpoint.c_str());
+  if (!p.page.empty()) writePage(p, timeline, outcome.counts);
   return outcome;
 }
 
 Outcome follow(Process &p, Ground &ground) {
   Follower follower(ground, *p.transport, p.mail, p.pace);
   return play(p, follower);
+}
+
+// What this process has done, on the standard error.
+void tellStatistics(const Process &p, const Ground &ground, double seconds) {
+  std::fprintf(
+      stderr, "koru_mpi: process %d of %d: %.3f s, %lld choice points tried, %lld counted, %lld messages, %lld bytes\n",
+      p.transport->rank(), p.transport->size(), seconds, ground.tried(), p.counts.choicePoints, p.mail.messages(),
+      p.mail.bytes());
 }
 
 bool search(const Task &task) {
@@ -122,8 +144,10 @@ bool search(const Task &task) {
   if (!ground.failure().empty()) p.transport->stop(ground.failure());
   if (!ground.ready()) return false;
   p.mail.beginSearch();
+  const double began = p.transport->seconds();
   const Outcome outcome = p.transport->rank() == 0 ? lead(p, ground) : follow(p, ground);
   p.counts = outcome.counts;
+  if (p.tells) tellStatistics(p, ground, p.transport->seconds() - began);
   return outcome.result;
 }
 

@@ -40,15 +40,22 @@ class Mail {
  public:
   explicit Mail(Transport &transport) : transport_(transport) {}
 
-  void beginSearch() { ++search_; }
+  void beginSearch() {
+    ++search_;
+    messages_ = bytes_ = 0;
+  }
   unsigned long long search() const { return search_; }  // the first one is 1
   void send(int to, const std::string &bytes);
   // A message of the present search.
   std::optional<Message> poll();
+  // What was sent in the present search.
+  long long messages() const { return messages_; }
+  long long bytes() const { return bytes_; }
 
  private:
   Transport &transport_;
   unsigned long long search_ = 0;
+  long long messages_ = 0, bytes_ = 0;
   std::deque<Message> early_;  // of searches to come
 };
 

@@ -279,6 +279,10 @@ class Solutions {
 
   /// Go on. False when there is no other solution, or none was found: status() tells why.
   bool next() { return run_->next(); }
+  /// Instead of next(): the whole search by a function that calls `told` at each solution, as cs_mpiSolve does; see
+  /// koru_mpi.hpp. @return the last solution.
+  using Whole = CSstatus (*)(CSsearch *search, bool (*told)(CSsearch *, void *), void *extra);
+  Solution through(Whole whole) { return run_->through(whole); }
   /// While next() is true. A copy keeps its values.
   const Solution &solution() const { return run_->solution; }
   Status status() const { return run_->status(); }
@@ -310,6 +314,7 @@ class Solutions {
     std::vector<IntVar> vars;  // that are labelled, also in later phases
     CSsearch *search = nullptr;
     Solution solution{};
+    Solution last{};  // of through()
 
     KORU_APART Run(std::shared_ptr<detail::State> s, const Search &h) : state(std::move(s)), how(h), vars(h.vars) {
       state->use();
@@ -431,6 +436,40 @@ class Solutions {
       state->rethrow();
       solution = now == CS_STATUS_SOLUTION ? Solution(*state) : Solution();
       return now == CS_STATUS_SOLUTION;
+    }
+
+    KORU_APART Solution through(Whole whole) {
+      if (search == nullptr) return {};
+      state->use();
+      state->rethrow();
+      CSsearch *outer = std::exchange(state->active, search);
+      const CSstatus now = whole(search, tellSolution, this);
+      state->active = outer;
+      if (now == CS_STATUS_REFUSED) throw std::logic_error("koru: a search that has begun, or is not the newest one");
+      state->rethrow();
+      return last ? std::move(last) : again();
+    }
+
+    static bool tellSolution(CSsearch *, void *extra) {
+      auto *run = static_cast<Run *>(extra);
+      return run->state->guard(false, [run] {
+        run->solution = Solution(*run->state);
+        if (run->how.found) run->how.found(run->solution);
+        run->last = Solution(run->solution);
+        return true;
+      });
+    }
+
+    // A process that was not told of the last solution goes there by what was labelled.
+    KORU_APART Solution again() {
+      const int *values = cs_getBestSolution(search);
+      if (values == nullptr) return {};
+      const int open = cs_saveContext();
+      for (std::size_t i = 0; i < how.vars.size(); ++i) cs_EQ(state->pointer(how.vars[i]), values[i]);
+      const Solution there(*state);
+      Solution kept(there);
+      cs_restoreContextUntil(open);
+      return kept;
     }
 
     KORU_APART Status status() const {

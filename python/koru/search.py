@@ -71,7 +71,7 @@ class Solutions:
             if not taken:
                 raise ValueError("koru: an option of a search is out of its range")
 
-        options = self._how.options((_choose_variable, _choose_value, _choose_relaxed, _progress))
+        options = self._options()
         options.size = ctypes.sizeof(options)
         accept(lib.cs_setSearchOptions(self.search, ctypes.byref(options)))
         preferred = self._how.preferred()
@@ -92,6 +92,13 @@ class Solutions:
             self._pointers += array
             self._vars += more
         self._state.rethrow()
+
+    def _options(self) -> Any:
+        return self._how.options((_choose_variable, _choose_value, _choose_relaxed, _progress))
+
+    def _keep(self) -> None:
+        best = ctypes.cast(lib.cs_getBestSolution(self.search), ctypes.POINTER(ctypes.c_int))
+        self.solution = Solution(self._state, dict(zip(self._pointers, best[:len(self._pointers)])))
 
     def next_solution(self) -> bool:
         """Go on. False when there is no other solution, or none was found: status tells why."""
@@ -116,8 +123,7 @@ class Solutions:
         state.rethrow()
         if now != Status.SOLUTION:
             return False
-        best = ctypes.cast(lib.cs_getBestSolution(self.search), ctypes.POINTER(ctypes.c_int))
-        self.solution = Solution(state, dict(zip(self._pointers, best[:len(self._pointers)])))
+        self._keep()
         return True
 
     def __iter__(self) -> Solutions:

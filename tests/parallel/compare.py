@@ -4,7 +4,7 @@
 in one process and, where there is an mpirun, in several; some of them late, stopped or killed on the way, or all of them
 killed and others started to go on.
 
-  compare.py PROGRAM [--mpirun MPIRUN] [--processes N,M,...] [--cases short|long|middle|slow]
+  compare.py PROGRAM [--mpirun MPIRUN] [--processes N,M,...] [--cases short|long|faces|middle|slow]
              [--trouble delay|kill|stop|restart] [--times TIMES] [--seed SEED]
 """
 import argparse
@@ -19,8 +19,9 @@ from pathlib import Path
 
 CASES = {
     "short": [("queens", 6), ("queens", 8), ("first", 12), ("golomb", 6), ("cancel", 8),
-              ("object", 7), ("object", 9), ("objective", 6)],
+              ("count", 7), ("object", 7), ("object", 9), ("objective", 6)],
     "long": [("queens", 10), ("golomb", 8), ("first", 24), ("object", 10), ("objective", 8)],
+    "faces": [("all", 6), ("all", 3), ("best", 6), ("longest", 5)],
     "middle": [("golomb", 9), ("objective", 9)],
     "slow": [("golomb", 10), ("first", 28), ("queens", 11), ("object", 11), ("objective", 10)],
 }
@@ -57,7 +58,7 @@ class Comparison:
         self.troubles = 0
 
     def command(self, processes, case, size, recovers=False):
-        program = [self.args.program, "mpi", case, str(size)]
+        program = [*self.args.program, "mpi", case, str(size)]
         if processes == 1 or not self.args.mpirun:
             return program
         launch = [self.args.mpirun, *(["--enable-recovery"] if recovers else []), "--allow-run-as-root", "--oversubscribe"]
@@ -132,7 +133,7 @@ class Comparison:
         kept = self.folder / "damaged"
         for content in b"", b"koru_mpi checkpoint 1\n", b"something else that is long enough to be a checkpoint":
             kept.write_bytes(content)
-            status, out, errors = self.run([self.args.program, "mpi", "queens", "6"], KORU_TEST_CHECKPOINT=str(kept))
+            status, out, errors = self.run([*self.args.program, "mpi", "queens", "6"], KORU_TEST_CHECKPOINT=str(kept))
             self.compared += 1
             if (status, out, kept.read_bytes()) != (3, "", content) or "stays as it is" not in errors:
                 self.faults.append(f"damaged checkpoint: status {status}, {out!r} {errors!r}")
@@ -145,7 +146,7 @@ class Comparison:
                 self.faults.append(f"{case}: status {status}, {errors[-500:]}")
 
     def all_of(self, case, size):
-        status, expected, _ = self.run([self.args.program, "plain", case, str(size)])
+        status, expected, _ = self.run([*self.args.program, "plain", case, str(size)])
         if status != 0 or not expected:
             self.faults.append(f"{case} {size}: plain has status {status}")
         trouble = self.args.trouble
@@ -166,7 +167,7 @@ class Comparison:
     def all(self):
         for case, size in CASES[self.args.cases]:
             self.all_of(case, size)
-        if not self.args.trouble:
+        if not self.args.trouble and self.args.cases != "faces":
             self.refuse_damaged()
             if self.args.mpirun:
                 self.refuse_wrong()
@@ -180,7 +181,7 @@ class Comparison:
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("program")
+    parser.add_argument("program", type=lambda words: words.split(","), help="with arguments of its own after commas")
     parser.add_argument("--mpirun")
     parser.add_argument("--processes", default="2,3")
     parser.add_argument("--cases", choices=CASES, default="short")

@@ -4,9 +4,9 @@
 //   program plain|mpi CASE [SIZE]
 //
 // "plain" uses the functions of koru.h; "mpi" those of koru_mpi.h, and must print the same. CASE: queens, first,
-// golomb, cancel; object, objective: by a search object; option: one that cannot be shared; rank: a model that differs
-// by the process; memory: a selection that remembers how often it was asked; no-goods, element: constraints that
-// remember.
+// golomb, cancel; count: queens, counted; object, objective: by a search object; option: one that cannot be shared;
+// rank: a model that differs by the process; memory: a selection that remembers how often it was asked; no-goods,
+// element: constraints that remember.
 //
 // Of the environment: KORU_TEST_CHECKPOINT, a file to keep the searches in; what is shown is then appended to the file
 // KORU_TEST_OUTPUT. KORU_TEST_MARK: each process makes a file of this name and its number when it has started.
@@ -127,6 +127,8 @@ static bool searchCase(const char *name, CSint **x, int n) {
   if (strcmp(name, "rank") == 0 && !cs_NEQ(x[0], cs_mpiRank())) return false;
   if (strcmp(name, "no-goods") == 0) cs_createNoGoodSet(x, n, NULL, 0, NULL, NULL);
   if (strcmp(name, "element") == 0) cs_VarElement(x[0], x, n);
+  if (strcmp(name, "count") == 0 && plain) return cs_findAll(x, n, cs_findFreeVarNbElements, NULL);
+  if (strcmp(name, "count") == 0) return cs_mpiFindAll(x, n, cs_findFreeVarNbElements, NULL);
   if (strcmp(name, "memory") == 0) return findAll(x, n, forgetful);
   if (strcmp(name, "first") != 0) return findAll(x, n, cs_findFreeVarNbElements);
   return plain ? cs_search(x, n, first) : cs_mpiSearch(x, n, first);
