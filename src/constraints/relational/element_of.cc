@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 // cs_ElementOf: result = values[index] over an array of ints, which is copied.
 // Consistency: domain, but a result over more than 2^20 values may keep inner ones that no position has.
-// Cost: O(n) in a run, O(1) once the index is bound; O(n log n) at posting.
+// Cost: O(n) in a run, O(positions left) for a result of up to 1,024 values in a row, O(1) once the index is bound;
+// O(n log n) at posting.
 // State: the values, and the (value, position) pairs in order.  Wakes: on every event.
 #include <algorithm>
+#include <array>
 #include <tuple>
 
 #include "constraints/relational/gaps.h"
@@ -58,9 +60,30 @@ static bool filterPairs(const ElementOf &c) {
   return last != nullptr && narrowMax(c.result, last->value);
 }
 
+constexpr std::uint32_t kNarrow = 1024;
+
+// The same fixpoint for a result of narrow range, by a walk over the positions that are left.
+static bool filterPositions(const ElementOf &c) {
+  std::array<bool, kNarrow> found{};  // by distance from the least result
+  const int low = c.result->min;
+  int least = kIntMax;
+  int most = kIntMin;
+  const auto keepPosition = [&](int position) {
+    const int value = c.values[position];
+    if (!contains(c.result, value)) return removeValue(c.index, position);
+    found[distance(low, value)] = true;
+    least = std::min(least, value);
+    most = std::max(most, value);
+    return true;
+  };
+  const auto keepResult = [&](int value) { return found[distance(low, value)] || removeValue(c.result, value); };
+  return forEachValue(c.index, keepPosition) && narrowMin(c.result, least) && narrowMax(c.result, most) &&
+         forEachValue(c.result, keepResult);
+}
+
 static bool filter(ElementOf &c) {
   if (!narrowMin(c.index, 0) || !narrowMax(c.index, c.n - 1)) return false;
-  if (!isBound(c.index)) return filterPairs(c);
+  if (!isBound(c.index)) return distance(c.result->min, c.result->max) < kNarrow ? filterPositions(c) : filterPairs(c);
   const int value = c.values[valueOf(c.index)];
   return contains(c.result, value) && bindValue(c.result, value);
 }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <climits>
+#include <random>
 #include <vector>
 
 #include "koru_extras.h"
@@ -46,6 +48,31 @@ TEST_F(ElementOfTest, AWideResultKeepsInnerValues) {
   EXPECT_EQ(cs_getMax(result), 0);
   ASSERT_TRUE(cs_GT(result, INT_MIN));
   EXPECT_EQ(cs_getValue(index), 1);
+}
+
+// In results near each other and far apart: what has a partner is left, and nothing else.
+TEST_F(ElementOfTest, WhatHasAPartnerIsLeft) {
+  std::mt19937 random{1};
+  for (int i = 0; i < 3000 && !HasFailure(); ++i) {
+    const int step = i % 2 == 0 ? 1 : 5000;
+    Values table, positions, results, leftOfIndex, leftOfResult;
+    for (int k = 0; k < 12; ++k) table.push_back(step * static_cast<int>(random() % 8));
+    for (int k = 0; k < 12; ++k)
+      if (random() % 3 != 0) positions.push_back(k);
+    for (int k = 0; k < 8; ++k)
+      if (random() % 2 != 0) results.push_back(step * k);
+    for (const int position : positions)
+      if (std::ranges::count(results, table[static_cast<std::size_t>(position)]) > 0) leftOfIndex.push_back(position);
+    for (const int result : results)
+      if (std::ranges::any_of(leftOfIndex, [&](int k) { return table[static_cast<std::size_t>(k)] == result; }))
+        leftOfResult.push_back(result);
+    if (positions.empty() || results.empty()) continue;
+    CSint *index = fromValues(positions), *result = fromValues(results);
+    ASSERT_EQ(cs_ElementOf(index, table.data(), 12, result), !leftOfIndex.empty());
+    if (leftOfIndex.empty()) continue;
+    EXPECT_EQ(values(index), leftOfIndex);
+    EXPECT_EQ(values(result), leftOfResult);
+  }
 }
 
 TEST_F(ElementOfTest, IndexAndResultMayBeOne) {
