@@ -386,6 +386,8 @@ koru_example_test(profile_demo.stdout profile_demo 0
   EXPECT "^Koru Profiler: Constraint 1.0\n.*\n__DATA__\n(.*\n)*[^\t\n]+\t[0-9]+\t[^\t\n]+\t[^\t\n]+\tcs_AllNeq\t[0-9]+\t[0-9]+\n")
 koru_example_test(profile_demo.places profile_demo 0 ARGS --places
   EXPECT "\nformat: part_of_model\n__DATA__\n(.*\n)*columns\tcs_Sigma\t[0-9]+\t[0-9]+\n")
+koru_example_test(profile_demo.details profile_demo 0 ARGS --details
+  EXPECT "^Koru Profiler: Details 1.0\n.*\n__DATA__\n(.*\n)*[^\t\n]+\t[0-9]+\t[^\t\n]+\t[^\t\n]+\tcs_AllNeq(\t[0-9]+)+\n")
 koru_example_test(profile_demo.file profile_demo 0 ARGS "${CMAKE_CURRENT_BINARY_DIR}/inputs/profile.txt"
   EXPECT "^880 squares, profile in [^\n]*profile.txt\n$")
 koru_example_test(profile_demo.bad_option profile_demo 2 ARGS --fast EXPECT "^$" EXPECT_ERROR "^profile_demo: unknown option --fast\n")

@@ -65,6 +65,9 @@ class Context {
   int label_;
 };
 
+struct Explain;
+struct Explanation;
+
 /// A model: variables, constraints and what they need, in a solver of its own.
 class Model {
  public:
@@ -250,18 +253,31 @@ class Model {
 
   // --- The profiler ---
 
-  /// Counts what constraints do from here on; those that are posted from here on by the lines that say them.
-  void profile() {
+  /// Counts what constraints do from here on; those that are posted from here on by the lines that say them. With
+  /// `details` also how long it takes, how often it is in vain, and how much it narrows (cs_setProfilerDetails).
+  void profile(bool details = false) {
     State &s = state();
     name_places();
     if (s.profiler == nullptr) s.profiler = cs_createProfiler(0);
+    s.profileDetails = details;
+    cs_setProfilerDetails(s.profiler, details);
     cs_enableProfiler(s.profiler);
     s.rethrow();
   }
   /// What is posted from here on is known by the lines that say it.
   void name_places() { cs_setProfilerLocator(nullptr, locate, &state()); }
   /// The report, for koru-profile.
-  void profile_report(const std::string &path) { cs_profilerWriteFile(state().profiler, path.c_str()); }
+  void profile_report(const std::string &path) {
+    const State &s = state();
+    (s.profileDetails ? cs_profilerWriteDetailsFile : cs_profilerWriteFile)(s.profiler, path.c_str());
+  }
+
+  // --- Why there is no solution ---
+
+  /// koru::explain, below: why the model that `build` makes has no solution. It makes models of its own, and this one
+  /// stays as it is: m.explain(build).
+  static Explanation explain(const std::function<void(Model &)> &build);
+  static Explanation explain(const std::function<void(Model &)> &build, const Explain &how);
 
   // --- Several models ---
 

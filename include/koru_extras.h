@@ -43,6 +43,7 @@
  *   18. Why there is no solution
  *   19. Records of searches
  *   20. Why a value is gone
+ *   21. Profiles in detail
  */
 #ifndef KORU_EXTRAS_H
 #define KORU_EXTRAS_H
@@ -1343,6 +1344,45 @@ KORU_API void cs_writeRemovals(const CSremovals *removals, FILE *f);
 
 /** Free them. Null is ignored. */
 KORU_API void cs_freeRemovals(const CSremovals *removals);
+
+/* ==================================================================================================================
+ * 21. Profiles in detail
+ *
+ * What a profiler (koru.h) counts besides runs and failures, for each site: where the time goes, and whose runs are in
+ * vain.
+ *
+ *     CSprofiler *profiler = cs_createProfiler(0);
+ *     cs_setProfilerDetails(profiler, true);
+ *     cs_enableProfiler(profiler);
+ *     ... search ...
+ *     cs_profilerWriteDetailsFile(profiler, "report.txt");       koru-profile report.txt
+ *
+ * Narrowings are the bounds moved and the values taken out between them; a variable bound to a value between its bounds
+ * counts two. A run without effect made none and did not fail. Time is that of the runs, not of the engine between
+ * them.
+ *
+ * Deliberate: heavy runs are timed each, others about one in 130, which stands for all of them. So times differ a
+ * little from run to run, and those of a site with few and short runs may be far off; the other counts are exact, and
+ * the same every time. Weak: the run of a user-defined constraint has in it what was called meanwhile, which is counted
+ * for its own site as well: cs_EQ and the like, and propagation in a context that it opens; a constraint that it posts
+ * counts a narrowing for each of its variables.
+ * ================================================================================================================ */
+
+/**
+ * Count and time in detail from now on, or stop it: what was counted stays. It has effect while @p profiler is enabled.
+ * Nothing for null or a deleted profiler. Cost: runs of constraints take about a tenth longer than with the profiler
+ * alone.
+ */
+KORU_API void cs_setProfilerDetails(CSprofiler *profiler, bool on);
+
+/**
+ * As cs_profilerWrite, with three numbers more behind each line, separated by tabs: runs without effect, narrowings and
+ * nanoseconds. The report's first line is "Koru Profiler: Details 1.0".
+ */
+KORU_API void cs_profilerWriteDetails(CSprofiler *profiler, FILE *f);
+
+/** cs_profilerWriteDetails to a file, which is made or emptied first. Nothing when it cannot be opened. */
+KORU_API void cs_profilerWriteDetailsFile(CSprofiler *profiler, const char *path);
 
 #ifdef __cplusplus
 }

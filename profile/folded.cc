@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Folded stacks: a line for each place, frames with semicolons between them and the number of calls, as tools for flame
-// graphs read them. The calls that a place of a MiniZinc model stands in are frames.
+// Folded stacks: a line for each place, frames with semicolons between them and the number of calls, or of nanoseconds,
+// as tools for flame graphs read them. The calls that a place of a MiniZinc model stands in are frames.
 #include <ostream>
 
 #include "profile/profile.h"
@@ -27,12 +27,12 @@ void writeCallers(std::ostream &out, std::string callers) {
 
 }  // namespace
 
-void writeFolded(std::ostream &out, const Profile &profile) {
+void writeFolded(std::ostream &out, const Profile &profile, bool byTime) {
   for (const Entry &e : profile.entries) {
     out << frame(e.file);
     writeCallers(out, e.caller);
     if (e.line > 0) out << ";line_" << e.line;
-    out << ';' << frame(e.function) << ' ' << e.calls << '\n';
+    out << ';' << frame(e.function) << ' ' << (byTime ? e.nanoseconds : e.calls) << '\n';
   }
 }
 

@@ -15,17 +15,20 @@ using namespace koru::profile;
 namespace {
 
 constexpr char kUsage[] =
-    "usage: koru-profile [--top N] [--html FILE] [--json] [--folded] [REPORT]\n"
+    "usage: koru-profile [--top N] [--html FILE] [--json] [--folded [--time]] [REPORT]\n"
     "       koru-profile --diff [--top N] BEFORE AFTER\n"
     "\n"
     "Shows how often the constraints that each place of a program has posted ran, and how often they failed, from the\n"
-    "report that cs_profilerWriteFile writes (standard input without one, or for -).\n"
+    "report that cs_profilerWriteFile writes (standard input without one, or for -). From one with details\n"
+    "(cs_profilerWriteDetailsFile) also the time they took, how many runs were in vain, and how much they narrowed.\n"
     "\n"
-    "  --top N      print the N places with the most calls only\n"
-    "  --html FILE  write FILE, a page with the same table, which can be sorted, and the source lines, instead\n"
+    "  --top N      print the N hottest places only: by time where the report has it, else by calls\n"
+    "  --html FILE  write FILE, a page with the same table, which can be sorted, and the source with the heat of its\n"
+    "               lines, instead\n"
     "  --json       print the whole as JSON, instead\n"
     "  --folded     print folded stacks of calls, which tools for flame graphs read, instead\n"
-    "  --diff       compare two reports: who is called more, and who less\n"
+    "  --time       in folded stacks: nanoseconds instead of calls\n"
+    "  --diff       compare two reports: who is called more, or takes longer, and who less\n"
     "  --help       print this text\n"
     "\n"
     "Exit status: 0 when the report was shown, 2 on bad input or bad arguments.\n";
@@ -35,6 +38,7 @@ struct Options {
   const char *page = nullptr;
   bool json = false;
   bool folded = false;
+  bool time = false;
   bool diff = false;
   const char *report = nullptr;
   const char *second = nullptr;
@@ -72,6 +76,8 @@ Options parseArguments(char **argv) {
       options.json = true;
     } else if (argument == "--folded") {
       options.folded = true;
+    } else if (argument == "--time") {
+      options.time = true;
     } else if (argument == "--diff") {
       options.diff = true;
     } else if (argument.size() > 1 && argument[0] == '-') {
@@ -82,11 +88,12 @@ Options parseArguments(char **argv) {
       (options.report == nullptr ? options.report : options.second) = argv[i];
     }
   }
+  if (options.time && !options.folded) complain("--time is for --folded");
   if (options.diff && options.second == nullptr) complain("--diff needs two reports after it");
   return options;
 }
 
-Profile read(const char *report) {
+Profile read(const char *report, const Options &options) {
   const bool isStandard = report == nullptr || std::strcmp(report, "-") == 0;
   const std::string name = isStandard ? "stdin" : report;
   std::ifstream file;
@@ -95,6 +102,7 @@ Profile read(const char *report) {
   Profile profile;
   std::string error;
   if (!readProfile(isStandard ? std::cin : file, profile, error)) complain(name + ':' + error);
+  if (options.time && !profile.detailed) complain(name + ": has no times");
   return profile;
 }
 
@@ -103,9 +111,9 @@ void show(const Profile &profile, const Options &options) {
     const char *noColour = std::getenv("NO_COLOR");
     const bool colours = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || noColour[0] == '\0');
     if (options.diff)
-      writeDifference(std::cout, profile, read(options.second), options.top);
+      writeDifference(std::cout, profile, read(options.second, options), options.top);
     else if (options.folded)
-      writeFolded(std::cout, profile);
+      writeFolded(std::cout, profile, options.time);
     else if (options.json)
       writeJson(std::cout, profile);
     else
@@ -122,6 +130,6 @@ void show(const Profile &profile, const Options &options) {
 
 int main(int, char **argv) {
   const Options options = parseArguments(argv);
-  show(read(options.report), options);
+  show(read(options.report, options), options);
   return 0;
 }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The page: everything in one file, readable without scripts, sortable with them.
-#include <algorithm>
+// The page: everything in one file, readable without scripts, sortable with them. Below the table stands the source
+// around the lines that post, with the heat of each beside it.
 #include <cstdio>
 #include <ctime>
-#include <fstream>
 #include <ostream>
 
 #include "profile/profile.h"
 #include "profile/quoting.h"
+#include "profile/source.h"
 
 namespace koru::profile {
 
@@ -39,6 +39,13 @@ pre { margin: .4rem 0 .2rem; padding: .5rem .7rem; background: var(--code); bord
   font: 13px/1.5 ui-monospace, monospace; }
 pre b { display: inline-block; min-width: 100%; background: color-mix(in srgb, var(--bar) 30%, transparent); }
 summary { cursor: pointer; overflow-wrap: anywhere; }
+h2 { font-size: 1.1rem; margin: 1.8rem 0 .4rem; overflow-wrap: anywhere; }
+.heat { background: var(--code); border-radius: 4px; overflow-x: auto; padding: .4rem 0; font: 13px/1.5 ui-monospace,
+  monospace; }
+.heat div { display: flex; white-space: pre; min-width: max-content; }
+.heat span { flex: none; width: 9em; text-align: right; padding: 0 .8em 0 0; color: var(--ink); font-variant-numeric:
+  tabular-nums; background: color-mix(in srgb, var(--bar) var(--hot, 0%), transparent); }
+.heat i { flex: none; width: 4.5em; text-align: right; padding-right: 1em; color: var(--soft); font-style: normal; }
 .soft { color: var(--soft); }
 </style>
 )";
@@ -85,24 +92,8 @@ std::string timeOf(std::int64_t seconds) {
   return text;
 }
 
-// The lines around the one that posts, as far as the file can be read.
-std::string sourceOf(const Entry &e) {
-  constexpr int kAround = 3;
-  std::ifstream file(e.file);
-  std::string result;
-  std::string line;
-  for (int number = 1; e.line > 0 && number <= e.line + kAround && std::getline(file, line); ++number) {
-    if (number < e.line - kAround) continue;
-    char label[16];
-    std::snprintf(label, sizeof label, "%5d  ", number);
-    const std::string text = label + escaped(line);
-    result += number == e.line ? "<b>" + text + "</b>\n" : text + '\n';
-  }
-  return result;
-}
-
 void writePlace(std::ostream &out, const Entry &e) {
-  const std::string source = sourceOf(e);
+  const std::string source = sourceAround(e);
   const std::string place = "<code>" + escaped(e.place()) + "</code>";
   if (source.empty())
     out << place;
@@ -114,15 +105,29 @@ void writeNumber(std::ostream &out, std::int64_t number) {
   out << "<td class=n data-key=" << number << '>' << number << "</td>";
 }
 
+void writeTime(std::ostream &out, std::int64_t nanoseconds) {
+  out << "<td class=n data-key=" << nanoseconds << '>' << milliseconds(nanoseconds, 3) << "</td>";
+}
+
+void writeRate(std::ostream &out, double rate) {
+  out << "<td class=n data-key=" << rate << '>' << percent(rate) << "</td>";
+}
+
 void writeRow(std::ostream &out, const Profile &profile, const Entry &e) {
   const double share = profile.shareOf(e);
   const double widest = profile.entries.empty() ? 1 : profile.shareOf(profile.entries.front());
   out << "<tr>";
-  writeNumber(out, e.calls);
+  if (profile.detailed) writeTime(out, e.nanoseconds);
+  if (!profile.detailed) writeNumber(out, e.calls);
   out << "<td class=share data-key=" << share << '>' << percent(share) << "<div class=bar style=\""
       << width(widest > 0 ? share / widest : 0) << "\"><i style=\"" << width(e.failRate()) << "\"></i></div></td>";
+  if (profile.detailed) {
+    writeNumber(out, e.calls);
+    writeRate(out, e.idleRate());
+    writeNumber(out, e.narrowings);
+  }
   writeNumber(out, e.fails);
-  out << "<td class=n data-key=" << e.failRate() << '>' << percent(e.failRate()) << "</td>";
+  writeRate(out, e.failRate());
   writeNumber(out, e.postings);
   out << "<td><code>" << escaped(e.function) << "</code></td><td>";
   writePlace(out, e);
@@ -130,8 +135,12 @@ void writeRow(std::ostream &out, const Profile &profile, const Entry &e) {
 }
 
 void writeSummary(std::ostream &out, const Profile &profile) {
-  out << "<p>" << profile.calls << " calls of constraints, " << profile.fails << " fails, from "
-      << profile.entries.size() << " places. Koru " << escaped(profile.version) << '.';
+  out << "<p>";
+  if (profile.detailed) out << milliseconds(profile.nanoseconds, 1) << " ms in ";
+  out << profile.calls << " calls of constraints, ";
+  if (profile.detailed) out << profile.idle << " in vain, " << profile.narrowings << " narrowings, ";
+  out << profile.fails << " fails, from " << profile.entries.size() << " places. Koru " << escaped(profile.version)
+      << '.';
   if (profile.startTime != 0) out << " From " << timeOf(profile.startTime);
   if (profile.endTime != 0) out << " to " << timeOf(profile.endTime);
   out << (profile.startTime != 0 ? ". " : " ") << "The red part of a bar is the share of calls that failed.</p>\n";
@@ -144,13 +153,19 @@ void writePage(std::ostream &out, const Profile &profile, const std::string &tit
   out << kHead << "<h1>" << escaped(title) << "</h1>\n";
   writeSummary(out, profile);
   out << "<table>\n<thead><tr>";
-  const char *const titles[] = {"calls", "share", "fails", "fail rate", "posted", "posted by", "place"};
+  const std::vector<const char *> titles =
+      profile.detailed
+          ? std::vector<const char *>{"ms",    "share",     "calls",  "in vain",   "narrowings",
+                                      "fails", "fail rate", "posted", "posted by", "place"}
+          : std::vector<const char *>{"calls", "share", "fails", "fail rate", "posted", "posted by", "place"};
   for (const char *each : titles)
-    out << "<th aria-sort=" << (each == titles[0] ? "descending" : "none") << "><button type=button>" << each
+    out << "<th aria-sort=" << (each == titles.front() ? "descending" : "none") << "><button type=button>" << each
         << "</button></th>";
   out << "</tr></thead>\n<tbody>\n";
   for (const Entry &e : profile.entries) writeRow(out, profile, e);
-  out << "</tbody>\n</table>\n" << kScript << "</html>\n";
+  out << "</tbody>\n</table>\n";
+  writeSources(out, profile);
+  out << kScript << "</html>\n";
 }
 
 }  // namespace koru::profile

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Reading of reports. A row is the place, the function, the calls and the fails, separated by tabs; the place has tabs
-// of its own, so rows are read from the end.
+// Reading of reports. A row is the place, the function, the calls and the fails, separated by tabs, and of a report
+// with details the calls without effect, the narrowings and the nanoseconds; the place has tabs of its own, so rows are
+// read from the end.
 #include <algorithm>
 #include <charconv>
+#include <functional>
 #include <istream>
+#include <limits>
 #include <map>
 #include <tuple>
 
@@ -43,8 +46,18 @@ void setPlace(Entry &entry, const std::vector<std::string> &fields, std::size_t 
   for (std::size_t i = 1; i < count; ++i) entry.file += ' ' + fields[i];
 }
 
-bool parseRow(const std::string &line, Entry &entry) {
-  const std::vector<std::string> fields = fieldsOf(line);
+bool parseDetails(std::vector<std::string> &fields, Entry &entry) {
+  const std::size_t n = fields.size();
+  if (n < 7 || !parse(fields[n - 3], entry.idle) || !parse(fields[n - 2], entry.narrowings) ||
+      !parse(fields[n - 1], entry.nanoseconds))
+    return false;
+  fields.resize(n - 3);
+  return true;
+}
+
+bool parseRow(const std::string &line, bool detailed, Entry &entry) {
+  std::vector<std::string> fields = fieldsOf(line);
+  if (detailed && !parseDetails(fields, entry)) return false;
   const std::size_t n = fields.size();
   if (n < 4 || !parse(fields[n - 2], entry.calls) || !parse(fields[n - 1], entry.fails)) return false;
   entry.function = fields[n - 3];
@@ -67,26 +80,39 @@ bool readHead(const std::string &line, Profile &profile) {
 
 using Key = std::tuple<std::string, std::string, int, std::string>;
 
+template <class Sums>
+void addCounts(Sums &sums, const Entry &e) {
+  sums.calls = sumOf(sums.calls, e.calls);
+  sums.fails = sumOf(sums.fails, e.fails);
+  sums.idle = sumOf(sums.idle, e.idle);
+  sums.narrowings = sumOf(sums.narrowings, e.narrowings);
+  sums.nanoseconds = sumOf(sums.nanoseconds, e.nanoseconds);
+}
+
 void addTo(std::map<Key, Entry> &entries, const Entry &row) {
   Entry &sum = entries[{row.function, row.file, row.line, row.caller}];
   const Entry before = sum;
   sum = row;
   sum.postings = before.postings + 1;
-  sum.calls = before.calls + row.calls;
-  sum.fails = before.fails + row.fails;
+  addCounts(sum, before);
 }
 
 void takeEntries(Profile &profile, const std::map<Key, Entry> &entries) {
   for (const auto &[key, entry] : entries) {
     profile.entries.push_back(entry);
-    profile.calls += entry.calls;
-    profile.fails += entry.fails;
+    addCounts(profile, entry);
   }
-  std::stable_sort(profile.entries.begin(), profile.entries.end(),
-                   [](const Entry &a, const Entry &b) { return a.calls > b.calls; });
+  std::ranges::stable_sort(profile.entries, std::greater<>(),
+                           [&](const Entry &e) { return std::pair(profile.heatOf(e), e.calls); });
 }
 
 }  // namespace
+
+std::int64_t sumOf(std::int64_t a, std::int64_t b) {
+  std::int64_t sum = 0;
+  if (!__builtin_add_overflow(a, b, &sum)) return sum;
+  return a < 0 ? std::numeric_limits<std::int64_t>::min() : std::numeric_limits<std::int64_t>::max();
+}
 
 std::string Entry::place() const {
   std::string result = file;
@@ -103,15 +129,16 @@ bool readProfile(std::istream &in, Profile &profile, std::string &error) {
     Entry row;
     const bool isFirst = number == 1;
     const char *fault = nullptr;
+    profile.detailed = isFirst ? line == "Koru Profiler: Details 1.0" : profile.detailed;
     if (isFirst)
-      fault = line == "Koru Profiler: Constraint 1.0" ? nullptr : "not a profiler report";
+      fault = profile.detailed || line == "Koru Profiler: Constraint 1.0" ? nullptr : "not a profiler report";
     else if (!inData && line == "__DATA__")
       inData = true;
     else if (!inData)
       fault = readHead(line, profile) ? nullptr : "no line of a report's head";
     else if (line == "error")
       fault = "the program had no memory for the rows";
-    else if (parseRow(line, row))
+    else if (parseRow(line, profile.detailed, row))
       addTo(entries, row);
     else
       fault = "no row of a report";

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <ostream>
+#include <vector>
 
 #include "profile/profile.h"
 
@@ -15,7 +16,7 @@ constexpr int kBarWidth = 12;
 
 std::string number(std::int64_t n) {
   std::string digits = std::to_string(n);
-  for (std::size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, " ");
+  for (std::size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, 1, ' ');
   return digits;
 }
 
@@ -25,11 +26,10 @@ std::string percent(double share) {
   return text;
 }
 
-std::string bar(double share, bool colours) {
-  const int filled = std::min(kBarWidth, static_cast<int>(std::lround(share * kBarWidth)));
-  std::string text(static_cast<std::size_t>(filled), '#');
-  text.resize(kBarWidth, colours ? ' ' : '.');
-  return colours ? "\033[38;5;173m" + text + "\033[0m" : text;
+std::string bar(double share) {
+  std::string text(static_cast<std::size_t>(std::lround(share * kBarWidth)), '#');
+  text.resize(kBarWidth, '.');
+  return text;
 }
 
 std::string padded(const std::string &text, std::size_t width, bool right) {
@@ -37,11 +37,55 @@ std::string padded(const std::string &text, std::size_t width, bool right) {
   return right ? space + text : text + space;
 }
 
-struct Row {
-  std::string calls, fails, postings, function;
+struct Column {
+  std::string title;
+  bool right;
+  std::vector<std::string> cells{};
+
+  std::size_t width() const {
+    std::size_t widest = title.size();
+    for (const std::string &cell : cells) widest = std::max(widest, cell.size());
+    return widest;
+  }
 };
 
-Row rowOf(const Entry &e) { return {number(e.calls), number(e.fails), number(e.postings), printable(e.function)}; }
+template <class CellOf>
+Column columnOf(const std::string &title, bool right, const Profile &profile, std::size_t shown, CellOf cellOf) {
+  Column column{title, right};
+  for (std::size_t i = 0; i < shown; ++i) column.cells.push_back(cellOf(profile.entries[i]));
+  return column;
+}
+
+std::vector<Column> columnsOf(const Profile &profile, std::size_t shown) {
+  std::vector<Column> columns;
+  const auto add = [&](const std::string &title, bool right, auto cellOf) {
+    columns.push_back(columnOf(title, right, profile, shown, cellOf));
+  };
+  const auto addCalls = [&] { add("calls", true, [](const Entry &e) { return number(e.calls); }); };
+  if (profile.detailed)
+    add("ms", true, [](const Entry &e) { return milliseconds(e.nanoseconds, 1); });
+  else
+    addCalls();
+  add("share", true, [&](const Entry &e) { return percent(profile.shareOf(e)); });
+  add("", false, [&](const Entry &e) { return bar(profile.shareOf(e)); });
+  if (profile.detailed) {
+    addCalls();
+    add("in vain", true, [](const Entry &e) { return percent(e.idleRate()); });
+    add("narrowings", true, [](const Entry &e) { return number(e.narrowings); });
+  }
+  add("fails", true, [](const Entry &e) { return number(e.fails); });
+  add("fail rate", true, [](const Entry &e) { return percent(e.failRate()); });
+  add("posted", true, [](const Entry &e) { return number(e.postings); });
+  add("posted by", false, [](const Entry &e) { return printable(e.function); });
+  add("place", false, [](const Entry &e) { return printable(e.place()); });
+  return columns;
+}
+
+std::string coloured(const std::string &bar) {
+  std::string text = bar;
+  std::ranges::replace(text, '.', ' ');
+  return "\033[38;5;173m" + text + "\033[0m";
+}
 
 }  // namespace
 
@@ -51,32 +95,36 @@ std::string printable(std::string text) {
   return text;
 }
 
+std::string milliseconds(std::int64_t nanoseconds, int decimals) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%.*f", decimals, static_cast<double>(nanoseconds) / 1e6);
+  return text;
+}
+
 void writeTable(std::ostream &out, const Profile &profile, std::size_t top, bool colours) {
   const std::size_t shown = top < 1 ? profile.entries.size() : std::min(top, profile.entries.size());
-  const Row titles{"calls", "fails", "posted", "posted by"};
-  std::size_t calls = titles.calls.size(), fails = titles.fails.size(), posted = titles.postings.size(),
-              function = titles.function.size();
-  for (std::size_t i = 0; i < shown; ++i) {
-    const Row row = rowOf(profile.entries[i]);
-    calls = std::max(calls, row.calls.size());
-    fails = std::max(fails, row.fails.size());
-    posted = std::max(posted, row.postings.size());
-    function = std::max(function, row.function.size());
-  }
-  const auto line = [&](const Row &row, const std::string &share, const std::string &bars, const std::string &rate,
-                        const std::string &place) {
-    out << padded(row.calls, calls, true) << "  " << share << "  " << bars << "  " << padded(row.fails, fails, true)
-        << "  " << rate << "  " << padded(row.postings, posted, true) << "  " << padded(row.function, function, false)
-        << "  " << place << '\n';
+  const std::vector<Column> columns = columnsOf(profile, shown);
+  const auto write = [&](const auto &cellOf) {
+    for (const Column &column : columns) {
+      const bool last = &column == &columns.back();
+      out << padded(cellOf(column),
+                    last                   ? 0
+                    : column.title.empty() ? kBarWidth
+                                           : column.width(),
+                    column.right)
+          << (last ? "\n" : "  ");
+    }
   };
-  line(titles, "  share", padded("", kBarWidth, false), "fail rate", "place");
-  for (std::size_t i = 0; i < shown; ++i) {
-    const Entry &e = profile.entries[i];
-    const double share = profile.shareOf(e);
-    line(rowOf(e), percent(share), bar(share, colours), "  " + percent(e.failRate()), printable(e.place()));
-  }
+  write([](const Column &column) { return column.title; });
+  for (std::size_t i = 0; i < shown; ++i)
+    write([&](const Column &column) {
+      return column.title.empty() && colours ? coloured(column.cells[i]) : column.cells[i];
+    });
   if (shown < profile.entries.size()) out << "and " << profile.entries.size() - shown << " more\n";
-  out << number(profile.calls) << " calls, " << number(profile.fails) << " fails at " << profile.entries.size()
+  if (profile.detailed) out << milliseconds(profile.nanoseconds, 1) << " ms, ";
+  out << number(profile.calls) << " calls, ";
+  if (profile.detailed) out << number(profile.idle) << " in vain, " << number(profile.narrowings) << " narrowings, ";
+  out << number(profile.fails) << " fails at " << profile.entries.size()
       << (profile.entries.size() == 1 ? " place\n" : " places\n");
 }
 

@@ -149,6 +149,11 @@ KORU_APART inline Explanation explain(const std::function<void(Model &)> &build,
   return detail::copyOf(*e);
 }
 
+KORU_APART inline Explanation Model::explain(const std::function<void(Model &)> &build) { return koru::explain(build); }
+KORU_APART inline Explanation Model::explain(const std::function<void(Model &)> &build, const Explain &how) {
+  return koru::explain(build, how);
+}
+
 /// A change of a domain, and who made it.
 struct Removal {
   std::string variable;  ///< its name

@@ -142,6 +142,7 @@ struct State {
   CSsolver *parked = nullptr;
   CSint *zero = nullptr;
   CSprofiler *profiler = nullptr;
+  bool profileDetails = false;
   bool outOfMemory = false;
 
   KORU_APART State() {

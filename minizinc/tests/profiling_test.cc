@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "minizinc/places.h"
+#include <algorithm>
 
+#include "minizinc/places.h"
 #include "minizinc/tests/support.h"
 
 namespace koru::fzn {
@@ -39,7 +40,10 @@ TEST(FznProfiling, WritesAReport) {
   EXPECT_EQ(ran.status, 0) << ran.output;
   std::ifstream in(report);
   const std::string text((std::istreambuf_iterator<char>(in)), {});
-  EXPECT_NE(text.find("\nm.mzn\t2\t0\t<\tcs_Lt\t"), std::string::npos) << text;
+  EXPECT_EQ(text.find("Koru Profiler: Details 1.0\n"), 0U);
+  const std::size_t row = text.find("\nm.mzn\t2\t0\t<\tcs_Lt\t");
+  ASSERT_NE(row, std::string::npos) << text;
+  EXPECT_EQ(std::count(text.begin() + static_cast<std::ptrdiff_t>(row), text.end(), '\t'), 9) << text;
   std::filesystem::remove(report);
 }
 

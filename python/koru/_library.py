@@ -224,6 +224,8 @@ void cs_freeExplanation pointer
 bool cs_recordRemovals bool
 pointer cs_whyRemoved pointer int
 void cs_freeRemovals pointer
+void cs_setProfilerDetails pointer bool
+void cs_profilerWriteDetailsFile pointer text
 """
 # Comparisons tied to a truth value: with a variable, and with an int.
 SIGNATURES += "".join(f"bool cs_{name}{tie} pointer pointer pointer\nbool cs_{name.upper()}{tie} pointer pointer int\n"

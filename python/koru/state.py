@@ -119,6 +119,7 @@ class State:
         self.hooks: List[Callable[[], Any]] = []
         self.place: Any = None  # what the locator has told last
         self.profiler: Optional[int] = None
+        self.profile_details = False
         self.solver = Solver(self)
         lib.cs_setErrHandler(-3, _note_memory, None)
         self.zero: int = lib.CSINT(0)

@@ -19,18 +19,22 @@ void Ports::remove(Observer *observer) {
 }
 
 void Ports::refreshProfiling() {
-  profiling = watched = false;
+  const bool before = metered;
+  profiling = watched = metered = false;
   for (const Observer *observer = observers_; observer != nullptr; observer = observer->next) {
     profiling = profiling || observer->enabled;
     watched = watched || (observer->enabled && observer->watch != nullptr);
+    metered = metered || (observer->enabled && observer->reads);
   }
+  if (metered && !before) meter = Meter{};
   solver::attention = profiling || solver::censor.leavesOut != nullptr;
 }
 
-void Ports::notify(bool consistent, CSint *variable, int code, Site *site) const {
+void Ports::notify(bool consistent, CSint *variable, int code, Site *site) {
   for (const Observer *observer = observers_; observer != nullptr; observer = observer->next) {
     if (observer->enabled) observer->notify(observer->argument, consistent, variable, code, site);
   }
+  meter.forget();
 }
 
 const char *Ports::locatorText() const {

@@ -6,7 +6,10 @@
 // address that a posting function returns to stands for the place. A search that weighs failures hears of them.
 #pragma once
 
+#include "core/meter.h"
 #include "core/state.h"
+#include "core/ticks.h"
+#include "core/trail.h"
 #include "koru.h"
 
 namespace koru {
@@ -39,6 +42,7 @@ struct Observer {
   bool enabled;
   Observer *next;
   const Watch *watch = nullptr;
+  bool reads = false;  // the meter, when it is notified
 };
 
 struct Locator {
@@ -63,6 +67,8 @@ class Ports {
  public:
   bool profiling = false;       // some observer is enabled
   bool watched = false;         // one that has a watch
+  bool metered = false;         // one that reads the meter
+  Meter meter;                  // of the handler or run that an observer is notified of
   Observer *journal = nullptr;  // of changes (explain/journal), when there is one
   Locator locator;
   FailureListener failureListener;
@@ -70,7 +76,7 @@ class Ports {
   void add(Observer *observer);  // newest first
   void remove(Observer *observer);
   void refreshProfiling();  // to be called when an observer's `enabled` has changed, and when these ports are others
-  void notify(bool consistent, CSint *variable, int code, Site *site) const;
+  void notify(bool consistent, CSint *variable, int code, Site *site);
   const char *locatorText() const;  // null without a locator of the host's
   // The same for a posting that begins.
   const char *textFor(const Poster &poster) const {
@@ -128,6 +134,18 @@ class Watched {
  private:
   bool told_;
 };
+
+// Makes a call that is timed each time, while somebody reads the meter.
+template <class Call>
+bool metered(const Call &call) {
+  if (!solver::ports.metered) return call();
+  const TrailRecord *end = solver::trail.end();
+  const std::uint64_t start = ticks();
+  const bool consistent = call();
+  const std::uint64_t taken = ticks() - start;
+  solver::ports.meter.note(solver::trail.changesSince(end), taken);
+  return consistent;
+}
 
 // None: Censor{}.
 void setCensor(const Censor &censor);

@@ -160,6 +160,15 @@ void Trail::discardTo(int mark) {
   seen_ = std::min(seen_, mark);
 }
 
+// The end of a full block belongs to its last record.
+int Trail::changesSince(const TrailRecord *end) const {
+  const int index = indexOf(end);
+  const int mark = index >= 0 ? index : indexOf(end - 1) + 1;
+  int firstNote = notes_.count();
+  while (firstNote > 0 && notes_.at(firstNote - 1).place >= mark) --firstNote;
+  return std::max(0, count() - mark - (notes_.count() - firstNote));
+}
+
 void Trail::setRead(bool read) {
   const int more = (read ? 1 : 0) - read_;
   read_ += more;

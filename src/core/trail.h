@@ -83,6 +83,10 @@ class Trail : public BlockStack<TrailRecord> {
   // How many contexts are open.
   void setContexts(int open) { readers_ = open + others_; }
 
+  // Where the trail ends, and how many changes of domains were noted since it did; an attachment counts as one.
+  const TrailRecord *end() const { return top(); }
+  int changesSince(const TrailRecord *end) const;
+
   // Somebody reads the records as they come, `seen` of them so far, and finds them written also where nobody else
   // would.
   void setRead(bool read);

@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: MIT
-// cs_createProfiler, cs_enableProfiler, cs_disableProfiler, cs_deleteProfiler: profilers as observers of propagation.
+// cs_createProfiler, cs_enableProfiler, cs_disableProfiler, cs_deleteProfiler, cs_setProfilerDetails: profilers as
+// observers of propagation.
 //
-// Cost: nothing while no profiler is enabled; a hash look-up per handler run and enabled profiler else.
-// Deliberate: the first enabling sets the start time, every disabling the end time: a profile spans all its runs.
-// Deliberate: cs_deleteProfiler releases nothing, for hosts read what they have deleted. A deleted profiler can still
-// be read; its counts end with the sites that they are about, its record is never freed.
+// Cost: nothing while no profiler is enabled; a hash look-up per handler run and enabled profiler else. Details come
+// from the meter (core/meter), a few instructions a call and a look at a clock now and then. Deliberate: the first
+// enabling sets the start time, every disabling the end time: a profile spans all its runs. Deliberate:
+// cs_deleteProfiler releases nothing, for hosts read what they have deleted. A deleted profiler can still be read; its
+// counts end with the sites that they are about, its record is never freed.
 #include "profiler/profiler.h"
 
 #include "core/solver.h"
 #include "core/state.h"
+#include "core/ticks.h"
+#include "koru_extras.h"
 #include "profiler/platform.h"
 
 namespace koru {
@@ -24,7 +28,9 @@ KORU_STATE CSprofiler *deletedProfilers = nullptr;
 
 void noteRun(void *argument, bool consistent, CSint *, int, Site *site) {
   const auto *profiler = static_cast<CSprofiler *>(argument);
-  if (profiler->counts != nullptr) profiler->counts->record(site, consistent);
+  if (profiler->counts == nullptr) return;
+  SiteCount *count = profiler->counts->record(site, consistent);
+  if (profiler->observer.reads && count != nullptr) count->add(solver::ports.meter, consistent);
 }
 
 void dropCounts(CSprofiler *profiler) {
@@ -64,13 +70,13 @@ void SiteCounts::destroy(SiteCounts *counts) {
   deallocate(counts);
 }
 
-void SiteCounts::record(Site *site, bool consistent) {
+SiteCount *SiteCounts::record(Site *site, bool consistent) {
   SiteCount *&bucket = buckets[bucketOf(site)];
   SiteCount *count = bucket;
   while (count != nullptr && count->site != site) count = count->next;
   if (count == nullptr) {
     count = static_cast<SiteCount *>(allocate(sizeof(SiteCount)));
-    if (count == nullptr) return;
+    if (count == nullptr) return nullptr;
     ++site->references;
     *count = {site, 0, 0, bucket};
     bucket = count;
@@ -78,6 +84,7 @@ void SiteCounts::record(Site *site, bool consistent) {
   }
   count->calls = wrapAdd(count->calls, 1);
   if (!consistent) count->fails = wrapAdd(count->fails, 1);
+  return count;
 }
 
 }  // namespace koru
@@ -113,4 +120,14 @@ void cs_deleteProfiler(CSprofiler *profiler) {
   profiler->nextDeleted = deletedProfilers;
   deletedProfilers = profiler;
   setCounting(profiler, false);
+}
+
+void cs_setProfilerDetails(CSprofiler *profiler, bool on) {
+  if (profiler == nullptr || !profiler->listed) return;
+  if (on && profiler->firstTicks == 0) {
+    profiler->firstTicks = ticks();
+    profiler->firstNanoseconds = nanoseconds();
+  }
+  profiler->observer.reads = on;
+  solver::ports.refreshProfiling();
 }

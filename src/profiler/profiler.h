@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A profiler: how often the constraints of each site ran, and how often they failed.
+// A profiler: how often the constraints of each site ran, and how often they failed; in detail also how often they
+// changed nothing, how many changes of domains they made, and how long that took.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +16,17 @@ struct SiteCount {
   int calls;
   int fails;
   SiteCount *next;
+  long long idle = 0;     // calls that changed no domain and did not fail
+  long long changes = 0;  // of domains
+  std::uint64_t ticks = 0;
+
+  void add(const Meter &meter, bool consistent) {
+    const bool read = meter.known() == Meter::Known::kAll;
+    if (meter.known() == Meter::Known::kIdle || (read && meter.changes() == 0)) idle += consistent ? 1 : 0;
+    if (!read) return;
+    changes += meter.changes();
+    ticks += meter.ticks();
+  }
 };
 
 // A hash table from sites, by identity, to their counts.
@@ -27,7 +39,7 @@ struct SiteCounts {
   static SiteCounts *create();  // null when memory is exhausted (reported)
   static void destroy(SiteCounts *counts);
 
-  void record(Site *site, bool consistent);
+  SiteCount *record(Site *site, bool consistent);  // null when memory is exhausted (reported)
 
   // Visits all counts in bucket order.
   template <class Visit>
@@ -47,4 +59,7 @@ struct CSprofiler {
   std::int64_t startTime;  // seconds; 0 until first enabled
   std::int64_t endTime;    // 0 until first disabled
   CSprofiler *nextDeleted;
+  // Readings of two clocks when details were first asked for, to tell what a tick is; 0 before.
+  std::uint64_t firstTicks = 0;
+  std::int64_t firstNanoseconds = 0;
 };

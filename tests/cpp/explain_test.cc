@@ -55,6 +55,15 @@ TEST(CppExplain, NamesWhatHasToGo) {
   EXPECT_EQ(linesOf(e), std::vector<int>{3});
 }
 
+TEST(CppExplain, IsAMethodOfAModelToo) {
+  EXPECT_EQ(linesOf(Model::explain(inOrder)), (std::vector<int>{3, 5, 6}));
+  Model m;
+  const auto x = m.var(0, 3);
+  m.post(x != 2);
+  EXPECT_EQ(linesOf(m.explain(inOrder, {.nearest = true})), std::vector<int>{3});
+  EXPECT_EQ(x.size(), 3) << "it is as before";
+}
+
 TEST(CppExplain, SearchesWhatIsNotRefused) {
   EXPECT_EQ(linesOf(koru::explain(pigeons)), (std::vector<int>{13, 13, 13}));
   const koru::Explanation cut = koru::explain(pigeons, {.search = {.choice_points = 1}});

@@ -243,5 +243,21 @@ TEST(CppProfiler, TellsTheLinesOfTheCaller) {
   EXPECT_NE(report.str().find("\t" + std::to_string(line + 2) + "\t0\tTestBody\tcs_AllNeq\t"), std::string::npos);
 }
 
+TEST(CppProfiler, TellsDetailsWhenAsked) {
+  const std::string path = testing::TempDir() + "koru_cpp_details.txt";
+  Model m;
+  m.profile(true);
+  const IntVars x = m.ints(3, 0, 2);
+  m.post(x[0] < x[1]);
+  m.profile_report(path);
+  char line[64] = "";
+  std::FILE *f = std::fopen(path.c_str(), "r");
+  ASSERT_NE(f, nullptr);
+  EXPECT_NE(std::fgets(line, sizeof line, f), nullptr);
+  std::fclose(f);
+  std::remove(path.c_str());
+  EXPECT_STREQ(line, "Koru Profiler: Details 1.0\n");
+}
+
 }  // namespace
 }  // namespace cpp_test

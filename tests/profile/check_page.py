@@ -4,9 +4,9 @@
 
     check_page.py --browser CHROMIUM --demo PROFILE_DEMO --command KORU_PROFILE --folder SCRATCH [--lines]
 
-Profiles the demo, makes the page, and loads a copy of it that ends with a script of ours: it looks at the page as the
+Profiles the demo, once with details and once without, makes the page, and loads a copy of it that ends with a script of ours: it looks at the page as the
 browser has laid it out, clicks on all column heads, opens the source, and leaves what it saw in the document as JSON.
-With --lines the source of each place must be shown. Prints the faults; exit status 1 if there are any.
+With --lines the source of each place must be shown, with its heat. Prints the faults; exit status 1 if there are any.
 """
 import argparse
 import json
@@ -43,9 +43,17 @@ seen.sources = [...document.querySelectorAll("tbody details")].map(details => {
   return { closed, open: source.checkVisibility(), line: line.textContent,
            colour: getComputedStyle(line).backgroundColor };
 });
+const colour = element => getComputedStyle(element).backgroundColor;
+seen.heat = [...document.querySelectorAll(".heat div")].filter(line => line.querySelector("[style]")).map(line => ({
+  text: line.textContent, hot: line.querySelector("span").style.getPropertyValue("--hot"),
+  colour: colour(line.querySelector("span")) }));
 document.querySelector("#seen").textContent = JSON.stringify(seen);
 </script>"""
-COLUMNS = ["calls", "share", "fails", "fail rate", "posted", "posted by", "place"]
+PLAIN = ["calls", "share", "fails", "fail rate", "posted", "posted by", "place"]
+DETAILS = ["ms", "share", "calls", "in vain", "narrowings", "fails", "fail rate", "posted", "posted by", "place"]
+# Where the report has what a column shows.
+FIELDS = {False: {"calls": -2, "fails": -1},
+          True: {"calls": -5, "fails": -4, "narrowings": -2, "ms": -1}}
 
 
 def look(browser, page, folder):
@@ -62,24 +70,28 @@ def key(cell):
     return cell.lower() if isinstance(cell, str) else cell
 
 
-def faults_of_sorting(seen):
-    for column, head in enumerate(seen["heads"]):
-        before = seen["sortsAtFirst"] if column == 0 else None
+def column(seen, name):
+    index = [head["name"] for head in seen["heads"]].index(name)
+    return [row[index] for row in seen["rows"]]
+
+
+def faults_of_sorting(seen, columns):
+    for at, head in enumerate(seen["heads"]):
+        before = seen["sortsAtFirst"] if at == 0 else None
         # The first click sorts descending, unless the column is so already.
         order = ["ascending", "descending"] if before and before[0] == "descending" else ["descending", "ascending"]
         for click, direction in zip(head["clicks"], order):
-            values = [key(row[column]) for row in click["rows"]]
+            values = [key(row[at]) for row in click["rows"]]
             if values != sorted(values, reverse=direction == "descending"):
                 yield f"{head['name']}: not sorted {direction}: {values}"
-            if click["sorts"] != [direction if i == column else "none" for i in range(len(COLUMNS))]:
+            if click["sorts"] != [direction if i == at else "none" for i in range(len(columns))]:
                 yield f"{head['name']}: heads say {click['sorts']}"
             if not same_rows(click["rows"], seen["rows"]):
                 yield f"{head['name']}: sorting has changed the rows"
 
 
 def faults_of_bars(seen):
-    shares = [row[1] for row in seen["rows"]]
-    rates = [row[3] for row in seen["rows"]]
+    shares, rates = column(seen, "share"), column(seen, "fail rate")
     widest = seen["bars"][0][0]
     if widest < 50:
         yield f"the widest bar has {widest} pixels"
@@ -100,25 +112,47 @@ def faults_of_sources(seen):
             yield "the marked line is not marked"
 
 
-def faults_of(seen, report, lines):
+def faults_of_heat(seen, sites):
+    """The lines that post stand there once each, the hottest in the strongest colour."""
+    places = {(site[0], site[1]) for site in sites}
+    if len(seen["heat"]) != len(places):
+        yield f"{len(seen['heat'])} hot lines of {len(places)} places"
+    if not all(re.search(r"\bcs_[A-Z]\w+\(", line["text"]) for line in seen["heat"]):
+        yield f"a hot line posts nothing: {seen['heat']}"
+    hottest = max(float(line["hot"].rstrip("%")) for line in seen["heat"])
+    if hottest != 85 or len({line["colour"] for line in seen["heat"]}) < 2:
+        yield f"colours do not tell lines apart: {seen['heat']}"
+
+
+def faults_of(seen, report, lines, details):
+    columns = DETAILS if details else PLAIN
     if seen["errors"]:
         yield f"errors: {seen['errors']}"
     if seen["loaded"]:
         yield "the page loads something"
-    if [head["name"] for head in seen["heads"]] != COLUMNS:
+    if [head["name"] for head in seen["heads"]] != columns:
         yield f"columns: {[head['name'] for head in seen['heads']]}"
     sites = [line.split("\t") for line in report.read_text().split("__DATA__\n")[1].splitlines()]
-    for column, field in ((0, -2), (2, -1)):
-        if sum(row[column] for row in seen["rows"]) != sum(int(site[field]) for site in sites):
-            yield f"{COLUMNS[column]} do not add up to those of the report"
-    if sum(row[4] for row in seen["rows"]) != len(sites):
+    for name, field in FIELDS[details].items():
+        if sum(column(seen, name)) != sum(int(site[field]) for site in sites):
+            yield f"{name} do not add up to those of the report"
+    if sum(column(seen, "posted")) != len(sites):
         yield "the postings are not those of the report"
-    if [row[0] for row in seen["rows"]] != sorted((row[0] for row in seen["rows"]), reverse=True):
+    heats = column(seen, columns[0])
+    if heats != sorted(heats, reverse=True):
         yield "the hottest place is not first"
-    yield from faults_of_sorting(seen)
+    yield from faults_of_sorting(seen, columns)
     yield from faults_of_bars(seen)
     if lines:
         yield from faults_of_sources(seen)
+        yield from faults_of_heat(seen, sites)
+
+
+def faults_of_kind(options, folder, details):
+    report, page = folder / "report.txt", folder / "page.html"
+    subprocess.run([options.demo, *(["--details"] if details else []), report], check=True, stdout=subprocess.DEVNULL)
+    subprocess.run([options.command, "--html", page, report], check=True, stdout=subprocess.DEVNULL)
+    return list(faults_of(look(options.browser, page, folder), report, options.lines, details))
 
 
 def main():
@@ -129,10 +163,7 @@ def main():
     options = parser.parse_args()
     folder = Path(options.folder).resolve()
     folder.mkdir(parents=True, exist_ok=True)
-    report, page = folder / "report.txt", folder / "page.html"
-    subprocess.run([options.demo, report], check=True, stdout=subprocess.DEVNULL)
-    subprocess.run([options.command, "--html", page, report], check=True, stdout=subprocess.DEVNULL)
-    faults = list(faults_of(look(options.browser, page, folder), report, options.lines))
+    faults = faults_of_kind(options, folder, False) + faults_of_kind(options, folder, True)
     print("\n".join(faults) if faults else "the page is as it should be")
     sys.exit(1 if faults else 0)
 

@@ -78,6 +78,35 @@ TEST_F(CommandDeathTest, ComparesTwoReports) {
   EXPECT_EXIT(run({"--diff", report, page, page}), ExitedWithCode(2), "more than two reports");
 }
 
+constexpr char kDetails[] =
+    "Koru Profiler: Details 1.0\nKoru Version: 3.8.0\n__DATA__\nm.c\t12\t0x1\tmain\tcs_Neq\t3\t1\t0\t2\t5000000\n";
+
+TEST_F(CommandDeathTest, ComparesDetailsOfTwoReportsThatHaveThem) {
+  std::ofstream(report) << kDetails << "m.c\t13\t0x2\tmain\tcs_Lt\t900\t0\t0\t0\t1000000\n";
+  std::ofstream(page) << kDetails << "m.c\t13\t0x2\tmain\tcs_Lt\t7\t0\t0\t0\t1000000\n"
+                      << "m.c\t12\t0x1\tmain\tcs_Neq\t2\t0\t2\t1\t2000000\n";
+  const auto pair = [](const std::string &before, const std::string &after) {
+    return std::string(12 - before.size(), ' ') + before + " ->" + std::string(12 - after.size(), ' ') + after + "  ";
+  };
+  const auto title = [](const std::string &text) { return std::string(27 - text.size(), ' ') + text + "  "; };
+  EXPECT_EQ(outputOf({"--diff", report, page}),
+            title("ms") + title("calls") + title("in vain") + title("narrowings") + title("fails") + "posted by, at\n" +
+                pair("5.0", "7.0") + pair("3", "5") + pair("0", "2") + pair("2", "3") + pair("1", "1") +
+                "cs_Neq  m.c:12 main\n" + pair("1.0", "1.0") + pair("900", "7") + pair("0", "0") + pair("0", "0") +
+                pair("0", "0") + "cs_Lt  m.c:13 main\n" + pair("6.0", "8.0") + pair("903", "12") + pair("0", "2") +
+                pair("2", "3") + pair("1", "1") + "in all\n");
+  std::ofstream(page) << kReport;
+  EXPECT_FALSE(has(outputOf({"--diff", report, page}), "in vain")) << "only one has them";
+}
+
+TEST_F(CommandDeathTest, FoldsByTimeWhereItIsKnown) {
+  EXPECT_EXIT(run({"--folded", "--time", report}), ExitedWithCode(2), "^koru-profile: .*: has no times");
+  EXPECT_EXIT(run({"--time", report}), ExitedWithCode(2), "^koru-profile: --time is for --folded");
+  std::ofstream(report) << kDetails;
+  EXPECT_EQ(outputOf({"--folded", report}), "m.c;main;line_12;cs_Neq 3\n");
+  EXPECT_EQ(outputOf({"--folded", "--time", report}), "m.c;main;line_12;cs_Neq 5000000\n");
+}
+
 TEST_F(CommandDeathTest, ReadsTheStandardInput) {
   const auto read = [this](const std::vector<std::string> &words) {
     if (std::freopen(report.c_str(), "r", stdin) == nullptr) std::exit(1);

@@ -52,6 +52,29 @@ TEST(Table, ShowsTheTopOnly) {
   EXPECT_TRUE(has(table, "and 1 more\n"));
 }
 
+Profile detailed() {
+  Profile profile = sample();
+  profile.detailed = true;
+  profile.entries[0].idle = 750;
+  profile.entries[0].narrowings = 1250;
+  profile.entries[0].nanoseconds = 1'000'000;
+  profile.entries[1].idle = 500;
+  profile.entries[1].nanoseconds = 3'000'000;
+  std::swap(profile.entries[0], profile.entries[1]);
+  profile.idle = 1250;
+  profile.narrowings = 1250;
+  profile.nanoseconds = 4'000'000;
+  return profile;
+}
+
+TEST(Table, HasColumnsForDetails) {
+  EXPECT_EQ(tableOf(detailed(), 0, false),
+            " ms    share                calls  in vain  narrowings  fails  fail rate  posted  posted by  place\n"
+            "3.0   75.0 %  #########...    500  100.0 %           0      0      0.0 %      20  cs_Neq     m.c:13 main\n"
+            "1.0   25.0 %  ###.........  1 500   50.0 %       1 250    300     20.0 %       1  cs_AllNeq  m.c:12 main\n"
+            "4.0 ms, 2 000 calls, 1 250 in vain, 1 250 narrowings, 300 fails at 2 places\n");
+}
+
 TEST(Table, OfNothing) { EXPECT_TRUE(has(tableOf(Profile{}, 0, false), "0 calls, 0 fails at 0 places\n")); }
 
 TEST(Json, HasEverything) {
@@ -67,6 +90,15 @@ TEST(Json, HasEverything) {
       "\"line\": 12, \"caller\": \"main\"},\n"
       "{\"calls\": 500, \"fails\": 0, \"posted\": 20, \"function\": \"cs_Neq\", \"file\": \"m.c\", "
       "\"line\": 13, \"caller\": \"a \\\"b\\\"\\\\c\\u0009d\"}\n]}\n");
+}
+
+TEST(Json, HasTheDetails) {
+  std::ostringstream out;
+  writeJson(out, detailed());
+  EXPECT_TRUE(
+      has(out.str(), "\"fails\": 300, \"idle\": 1250, \"narrowings\": 1250, \"nanoseconds\": 4000000, \"places\""));
+  EXPECT_TRUE(
+      has(out.str(), "\"fails\": 0, \"idle\": 500, \"narrowings\": 0, \"nanoseconds\": 3000000, \"posted\": 20"));
 }
 
 TEST(Json, OfNothing) {
@@ -104,7 +136,52 @@ TEST(Page, ShowsTheSourceAroundTheLineWhenItCanBeRead) {
   EXPECT_TRUE(has(page, "<b>    5  five &lt; 6</b>\n"));
   EXPECT_TRUE(has(page, "<pre>    2  two\n"));
   EXPECT_TRUE(has(page, "    8  eight\n</pre>"));
-  EXPECT_FALSE(has(page, "nine"));
+  EXPECT_FALSE(has(page.substr(0, page.find("class=heat>")), "nine"));
+}
+
+// Of a report with details and of one without.
+TEST(Page, ShowsTheHeatOfTheLines) {
+  const std::filesystem::path source = temporaryPath();
+  std::ofstream file(source);
+  for (int line = 1; line <= 40; ++line) file << "line <" << line << ">\n";
+  file.close();
+  for (Profile profile : {sample(), detailed()}) {
+    profile.entries.push_back(profile.entries[0]);
+    for (Entry &e : profile.entries) e.file = source.string();
+    profile.entries[0].line = profile.entries[2].line = 7;
+    profile.entries[1].line = 30;
+    const std::string page = pageOf(profile);
+    const std::string heat = page.substr(page.find("<h2>"));
+    const bool timed = profile.detailed;
+    EXPECT_TRUE(has(heat, "<span></span><i>2</i>line &lt;2&gt;</div>")) << heat;
+    EXPECT_TRUE(has(heat, std::string("<span style=\"--hot:85.0%\">") + (timed ? "6.000 ms" : "3000") +
+                              "</span><i>7</i>line &lt;7&gt;</div>"))
+        << heat;
+    EXPECT_TRUE(has(heat, std::string("<span style=\"--hot:14.2%\">") + (timed ? "1.000 ms" : "500") +
+                              "</span><i>30</i>line &lt;30&gt;</div>"))
+        << heat;
+    EXPECT_TRUE(has(heat,
+                    "<i>12</i>line &lt;12&gt;</div>\n<div><span></span><i>&#8942;</i></div>\n<div><span></span>"
+                    "<i>25</i>"));
+    EXPECT_TRUE(has(heat, "<i>35</i>"));
+    EXPECT_FALSE(has(heat, "<i>1</i>"));
+    EXPECT_FALSE(has(heat, "<i>36</i>"));
+  }
+  std::filesystem::remove(source);
+  EXPECT_FALSE(has(pageOf(sample()), "<h2>")) << "there is no such file";
+  Profile device = sample();
+  device.entries[0].file = std::filesystem::temp_directory_path().string();
+  EXPECT_FALSE(has(pageOf(device), "<h2>"));
+}
+
+TEST(Page, HasColumnsForDetails) {
+  const std::string page = pageOf(detailed());
+  EXPECT_TRUE(has(page, "<th aria-sort=descending><button type=button>ms</button>"));
+  EXPECT_TRUE(
+      has(page, "4.0 ms in 2000 calls of constraints, 1250 in vain, 1250 narrowings, 300 fails, from 2 places."));
+  EXPECT_TRUE(has(page, "<tr><td class=n data-key=3000000>3.000</td><td class=share data-key=0.75>"));
+  EXPECT_TRUE(
+      has(page, "<td class=n data-key=500>500</td><td class=n data-key=1>100.0 %</td><td class=n data-key=0>0<"));
 }
 
 TEST(Page, SaysWhenTheProfileWasTaken) {

@@ -230,6 +230,19 @@ class Profiles(unittest.TestCase):
             rows = path.read_text(encoding="utf-8").partition("__DATA__")[2]
         self.assertRegex(rows, r"test_model\.py\t\d+\t0\ttest_name_the_lines_that_post\tcs_AllNeq\t[1-9]")
 
+    def test_have_details_when_asked(self):
+        m = koru.Model()
+        m.profile(details=True)
+        x = m.ints(4, 0, 3)
+        m.post(koru.all_different(x))
+        m.solve(x)
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "profile.txt"
+            m.profile_report(path)
+            text = path.read_text(encoding="utf-8")
+        self.assertTrue(text.startswith("Koru Profiler: Details 1.0\n"))
+        self.assertRegex(text, r"\tcs_AllNeq\t[1-9]\d*\t\d+\t\d+\t[1-9]\d*\t[1-9]\d*\n")
+
 
 @unittest.skipIf(numpy is None, "without numpy")
 class Numpy(unittest.TestCase):

@@ -202,6 +202,24 @@ TEST_F(RecordTest, NamesDecisionsAndWhoRefusesThem) {
             "-1: the root\n0: a = 0 solution\n0: a = 1 solution\n0: a = 2\n3: v1 = 0 solution\n3: v1 = 1 solution\n");
 }
 
+TEST_F(RecordTest, HasAStartThatIsPutOffAsTheOppositeOfItsDecision) {
+  CSint *starts[] = {cs_createCSint(0, 1), cs_createCSint(0, 2)};
+  const char *names[] = {"a", "b"};
+  for (int i = 0; i < 2; ++i) cs_setName(starts[i], names[i]);
+  ASSERT_TRUE(cs_Neq(starts[0], starts[1]));
+  CSsearchOptions options{};
+  options.size = sizeof options;
+  options.order = CS_ORDER_SET_TIMES;
+  const Tree tree = read(recordOf([&] {
+    CSsearch *search = cs_createSearch(starts, 2);
+    ASSERT_TRUE(cs_setSearchOptions(search, &options));
+    while (cs_nextSolution(search) == CS_STATUS_SOLUTION) continue;
+    cs_freeSearch(search);
+  }));
+  EXPECT_EQ(written(tree),
+            "-1: the root\n0: a = 0\n1: b = 1 solution\n1: b != 1\n0: a != 0\n4: b = 0 solution\n4: b != 0\n");
+}
+
 TEST_F(RecordTest, NamesWhoRefuses) {
   cs_setProfilerLocator(
       "text", [](void *) { return "main.c\t7\t0\tmain"; }, nullptr);

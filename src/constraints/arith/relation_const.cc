@@ -42,7 +42,7 @@ static Site *siteInCallback(const Poster &poster) {
 template <auto narrow, auto code>
 static bool narrowProfiled(const Poster &poster, CSint *x, int v) {
   Site *site = siteInCallback(poster);
-  const bool consistent = narrow(x, v);
+  const bool consistent = metered([&] { return narrow(x, v); });
   if (site != nullptr) solver::ports.notify(consistent, x, code(x, v), site);
   return consistent;
 }
