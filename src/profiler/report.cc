@@ -4,6 +4,7 @@
 // The rows are gathered before the first is written, and without memory for that the report says "error" in their
 // place. Deliberate: the format is called "windows_pdb", which readers of reports know, on every platform, unless the
 // host's locator has a name for its own: file, line, address and function, separated by tabs.
+#include <algorithm>
 #include <cstdio>
 
 #include "core/alloc.h"
@@ -50,9 +51,9 @@ void writeRows(std::FILE *f, const SiteCounts &counts, WriteMore writeMore) {
 
 // What a tick was from the first one until now; 0 when there was none.
 double nanosecondsPerTick(const CSprofiler &profiler) {
-  const std::uint64_t passed = ticks() - profiler.firstTicks;
-  const std::int64_t taken = nanoseconds() - profiler.firstNanoseconds;
-  return profiler.firstTicks != 0 && passed > 0 ? static_cast<double>(taken) / static_cast<double>(passed) : 0;
+  if (profiler.firstTicks == 0) return 0;
+  const auto passed = static_cast<double>(ticks() - profiler.firstTicks);
+  return static_cast<double>(nanoseconds() - profiler.firstNanoseconds) / std::max(1.0, passed);
 }
 
 template <class Write>

@@ -82,6 +82,20 @@ TEST_F(DetailsTest, TellNarrowingsAndRunsWithoutEffect) {
   EXPECT_EQ(rows(), (Rows{{"cs_Lt", 6, 0, 3, 3}}));
 }
 
+TEST_F(DetailsTest, DoNotTakeAFailureForARunInVain) {
+  struct Handler {
+    static bool refuse(CSint *, int, int, CSint **, int, void *) { return false; }
+  };
+  cs_eventNewMin(&x, 1, Handler::refuse, nullptr);
+  cs_enableProfiler(profiler);
+  for (int i = 1; i <= 3; ++i) {  // the first one is timed
+    cs_saveContext();
+    EXPECT_FALSE(cs_GE(x, 3));
+    cs_restoreContext();
+    EXPECT_EQ(rows(), (Rows{{"cs_eventNewMin", i, i, 0, 0}}));
+  }
+}
+
 TEST_F(DetailsTest, HaveAReportOfTheirOwn) {
   ASSERT_TRUE(cs_Lt(x, y));
   cs_setProfilerLocator(
@@ -283,16 +297,14 @@ TEST_F(DetailsTest, TellTheTimeOfEveryRun) {
 
 bool accept(CSint *, int, int, CSint **, int, void *) { return true; }
 
-// Two places with as many short calls each: about the same time, less than all that passed.
+// No more can be said of the time: a call that the machine interrupts while it is timed stands for others.
 TEST_F(DetailsTest, SampleTheTimeOfShortHandlers) {
   CSint *many = cs_createCSint(0, 200'000);
   cs_eventNewMin(&many, 1, accept, nullptr);
-  const auto begin = std::chrono::steady_clock::now();
   cs_enableProfiler(profiler);
   for (int i = 1; i <= 200'000; ++i) ASSERT_TRUE(cs_GE(many, i));
   EXPECT_EQ(rows(), (Rows{{"cs_eventNewMin", 200'000, 0, 200'000, 0}}));
   EXPECT_GT(time, 0);
-  EXPECT_LT(time, 3 * nanosecondsSince(begin)) << "one that is interrupted stands for others";
 }
 
 // ----- bad arguments, exhausted memory
