@@ -40,7 +40,7 @@ bool join(Ranks &ranks, std::string &message) {
     ranks = {solve, rank()};
     return true;
   }
-  message = found ? KORU_MPI_LIBRARY " was built without MPI" : KORU_MPI_LIBRARY " is needed for several processes";
+  message = std::string(KORU_MPI_LIBRARY) + (found ? " was built without MPI" : " is needed for several processes");
   return !isOneOfSeveral();
 }
 

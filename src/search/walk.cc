@@ -35,10 +35,7 @@ Level *openLevel(CSwalk &w, const Choice &choice) {
   if (!w.levels.makeRoom() || !openContext()) return nullptr;
   const CSint *v = choice.variable;
   const Values values = choice.branchesInTwo ? Values(0, 1) : Values(v);
-  const Level level{choice, values, v->min, v->max, v->count, w.counts.choicePoints, 0};
-  Level *place = w.levels.pushInRoom();
-  *place = level;
-  return place;
+  return new (w.levels.pushInRoom()) Level{choice, values, v->min, v->max, v->count, w.counts.choicePoints, 0};
 }
 
 bool impose(const CSwalk &w, Level &level, const Bound &bound) {

@@ -5,6 +5,8 @@
 // context of its own here; that changes no domain.
 // Deliberate: orders and options whose choice depends on what was searched before, and limits, are refused, though what
 // CS_ORDER_SET_TIMES has put off could be found out from the path. Observers of searches are not told.
+#include <algorithm>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -89,8 +91,8 @@ void end(CSsearch &s, CSstatus status) {
 
 // What comes has to be better than what stands. False when memory is exhausted (reported).
 bool pass(CSwalk &w) {
+  w.passed.destroy();
   if (!w.passed.create()) return false;
-  w.passed.popTo(0);
   for (int i = 0; i < w.levels.count(); ++i) {
     walk::PassedStep *passed = w.passed.push();
     if (passed == nullptr) return false;
@@ -178,9 +180,8 @@ using namespace koru::solve;
 
 const char *cs_findUnwalkableOption(const CSsearch *search) {
   if (search == nullptr) return nullptr;
-  for (const auto &option : kRefused)
-    if (option.stands(*search)) return option.name;
-  return nullptr;
+  const auto *found = std::ranges::find_if(kRefused, [&](const auto &option) { return option.stands(*search); });
+  return found != std::end(kRefused) ? found->name : nullptr;
 }
 
 CSwalk *cs_openSearchWalk(CSsearch *search, CSwalkSubject *subject) {
