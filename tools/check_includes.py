@@ -34,8 +34,8 @@ MAY_INCLUDE = {
     "record": {"record", "explain", "search", "core"},
 }
 CORE_FLOORS = (
-    ("bit_scan", "build_mode", "int128", "int_math", "state"),
-    ("lifetime",),
+    ("bit_scan", "build_mode", "int128", "int_math", "state", "ticks"),
+    ("lifetime", "meter"),
     ("errors", "ports"),
     ("alloc",),
     ("block_stack", "growing", "pool", "shared_record"),

@@ -11,6 +11,11 @@
 
 namespace koru {
 
+// Where the trail (core/trail, above) ends, and how many changes of domains were noted since it did; an attachment
+// counts as one.
+const void *endOfTrail();
+int changesSince(const void *end);
+
 class Meter {
  public:
   // Of the call that ended last, until somebody has been told of it.

@@ -9,7 +9,6 @@
 #include "core/meter.h"
 #include "core/state.h"
 #include "core/ticks.h"
-#include "core/trail.h"
 #include "koru.h"
 
 namespace koru {
@@ -139,11 +138,11 @@ class Watched {
 template <class Call>
 bool metered(const Call &call) {
   if (!solver::ports.metered) return call();
-  const TrailRecord *end = solver::trail.end();
+  const void *end = endOfTrail();
   const std::uint64_t start = ticks();
   const bool consistent = call();
   const std::uint64_t taken = ticks() - start;
-  solver::ports.meter.note(solver::trail.changesSince(end), taken);
+  solver::ports.meter.note(changesSince(end), taken);
   return consistent;
 }
 

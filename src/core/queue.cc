@@ -59,11 +59,11 @@ template <EventCode code>
 }
 
 [[gnu::noinline]] bool callTimed(const EventRecord &event, Entry *entry, Arguments arguments) {
-  const TrailRecord *end = solver::trail.end();
+  const void *end = endOfTrail();
   const std::uint64_t start = ticks();
   const bool consistent = call(event, event.code, entry, arguments);
   const std::uint64_t taken = ticks() - start;
-  solver::ports.meter.noteSample(solver::trail.changesSince(end), taken);
+  solver::ports.meter.noteSample(changesSince(end), taken);
   return consistent;
 }
 
@@ -71,12 +71,12 @@ template <EventCode code>
 bool callMetered(const EventRecord &event, Entry *entry, Arguments arguments) {
   Meter &meter = solver::ports.meter;
   if (meter.due()) return callTimed(event, entry, arguments);
-  const TrailRecord *end = solver::trail.end();
+  const void *end = endOfTrail();
   const bool consistent = call(event, event.code, entry, arguments);
-  if (solver::trail.end() == end) {
+  if (endOfTrail() == end) {
     meter.noteIdle();
   } else {
-    meter.note(solver::trail.changesSince(end), 0);
+    meter.note(changesSince(end), 0);
   }
   return consistent;
 }

@@ -6,6 +6,7 @@
 
 #include "core/context_stack.h"
 #include "core/lifetime.h"
+#include "core/meter.h"
 #include "core/queue.h"
 
 namespace koru {
@@ -168,6 +169,9 @@ int Trail::changesSince(const TrailRecord *end) const {
   while (firstNote > 0 && notes_.at(firstNote - 1).place >= mark) --firstNote;
   return std::max(0, count() - mark - (notes_.count() - firstNote));
 }
+
+const void *endOfTrail() { return solver::trail.end(); }
+int changesSince(const void *end) { return solver::trail.changesSince(static_cast<const TrailRecord *>(end)); }
 
 void Trail::setRead(bool read) {
   const int more = (read ? 1 : 0) - read_;

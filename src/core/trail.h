@@ -83,7 +83,7 @@ class Trail : public BlockStack<TrailRecord> {
   // How many contexts are open.
   void setContexts(int open) { readers_ = open + others_; }
 
-  // Where the trail ends, and how many changes of domains were noted since it did; an attachment counts as one.
+  // As core/meter asks.
   const TrailRecord *end() const { return top(); }
   int changesSince(const TrailRecord *end) const;
 
