@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <ostream>
-#include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "koru.h"
+#include "support/kit/random.h"
 
 namespace koru::test {
 
@@ -37,9 +37,9 @@ template <class IsSupported>
   return !r.isEmpty();
 }
 
-class Random {
+class Draws {
  public:
-  int number(int low, int high) { return std::uniform_int_distribution(low, high)(engine_); }
+  int number(int low, int high) { return random_.between(low, high); }
   bool oneOf(int count) { return number(1, count) == 1; }
   Range range(int low, int high) {
     const int min = number(low, high);
@@ -52,16 +52,16 @@ class Random {
   }
 
  private:
-  std::mt19937 engine_{1};
+  Random random_{1};
 };
 
-// Twin has `ranges`, a constructor that draws an instance from a Random, post(variables), which hands it over to the
+// Twin has `ranges`, a constructor that draws an instance from Draws, post(variables), which hands it over to the
 // library, and round(), all rules once, false when they fail.
 template <class Twin>
 class BoundsTwin : public ::testing::Test {
  protected:
   void compare(int instances) {
-    for (int k = 0; k < instances && !HasFailure(); ++k) compareOne(Twin(random_));
+    for (int k = 0; k < instances && !HasFailure(); ++k) compareOne(Twin(draws_));
     EXPECT_GT(failed_, instances / 20);
     EXPECT_GT(narrowed_, instances / 20);
   }
@@ -90,9 +90,9 @@ class BoundsTwin : public ::testing::Test {
 
   // One variable takes a bound, or gives it up.
   bool change(Twin &twin, const std::vector<CSint *> &variables) {
-    const int i = random_.number(0, static_cast<int>(variables.size()) - 1);
+    const int i = draws_.number(0, static_cast<int>(variables.size()) - 1);
     Range &r = twin.ranges[static_cast<std::size_t>(i)];
-    const bool isLess = random_.oneOf(2);
+    const bool isLess = draws_.oneOf(2);
     const std::int64_t middle = (r.min + r.max) / 2;
     (isLess ? r.max : r.min) = middle;
     CSint *v = variables[static_cast<std::size_t>(i)];
@@ -112,7 +112,7 @@ class BoundsTwin : public ::testing::Test {
     return seen == twin.ranges;
   }
 
-  Random random_;
+  Draws draws_;
   int failed_ = 0;
   int narrowed_ = 0;
 };

@@ -18,10 +18,10 @@ struct PrecedenceRules {
   bool isAlways;
   Ranges ranges;
 
-  explicit PrecedenceRules(Random &random) : delay(random.number(-3, 4)), isAlways(random.oneOf(4)) {
-    const int end = random.number(2, 9);
-    ranges = {random.range(0, end), random.range(0, 5), random.range(0, end)};
-    if (!isAlways) ranges.push_back(random.truth());
+  explicit PrecedenceRules(Draws &draws) : delay(draws.number(-3, 4)), isAlways(draws.oneOf(4)) {
+    const int end = draws.number(2, 9);
+    ranges = {draws.range(0, end), draws.range(0, 5), draws.range(0, end)};
+    if (!isAlways) ranges.push_back(draws.truth());
   }
   bool post(const std::vector<CSint *> &v) const {
     return cs_PrecedenceIf(isAlways ? nullptr : v[kCondition], v[kStart], v[kDuration], delay, v[kNext]);
@@ -56,12 +56,12 @@ struct Group {
   int n;
   Ranges ranges;
 
-  explicit Group(Random &random) : isThere(random.oneOf(2)), allThere(random.oneOf(6)), n(random.number(1, 5)) {
-    const int end = random.number(3, 14);
+  explicit Group(Draws &draws) : isThere(draws.oneOf(2)), allThere(draws.oneOf(6)), n(draws.number(1, 5)) {
+    const int end = draws.number(3, 14);
     for (int i = 0; i <= n; ++i) {
-      ranges.push_back(random.range(0, end));
-      ranges.push_back(random.range(0, random.number(1, 6)));
-      ranges.push_back((i == 0 ? isThere : allThere) ? Range{1, 1} : random.truth());
+      ranges.push_back(draws.range(0, end));
+      ranges.push_back(draws.range(0, draws.number(1, 6)));
+      ranges.push_back((i == 0 ? isThere : allThere) ? Range{1, 1} : draws.truth());
     }
   }
   // 0 is the whole, parts count from 1.

@@ -28,17 +28,17 @@ struct TransitionRules {
   std::vector<int> needed;
   Ranges ranges;
 
-  explicit TransitionRules(Random &random)
-      : n(random.number(2, 5)), allThere(random.oneOf(2)), kinds(random.number(1, 3)) {
-    const int end = random.number(4, 20);
-    for (int i = 0; i < kinds * kinds; ++i) times.push_back(random.number(0, random.number(0, 5)));
+  explicit TransitionRules(Draws &draws)
+      : n(draws.number(2, 5)), allThere(draws.oneOf(2)), kinds(draws.number(1, 3)) {
+    const int end = draws.number(4, 20);
+    for (int i = 0; i < kinds * kinds; ++i) times.push_back(draws.number(0, draws.number(0, 5)));
     for (int i = 0; i < n; ++i) {
-      const int least = random.oneOf(8) ? 0 : random.number(1, 5);
-      ranges.push_back(random.range(0, end));
-      ranges.push_back({least, least + (random.oneOf(3) ? random.number(0, 5) : 0)});
-      ranges.push_back(allThere ? Range{1, 1} : random.truth());
-      left.push_back(random.number(0, kinds - 1));
-      needed.push_back(random.number(0, kinds - 1));
+      const int least = draws.oneOf(8) ? 0 : draws.number(1, 5);
+      ranges.push_back(draws.range(0, end));
+      ranges.push_back({least, least + (draws.oneOf(3) ? draws.number(0, 5) : 0)});
+      ranges.push_back(allThere ? Range{1, 1} : draws.truth());
+      left.push_back(draws.number(0, kinds - 1));
+      needed.push_back(draws.number(0, kinds - 1));
     }
   }
   bool post(const std::vector<CSint *> &v) const {
@@ -116,12 +116,12 @@ struct OverlapRules {
   int n;
   Ranges ranges;
 
-  explicit OverlapRules(Random &random) : n(random.number(2, 5)) {
-    const int ends[] = {random.number(2, 7), random.number(2, 7)};
+  explicit OverlapRules(Draws &draws) : n(draws.number(2, 5)) {
+    const int ends[] = {draws.number(2, 7), draws.number(2, 7)};
     for (int i = 0; i < 2 * n; ++i) {
-      const int least = random.oneOf(9) ? 0 : random.number(1, 5);
-      ranges.push_back(random.range(0, ends[i % 2]));
-      ranges.push_back({least, least + (random.oneOf(4) ? random.number(0, 4) : 0)});
+      const int least = draws.oneOf(9) ? 0 : draws.number(1, 5);
+      ranges.push_back(draws.range(0, ends[i % 2]));
+      ranges.push_back({least, least + (draws.oneOf(4) ? draws.number(0, 4) : 0)});
     }
   }
   bool post(const std::vector<CSint *> &v) const {

@@ -20,17 +20,17 @@ struct ReservoirRules {
   int high;
   Ranges ranges;
 
-  explicit ReservoirRules(Random &random)
-      : n(random.number(1, 6)),
-        allThere(random.oneOf(2)),
-        start(random.number(-1, 5)),
-        low(random.number(-2, 1)),
-        high(random.number(2, 6)) {
+  explicit ReservoirRules(Draws &draws)
+      : n(draws.number(1, 6)),
+        allThere(draws.oneOf(2)),
+        start(draws.number(-1, 5)),
+        low(draws.number(-2, 1)),
+        high(draws.number(2, 6)) {
     for (int i = 0; i < n; ++i) {
-      ranges.push_back(random.range(0, random.number(2, kEnd)));
-      const int change = random.number(-5, 5);
-      ranges.push_back({change, change + (random.oneOf(3) ? random.number(0, 6) : 0)});
-      ranges.push_back(allThere ? Range{1, 1} : random.truth());
+      ranges.push_back(draws.range(0, draws.number(2, kEnd)));
+      const int change = draws.number(-5, 5);
+      ranges.push_back({change, change + (draws.oneOf(3) ? draws.number(0, 6) : 0)});
+      ranges.push_back(allThere ? Range{1, 1} : draws.truth());
     }
   }
   bool post(const std::vector<CSint *> &v) const {
