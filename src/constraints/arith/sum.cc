@@ -91,10 +91,26 @@ static bool isConstant(const CSint *v) { return v->initialMin == v->initialMax; 
 // Which of the two the posting has made.
 enum class Made { kSum, kOperand };
 
-template <bool constantFirst, Made made>
+// Among values so near to zero that nothing saturates or wraps, which saves some seven instructions for each sum.
+struct Exact {
+  static constexpr bool kIsExact = true;
+  static int add(int a, int b) { return a + b; }
+  static int sub(int a, int b) { return a - b; }
+  static int subWrapping(int a, int b) { return a - b; }
+};
+
+struct Saturating {
+  static constexpr bool kIsExact = false;
+  static int add(int a, int b) { return satAdd(a, b); }
+  static int sub(int a, int b) { return satSub(a, b); }
+  static int subWrapping(int a, int b) { return wrapSub(a, b); }
+};
+
+template <bool constantFirst, Made made, class Math>
 struct ShiftRules : Shift {
   // A change that is passed on in full to the variable that was made comes back with nothing to do.
-  static constexpr bool madeS = made == Made::kSum;
+  static constexpr bool madeS = made == Made::kSum && Math::kIsExact;
+  static constexpr bool madeX = made == Made::kOperand && Math::kIsExact;
   static bool raiseS(CSint *s, int bound) {
     return bound <= s->min || (bound <= s->max && (madeS ? raiseMinByMaker(s, bound) : raiseMin(s, bound)));
   }
@@ -102,42 +118,43 @@ struct ShiftRules : Shift {
     return bound >= s->max || (bound >= s->min && (madeS ? lowerMaxByMaker(s, bound) : lowerMax(s, bound)));
   }
   static bool raiseX(CSint *x, int bound) {
-    return bound <= x->min || (bound <= x->max && (madeS ? raiseMin(x, bound) : raiseMinByMaker(x, bound)));
+    return bound <= x->min || (bound <= x->max && (madeX ? raiseMinByMaker(x, bound) : raiseMin(x, bound)));
   }
   static bool lowerX(CSint *x, int bound) {
-    return bound >= x->max || (bound >= x->min && (madeS ? lowerMax(x, bound) : lowerMaxByMaker(x, bound)));
+    return bound >= x->max || (bound >= x->min && (madeX ? lowerMaxByMaker(x, bound) : lowerMax(x, bound)));
   }
   static bool removeFromS(CSint *s, int w) {
     return !contains(s, w) || (madeS ? removeHeldByMaker(s, w) : removeHeld(s, w));
   }
   static bool removeFromX(CSint *x, int w) {
-    return !contains(x, w) || (madeS ? removeHeld(x, w) : removeHeldByMaker(x, w));
+    return !contains(x, w) || (madeX ? removeHeldByMaker(x, w) : removeHeld(x, w));
   }
 
   static bool newMin(ShiftRules &c, const Event &e) {
-    if (e.var == c.x) return raiseS(c.s, satAdd(c.x->min, c.k)) && wrapSub(c.s->max, c.x->min) >= c.k;
-    if (constantFirst && satSub(c.s->min, c.x->max) > c.k) return false;
-    return raiseX(c.x, satSub(c.s->min, c.k)) && (constantFirst || satSub(c.s->min, c.x->max) <= c.k);
+    if (e.var == c.x) return raiseS(c.s, Math::add(c.x->min, c.k)) && Math::subWrapping(c.s->max, c.x->min) >= c.k;
+    if (constantFirst && Math::sub(c.s->min, c.x->max) > c.k) return false;
+    return raiseX(c.x, Math::sub(c.s->min, c.k)) && (constantFirst || Math::sub(c.s->min, c.x->max) <= c.k);
   }
 
   static bool newMax(ShiftRules &c, const Event &e) {
-    if (e.var == c.x) return lowerS(c.s, satAdd(c.x->max, c.k)) && satSub(c.s->min, c.x->max) <= c.k;
-    if (constantFirst && satSub(c.s->max, c.x->min) < c.k) return false;
-    return lowerX(c.x, satSub(c.s->max, c.k)) && (constantFirst || satSub(c.s->max, c.x->min) >= c.k);
+    if (e.var == c.x) return lowerS(c.s, Math::add(c.x->max, c.k)) && Math::sub(c.s->min, c.x->max) <= c.k;
+    if (constantFirst && Math::sub(c.s->max, c.x->min) < c.k) return false;
+    return lowerX(c.x, Math::sub(c.s->max, c.k)) && (constantFirst || Math::sub(c.s->max, c.x->min) >= c.k);
   }
 
   static bool bound(ShiftRules &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
 
   static bool removed(ShiftRules &c, const Event &e) {
     const int w = e.newValue;
-    if (e.var == c.x) return (!isBound(c.s) || satSub(valueOf(c.s), w) != c.k) && removeFromS(c.s, satAdd(c.k, w));
-    const auto leavesConstant = [&] { return !isBound(c.x) || satSub(w, valueOf(c.x)) != c.k; };
+    if (e.var == c.x)
+      return (!isBound(c.s) || Math::sub(valueOf(c.s), w) != c.k) && removeFromS(c.s, Math::add(c.k, w));
+    const auto leavesConstant = [&] { return !isBound(c.x) || Math::sub(w, valueOf(c.x)) != c.k; };
     if (!constantFirst && !leavesConstant()) return false;
-    return removeFromX(c.x, satSub(w, c.k)) && (!constantFirst || leavesConstant());
+    return removeFromX(c.x, Math::sub(w, c.k)) && (!constantFirst || leavesConstant());
   }
 };
 
-template <bool constantFirst, Made made, class Rules = ShiftRules<constantFirst, made>>
+template <class Rules>
 constexpr auto kShiftTable = handlers<Rules>({.newMin = on<Rules::newMin>,
                                               .newMax = on<Rules::newMax>,
                                               .minBound = on<Rules::newMin>,
@@ -198,22 +215,28 @@ static bool isExact(const CSint *v) {
 }
 
 // Of the three, z is the one that was made.
+template <class Math>
 static CSint *attachShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
-  CSint *attached = nullptr;
-  if (isConstant(sum.a)) {
-    attached = attachAs(posting, kShiftTable<true, Made::kSum>, {{sum.s, sum.b, sum.a->min}}, z, x, y);
-  } else if (z == sum.s) {
-    attached = attachAs(posting, kShiftTable<false, Made::kSum>, {{sum.s, sum.a, sum.b->min}}, z, x, y);
-  } else {
-    attached = attachAs(posting, kShiftTable<false, Made::kOperand>, {{sum.s, sum.a, sum.b->min}}, z, x, y);
-  }
-  if (attached != nullptr) z->shifted = isExact(x) && isExact(y) && isExact(z);
+  const bool constantFirst = isConstant(sum.a);
+  const Shift shift = constantFirst ? Shift{sum.s, sum.b, sum.a->min} : Shift{sum.s, sum.a, sum.b->min};
+  const auto attach = [&]<class Rules>(const TableOf<Rules> &table) {
+    return attachAs(posting, table, Rules{shift}, z, x, y);
+  };
+  if (constantFirst) return attach(kShiftTable<ShiftRules<true, Made::kSum, Math>>);
+  if (z == sum.s) return attach(kShiftTable<ShiftRules<false, Made::kSum, Math>>);
+  return attach(kShiftTable<ShiftRules<false, Made::kOperand, Math>>);
+}
+
+static CSint *attachExactShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
+  CSint *attached = attachShift<Exact>(posting, sum, z, x, y);
+  if (attached != nullptr) z->shifted = true;
   return attached;
 }
 
 static CSint *attachSum(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
-  if (isConstant(sum.a) || isConstant(sum.b)) return attachShift(posting, sum, z, x, y);
-  return attachAs(posting, kTable, sum, z, x, y);
+  if (!isConstant(sum.a) && !isConstant(sum.b)) return attachAs(posting, kTable, sum, z, x, y);
+  if (isExact(x) && isExact(y) && isExact(z)) return attachExactShift(posting, sum, z, x, y);
+  return attachShift<Saturating>(posting, sum, z, x, y);
 }
 
 static CSint *add(const Poster &poster, CSint *x, CSint *y) {
