@@ -252,6 +252,11 @@ print(koru.Model().solve().status)
 
 
 class Interrupts(unittest.TestCase):
+    def setUp(self):
+        # A shell's background jobs are started with the signal ignored.
+        before = signal.signal(signal.SIGINT, signal.default_int_handler)
+        self.addCleanup(signal.signal, signal.SIGINT, before)
+
     def interrupt(self, seconds=0.1):
         timer = threading.Timer(seconds, lambda: os.kill(os.getpid(), signal.SIGINT))
         timer.start()
