@@ -86,6 +86,7 @@ class BlockStack {
   // For a loop over the newest records that keeps the top in a register: the records of the current block from `count`
   // on, and the new end of the stack within them.
   Record *top() const { return top_; }
+  Record *const *placeOfTop() const { return &top_; }
   Record *lowestFrom(int count) const { return count > base_ ? begin_ + (count - base_) : begin_; }
   void cutAt(Record *top) { top_ = top; }
 

@@ -11,13 +11,19 @@
 
 namespace koru {
 
-// Where the trail (core/trail, above) ends, and how many changes of domains were noted since it did; an attachment
-// counts as one.
-const void *endOfTrail();
-int changesSince(const void *end);
+struct TrailRecord;
+
+// Where the trail (core/trail, above) keeps its end, and how many changes of domains were noted since it ended there; an
+// attachment counts as one.
+TrailRecord *const *placeOfTrailEnd();
+int changesSince(const TrailRecord *end);
 
 class Meter {
  public:
+  Meter() = default;
+  explicit Meter(TrailRecord *const *trailEnd) : trailEnd_(trailEnd) {}
+  const TrailRecord *trailEnd() const { return *trailEnd_; }
+
   // Of the call that ended last, until somebody has been told of it.
   enum class Known : unsigned char { kNothing, kIdle, kAll };
   Known known() const { return known_; }
@@ -47,6 +53,7 @@ class Meter {
  private:
   static constexpr std::uint64_t kLong = 4000;
 
+  TrailRecord *const *trailEnd_ = nullptr;
   Known known_ = Known::kNothing;
   unsigned left_ = 1;
   unsigned gap_ = 1;

@@ -26,7 +26,7 @@ void Ports::refreshProfiling() {
     watched = watched || (observer->enabled && observer->watch != nullptr);
     metered = metered || (observer->enabled && observer->reads);
   }
-  if (metered && !before) meter = Meter{};
+  if (metered && !before) meter = Meter{placeOfTrailEnd()};
   solver::attention = profiling || solver::censor.leavesOut != nullptr;
 }
 

@@ -138,7 +138,7 @@ class Watched {
 template <class Call>
 bool metered(const Call &call) {
   if (!solver::ports.metered) return call();
-  const void *end = endOfTrail();
+  const TrailRecord *end = solver::ports.meter.trailEnd();
   const std::uint64_t start = ticks();
   const bool consistent = call();
   const std::uint64_t taken = ticks() - start;

@@ -59,7 +59,7 @@ template <EventCode code>
 }
 
 [[gnu::noinline]] bool callTimed(const EventRecord &event, Entry *entry, Arguments arguments) {
-  const void *end = endOfTrail();
+  const TrailRecord *end = solver::ports.meter.trailEnd();
   const std::uint64_t start = ticks();
   const bool consistent = call(event, event.code, entry, arguments);
   const std::uint64_t taken = ticks() - start;
@@ -71,9 +71,9 @@ template <EventCode code>
 bool callMetered(const EventRecord &event, Entry *entry, Arguments arguments) {
   Meter &meter = solver::ports.meter;
   if (meter.due()) return callTimed(event, entry, arguments);
-  const void *end = endOfTrail();
+  const TrailRecord *end = meter.trailEnd();
   const bool consistent = call(event, event.code, entry, arguments);
-  if (endOfTrail() == end) {
+  if (meter.trailEnd() == end) {
     meter.noteIdle();
   } else {
     meter.note(changesSince(end), 0);

@@ -170,8 +170,8 @@ int Trail::changesSince(const TrailRecord *end) const {
   return std::max(0, count() - mark - (notes_.count() - firstNote));
 }
 
-const void *endOfTrail() { return solver::trail.end(); }
-int changesSince(const void *end) { return solver::trail.changesSince(static_cast<const TrailRecord *>(end)); }
+TrailRecord *const *placeOfTrailEnd() { return solver::trail.placeOfEnd(); }
+int changesSince(const TrailRecord *end) { return solver::trail.changesSince(end); }
 
 void Trail::setRead(bool read) {
   const int more = (read ? 1 : 0) - read_;

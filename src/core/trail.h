@@ -84,7 +84,7 @@ class Trail : public BlockStack<TrailRecord> {
   void setContexts(int open) { readers_ = open + others_; }
 
   // As core/meter asks.
-  const TrailRecord *end() const { return top(); }
+  TrailRecord *const *placeOfEnd() const { return placeOfTop(); }
   int changesSince(const TrailRecord *end) const;
 
   // Somebody reads the records as they come, `seen` of them so far, and finds them written also where nobody else
