@@ -13,8 +13,8 @@ namespace koru {
 
 struct TrailRecord;
 
-// Where the trail (core/trail, above) keeps its end, and how many changes of domains were noted since it ended there; an
-// attachment counts as one.
+// Where the trail (core/trail, above) keeps its end, and how many changes of domains were noted since it ended there;
+// an attachment counts as one.
 TrailRecord *const *placeOfTrailEnd();
 int changesSince(const TrailRecord *end);
 
