@@ -27,7 +27,8 @@ const std::set<std::string> kStateNothing = {"Types and callbacks",
                                              "Walks",
                                              "Why there is no solution",
                                              "Records of searches",
-                                             "Why a value is gone"};
+                                             "Why a value is gone",
+                                             "Profiles in detail"};
 const std::set<std::string> kStateAllTheSame = {"cs_createNoGoodSet", "cs_addNoGood"};
 
 // " * 5. Relations" is the title of a section, " *   5. Relations" a line of the table of contents.
