@@ -54,6 +54,9 @@ install(
   COMPONENT documents
   PATTERN "CMakeLists.txt" EXCLUDE
   PATTERN "*.cmake" EXCLUDE)
+if(KORU_MANUAL)
+  install(DIRECTORY "${KORU_MANUAL}/" DESTINATION "${CMAKE_INSTALL_DOCDIR}/manual" COMPONENT documents)
+endif()
 
 install(EXPORT koru-targets NAMESPACE koru:: DESTINATION "${KORU_CMAKE_DIR}" COMPONENT development)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/koru-config-version.cmake" COMPATIBILITY SameMajorVersion)

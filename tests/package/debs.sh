@@ -50,6 +50,7 @@ inside sh -c 'echo "var 1..9: x; constraint x * x = 49; solve satisfy;" >/tmp/mo
 [[ $(inside minizinc --solver koru /tmp/model.mzn) == $'x = 7;\n----------' ]] || fail "MiniZinc does not solve with koru"
 inside sh -c 'cc -g /usr/share/doc/koru/examples/profile_demo.c -lkoru -o /tmp/demo && /tmp/demo /tmp/profile.txt'
 inside koru-profile /tmp/profile.txt | grep cs_ >/dev/null || fail "koru-profile shows nothing"
+inside test -s /usr/share/doc/koru/manual/index.html || fail "koru-doc is without the manual"
 inside koru-tree --help >/dev/null || fail "koru-tree does not start"
 
 inside sh -c 'apt-get purge -y libkoru3 libkoru-dev koru-tools python3-koru koru-doc'
