@@ -465,9 +465,11 @@ class Solutions {
       const int *values = cs_getBestSolution(search);
       if (values == nullptr) return {};
       const int open = cs_saveContext();
-      for (std::size_t i = 0; i < how.vars.size(); ++i) cs_EQ(state->pointer(how.vars[i]), values[i]);
+      bool stands = true;
+      for (std::size_t i = 0; stands && i < how.vars.size(); ++i)
+        stands = cs_EQ(state->pointer(how.vars[i]), values[i]);
       const Solution there(*state);
-      Solution kept(there);
+      Solution kept = stands ? Solution(there) : Solution();
       cs_restoreContextUntil(open);
       return kept;
     }

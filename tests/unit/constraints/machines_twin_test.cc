@@ -28,8 +28,7 @@ struct TransitionRules {
   std::vector<int> needed;
   Ranges ranges;
 
-  explicit TransitionRules(Draws &draws)
-      : n(draws.number(2, 5)), allThere(draws.oneOf(2)), kinds(draws.number(1, 3)) {
+  explicit TransitionRules(Draws &draws) : n(draws.number(2, 5)), allThere(draws.oneOf(2)), kinds(draws.number(1, 3)) {
     const int end = draws.number(4, 20);
     for (int i = 0; i < kinds * kinds; ++i) times.push_back(draws.number(0, draws.number(0, 5)));
     for (int i = 0; i < n; ++i) {
