@@ -208,6 +208,11 @@ static CSint *attachAs(Posting &posting, const TableOf<Record> &table, Record re
   return posting ? z : nullptr;
 }
 
+template <class Rules>
+static CSint *attachRules(Posting &posting, const Shift &shift, CSint *z, CSint *x, CSint *y) {
+  return attachAs(posting, kShiftTable<Rules>, Rules{shift}, z, x, y);
+}
+
 // Sums and differences of values that none of the rules above saturates or wraps.
 static bool isExact(const CSint *v) {
   constexpr int kFar = 1 << 29;
@@ -219,12 +224,9 @@ template <class Math>
 static CSint *attachShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
   const bool constantFirst = isConstant(sum.a);
   const Shift shift = constantFirst ? Shift{sum.s, sum.b, sum.a->min} : Shift{sum.s, sum.a, sum.b->min};
-  const auto attach = [&]<class Rules>(const TableOf<Rules> &table) {
-    return attachAs(posting, table, Rules{shift}, z, x, y);
-  };
-  if (constantFirst) return attach(kShiftTable<ShiftRules<true, Made::kSum, Math>>);
-  if (z == sum.s) return attach(kShiftTable<ShiftRules<false, Made::kSum, Math>>);
-  return attach(kShiftTable<ShiftRules<false, Made::kOperand, Math>>);
+  if (constantFirst) return attachRules<ShiftRules<true, Made::kSum, Math>>(posting, shift, z, x, y);
+  if (z == sum.s) return attachRules<ShiftRules<false, Made::kSum, Math>>(posting, shift, z, x, y);
+  return attachRules<ShiftRules<false, Made::kOperand, Math>>(posting, shift, z, x, y);
 }
 
 static CSint *attachExactShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
