@@ -133,6 +133,7 @@ TEST_F(QueueKeyedTest, AProfilerSeesAllOfThem) {
   journal.calls.clear();
   ASSERT_TRUE(bindValue(x, 41));
   EXPECT_EQ(journal.watchers(), down(99, 0)) << "one disables it, and the older ones are not passed by";
+  solver::ports.remove(&observer);
 }
 
 // ----- bindings are shown to all as long as somebody may not have been told of earlier changes
