@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "koru_extras.h"
+#include "support/kit/failing_allocations.h"
 #include "support/kit/solver_test.h"
 
 namespace koru::test {
@@ -36,6 +37,27 @@ TEST_F(ElementOfTest, TheTableIsCopied) {
   }
   ASSERT_TRUE(cs_EQ(index, 0));
   EXPECT_EQ(cs_getValue(result), 4);
+}
+
+// Over more values than a walk over positions is for; taking out inner ones needs bits.
+TEST_F(ElementOfTest, FailsWithoutMemoryForTheHolesOfItsResult) {
+  const int table[] = {0, 2500, 5000};
+  for (int k = 0; k == 0 || FailingAllocator::failures() > 0; ++k) {
+    cs_saveContext();
+    CSint *index = cs_createCSint(0, 2);
+    CSint *result = cs_createCSint(0, 5000);
+    bool posted = false;
+    {
+      const FailingAllocator failing(k, Failing::kOnce);
+      posted = cs_ElementOf(index, table, 3, result);
+    }
+    EXPECT_EQ(posted, FailingAllocator::failures() == 0) << k;
+    if (posted) {
+      EXPECT_EQ(values(result), (Values{0, 2500, 5000}));
+    }
+    cs_restoreContext();
+  }
+  expectSolverUsable();
 }
 
 TEST_F(ElementOfTest, AWideResultKeepsInnerValues) {
