@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "koru_extras.h"
+#include "support/kit/failing_allocations.h"
 #include "support/kit/solver_test.h"
 
 namespace koru::test {
@@ -142,6 +143,41 @@ TEST_F(DivisionTest, ByAConstantWhatHasAPartnerIsLeft) {
     EXPECT_EQ(values(x), leftOfX);
     EXPECT_EQ(values(z), leftOfZ);
   }
+}
+
+TEST_F(DivisionTest, ByAConstantNothingIsLeftWhereNoNumeratorHasAQuotient) {
+  CSint *two = CSINT(2);
+  EXPECT_FALSE(cs_DivTrunc(cs_createCSint(0, 9), two, cs_createCSint(5, 9)));
+  EXPECT_FALSE(cs_DivTrunc(cs_createCSint(0, 9), two, cs_createCSint(-9, -1)));
+  const int ends[] = {0, 1, 8, 9};
+  CSint *x = cs_createCSintFromDomain(ends, 4);
+  CSint *z = cs_createCSint(0, 4);
+  for (const int inside : {1, 2, 3}) ASSERT_TRUE(cs_NEQ(z, inside));
+  ASSERT_TRUE(cs_NEQ(x, 0) && cs_NEQ(x, 1));
+  EXPECT_TRUE(cs_DivTrunc(x, two, z));
+  EXPECT_EQ(values(z), (Values{4}));
+  EXPECT_FALSE(cs_DivTrunc(cs_createCSintFromDomain(ends, 4), two, cs_createCSint(1, 3)));
+}
+
+TEST_F(DivisionTest, ByAConstantItFailsWithoutMemoryForHoles) {
+  const int few[] = {0, 9, 19};
+  for (int k = 0; k == 0 || FailingAllocator::failures() > 0; ++k) {
+    cs_saveContext();
+    CSint *x = cs_createCSint(0, 199);
+    CSint *y = CSINT(10);
+    CSint *z = cs_createCSintFromDomain(few, 3);
+    bool posted = false;
+    {
+      const FailingAllocator failing(k, Failing::kOnce);
+      posted = cs_DivTrunc(x, y, z);
+    }
+    EXPECT_EQ(posted, FailingAllocator::failures() == 0) << k;
+    if (posted) {
+      EXPECT_EQ(cs_getNbElements(x), 30);
+    }
+    cs_restoreContext();
+  }
+  expectSolverUsable();
 }
 
 TEST_F(DivisionTest, WideOperandsAndResultsAtTheEndsOfTheInts) {
