@@ -15,7 +15,7 @@ namespace koru::parallel {
 
 namespace {
 
-constexpr char kTitle[] = "koru_mpi checkpoint 1\n";
+constexpr char kTitle[] = "koru_mpi checkpoint 2\n";
 
 struct Closer {
   void operator()(std::FILE *file) const { std::fclose(file); }

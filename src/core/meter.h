@@ -20,8 +20,8 @@ int changesSince(const TrailRecord *end);
 
 class Meter {
  public:
-  Meter() = default;
-  explicit Meter(TrailRecord *const *trailEnd) : trailEnd_(trailEnd) {}
+  // Each thread has a trail.
+  void readFrom(TrailRecord *const *trailEnd) { trailEnd_ = trailEnd; }
   const TrailRecord *trailEnd() const { return *trailEnd_; }
 
   // Of the call that ended last, until somebody has been told of it.

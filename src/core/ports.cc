@@ -26,7 +26,8 @@ void Ports::refreshProfiling() {
     watched = watched || (observer->enabled && observer->watch != nullptr);
     metered = metered || (observer->enabled && observer->reads);
   }
-  if (metered && !before) meter = Meter{placeOfTrailEnd()};
+  if (metered && !before) meter = Meter{};
+  if (metered) meter.readFrom(placeOfTrailEnd());
   solver::attention = profiling || solver::censor.leavesOut != nullptr;
 }
 

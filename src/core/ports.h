@@ -134,16 +134,21 @@ class Watched {
   bool told_;
 };
 
-// Makes a call that is timed each time, while somebody reads the meter.
-template <class Call>
-bool metered(const Call &call) {
-  if (!solver::ports.metered) return call();
+// Makes a call, with the changes and the time of which `note` is called.
+template <void (Meter::*note)(int changes, std::uint64_t ticks), class Call>
+bool timed(const Call &call) {
   const TrailRecord *end = solver::ports.meter.trailEnd();
   const std::uint64_t start = ticks();
   const bool consistent = call();
   const std::uint64_t taken = ticks() - start;
-  solver::ports.meter.note(changesSince(end), taken);
+  (solver::ports.meter.*note)(changesSince(end), taken);
   return consistent;
+}
+
+// Makes a call that is timed each time, while somebody reads the meter.
+template <class Call>
+bool metered(const Call &call) {
+  return solver::ports.metered ? timed<&Meter::note>(call) : call();
 }
 
 // None: Censor{}.

@@ -59,12 +59,7 @@ template <EventCode code>
 }
 
 [[gnu::noinline]] bool callTimed(const EventRecord &event, Entry *entry, Arguments arguments) {
-  const TrailRecord *end = solver::ports.meter.trailEnd();
-  const std::uint64_t start = ticks();
-  const bool consistent = call(event, event.code, entry, arguments);
-  const std::uint64_t taken = ticks() - start;
-  solver::ports.meter.noteSample(changesSince(end), taken);
-  return consistent;
+  return timed<&Meter::noteSample>([&] { return call(event, event.code, entry, arguments); });
 }
 
 // With as few instructions as can be: many a call takes no more than twenty itself.
@@ -304,7 +299,6 @@ bool callRun(Queue &queue, Constraint *c) {
 
 bool callRunWatched(Queue &queue, Constraint *c, const Latest &latest) {
   const Watched watched({latest.event.variable, latest.code, latest.event.value, c->site});
-  if (!solver::ports.metered) return callRun(queue, c);
   return metered([&] { return callRun(queue, c); });
 }
 

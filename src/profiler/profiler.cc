@@ -3,10 +3,10 @@
 // observers of propagation.
 //
 // Cost: nothing while no profiler is enabled; a hash look-up per handler run and enabled profiler else. Details come
-// from the meter (core/meter), a few instructions a call and a look at a clock now and then. Deliberate: the first
-// enabling sets the start time, every disabling the end time: a profile spans all its runs. Deliberate:
-// cs_deleteProfiler releases nothing, for hosts read what they have deleted. A deleted profiler can still be read; its
-// counts end with the sites that they are about, its record is never freed.
+// from the meter (core/meter), a few instructions a call and a look at a clock now and then.
+// Deliberate: the first enabling sets the start time, every disabling the end time: a profile spans all its runs.
+// Deliberate: cs_deleteProfiler releases nothing, for hosts read what they have deleted. A deleted profiler can still
+// be read; its counts end with the sites that they are about, its record is never freed.
 #include "profiler/profiler.h"
 
 #include "core/solver.h"

@@ -2,9 +2,10 @@
 // cs_openWalk, cs_goWalk, cs_closeWalk: depth-first labelling that can stop anywhere between two values.
 //
 // Choice by choice what the recursive searches and search objects do, the order of selection, contexts, counting and
-// the look at a cancel included.  Cost: that of cs_findAll; a level is some 100 bytes, of which 1024 are allocated at a
-// time. Deliberate: after a cancel the levels are left from the newest to the first, as the recursive searches leave
-// them: one that has another value counts it and keeps its context open, whatever the base.
+// the look at a cancel included.
+// Cost: that of cs_findAll; a level is some 100 bytes, of which 1024 are allocated at a time.
+// Deliberate: after a cancel the levels are left from the newest to the first, as the recursive searches leave them:
+// one that has another value counts it and keeps its context open, whatever the base.
 #include "search/walk.h"
 
 #include <limits>

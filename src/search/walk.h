@@ -11,6 +11,7 @@
 // way to a position, levels that are on the path to the last solution get the bound that they had there.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 
 #include "core/block_stack.h"
@@ -102,6 +103,19 @@ Choice chooseNext(CSwalk &w);
 Level *openLevel(CSwalk &w, const Choice &choice);
 // Tries the value of the newest level. False when propagation refuses it.
 bool impose(const CSwalk &w, Level &level, const Bound &bound);
+
+// Of numbers, one after the other.
+class Digest {
+ public:
+  void add(int part) {
+    value_ = (value_ ^ static_cast<unsigned>(part)) * 0xbf58476d1ce4e5b9ULL;
+    value_ ^= value_ >> 29;
+  }
+  std::uint64_t value() const { return value_; }
+
+ private:
+  std::uint64_t value_ = 0x9e3779b97f4a7c15ULL;
+};
 
 CSwalkStep stepOf(const Level &level);
 bool isSame(const CSwalkStep &a, const CSwalkStep &b);

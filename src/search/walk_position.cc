@@ -14,16 +14,13 @@ namespace {
 
 // Of what a level was chosen from: a different choice, or a different state, is unlikely to have the same.
 unsigned checkOf(const Level &level) {
-  std::uint64_t h = 0x9e3779b97f4a7c15ULL;
-  const auto add = [&h](int part) {
-    h = (h ^ static_cast<unsigned>(part)) * 0xbf58476d1ce4e5b9ULL;
-    h ^= h >> 29;
-  };
+  Digest digest;
   const Choice &choice = level.choice;
-  for (const int part : {solver::variables.indexOf(choice.variable), level.count}) add(part);
+  for (const int part : {solver::variables.indexOf(choice.variable), level.count}) digest.add(part);
   if (choice.branchesInTwo)
-    for (const int part : {level.least, level.greatest, choice.decision.method, choice.decision.value}) add(part);
-  return static_cast<unsigned>(h >> 16);
+    for (const int part : {level.least, level.greatest, choice.decision.method, choice.decision.value})
+      digest.add(part);
+  return static_cast<unsigned>(digest.value() >> 16);
 }
 
 // The steps of the first `depth` levels, as far as there is room.

@@ -59,17 +59,16 @@ constexpr struct {
 
 // Of what is labelled, and how, at the root.
 unsigned long long digestOf(const CSsearch &s) {
-  unsigned long long h = 0x9e3779b97f4a7c15ULL;
-  const auto add = [&h](int n) { h = (h ^ static_cast<unsigned>(n)) * 0xbf58476d1ce4e5b9ULL, h ^= h >> 31; };
-  add(s.labelled.size());
-  add(s.options.branching);
-  add(s.objective == nullptr ? 0 : minimizes(s) ? 1 : 2);
+  walk::Digest digest;
+  digest.add(s.labelled.size());
+  digest.add(s.options.branching);
+  digest.add(s.objective == nullptr ? 0 : minimizes(s) ? 1 : 2);
   for (int i = 0; i < s.labelled.size(); ++i) {
     const CSint *v = s.labelled[i];
     const Phase &phase = s.labelled.phaseOf(i);
-    for (const int n : {v->min, v->max, v->count, v->constraintCount, phase.order, phase.value}) add(n);
+    for (const int n : {v->min, v->max, v->count, v->constraintCount, phase.order, phase.value}) digest.add(n);
   }
-  return h;
+  return digest.value();
 }
 
 void count(CSsearch &s, const CSwalkCounts &counts) {

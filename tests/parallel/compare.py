@@ -131,7 +131,7 @@ class Comparison:
 
     def refuse_damaged(self):
         kept = self.folder / "damaged"
-        for content in b"", b"koru_mpi checkpoint 1\n", b"something else that is long enough to be a checkpoint":
+        for content in b"", b"koru_mpi checkpoint 2\n", b"something else that is long enough to be a checkpoint":
             kept.write_bytes(content)
             status, out, errors = self.run([*self.args.program, "mpi", "queens", "6"], KORU_TEST_CHECKPOINT=str(kept))
             self.compared += 1

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <numeric>
@@ -140,6 +141,33 @@ TEST(ThreadsTest, AParkedSolverGoesOnInAnotherThread) {
 }
 
 // The one call that is for any thread, whatever the other one is doing.
+// Narrowings are read off the trail of the thread that runs.
+TEST(ThreadsTest, DetailsOfAProfileGoOnInAnotherThread) {
+  CSsolver *parked = nullptr;
+  CSint *x[3] = {};
+  CSprofiler *profiler = nullptr;
+  std::thread([&] {
+    cs_init();
+    for (CSint *&v : x) v = cs_createCSint(0, 99);
+    profiler = cs_createProfiler(0);
+    cs_setProfilerDetails(profiler, true);
+    cs_enableProfiler(profiler);
+    EXPECT_TRUE(cs_Lt(x[0], x[1]));
+    parked = cs_detachSolver();
+  }).join();
+  ASSERT_TRUE(cs_attachSolver(parked));
+  for (int bound = 1; bound <= 20; ++bound) EXPECT_TRUE(cs_GE(x[0], bound));
+  std::string report(10000, ' ');
+  std::FILE *f = std::tmpfile();
+  ASSERT_NE(f, nullptr);
+  cs_profilerWriteDetails(profiler, f);
+  std::rewind(f);
+  report.resize(std::fread(report.data(), 1, report.size(), f));
+  std::fclose(f);
+  EXPECT_NE(report.find("\tcs_Lt\t42\t0\t22\t20\t"), std::string::npos) << report;
+  cs_end();
+}
+
 TEST(ThreadsTest, AnyThreadMayStopASearch) {
   for (int i = 0; i < 20; ++i) {
     cs_init();
