@@ -247,9 +247,7 @@ class Model {
   }
   /// All solutions, one after the other: for (const auto &s : m.solutions({.vars = x})). The model stands at each; what
   /// is posted there is undone with the next one.
-  Solutions solutions(const Search &how = {}) {
-    return Solutions(shared(), std::unique_ptr<const Search>(new Search(how)));
-  }
+  Solutions solutions(const Search &how = {}) { return Solutions(shared(), how); }
 
   // --- The profiler ---
 

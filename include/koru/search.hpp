@@ -266,15 +266,10 @@ struct Result {
 /// A search that goes on from solution to solution: a range, or a loop of next().
 class Solutions {
  public:
-  /// `how` stays as long as the search; only one that is handed over is owned.
-  Solutions(std::shared_ptr<detail::State> state, const Search &how, CSint *minimize = nullptr,
-            CSint *maximize = nullptr)
+  KORU_APART Solutions(std::shared_ptr<detail::State> state, const Search &how, CSint *minimize = nullptr,
+                       CSint *maximize = nullptr)
       : run_(new Run(std::move(state), how)) {
     run_->begin(minimize, maximize);
-  }
-  Solutions(std::shared_ptr<detail::State> state, std::unique_ptr<const Search> how)
-      : Solutions(std::move(state), *how) {
-    how_ = std::move(how);
   }
 
   /// Go on. False when there is no other solution, or none was found: status() tells why.
@@ -310,7 +305,7 @@ class Solutions {
   // What the callbacks are handed: stays where it is when the range is moved.
   struct Run {
     std::shared_ptr<detail::State> state;
-    const Search &how;
+    const Search how;
     std::vector<IntVar> vars;  // that are labelled, also in later phases
     CSsearch *search = nullptr;
     Solution solution{};
@@ -466,8 +461,7 @@ class Solutions {
       if (values == nullptr) return {};
       const int open = cs_saveContext();
       bool stands = true;
-      for (std::size_t i = 0; stands && i < how.vars.size(); ++i)
-        stands = cs_EQ(state->pointer(how.vars[i]), values[i]);
+      for (std::size_t i = 0; stands && i < vars.size(); ++i) stands = cs_EQ(state->pointer(vars[i]), values[i]);
       const Solution there(*state);
       Solution kept = stands ? Solution(there) : Solution();
       cs_restoreContextUntil(open);
@@ -516,7 +510,6 @@ class Solutions {
     }
   };
 
-  std::unique_ptr<const Search> how_;  // after run_ is gone nobody looks at it
   std::unique_ptr<Run> run_;
 };
 

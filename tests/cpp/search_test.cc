@@ -43,6 +43,24 @@ TEST(CppSearch, FindsOneOrAsManyAsAskedFor) {
   EXPECT_TRUE(q[0].size() == 6) << "all is as before";
 }
 
+// What is searched for may be written in the call, functions included.
+TEST(CppSearch, GoesOnFromBetterToBetterWithOptionsOfItsOwn) {
+  Model m;
+  const IntVars x = m.ints(3, 0, 5);
+  m.post(koru::all_different(x));
+  const std::vector<int> most(100, 5);
+  const auto better = [&] {
+    return m.minimizing(x[0] + x[1],
+                        {.vars = x, .value = [most](IntVar v) { return koru::Decision(std::min(most[99], v.max())); }});
+  };
+  std::vector<long long> costs;
+  for (const koru::Solution &s : better()) costs.push_back(s[x[0] + x[1]]);
+  EXPECT_EQ(costs, (std::vector<long long>{9, 8, 7, 6, 5, 4, 3, 2, 1}));
+  costs.clear();
+  for (const koru::Solution &s : m.maximizing(x[0] - x[1], {.vars = x})) costs.push_back(s[x[0] - x[1]]);
+  EXPECT_EQ(costs.back(), 5);
+}
+
 TEST(CppSearch, FindsTheBest) {
   Model m;
   const IntVars x = m.ints(3, 0, 5);

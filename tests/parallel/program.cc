@@ -60,7 +60,7 @@ int ruler(int n, bool longest) {
       for (std::size_t k = 0; k + 1 < differences.size(); ++k) m.post(differences[k] != differences.back());
     }
   m.post(marks[0] == 0);
-  const Search how{.vars = marks};
+  const Search how = longest ? Search{} : Search{.vars = marks};  // all variables, differences included
   if (longest) return show(plain ? m.maximize(marks.back(), how) : koru::mpi::maximize(m, marks.back(), how), marks);
   return show(plain ? m.minimize(marks.back(), how) : koru::mpi::minimize(m, marks.back(), how), marks);
 }
