@@ -2,8 +2,8 @@
 """The search that goes on from one solution to the next."""
 from __future__ import annotations
 
+import _signal  # type: ignore  # up to Python 3.10, signal's own leave cycles that keep the callers' variables for long
 import ctypes
-import signal
 import sys
 import threading
 import time
@@ -168,14 +168,16 @@ class Solutions:
         self.close()
 
     def __del__(self) -> None:
-        """May run anywhere, so the running model stays the same. Within a callback of another model, or when another
-        thread has models, the search stays until its model ends."""
+        """May run anywhere, so the running model stays the same, or none. Within a callback of another model, or when
+        another thread has models, the search stays until its model ends."""
         before = Solver.running
         if getattr(self, "search", None) is None or sys.is_finalizing() or Solver.thread != threading.get_ident():
             return
         try:
             self.close()
-            if before is not None and not before.over:
+            if before is None:
+                self._state.solver.park()
+            elif not before.over:
                 before.attach()
         except RuntimeError:
             pass
@@ -223,10 +225,10 @@ class _Signals:
     def __enter__(self) -> None:
         if threading.current_thread() is not threading.main_thread():
             return
-        before = signal.getsignal(signal.SIGINT)
+        before = _signal.getsignal(_signal.SIGINT)
         if callable(before) and not isinstance(getattr(before, "__self__", None), _Signals):
             self.before = before
-            signal.signal(signal.SIGINT, self.handle)
+            _signal.signal(_signal.SIGINT, self.handle)
 
     def handle(self, number: int, frame: Any) -> None:
         search = self.search
@@ -243,7 +245,7 @@ class _Signals:
 
     def __exit__(self, *_: Any) -> None:
         if self.before is not None:
-            signal.signal(signal.SIGINT, self.before)
+            _signal.signal(_signal.SIGINT, self.before)
 
 
 def _active() -> Tuple[State, Solutions]:

@@ -81,6 +81,8 @@ class Solver:
         Solver.claim()
         if Solver.running is self:
             return
+        if self.over:  # handles that the collector ends after it
+            raise RuntimeError("koru: the model has ended")
         if Solver.running is not None:
             Solver.running.park()
         if not lib.cs_attachSolver(self.parked):

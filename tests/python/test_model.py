@@ -150,6 +150,45 @@ class SeveralModels(unittest.TestCase):
         koru.Model()
         self.assertEqual(Solver.ended, [])
 
+    def test_a_model_may_end_before_what_is_left_of_it(self):
+        told = []
+
+        class Late:
+            def __init__(self, x):
+                self.x = x
+
+            def __del__(self):
+                try:
+                    told.append(self.x.min)
+                except RuntimeError as error:
+                    told.append(str(error))
+
+        other = koru.Model().var(0, 1)
+        for _ in range(5):
+            m = koru.Model()
+            x = m.ints(3, 0, 9)
+            rest = [m.solutions(x), Late(x[0])]
+            next(rest[0])
+            rest.append(rest)  # a cycle: the collector ends it in an order of its own, the oldest first
+            del m, x, rest
+            self.assertEqual(other.size, 2)
+            gc.collect()
+            self.assertEqual((Solver.running, other.max), (other.state.solver, 1))
+        self.assertEqual(told, ["koru: the model has ended"] * 5)
+
+    def test_a_search_that_ends_leaves_running_what_runs(self):
+        m, other = koru.Model(), koru.Model()
+        x, y = m.var(0, 9), other.var(0, 1)
+        for park in (other.park, lambda: y.min):
+            search = m.solutions([x])
+            next(search)
+            m.park()
+            park()
+            before = Solver.running
+            del search
+            self.assertIs(Solver.running, before)
+            self.assertEqual(x.size, 10)
+
     def test_within_a_callback_no_other_model_runs(self):
         m, other = koru.Model(), koru.Model()
         y = other.var(0, 1)
