@@ -8,8 +8,9 @@ import shutil
 import subprocess
 import sys
 
-# The errors of all scripts, for the check's script to hand on.
-CATCH = '<script>window.probeErrors = []; addEventListener("error", e => probeErrors.push(e.message));</script>'
+# The errors of all scripts, what the console is told as one, and what does not load, for the check's script to hand on.
+CATCH = """<script>window.probeErrors = []; console.error = (...all) => probeErrors.push(all.join(" "));
+addEventListener("error", e => probeErrors.push(e.message || "not loaded: " + (e.target.src || e.target.href)), true);</script>"""
 
 
 def seen_on(browser, page, copy, profile, *options):

@@ -50,10 +50,8 @@ byId("seen").textContent = JSON.stringify({
 
 
 def look(browser, page, folder):
-    """What the probe saw of the page; the browser's own log has what went to the console."""
+    """What the probe saw of the page."""
     text = page.read_text(encoding="utf-8").replace("<style>", CATCH + "<style>", 1) + PROBE
-    # Where scripts fail, the console says so as well.
-    text = text.replace(CATCH, CATCH + '<script>console.error = (...all) => probeErrors.push(all.join(" "));</script>', 1)
     return seen_on(browser, text, folder / "probed.html", folder / "browser", "--window-size=1000,800")
 
 

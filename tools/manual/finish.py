@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Finish the manual that Doxygen has made: copy the files that its pages link to, and check that every link leads
-somewhere. With a browser, load some pages on a screen as wide as a phone's: no script may fail, nothing stick out.
+somewhere. With a browser, load the pages that somebody has written and those of the headers on a screen as wide as a
+phone's: no script may fail, no file be missing, nothing stick out.
 
     finish.py FOLDER [--browser CHROMIUM]
 
@@ -19,12 +20,12 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 from browser import CATCH, seen_on  # noqa: E402
 
 ROOT = Path(__file__).resolve().parents[2]
-PAGES = ["index.html", "md_docs_guide_first_model.html", "md_docs_constraints.html", "koru_8h.html"]
-PROBE = """<pre id="seen"></pre><script>"use strict"; addEventListener("load", () => setTimeout(() => {
-  const search = document.querySelector("#MSearchField");
-  document.querySelector("#seen").textContent = JSON.stringify({ errors: window.probeErrors, wide: innerWidth,
-    content: document.documentElement.scrollWidth, search: search !== null, text: document.body.innerText.length });
-}, 500));</script>"""
+PAGES = ["index.html", "md_*.html", "koru*_8h.html"]
+PHONE = """<iframe src="probed.html" width="390" height="844"></iframe><pre id="seen"></pre>
+<script>addEventListener("message", e => document.querySelector("#seen").textContent = e.data);</script>"""
+PROBE = """<script>"use strict"; addEventListener("load", () => setTimeout(() => parent.postMessage(JSON.stringify({
+  errors: window.probeErrors, wide: document.documentElement.clientWidth, content: document.documentElement.scrollWidth,
+  search: document.querySelector("#MSearchField") !== null, text: document.body.innerText.length }), "*"), 500));</script>"""
 
 
 class Page(HTMLParser):
@@ -67,11 +68,15 @@ def broken_links(pages):
 
 
 def look(browser, folder, name):
-    copy = folder / "probed.html"
+    """In a frame: no window is as narrow as a phone."""
+    probed = folder / "probed.html"
     text = (folder / name).read_text(encoding="utf-8")
     text = text.replace("<head>", "<head>" + CATCH, 1).replace("</body>", PROBE + "</body>", 1)
-    seen = seen_on(browser, text, copy, folder.parent / "browser", "--window-size=500,900", "--virtual-time-budget=5000")
-    copy.unlink()
+    probed.write_text(text, encoding="utf-8")
+    phone = folder / "phone.html"
+    seen = seen_on(browser, PHONE, phone, folder.parent / "browser", "--window-size=500,900", "--virtual-time-budget=5000")
+    probed.unlink()
+    phone.unlink()
     faults = [f"{name}: {error}" for error in seen["errors"]]
     if seen["content"] > seen["wide"]:
         faults.append(f"{name}: {seen['content']} pixels wide on a screen of {seen['wide']}")
@@ -89,9 +94,10 @@ def main():
     pages = {path: Page(path) for path in sorted(folder.glob("**/*.html"))}
     copy_linked(folder, pages)
     faults = list(broken_links(pages))
-    for name in PAGES if options.browser else []:
+    seen = [path.name for pattern in PAGES for path in sorted(folder.glob(pattern))] if options.browser else []
+    for name in seen:
         faults += look(options.browser, folder, name)
-    print("\n".join(faults) or f"{len(pages)} pages, every link leads somewhere")
+    print("\n".join(faults) or f"{len(pages)} pages, every link leads somewhere; {len(seen)} looked at in a browser")
     return 1 if faults or not pages else 0
 
 
