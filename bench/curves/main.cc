@@ -7,6 +7,7 @@
 // the exponent of growth from the size before: 1 is linear. Memory that no cache holds any more makes single steps
 // exceed 1; what is superlinear exceeds it from size to size.
 #include <malloc.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <cmath>
@@ -16,6 +17,7 @@
 #include <string>
 
 #include "instances.h"
+#include "koru_extras.h"
 #include "run.h"
 
 using namespace koru::bench;
@@ -150,12 +152,46 @@ Cost moveTerm(int n) {
 }
 
 // A level for each variable, no fails.
-Cost search(int n) {
-  Lifetime lifetime;
+Array &levels(Lifetime &lifetime, int n) {
   Array &x = lifetime.array(n, 0, 1);
   for (std::size_t i = 1; i < x.size(); ++i) require(cs_Le(x[i - 1], x[i]), "an order");
   require(cs_EQ(x.back(), 1), "the last one");
+  return x;
+}
+
+Cost searchHere(int n) {
+  Lifetime lifetime;
+  Array &x = levels(lifetime, n);
   return costOf([&] { return cs_search(x.data(), n, cs_findFreeVar); });
+}
+
+Cost searchByObject(int n) {
+  Lifetime lifetime;
+  Array &x = levels(lifetime, n);
+  CSsearch *const object = cs_createSearch(x.data(), n);
+  require(object != nullptr, "a search object");
+  return costOf([&] { return cs_nextSolution(object) == CS_STATUS_SOLUTION; });
+}
+
+// A level takes 80 bytes of stack.
+Cost search(int n) {
+  struct Task {
+    int size;
+    Cost cost;
+  } task{n, {}};
+  pthread_attr_t attributes;
+  pthread_t thread;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, std::size_t{128} * static_cast<std::size_t>(n) + (std::size_t{1} << 20));
+  const auto run = [](void *argument) -> void * {
+    auto *given = static_cast<Task *>(argument);
+    given->cost = searchHere(given->size);
+    return nullptr;
+  };
+  require(pthread_create(&thread, &attributes, run, &task) == 0, "a thread");
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  return task.cost;
 }
 
 struct Curve {
@@ -176,7 +212,8 @@ constexpr Curve kCurves[] = {
     {"ladder raised", "event", kRaises, kMillion, raiseLadder},
     {"disequalities posted", "constraint", 1, 10 * kMillion, postPairs},
     {"term of two sums moved", "term", 1, kMillion, moveTerm},
-    {"first solution", "level", 1, kMillion / 10, search},
+    {"first solution", "level", 1, kMillion, search},
+    {"the same, search object", "level", 1, kMillion, searchByObject},
 };
 
 Cost best(const Curve &curve, int n) {
@@ -205,6 +242,7 @@ void draw(const Curve &curve, int most) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  mallopt(M_ARENA_MAX, 1);  // what heapInUse tells of
   int most = 10 * kMillion;
   std::string only;
   for (int i = 1; i + 1 < argc; i += 2) {

@@ -11,6 +11,7 @@
 // BranchSet owns its storage, BranchSetOn works on that of somebody else.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "core/alloc.h"
@@ -56,7 +57,14 @@ class BranchSetOn {
 
   // Puts back what was taken out on branches that have been left. To be called before the set is used.
   void refresh() {
-    if (closings_ != solver::closings) putBack();
+    if (closings_ != solver::closings) putBack([](int) {});
+  }
+  // The same for a caller who keeps a position below which all are out: lowers it to the first that is back. False when
+  // no context has been closed since.
+  bool refresh(int &first) {
+    if (closings_ == solver::closings) return false;
+    putBack([&first](int position) { first = std::min(first, position); });
+    return true;
   }
 
   // Both take a position out for this branch; `stamp` is that of now, for a caller who takes out many.
@@ -75,6 +83,15 @@ class BranchSetOn {
       if (!visitWord(i * 64, words_[i], visit)) return false;
     return true;
   }
+  // Those from `first` on, which is not negative.
+  template <class Visit>
+  bool forEachFrom(int first, Visit visit) const {
+    for (int i = first / 64; i < wordCount_; ++i) {
+      const std::uint64_t left = i == first / 64 ? words_[i] & ~(maskOf(first) - 1) : words_[i];
+      if (!visitWord(i * 64, left, visit)) return false;
+    }
+    return true;
+  }
   template <class Visit>
   bool forEachBut(int position, Visit visit) const {
     for (int i = 0; i < wordCount_; ++i) {
@@ -85,9 +102,14 @@ class BranchSetOn {
   }
 
  private:
-  void putBack() {
+  template <class Tell>
+  void putBack(Tell tell) {
     closings_ = solver::closings;
-    while (takenCount_ > 0 && !newest().stands()) put(taken_[--takenCount_].position);
+    while (takenCount_ > 0 && !newest().stands()) {
+      const int position = taken_[--takenCount_].position;
+      put(position);
+      tell(position);
+    }
   }
   static std::size_t wordOf(int position) { return static_cast<unsigned>(position) / 64; }
   static std::uint64_t maskOf(int position) { return std::uint64_t{1} << (static_cast<unsigned>(position) % 64); }

@@ -24,15 +24,26 @@ CSint *Selection::scan(Selection &s) {
     }
     return rule.offer(v);
   });
-  s.unsettled_ = unsettled;
+  static_cast<BranchSetOn &>(s.unsettled_) = unsettled;
   return rule.best;
 }
 
-Selection::Step Selection::stepFor(CSfindFreeVar select) {
-  if (select == cs_findFreeVar) return scan<FirstFree>;
-  if (select == cs_findFreeVarNbElements) return scan<FewestElements>;
-  if (select == cs_findFreeVarNbElementsMin) return scan<FewestElementsThenLowest>;
-  if (select == cs_findFreeVarNbConstraints) return scan<MostConstraints>;
+template <class Rule>
+CSint *Selection::scanLong(Selection &s) {
+  Rule rule;
+  CSint *const *array = s.array_;
+  const auto isSettled = [array](int i) { return array[i] == nullptr || Rule::isSettled(array[i]); };
+  s.unsettled_.forEachUnsettled(isSettled, [&](int i) { return rule.offer(array[i]); });
+  return rule.best;
+}
+
+Selection::Step Selection::stepFor(CSfindFreeVar select, int size) {
+  const bool isLong = size > kShort;
+  if (select == cs_findFreeVar) return isLong ? scanLong<FirstFree> : scan<FirstFree>;
+  if (select == cs_findFreeVarNbElements) return isLong ? scanLong<FewestElements> : scan<FewestElements>;
+  if (select == cs_findFreeVarNbElementsMin)
+    return isLong ? scanLong<FewestElementsThenLowest> : scan<FewestElementsThenLowest>;
+  if (select == cs_findFreeVarNbConstraints) return isLong ? scanLong<MostConstraints> : scan<MostConstraints>;
   return askHost;
 }
 
@@ -42,16 +53,17 @@ bool Selection::canChoose(CSint **array, int size, CSfindFreeVar select) {
 }
 
 Selection::Selection(CSint **array, int size, CSfindFreeVar select)
-    : array_(array), size_(size), select_(select), step_(stepFor(select)) {
+    : array_(array), size_(size), select_(select), step_(stepFor(select, size)) {
+  static_assert(kShort <= SelectionRoom::kSize);
   SelectionRoom &room = selectionRoom;
-  if (room.taken || array == nullptr || size < 1 || size > SelectionRoom::kSize) step_ = askHost;
+  if (room.taken || array == nullptr || size < 1) step_ = askHost;
   if (step_ == askHost) return;
   room.taken = usesRoom_ = true;
-  unsettled_ = BranchSetOn(size, room.words, room.settled);
+  unsettled_ = Unsettled(size, SelectionRoom::kSize, room.words, room.settled);
 }
 
 Selection::Selection(CSint **array, int size, CSfindFreeVar select, const BranchSetOn &positions)
-    : array_(array), size_(size), select_(select), step_(stepFor(select)), unsettled_(positions) {}
+    : array_(array), size_(size), select_(select), step_(stepFor(select, size)), unsettled_(size, positions) {}
 
 Selection::~Selection() {
   if (usesRoom_) selectionRoom.taken = false;

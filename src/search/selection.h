@@ -4,11 +4,13 @@
 // A function of the host's is called as it is. A built-in one is recognised, and its rule runs over the positions whose
 // variable was not settled yet when an enclosing level looked: the same choice, without a walk over all that is bound.
 // What was settled is known for the branch (core/branch_set), so a restore takes the knowledge back, whoever makes it.
-// State: the SelectionRoom, which there is once; an array that is longer, and a search inside another one, do without.
+// State: the SelectionRoom, which there is once; a search inside another one does without.
+// Cost: nothing is allocated. Of a long array (search/unsettled.h) a level that has gone down looks at what is free,
+// from the first such position on.
 #pragma once
 
-#include "core/branch_set.h"
 #include "koru.h"
+#include "search/unsettled.h"
 
 namespace koru {
 
@@ -31,17 +33,21 @@ class Selection {
  private:
   using Step = CSint *(*)(Selection &);
 
+  static constexpr int kShort = 2048;  // a set of so many positions is walked over faster than it is kept track of
+
   static CSint *askHost(Selection &s) { return s.select_(s.array_, s.size_); }
   template <class Rule>
   static CSint *scan(Selection &s);
-  static Step stepFor(CSfindFreeVar select);
+  template <class Rule>
+  static CSint *scanLong(Selection &s);
+  static Step stepFor(CSfindFreeVar select, int size = 0);
 
   CSint **array_;
   int size_;
   CSfindFreeVar select_;
   Step step_;
   bool usesRoom_ = false;
-  BranchSetOn unsettled_;
+  Unsettled unsettled_;
 };
 
 }  // namespace koru

@@ -12,10 +12,10 @@
 
 namespace koru {
 
-// Storage for the one search at a time that skips settled variables; see search/selection.h. Memory that is not used
-// is never touched.
+// Storage for the one search at a time that skips settled variables, as many blocks of them as an array has or fit in;
+// see search/selection.h. Memory that is not used is never touched.
 struct SelectionRoom {
-  static constexpr int kSize = kThreads ? 2048 : 65536;  // each thread has one
+  static constexpr int kSize = kThreads ? 2048 : 65536;  // a power of two; each thread has one room
 
   bool taken;
   std::uint64_t words[BranchSetOn::wordsFor(kSize)];

@@ -120,7 +120,7 @@ void forEachUnbound(CSsearch &s, Visit visit) {
   CSint *const *variables = s.labelled.variables();
   BranchSetOn &unsettled = s.unsettled;
   const BranchStamp now = BranchStamp::now();
-  unsettled.forEach([&](int i) {
+  unsettled.forEachFrom(s.firstUnsettled, [&](int i) {
     if (!isBound(variables[i])) return visit(i);
     unsettled.takeOut(i, now);
     return true;
@@ -133,6 +133,7 @@ int firstUnbound(CSsearch &s) {
     position = i;
     return false;
   });
+  s.firstUnsettled = position < 0 ? s.labelled.size() : position;
   return position;
 }
 
@@ -191,7 +192,7 @@ int chooseInPhase(CSsearch &s, const Phase &phase, int first) {
 }  // namespace
 
 int choosePosition(CSsearch &s) {
-  s.unsettled.refresh();
+  s.unsettled.refresh(s.firstUnsettled);
   if (s.conflict >= 0 && !isBound(s.labelled[s.conflict]) && !s.postponed.holds(s.conflict, s.labelled[s.conflict]))
     return s.conflict;
   const int first = firstUnbound(s);

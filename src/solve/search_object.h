@@ -46,6 +46,7 @@ struct CSsearch {
   // The run.
   koru::BlockStack<koru::solve::Step> path;
   koru::BranchSet unsettled;
+  int firstUnsettled = 0;  // all positions before are out of the set
   koru::solve::Random random{0};
   koru::solve::RunLimits runLimits{0, 0, 0};
   std::int64_t runFails = 0;

@@ -43,6 +43,41 @@ TEST_F(BranchSetTest, StopsAtTheFirstVisitThatFails) {
   EXPECT_EQ(visits, 4);
 }
 
+TEST_F(BranchSetTest, VisitsFromAPositionOn) {
+  BranchSet set(200);
+  set.takeOut(130);
+  for (const int first : {0, 1, 63, 64, 65, 129, 130, 131, 199, 200}) {
+    std::vector<int> visited;
+    EXPECT_TRUE(set.forEachFrom(first, [&](int i) {
+      visited.push_back(i);
+      return true;
+    }));
+    std::vector<int> expected;
+    for (int i = first; i < 200; ++i)
+      if (i != 130) expected.push_back(i);
+    EXPECT_EQ(visited, expected) << first;
+  }
+  EXPECT_FALSE(set.forEachFrom(70, [](int) { return false; }));
+}
+
+TEST_F(BranchSetTest, TellsTheFirstPositionThatIsBack) {
+  BranchSet set(10);
+  set.refresh();
+  int first = 7;
+  EXPECT_FALSE(set.refresh(first)) << "nothing was closed since";
+  set.takeOut(1);
+  cs_saveContext();
+  for (const int position : {5, 3, 8}) set.takeOut(position);
+  EXPECT_FALSE(set.refresh(first));
+  cs_restoreContext();
+  EXPECT_TRUE(set.refresh(first));
+  EXPECT_EQ(first, 3);
+  cs_saveContext();
+  cs_restoreContext();
+  EXPECT_TRUE(set.refresh(first));
+  EXPECT_EQ(first, 3) << "none is back";
+}
+
 TEST_F(BranchSetTest, WhatIsTakenOutWithNoContextOpenStaysOut) {
   BranchSet set(3);
   set.takeOut(1);

@@ -3,8 +3,11 @@
 // in between; and it is left to one search at a time.
 #include "search/selection.h"
 
+#include <climits>
+
 #include "search/state.h"
 #include "support/kit/random.h"
+#include "unit/core/allocation_rule.h"
 #include "unit/search/search_test.h"
 
 namespace {
@@ -15,13 +18,17 @@ using namespace koru::test;
 constexpr CSfindFreeVar kBuiltIn[] = {cs_findFreeVar, cs_findFreeVarNbElements, cs_findFreeVarNbElementsMin,
                                       cs_findFreeVarNbConstraints};
 
-// An array with repetitions, gaps, constants and variables of more values than an int can count, and random steps on
-// its variables and on the contexts, balanced or not.
+// An array with repetitions, gaps, constants and variables of more values than an int can count, each followed by so
+// many constants, and random steps on its variables and on the contexts, balanced or not.
 class Walk {
  public:
-  explicit Walk(unsigned seed) : random_(seed) {
-    for (int i = 0; i < 90; ++i) array_.push_back(element());
+  Walk(unsigned seed, int constants) : random_(seed) {
+    for (int i = 0; i < 90; ++i) elements_.push_back(element());
     for (int i = 0; i < 40; ++i) relate(any(), any());
+    for (CSint *v : elements_) {
+      array_.push_back(v);
+      array_.insert(array_.end(), static_cast<std::size_t>(constants), CSINT(1));
+    }
   }
 
   CSint **array() { return array_.data(); }
@@ -55,14 +62,14 @@ class Walk {
 
  private:
   int below(int n) { return random_.below(n); }
-  CSint *any() { return array_[static_cast<std::size_t>(below(size()))]; }
+  CSint *any() { return elements_[static_cast<std::size_t>(below(static_cast<int>(elements_.size())))]; }
 
   CSint *element() {
     switch (below(12)) {
       case 0:
         return nullptr;
       case 1:
-        return array_.empty() ? nullptr : any();
+        return elements_.empty() ? nullptr : any();
       case 2:
         return CSINT(below(5));
       case 3:
@@ -101,28 +108,39 @@ class Walk {
   }
 
   Random random_;
+  std::vector<CSint *> elements_;
   std::vector<CSint *> array_;
 };
 
-class SelectionTest : public SolverTest, public ::testing::WithParamInterface<int> {};
+class SelectionTest : public SolverTest, public ::testing::WithParamInterface<int> {
+ protected:
+  // How many times a variable was chosen.
+  static int compare(int seeds, int steps, int constants) {
+    const CSfindFreeVar select = kBuiltIn[GetParam()];
+    int choices = 0;
+    for (int seed = 0; seed < seeds; ++seed) {
+      cs_end();
+      cs_init();
+      Walk walk(static_cast<unsigned>(seed), constants);
+      Selection selection(walk.array(), walk.size(), select);
+      for (int i = 0; i < steps; ++i) {
+        walk.step();
+        CSint *expected = select(walk.array(), walk.size());
+        EXPECT_EQ(selection.next(), expected) << "seed " << seed << ", step " << i;
+        choices += expected != nullptr ? 1 : 0;
+      }
+    }
+    return choices;
+  }
+};
 
 TEST_P(SelectionTest, ChoosesWhatTheFunctionWouldAtEveryStepOfARandomWalk) {
-  const CSfindFreeVar select = kBuiltIn[GetParam()];
-  int choices = 0;
-  for (unsigned seed = 0; seed < 40; ++seed) {
-    cs_end();
-    cs_init();
-    Walk walk(seed);
-    Selection selection(walk.array(), walk.size(), select);
-    for (int i = 0; i < 600; ++i) {
-      walk.step();
-      CSint *expected = select(walk.array(), walk.size());
-      ASSERT_EQ(selection.next(), expected) << "seed " << seed << ", step " << i;
-      choices += expected != nullptr ? 1 : 0;
-    }
-  }
-  EXPECT_GT(choices, 10000) << "the walks do not end with everything bound";
+  EXPECT_GT(compare(40, 600, 0), 10000) << "the walks do not end with everything bound";
 }
+
+TEST_P(SelectionTest, ChoosesTheSameFromLongArrays) { EXPECT_GT(compare(8, 300, 40), 1000); }
+
+TEST_P(SelectionTest, ChoosesTheSameFromArraysThatAreLongerThanTheRoom) { EXPECT_GT(compare(2, 150, 2000), 100); }
 
 INSTANTIATE_TEST_SUITE_P(, SelectionTest, ::testing::Range(0, 4));
 
@@ -154,36 +172,85 @@ TEST_F(SelectionRoomTest, ASecondSelectionAtTheSameTimeDoesWithout) {
   EXPECT_EQ(outer.next(), xy[1]);
 }
 
-TEST_F(SelectionRoomTest, AnArrayThatIsTooLongIsScannedInFull) {
-  std::vector<CSint *> array(SelectionRoom::kSize + 1, CSINT(3));
+TEST_F(SelectionRoomTest, ServesAnArrayOfAnyLength) {
+  std::vector<CSint *> array(3 * SelectionRoom::kSize, CSINT(3));
   array.back() = cs_createCSint(0, 1);
   for (const CSfindFreeVar f : kBuiltIn) {
     Selection selection(array.data(), static_cast<int>(array.size()), f);
-    EXPECT_FALSE(selectionRoom.taken);
-    EXPECT_EQ(selection.next(), array.back());
-    Selection fitting(array.data() + 1, static_cast<int>(array.size()) - 1, f);
     EXPECT_TRUE(selectionRoom.taken);
-    EXPECT_EQ(fitting.next(), array.back());
+    EXPECT_EQ(selection.next(), array.back());
+    cs_saveContext();
+    ASSERT_TRUE(cs_EQ(array.back(), 0));
+    EXPECT_EQ(selection.next(), nullptr);
+    cs_restoreContext();
+    EXPECT_EQ(selection.next(), array.back());
   }
 }
 
-// docs/search.md names the sizes. On both sides of them the same solutions, in the same order.
-TEST_F(SelectionRoomTest, ASearchOverMoreVariablesThanThereIsRoomForFindsTheSame) {
+// What a search does, and what becomes of it when one of its allocations fails.
+struct Told {
+  std::vector<int> met;
+  int choicePoints, fails, reports;
+  CSstatus status;
+  bool operator==(const Told &) const = default;
+};
+
+// Some free variables far apart in an array of so many, among constants.
+class LongArrayTest : public SearchTest {
+ protected:
+  // In a new solver. The first context of the search takes the last place of a block, so that an allocation follows.
+  void make(int size) {
+    TearDown();
+    SetUp();
+    memoryReports = 0;
+    array.assign(static_cast<std::size_t>(size), CSINT(3));
+    for (int i = 0; i < 5; ++i) {
+      free[i] = cs_createCSint(0, 2 + i % 3);
+      array[static_cast<std::size_t>(size - 1) * static_cast<std::size_t>(i) / 4] = free[i];
+    }
+    ASSERT_TRUE(cs_AllNeq(free, 3));
+    ASSERT_TRUE(cs_Lt(free[4], free[3]));
+    ASSERT_TRUE(cs_Eq(free[0], free[4]));
+    leaveRoomForContexts(1);
+  }
+
+  Told search(int size, CSfindFreeVar f, int refused) {
+    make(size);
+    met.clear();
+    const AllocationRule rule(refuseOnly(refused));
+    cs_findAll(array.data(), size, f, [](CSint **, int) {
+      for (CSint *v : free) met.push_back(cs_getValue(v));
+    });
+    allocations = AllocationRule::count();
+    return {met, cs_getNbChoicePoints(), cs_getNbFails(), memoryReports, cs_searchStatus()};
+  }
+  // The function without the room.
+  template <int i>
+  static CSint *plain(CSint **variables, int size) {
+    return kBuiltIn[i](variables, size);
+  }
+  static constexpr CSfindFreeVar kPlain[] = {plain<0>, plain<1>, plain<2>, plain<3>};
+
+  static inline CSint *free[5];
+  static inline std::vector<int> met;
+  int allocations = 0;
+  std::vector<CSint *> array;
+};
+
+// docs/search.md names the sizes. On both sides of them the same tree, whichever allocation fails.
+TEST_F(LongArrayTest, IsSearchedAsTheFunctionAloneWouldHaveIt) {
   EXPECT_EQ(SelectionRoom::kSize, kThreads ? 2048 : 65536);
-  std::vector<CSint *> array(SelectionRoom::kSize - 3, CSINT(3));
-  for (int i = 0; i < 4; ++i) array.push_back(cs_createCSint(i, i + 1 + i % 2));
-  static std::vector<int> met;
-  const auto meet = [](CSint **last, int size) {
-    for (int i = size - 4; i < size; ++i) met.push_back(cs_getValue(last[i]));
-  };
-  for (const CSfindFreeVar f : kBuiltIn) {
-    met.clear();
-    ASSERT_TRUE(cs_findAll(array.data() + 1, SelectionRoom::kSize, f, meet));
-    const std::vector<int> fitting = met;
-    EXPECT_EQ(fitting.size(), 4U * 2 * 3 * 2 * 3);
-    met.clear();
-    ASSERT_TRUE(cs_findAll(array.data(), SelectionRoom::kSize + 1, f, meet));
-    EXPECT_EQ(met, fitting);
+  for (const int size : {2048, 2049, 65536, 65537, 140000}) {
+    for (int i = 0; i < 4; ++i) {
+      const Told plain = search(size, kPlain[i], INT_MAX);
+      const int count = allocations;
+      EXPECT_GT(count, 0);
+      EXPECT_GT(plain.met.size(), 20U);
+      EXPECT_EQ(search(size, kBuiltIn[i], INT_MAX), plain) << size << ", selection " << i;
+      EXPECT_EQ(allocations, count) << "the selection allocates nothing";
+      for (int k = 0; k < count; ++k)
+        EXPECT_EQ(search(size, kBuiltIn[i], k), search(size, kPlain[i], k)) << size << ", " << k;
+    }
   }
 }
 

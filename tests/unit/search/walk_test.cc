@@ -89,6 +89,23 @@ TEST_F(WalkTest, VisitsWhatFindAllVisitsInOneGoOrInMany) {
   }
 }
 
+TEST_F(WalkTest, VisitsWhatFindAllVisitsInALongArray) {
+  post(6);
+  std::vector<CSint *> few(70001, CSINT(3));
+  few.swap(queens);
+  for (std::size_t i = 0; i < few.size(); ++i) queens[i * 14000] = few[i];
+  for (const CSfindFreeVar f : {cs_findFreeVar, cs_findFreeVarNbElements, cs_findFreeVarNbConstraints}) {
+    cs_findAll(queens.data(), size(), f, nullptr);
+    CSwalk *walk = open(f);
+    EXPECT_EQ(cs_goWalk(walk, kNoLimit, false), CS_STATUS_EXHAUSTED);
+    const CSwalkCounts counts = cs_getWalkCounts(walk);
+    EXPECT_EQ(counts.solutions, 4);
+    EXPECT_EQ(counts.fails, cs_getNbFails());
+    EXPECT_EQ(counts.choicePoints, cs_getNbChoicePoints());
+    EXPECT_TRUE(cs_closeWalk(walk));
+  }
+}
+
 TEST_F(WalkTest, CountsSolutionsWithoutStopping) {
   post(6);
   CSwalk *walk = open();

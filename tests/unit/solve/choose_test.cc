@@ -40,12 +40,17 @@ class ChooseTest : public SolverTest {
 
   // The variables in the order in which a search binds them.
   static std::vector<int> orderOfVariables(std::vector<CSint *> vars, const Change &change) {
+    return orderOfVariables(vars, vars, change);
+  }
+  // Of those that are watched.
+  static std::vector<int> orderOfVariables(std::vector<CSint *> watched, std::vector<CSint *> vars,
+                                           const Change &change) {
     static std::vector<int> bound;
     bound.clear();
     const int n = static_cast<int>(vars.size());
     cs_saveContext();
     EXPECT_TRUE(cs_eventKnown(
-        vars.data(), n,
+        watched.data(), static_cast<int>(watched.size()),
         [](int, int index, CSint **, int, void *) {
           bound.push_back(index);
           return true;
@@ -69,6 +74,18 @@ class ChooseTest : public SolverTest {
     return [kind](CSsearchOptions &o) { o.value = kind; };
   }
 };
+
+// Among constants, of which there are more than the words of a set can hold, the same choices as without them.
+TEST_F(ChooseTest, OrdersOfVariablesFarApart) {
+  std::vector<CSint *> few;
+  for (int i = 0; i < 6; ++i) few.push_back(cs_createCSint(i % 3, 4 + i * 5 % 7));
+  ASSERT_TRUE(cs_Lt(few[0], few[4]));
+  std::vector<CSint *> many(10001, CSINT(3));
+  for (std::size_t i = 0; i < few.size(); ++i) many[i * 2000] = few[i];
+  for (const int kind : {CS_ORDER_INPUT, CS_ORDER_SMALLEST, CS_ORDER_LARGEST, CS_ORDER_REGRET, CS_ORDER_DOM_WDEG}) {
+    EXPECT_EQ(orderOfVariables(few, many, order(kind)), orderOfVariables(few, order(kind))) << kind;
+  }
+}
 
 TEST_F(ChooseTest, OrdersOfVariables) {
   CSint *a = cs_createCSint(2, 6);
