@@ -18,7 +18,8 @@ CSint intervalOf(int min, int max) {
           .constraints = nullptr,
           .reportedMin = min,
           .reportedMax = max,
-          .shifted = false};
+          .shifted = false,
+          .easy = false};
 }
 
 CSint *createVariable(int min, int max) {
@@ -44,14 +45,14 @@ CSint *createFromBits(DomainBits *bits) {
   v->min = firstIn(bits);
   v->max = lastIn(bits);
   v->count = wrap(count);
-  v->bits = bits;
+  v->adopt(bits);
   return v;
 }
 
 DomainBuilder::DomainBuilder(CSint *v, Start start) : v_(v) {
   if (v == nullptr) return;
-  v->bits =
-      DomainBits::create(v->min, v->max, start == Start::kFull ? DomainBits::Fill::kAll : DomainBits::Fill::kNone);
+  const auto fill = start == Start::kFull ? DomainBits::Fill::kAll : DomainBits::Fill::kNone;
+  v->adopt(DomainBits::create(v->min, v->max, fill));
   if (v->bits == nullptr) {
     v_ = nullptr;
   } else if (start == Start::kEmpty) {

@@ -15,10 +15,15 @@ namespace koru {
 
 struct EventRecord {
   CSint *variable;
-  Entry *entries;  // of the variable at the time of the change; null when nobody would do anything
+  Entry *entries;  // of the variable at the time of the change
   int value;       // new bound, bound value or removed value
-  EventCode code;
+  int code;        // an EventCode, and the flags below
 };
+
+// Of an event that a sum with a constant has passed on in full to the variable that it has made: it, the variable's
+// oldest constraint, would find nothing to do and is not called; or nobody is.
+constexpr int kWithoutMaker = 8;
+constexpr int kUnheard = 16;
 
 class EventQueue {
  public:

@@ -45,8 +45,8 @@ template <EventCode code>
   return true;
 }
 
-[[gnu::always_inline]] inline bool call(const EventRecord &event, EventCode code, Entry *entry, Arguments arguments) {
-  if constexpr (kLogging) logCall(*entry, event.variable, code, event.value);
+[[gnu::always_inline]] inline bool call(const EventRecord &event, int code, Entry *entry, Arguments arguments) {
+  if constexpr (kLogging) logCall(*entry, event.variable, static_cast<EventCode>(code), event.value);
   const Handler handler = entry->constraint->table->handlers[code];
   if constexpr (kChecked) {
     const check::CallbackRules rules;
@@ -170,7 +170,6 @@ template <bool supervised, EventCode code>
 [[gnu::always_inline]] inline Entry *wake(const EventRecord &event, Arguments arguments, Entry *&listener) {
   constexpr std::uint8_t slot = events(code);
   Entry *entry = event.entries;
-  if (entry == nullptr) return nullptr;
   if (solver::ports.profiling) [[unlikely]]
     return wakeProfiled(event, entry, arguments, listener);
   for (;; entry = entry->next) {
@@ -185,6 +184,24 @@ template <bool supervised, EventCode code>
     }
     if ((entry->heardByOlder & (slot | kHearsConflicts | kKeyed)) == 0) return nullptr;
   }
+}
+
+// The same without the oldest entry, which counts as called.
+template <bool supervised, EventCode code>
+[[gnu::always_inline]] inline Entry *wakeOthers(const EventRecord &event, Arguments arguments, Entry *&listener) {
+  constexpr std::uint8_t slot = events(code);
+  Entry *entry = event.entries;
+  for (; (entry->heardAboveOldest & (slot | kHearsConflicts | kKeyed)) != 0; entry = entry->next) {
+    if ((entry->heard & slot) != 0) {
+      if constexpr (supervised) ++solver::queue.wakings;
+      if (!call(event, code, entry, arguments)) return entry;
+    } else if ((entry->heard & (kHearsConflicts | kKeyed)) != 0) {
+      if ((entry->heard & kKeyed) != 0) return wakeByKeys(event, entry, arguments, listener);
+      if (listener == nullptr) listener = entry;
+    }
+  }
+  if constexpr (supervised) ++solver::queue.wakings;
+  return nullptr;
 }
 
 // What the meter has read of the call that failed is still to be told.
@@ -236,11 +253,13 @@ void fail(Queue &queue, const EventRecord &event, const Entry *failed, Entry *li
   abandon(queue, event.variable, event.code, failed->constraint);
 }
 
-template <bool supervised, EventCode code>
-[[gnu::always_inline]] inline bool handleAs(Queue &queue, const EventRecord &event, Entry *&listener) {
+template <bool supervised, EventCode code, int flags = 0>
+[[gnu::always_inline]] inline bool handleAs(Queue &queue, EventRecord &event, Entry *&listener) {
+  if constexpr (flags != 0) event.code = code;
   Arguments arguments{};
-  if (!open<code>(event, arguments)) return true;
-  const Entry *failed = wake<supervised, code>(event, arguments, listener);
+  if (!open<code>(event, arguments) || flags == kUnheard) return true;
+  const Entry *failed = flags == kWithoutMaker ? wakeOthers<supervised, code>(event, arguments, listener)
+                                               : wake<supervised, code>(event, arguments, listener);
   if (failed == nullptr) [[likely]]
     return true;
   fail(queue, event, failed, listener, arguments);
@@ -250,7 +269,7 @@ template <bool supervised, EventCode code>
 // Written out for each event code, which saves some ten instructions an event and lets the processor learn what follows
 // each. Three loops call it, and the one over plain events must not pay for that: it, and what it calls, are inlined.
 template <bool supervised>
-[[gnu::always_inline]] inline bool handle(Queue &queue, const EventRecord &event, Entry *&listener) {
+[[gnu::always_inline]] inline bool handle(Queue &queue, EventRecord &event, Entry *&listener) {
   switch (event.code) {  // GCOVR_EXCL_BR_LINE: there is no other code
     case kNewMin:
       return handleAs<supervised, kNewMin>(queue, event, listener);
@@ -264,6 +283,22 @@ template <bool supervised>
       return handleAs<supervised, kBound>(queue, event, listener);
     case kRemoved:
       return handleAs<supervised, kRemoved>(queue, event, listener);
+    case kNewMin | kWithoutMaker:
+      return handleAs<supervised, kNewMin, kWithoutMaker>(queue, event, listener);
+    case kNewMax | kWithoutMaker:
+      return handleAs<supervised, kNewMax, kWithoutMaker>(queue, event, listener);
+    case kMinBound | kWithoutMaker:
+      return handleAs<supervised, kMinBound, kWithoutMaker>(queue, event, listener);
+    case kMaxBound | kWithoutMaker:
+      return handleAs<supervised, kMaxBound, kWithoutMaker>(queue, event, listener);
+    case kNewMin | kUnheard:
+      return handleAs<supervised, kNewMin, kUnheard>(queue, event, listener);
+    case kNewMax | kUnheard:
+      return handleAs<supervised, kNewMax, kUnheard>(queue, event, listener);
+    case kMinBound | kUnheard:
+      return handleAs<supervised, kMinBound, kUnheard>(queue, event, listener);
+    case kMaxBound | kUnheard:
+      return handleAs<supervised, kMaxBound, kUnheard>(queue, event, listener);
   }
   return true;  // GCOVR_EXCL_LINE: not reached
 }
@@ -422,8 +457,8 @@ bool propagateNow() {
   return consistent;
 }
 
-[[gnu::cold]] bool enqueueInNextBlock(CSint *v, Entry *entries, EventCode code, int value) {
-  if (solver::events.makeRoom()) return enqueue(v, entries, code, value);
+[[gnu::cold]] bool enqueueInNextBlock(CSint *v, int code, int value) {
+  if (solver::events.makeRoom()) return enqueue(v, code, value);
   solver::queue.untoldUnknown = true;
   return false;
 }

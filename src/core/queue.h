@@ -51,14 +51,14 @@ inline bool changesWait() { return solver::queue.depth > solver::queue.limit; }
 bool propagateNow();
 
 // The same as enqueue, below.
-bool enqueueInNextBlock(CSint *v, Entry *entries, EventCode code, int value);
+bool enqueueInNextBlock(CSint *v, int code, int value);
 
 // Queues an event and, when it is the only one and at a depth within the limit, propagates. False when that fails or
 // memory runs out (reported). Inline down to the record: what narrows calls nothing and saves no registers.
-[[nodiscard]] inline bool enqueue(CSint *v, Entry *entries, EventCode code, int value) {
+[[nodiscard]] inline bool enqueue(CSint *v, int code, int value) {
   if (!solver::events.hasRoom()) [[unlikely]]
-    return enqueueInNextBlock(v, entries, code, value);
-  solver::events.push({v, entries, value, code});
+    return enqueueInNextBlock(v, code, value);
+  solver::events.push({v, v->constraints, value, code});
   if (changesWait() || !solver::events.single()) return true;
   return propagateNow();
 }
@@ -70,7 +70,7 @@ bool enqueueInNextBlock(CSint *v, Entry *entries, EventCode code, int value);
     v->reportedMax = v->max;
     return true;
   }
-  return enqueue(v, v->constraints, code, value);
+  return enqueue(v, code, value);
 }
 
 // Among constraints that do nothing at an event, none of the host's is told of it, nor will a profiler be that the host
@@ -84,24 +84,31 @@ inline bool canBeUnheard() { return !solver::ports.profiling && !solver::queue.h
   if (newest == nullptr ||
       ((newest->heardFromHere() & (events(kRemoved) | kHearsConflicts | kKeyed)) == 0 && canBeUnheard()))
     return true;
-  return enqueue(v, v->constraints, kRemoved, value);
+  return enqueue(v, kRemoved, value);
 }
 
 // A sum with a constant that passes a change on to the variable that it has made would be told of it in turn, and find
-// nothing to do. When nobody else hears such an event, a removal is not queued, and a bound's event has no entries: it
-// only brings the last-reported bound up to date, in its turn. This saves some 80 instructions an event.
+// nothing to do: it is not called. When nobody else hears such an event, a removal is not queued, and a bound's event
+// only brings the last-reported bound up to date, in its turn. This saves some 30 instructions a call, 80 an event.
+inline bool heardByOthers(const CSint *v, EventCode code) {
+  return (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts | kKeyed)) != 0;
+}
 inline bool onlyMakerHears(const CSint *v, EventCode code) {
-  return v->shifted && (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts | kKeyed)) == 0 &&
-         canBeUnheard();
+  return v->shifted && !heardByOthers(v, code) && canBeUnheard();
+}
+
+// The code of the event, of a variable that has been shifted, and its flags.
+inline int codeByMaker(const CSint *v, EventCode code) {
+  if (!canBeUnheard()) return code;
+  return code | (heardByOthers(v, code) ? kWithoutMaker : kUnheard);
 }
 
 [[nodiscard]] inline bool signalByMaker(CSint *v, EventCode code, int value) {
-  if (v->constraints != nullptr && onlyMakerHears(v, code)) return enqueue(v, nullptr, code, value);
-  return signal(v, code, value);
+  return v->shifted ? enqueue(v, codeByMaker(v, code), value) : signal(v, code, value);
 }
 
 [[nodiscard]] inline bool signalRemovedByMaker(CSint *v, int value) {
-  return (v->constraints != nullptr && onlyMakerHears(v, kRemoved)) || signalRemoved(v, value);
+  return onlyMakerHears(v, kRemoved) || signalRemoved(v, value);
 }
 
 // Runs the loop, and those on the agenda (core/agenda) whenever it comes to its end. A failure shows only in the

@@ -30,6 +30,12 @@ struct alignas(64) CSint {
   int reportedMax;
   bool shifted;  // its oldest constraint is the sum with a constant that made it, and undoes itself at none of its
                  // events
+  bool easy;     // it has bits, all in one word, and the processor counts them by an instruction
+
+  void adopt(koru::DomainBits *made) {
+    bits = made;
+    easy = made != nullptr && made->isOneWord() && koru::countsByInstruction();
+  }
 };
 
 namespace koru {

@@ -10,6 +10,8 @@
 // only where the difference is no int.
 #include "constraints/arith/sum.h"
 
+#include "core/follow.h"
+
 namespace koru::sum {
 
 struct Sum {
@@ -131,23 +133,36 @@ struct ShiftRules : Shift {
   }
 
   static bool newMin(ShiftRules &c, const Event &e) {
-    if (e.var == c.x) return raiseS(c.s, Math::add(c.x->min, c.k)) && Math::subWrapping(c.s->max, c.x->min) >= c.k;
+    if (e.var == c.x) {
+      const int bound = Math::add(c.x->min, c.k);
+      return (madeS && followMin(c.s, bound)) || (raiseS(c.s, bound) && Math::subWrapping(c.s->max, c.x->min) >= c.k);
+    }
     if (constantFirst && Math::sub(c.s->min, c.x->max) > c.k) return false;
-    return raiseX(c.x, Math::sub(c.s->min, c.k)) && (constantFirst || Math::sub(c.s->min, c.x->max) <= c.k);
+    const int bound = Math::sub(c.s->min, c.k);
+    if (madeX && followMin(c.x, bound)) return true;
+    return raiseX(c.x, bound) && (constantFirst || Math::sub(c.s->min, c.x->max) <= c.k);
   }
 
   static bool newMax(ShiftRules &c, const Event &e) {
-    if (e.var == c.x) return lowerS(c.s, Math::add(c.x->max, c.k)) && Math::sub(c.s->min, c.x->max) <= c.k;
+    if (e.var == c.x) {
+      const int bound = Math::add(c.x->max, c.k);
+      return (madeS && followMax(c.s, bound)) || (lowerS(c.s, bound) && Math::sub(c.s->min, c.x->max) <= c.k);
+    }
     if (constantFirst && Math::sub(c.s->max, c.x->min) < c.k) return false;
-    return lowerX(c.x, Math::sub(c.s->max, c.k)) && (constantFirst || Math::sub(c.s->max, c.x->min) >= c.k);
+    const int bound = Math::sub(c.s->max, c.k);
+    if (madeX && followMax(c.x, bound)) return true;
+    return lowerX(c.x, bound) && (constantFirst || Math::sub(c.s->max, c.x->min) >= c.k);
   }
 
   static bool bound(ShiftRules &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
 
   static bool removed(ShiftRules &c, const Event &e) {
     const int w = e.newValue;
-    if (e.var == c.x)
+    if (e.var == c.x) {
+      if (madeS && followRemoved(c.s, Math::add(c.k, w))) return true;
       return (!isBound(c.s) || Math::sub(valueOf(c.s), w) != c.k) && removeFromS(c.s, Math::add(c.k, w));
+    }
+    if (madeX && followRemoved(c.x, Math::sub(w, c.k))) return true;
     const auto leavesConstant = [&] { return !isBound(c.x) || Math::sub(w, valueOf(c.x)) != c.k; };
     if (!constantFirst && !leavesConstant()) return false;
     return removeFromX(c.x, Math::sub(w, c.k)) && (!constantFirst || leavesConstant());
