@@ -21,7 +21,7 @@ void release(Constraint *c) {
 Entry *unlinkNewest(CSint *v) {
   Entry *entry = v->constraints;
   v->constraints = entry->next;
-  if (v->constraints == nullptr) v->shifted = false;
+  if (v->constraints == nullptr) setTrait(v, kShifted, false);
   return entry;
 }
 

@@ -18,8 +18,7 @@ CSint intervalOf(int min, int max) {
           .constraints = nullptr,
           .reportedMin = min,
           .reportedMax = max,
-          .shifted = false,
-          .easy = false};
+          .traits = 0};
 }
 
 CSint *createVariable(int min, int max) {
@@ -45,14 +44,14 @@ CSint *createFromBits(DomainBits *bits) {
   v->min = firstIn(bits);
   v->max = lastIn(bits);
   v->count = wrap(count);
-  v->adopt(bits);
+  setBits(v, bits);
   return v;
 }
 
 DomainBuilder::DomainBuilder(CSint *v, Start start) : v_(v) {
   if (v == nullptr) return;
   const auto fill = start == Start::kFull ? DomainBits::Fill::kAll : DomainBits::Fill::kNone;
-  v->adopt(DomainBits::create(v->min, v->max, fill));
+  setBits(v, DomainBits::create(v->min, v->max, fill));
   if (v->bits == nullptr) {
     v_ = nullptr;
   } else if (start == Start::kEmpty) {

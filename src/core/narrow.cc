@@ -79,7 +79,7 @@ template <By by>
 template <By by>
 [[gnu::always_inline]] inline bool raiseMinAmongHoles(CSint *v, int bound) {
   const DomainBits *bits = v->bits;
-  if (!v->easy) return raiseMinByWords<by>(v, bound);
+  if (!has(v, kEasy)) return raiseMinByWords<by>(v, bound);
   const std::uint64_t kept = bits->onlyWordFrom(bound);
   const int gone = countByInstruction(bits->onlyWordFrom(v->min) ^ kept);
   return moveMin<by>(v, bound, lowest(bits, kept), wrapSub(v->count, gone));
@@ -88,7 +88,7 @@ template <By by>
 template <By by>
 [[gnu::always_inline]] inline bool lowerMaxAmongHoles(CSint *v, int bound) {
   const DomainBits *bits = v->bits;
-  if (!v->easy) return lowerMaxByWords<by>(v, bound);
+  if (!has(v, kEasy)) return lowerMaxByWords<by>(v, bound);
   const std::uint64_t kept = bits->onlyWordUpTo(bound);
   const int gone = countByInstruction(bits->onlyWordUpTo(v->max) ^ kept);
   return moveMax<by>(v, bound, highest(bits, kept), wrapSub(v->count, gone));
@@ -105,13 +105,13 @@ template <By by>
 
 [[gnu::always_inline]] inline bool removeMinAmongHoles(CSint *v) {
   const DomainBits *bits = v->bits;
-  if (!v->easy) return removeMinByWords(v);
+  if (!has(v, kEasy)) return removeMinByWords(v);
   return moveMin(v, lowest(bits, bits->onlyWordFrom(v->min + 1)), wrapSub(v->count, 1));
 }
 
 [[gnu::always_inline]] inline bool removeMaxAmongHoles(CSint *v) {
   const DomainBits *bits = v->bits;
-  if (!v->easy) return removeMaxByWords(v);
+  if (!has(v, kEasy)) return removeMaxByWords(v);
   return moveMax(v, highest(bits, bits->onlyWordUpTo(v->max - 1)), wrapSub(v->count, 1));
 }
 
@@ -138,7 +138,7 @@ template <By by>
 
 // For the first hole: an interval's bits, over all that the variable ever held.
 bool makeBits(CSint *v) {
-  v->adopt(DomainBits::create(v->initialMin, v->initialMax, DomainBits::Fill::kAll));
+  setBits(v, DomainBits::create(v->initialMin, v->initialMax, DomainBits::Fill::kAll));
   return v->bits != nullptr;
 }
 

@@ -16,7 +16,7 @@ namespace koru {
 [[nodiscard]] bool removeInside(CSint *v, int value);  // value within the bounds
 [[nodiscard]] bool removeHeld(CSint *v, int value);    // a value that v holds, with a count that may be wrong
 
-// The same by the sum with a constant that has made v (CSint::shifted), when it passes a change of its other variable
+// The same by the sum with a constant that has made v (kShifted), when it passes a change of its other variable
 // on in full: not told of it again (core/queue).
 [[nodiscard]] bool raiseMinByMaker(CSint *v, int bound);
 [[nodiscard]] bool lowerMaxByMaker(CSint *v, int bound);

@@ -94,17 +94,17 @@ inline bool heardByOthers(const CSint *v, EventCode code) {
   return (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts | kKeyed)) != 0;
 }
 inline bool onlyMakerHears(const CSint *v, EventCode code) {
-  return v->shifted && !heardByOthers(v, code) && canBeUnheard();
+  return has(v, kShifted) && !heardByOthers(v, code) && canBeUnheard();
 }
 
-// The code of the event, of a variable that has been shifted, and its flags.
+// The code of the event with its flags, of a variable that has been shifted, while an event can be unheard.
 inline int codeByMaker(const CSint *v, EventCode code) {
-  if (!canBeUnheard()) return code;
-  return code | (heardByOthers(v, code) ? kWithoutMaker : kUnheard);
+  return heardByOthers(v, code) ? code | kWithoutMaker : code | kUnheard;
 }
 
 [[nodiscard]] inline bool signalByMaker(CSint *v, EventCode code, int value) {
-  return v->shifted ? enqueue(v, codeByMaker(v, code), value) : signal(v, code, value);
+  if (!has(v, kShifted) || !canBeUnheard()) return signal(v, code, value);
+  return enqueue(v, codeByMaker(v, code), value);
 }
 
 [[nodiscard]] inline bool signalRemovedByMaker(CSint *v, int value) {

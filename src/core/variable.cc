@@ -13,7 +13,7 @@ namespace koru {
 void destroyDomain(CSint &v) {
   DomainBits::destroy(v.bits);
   deallocate(v.name);
-  v.adopt(nullptr);
+  setBits(&v, nullptr);
   v.name = nullptr;
 }
 

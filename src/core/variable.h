@@ -28,17 +28,28 @@ struct alignas(64) CSint {
   koru::Entry *constraints;  // newest first
   int reportedMin;           // the bounds as handlers last saw them
   int reportedMax;
-  bool shifted;  // its oldest constraint is the sum with a constant that made it, and undoes itself at none of its
-                 // events
-  bool easy;     // it has bits, all in one word, and the processor counts them by an instruction
-
-  void adopt(koru::DomainBits *made) {
-    bits = made;
-    easy = made != nullptr && made->isOneWord() && koru::countsByInstruction();
-  }
+  std::uint8_t traits;  // koru::Trait
 };
 
 namespace koru {
+
+// In one place, so that one comparison tells of both.
+enum Trait : std::uint8_t {
+  kShifted =
+      1,      // its oldest constraint is the sum with a constant that made it, and undoes itself at none of its events
+  kEasy = 2,  // it has bits, all in one word, and the processor counts them by an instruction
+};
+inline bool has(const CSint *v, Trait trait) { return (v->traits & trait) != 0; }
+inline bool isShiftedEasily(const CSint *v) { return v->traits == (kShifted | kEasy); }
+inline void setTrait(CSint *v, Trait trait, bool on) {
+  v->traits = static_cast<std::uint8_t>(on ? v->traits | trait : v->traits & ~trait);
+}
+
+// Gives v its bits, or none.
+inline void setBits(CSint *v, DomainBits *bits) {
+  v->bits = bits;
+  setTrait(v, kEasy, bits != nullptr && bits->isOneWord() && countsByInstruction());
+}
 
 // Frees the bit array and the name.
 void destroyDomain(CSint &v);

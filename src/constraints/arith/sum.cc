@@ -132,37 +132,38 @@ struct ShiftRules : Shift {
     return !contains(x, w) || (madeX ? removeHeldByMaker(x, w) : removeHeld(x, w));
   }
 
+  // As it mostly is: the one variable leads, and the one that was made follows.
+  bool leads(const CSint *changed) const { return (madeS && changed == x) || (madeX && changed == s); }
+  CSint *follower() const { return madeS ? s : x; }
+  int shifted(int value) const { return madeS ? value + k : value - k; }
+
   static bool newMin(ShiftRules &c, const Event &e) {
-    if (e.var == c.x) {
-      const int bound = Math::add(c.x->min, c.k);
-      return (madeS && followMin(c.s, bound)) || (raiseS(c.s, bound) && Math::subWrapping(c.s->max, c.x->min) >= c.k);
-    }
-    if (constantFirst && Math::sub(c.s->min, c.x->max) > c.k) return false;
-    const int bound = Math::sub(c.s->min, c.k);
-    if (madeX && followMin(c.x, bound)) return true;
-    return raiseX(c.x, bound) && (constantFirst || Math::sub(c.s->min, c.x->max) <= c.k);
+    return (c.leads(e.var) && followMin(c.follower(), c.shifted(e.var->min))) || anyNewMin(c, e.var);
   }
-
   static bool newMax(ShiftRules &c, const Event &e) {
-    if (e.var == c.x) {
-      const int bound = Math::add(c.x->max, c.k);
-      return (madeS && followMax(c.s, bound)) || (lowerS(c.s, bound) && Math::sub(c.s->min, c.x->max) <= c.k);
-    }
-    if (constantFirst && Math::sub(c.s->max, c.x->min) < c.k) return false;
-    const int bound = Math::sub(c.s->max, c.k);
-    if (madeX && followMax(c.x, bound)) return true;
-    return lowerX(c.x, bound) && (constantFirst || Math::sub(c.s->max, c.x->min) >= c.k);
+    return (c.leads(e.var) && followMax(c.follower(), c.shifted(e.var->max))) || anyNewMax(c, e.var);
+  }
+  static bool bound(ShiftRules &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
+  static bool removed(ShiftRules &c, const Event &e) {
+    return (c.leads(e.var) && followRemoved(c.follower(), c.shifted(e.newValue))) || anyRemoved(c, e.var, e.newValue);
   }
 
-  static bool bound(ShiftRules &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
+  // In functions of their own, lest the above save registers for them.
+  [[gnu::noinline]] static bool anyNewMin(ShiftRules &c, const CSint *changed) {
+    if (changed == c.x) return raiseS(c.s, Math::add(c.x->min, c.k)) && Math::subWrapping(c.s->max, c.x->min) >= c.k;
+    if (constantFirst && Math::sub(c.s->min, c.x->max) > c.k) return false;
+    return raiseX(c.x, Math::sub(c.s->min, c.k)) && (constantFirst || Math::sub(c.s->min, c.x->max) <= c.k);
+  }
 
-  static bool removed(ShiftRules &c, const Event &e) {
-    const int w = e.newValue;
-    if (e.var == c.x) {
-      if (madeS && followRemoved(c.s, Math::add(c.k, w))) return true;
+  [[gnu::noinline]] static bool anyNewMax(ShiftRules &c, const CSint *changed) {
+    if (changed == c.x) return lowerS(c.s, Math::add(c.x->max, c.k)) && Math::sub(c.s->min, c.x->max) <= c.k;
+    if (constantFirst && Math::sub(c.s->max, c.x->min) < c.k) return false;
+    return lowerX(c.x, Math::sub(c.s->max, c.k)) && (constantFirst || Math::sub(c.s->max, c.x->min) >= c.k);
+  }
+
+  [[gnu::noinline]] static bool anyRemoved(ShiftRules &c, const CSint *changed, int w) {
+    if (changed == c.x)
       return (!isBound(c.s) || Math::sub(valueOf(c.s), w) != c.k) && removeFromS(c.s, Math::add(c.k, w));
-    }
-    if (madeX && followRemoved(c.x, Math::sub(w, c.k))) return true;
     const auto leavesConstant = [&] { return !isBound(c.x) || Math::sub(w, valueOf(c.x)) != c.k; };
     if (!constantFirst && !leavesConstant()) return false;
     return removeFromX(c.x, Math::sub(w, c.k)) && (!constantFirst || leavesConstant());
@@ -246,7 +247,7 @@ static CSint *attachShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, 
 
 static CSint *attachExactShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
   CSint *attached = attachShift<Exact>(posting, sum, z, x, y);
-  if (attached != nullptr) z->shifted = true;
+  if (attached != nullptr) setTrait(z, kShifted, true);
   return attached;
 }
 

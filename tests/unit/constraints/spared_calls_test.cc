@@ -25,8 +25,7 @@ enum class Has { kCounts, kShifts, kBoth };
 class Program {
  public:
   // Whether contexts are also accepted while others are open, which leaves quirks that are to stay the same.
-  Program(int seed, Has has, bool accepts)
-      : random_(static_cast<std::uint64_t>(seed)), has_(has), accepts_(accepts) {}
+  Program(int seed, Has has, bool accepts) : random_(static_cast<std::uint64_t>(seed)), has_(has), accepts_(accepts) {}
 
   std::vector<int> run() {
     all_.reserve(40);  // an all-different keeps the pointer

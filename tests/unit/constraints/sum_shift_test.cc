@@ -104,7 +104,7 @@ TEST_F(SumShiftTest, ItsEventsBringTheToldBoundsUpToDateInTheirTurn) {
   CSint *const failing = cs_createCSint(0, 99);
   ASSERT_TRUE(cs_Le(x, failing));
   CSint *z = cs_Add(x, CSINT(3));
-  EXPECT_TRUE(z->shifted);
+  EXPECT_TRUE(has(z, kShifted));
   ASSERT_TRUE(cs_GE(x, 4) && cs_LE(x, 90));
   EXPECT_EQ(z->reportedMin, 7);
   EXPECT_EQ(z->reportedMax, 93);
@@ -130,12 +130,12 @@ TEST_F(SumShiftTest, IsOnesOwnOnlyWhileAttachedAndFarFromTheEndsOfTheInts) {
   CSint *x = cs_createCSint(0, 9);
   cs_saveContext();
   CSint *z = cs_Sub(x, CSINT(3));
-  EXPECT_TRUE(z->shifted);
-  EXPECT_FALSE(x->shifted);
+  EXPECT_TRUE(has(z, kShifted));
+  EXPECT_FALSE(has(x, kShifted));
   cs_restoreContext();
-  EXPECT_FALSE(z->shifted);
-  EXPECT_FALSE(cs_Add(x, CSINT(1 << 29))->shifted);
-  EXPECT_FALSE(cs_Add(cs_createCSint(INT_MIN, 0), CSINT(1))->shifted);
+  EXPECT_FALSE(has(z, kShifted));
+  EXPECT_FALSE(has(cs_Add(x, CSINT(1 << 29)), kShifted));
+  EXPECT_FALSE(has(cs_Add(cs_createCSint(INT_MIN, 0), CSINT(1)), kShifted));
 }
 
 // An operand that the posting found bound may become free again: then it has the rules of any other.
