@@ -114,6 +114,27 @@ TEST_F(SumShiftTest, ItsEventsBringTheToldBoundsUpToDateInTheirTurn) {
   EXPECT_EQ(z->reportedMin, reported);
 }
 
+// Where the short way finds no room for its record or event, it leaves the change to the long one.
+TEST_F(SumShiftTest, GoesOnInTheNextBlockOfEventsAndOfRecords) {
+  constexpr int kBlock = 1024;
+  for (int room = 0; room < 8; ++room) {
+    cs_end();
+    cs_init();
+    CSint *x = cs_createCSint(0, 19);
+    CSint *const made[] = {cs_Add(x, CSINT(3)), cs_Sub(x, CSINT(-3)), cs_Add(CSINT(3), x), cs_Sub(x, CSINT(-3))};
+    ASSERT_TRUE(cs_NEQ(x, 10));
+    cs_saveContext();
+    while ((solver::trail.count() + room) % kBlock != 0) cs_backtrack(x, 0, nullptr);
+    solver::events.startWithRoom(room);
+    cs_saveContext();
+    ASSERT_TRUE(cs_NEQ(x, 12) && cs_GE(x, 9) && cs_LE(x, 13));
+    for (CSint *z : made) EXPECT_EQ(values(z), (std::vector{12, 14, 16})) << "room for " << room;
+    cs_restoreContext();
+    for (CSint *z : made) EXPECT_EQ(values(z), without(range(3, 22), 13)) << "room for " << room;
+    cs_restoreContext();
+  }
+}
+
 TEST_F(SumShiftTest, HolesOfTheMadeVariableReachTheOther) {
   CSint *x = cs_createCSint(0, 9);
   CSint *z = cs_Add(x, CSINT(10));
