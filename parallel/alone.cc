@@ -7,9 +7,8 @@ namespace koru::parallel {
 
 // Whether a solution stands.
 static bool go(Ground &ground, bool stops) {
-  cs_initErr();
   const CSstatus status = cs_goWalk(ground.walk(), LLONG_MAX, stops);
-  if (status == CS_STATUS_MEMORY) ground.noteMemory();
+  if (status == CS_STATUS_MEMORY) ground.failOfMemory();
   return status == CS_STATUS_SOLUTION;
 }
 

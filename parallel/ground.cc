@@ -22,13 +22,13 @@ static unsigned long long digestOf(const Task &task) {
 Ground::Ground(const Task &task) : task_(task) {
   if (task.mode == Mode::kMinimize && task.cost == nullptr) return;
   cs_initErr();
-  if (!open() || task.isObject()) return;
-  digest_ = digestOf(task);
-  if (task.mode != Mode::kMinimize) return;
+  if (!open() || task.mode != Mode::kMinimize) return;
   close();
   root_ = cs_saveContext();
   open();
 }
+
+unsigned long long Ground::digest() const { return task_.isObject() ? digest_ : digestOf(task_); }
 
 Ground::~Ground() { cs_closeWalk(walk_); }
 
@@ -65,8 +65,10 @@ void Ground::noteConstraint() {
   if (std::strcmp(name, "cs_VarElement") == 0) failure_ += " (cs_VarElementOf has no such memory)";
 }
 
+void Ground::failOfMemory() { failure_ = "memory is exhausted"; }
+
 void Ground::noteMemory() {
-  if (cs_getErr() == CS_ERR_MEMORY) failure_ = "memory is exhausted";
+  if (cs_getErr() == CS_ERR_MEMORY) failOfMemory();
 }
 
 bool Ground::goTo(const Piece &piece) {

@@ -54,8 +54,8 @@ class Ground {
   // refuses, failure() says so.
   bool ready() const { return walk_ != nullptr; }
   CSwalk *walk() const { return walk_; }
-  // Of the model as it was at the beginning, as far as it is labelled.
-  unsigned long long digest() const { return digest_; }
+  // Of the model as it is at the beginning, as far as it is labelled; to be asked for before anything else.
+  unsigned long long digest() const;
 
   // False when that cannot be: failure() says how.
   bool goTo(const Piece &piece);
@@ -75,15 +75,16 @@ class Ground {
   // Choice points and fails that a cancel counts are in the counts then.
   bool end(const Ending &ending);
   const std::string &failure() const { return failure_; }
-  void noteMemory();  // a failure when memory is exhausted, as the error code tells
+  void failOfMemory();
 
  private:
+  void noteMemory();  // a failure when the error code tells of it
   bool open();
   void close();
   void noteConstraint();  // a failure when there is one that a walk refuses
 
   Task task_;
-  unsigned long long digest_ = 0;
+  unsigned long long digest_ = 0;  // of a search object
   CSwalk *walk_ = nullptr;
   long long triedBefore_ = 0;  // by walks that are closed
   int root_ = 0;               // the context that a minimisation opens; 0 when it is closed again

@@ -10,7 +10,8 @@ namespace koru::parallel {
 
 constexpr int kMostWorking = 16;  // with more processes the first one only leads
 constexpr int kPiecesAskedFor = 4;
-constexpr double kAlone = 2;  // seconds after which it works all the same
+constexpr double kAlone = 2;    // seconds after which it works all the same
+constexpr double kLook = 0.01;  // part of the patience between two looks at who is silent
 
 Leader::Leader(Ground &ground, Transport &transport, Mail &mail, const Pace &pace, Wishes wishes)
     : ground_(ground),
@@ -23,8 +24,10 @@ Leader::Leader(Ground &ground, Transport &transport, Mail &mail, const Pace &pac
       peers_(static_cast<std::size_t>(transport.size())),
       began_(transport.seconds()),
       progressTold_(began_),
-      saved_(began_) {
-  if (transport.size() <= kMostWorking) peers_[0].state = Peer::kIdle;
+      saved_(began_),
+      watched_(began_),
+      digest_(ground.digest()) {
+  if (transport.size() <= kMostWorking) put(0, Peer::kIdle);
 }
 
 bool Leader::fail(const std::string &why) {
@@ -43,30 +46,42 @@ void Leader::sendAll(Letter letter, const Writer &rest) const {
 }
 
 int Leader::holderOf(long long assignment) const {
-  for (std::size_t i = 0; i < peers_.size(); ++i)
-    if (peers_[i].state == Peer::kBusy && peers_[i].assignment == assignment) return static_cast<int>(i);
-  return -1;
+  const auto holder = holders_.find(assignment);
+  return holder != holders_.end() ? holder->second : -1;
+}
+
+// There may be thousands of them: what is asked after each message is not looked for among all.
+void Leader::put(int who, Peer::State state, long long assignment) {
+  Peer &peer = peers_[static_cast<std::size_t>(who)];
+  if (peer.state == Peer::kAbsent) ++present_;
+  if (peer.state == Peer::kBusy) holders_.erase(peer.assignment);
+  if (state == Peer::kBusy) holders_[assignment] = who;
+  if (state == Peer::kIdle) {
+    idle_.insert(who);
+  } else {
+    idle_.erase(who);
+  }
+  peer.state = state;
+  peer.assignment = assignment;
 }
 
 // ----- what the others say
 
 void Leader::handle(const Message &m) {
   Reader in(m.bytes);
-  Peer &peer = peers_[static_cast<std::size_t>(m.from)];
-  peer.heard = transport_.seconds();
+  peers_[static_cast<std::size_t>(m.from)].heard = transport_.seconds();
   if (static_cast<Letter>(in.number()) == Letter::kHello) {
-    peer.state = Peer::kIdle;
-    if (in.number() != ground_.digest())
-      why_ = "process " + std::to_string(m.from) + " has another model than process 0";
+    put(m.from, Peer::kIdle);
+    if (in.number() != digest_) why_ = "process " + std::to_string(m.from) + " has another model than process 0";
     return;
   }
   apply(m.from, in.report());
 }
 
 void Leader::apply(int from, const Report &report) {
-  Peer &peer = peers_[static_cast<std::size_t>(from)];
+  const Peer &peer = peers_[static_cast<std::size_t>(from)];
   const bool current = peer.state == Peer::kBusy && peer.assignment == report.assignment;
-  if (peer.state == Peer::kSilent || (current && report.finished)) peer.state = Peer::kIdle;
+  if (peer.state == Peer::kSilent || (current && report.finished)) put(from, Peer::kIdle);
   if (current)
     note(from, report.finished ? Timeline::What::kEnds : Timeline::What::kReports, report.counts.choicePoints);
   std::vector<long long> dropped;
@@ -84,7 +99,7 @@ void Leader::drop(long long assignment) {
   const int holder = holderOf(assignment);
   if (holder < 0) return;
   note(holder, Timeline::What::kEnds);
-  peers_[static_cast<std::size_t>(holder)].state = Peer::kIdle;
+  put(holder, Peer::kIdle);
   Writer out;
   out.integer(assignment);
   if (holder > 0) {
@@ -164,10 +179,10 @@ bool Leader::tellObject(const Steps &path) {
 
 void Leader::dropAll() {
   worker_.drop();
-  for (std::size_t i = 0; i < peers_.size(); ++i) {
-    if (peers_[i].state != Peer::kBusy) continue;
-    peers_[i].state = Peer::kIdle;
-    note(static_cast<int>(i), Timeline::What::kEnds);
+  while (!holders_.empty()) {
+    const int who = holders_.begin()->second;
+    put(who, Peer::kIdle);
+    note(who, Timeline::What::kEnds);
   }
 }
 
@@ -229,7 +244,8 @@ bool Leader::tell() {
 void Leader::give(int to) {
   const Piece *piece = pieces_.assign(++lastAssignment_);
   note(to, Timeline::What::kBegins);
-  peers_[static_cast<std::size_t>(to)] = {Peer::kBusy, lastAssignment_, transport_.seconds()};
+  put(to, Peer::kBusy, lastAssignment_);
+  peers_[static_cast<std::size_t>(to)].heard = transport_.seconds();
   if (to == 0) return worker_.begin(lastAssignment_, *piece);
   Writer out;
   out.integer(lastAssignment_);
@@ -241,16 +257,13 @@ void Leader::give(int to) {
 void Leader::handOut() {
   const auto reached = [](const Peer &p) { return p.state == Peer::kIdle || p.state == Peer::kBusy; };
   const bool alone = std::ranges::none_of(peers_, reached) && transport_.seconds() - began_ > kAlone;
-  if (alone) peers_[0].state = Peer::kIdle;
-  for (std::size_t i = 0; i < peers_.size() && pieces_.queued() > 0; ++i)
-    if (peers_[i].state == Peer::kIdle) give(static_cast<int>(i));
+  if (alone) put(0, Peer::kIdle);
+  while (!idle_.empty() && pieces_.queued() > 0) give(*idle_.begin());
 }
 
 // As many pieces are to be queued as there are processes.
 void Leader::ask() {
-  if (pieces_.queued() >= peers_.size()) return;
-  const auto working = std::ranges::count_if(peers_, [](const Peer &p) { return p.state != Peer::kAbsent; });
-  if (working < 2) return;
+  if (pieces_.queued() >= peers_.size() || present_ < 2) return;
   while (const auto assignment = pieces_.toAsk()) {
     const int holder = holderOf(*assignment);
     if (holder == 0) {
@@ -266,12 +279,14 @@ void Leader::ask() {
 
 void Leader::watch() {
   const double now = transport_.seconds();
+  if (now - watched_ < pace_.patience * kLook) return;
+  watched_ = now;
   for (std::size_t i = 1; i < peers_.size(); ++i) {
-    Peer &peer = peers_[i];
+    const Peer &peer = peers_[i];
     if (peer.state != Peer::kBusy || now - peer.heard < pace_.patience) continue;
-    peer.state = Peer::kSilent;
-    note(static_cast<int>(i), Timeline::What::kSilent);
     pieces_.takeBack(peer.assignment);
+    put(static_cast<int>(i), Peer::kSilent);
+    note(static_cast<int>(i), Timeline::What::kSilent);
     transport_.noteLost();
     lost_ = true;
   }

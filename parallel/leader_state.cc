@@ -38,7 +38,7 @@ void Leader::keep() {
 
 std::string Leader::state() const {
   Writer out;
-  out.number(ground_.digest());
+  out.number(digest_);
   out.number(result_ ? 1 : 0);
   out.integer(told_);
   out.counts(counts_);
@@ -51,7 +51,7 @@ std::string Leader::state() const {
 
 bool Leader::restore(const std::string &state) {
   Reader in(state);
-  if (in.number() != ground_.digest()) return fail("it is of another model");
+  if (in.number() != digest_) return fail("it is of another model");
   result_ = in.number() != 0;
   told_ = in.integer();
   counts_ = in.counts();

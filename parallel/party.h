@@ -4,6 +4,8 @@
 #pragma once
 
 #include <functional>
+#include <set>
+#include <unordered_map>
 
 #include "parallel/pieces.h"
 #include "parallel/timeline.h"
@@ -93,6 +95,7 @@ class Leader {
   void ask();
   void watch();
   int holderOf(long long assignment) const;
+  void put(int who, Peer::State state, long long assignment = 0);
   bool fail(const std::string &why);
   void send(int to, Letter letter, const Writer &rest) const;
   void sendAll(Letter letter, const Writer &rest) const;
@@ -105,8 +108,12 @@ class Leader {
   Wishes wishes_;
   Pieces pieces_;
   std::vector<Peer> peers_;
+  std::set<int> idle_;                          // of them
+  std::unordered_map<long long, int> holders_;  // of assignments: those that are busy
+  int present_ = 0;                             // that were ever heard of
   double began_;
-  double progressTold_, saved_;
+  double progressTold_, saved_, watched_;
+  unsigned long long digest_;  // of the model
   long long lastAssignment_ = 0;
   std::vector<int> bounds_;       // of the passes that have begun, but for the first one
   std::vector<Solution> passed_;  // solutions of a search object: that were improved, or the last one

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // How searches of many processes scale: the events of 10 to 10,000 of them, simulated.
 //
-//   koru_scaling [SECONDS [PROCESSES...]]
+//   koru_scaling [--in-all] [--free] [--least MILLISECONDS] [SECONDS [PROCESSES...]]
 //
-// SECONDS of work for each process (40), in a tree with the shape of a measured one. The first process is the real one
-// as far as pieces and messages go: they are packed, unpacked, kept and looked for by the code of koru_mpi, and what
-// that takes here is what it takes in the simulation. Assumed are the costs of a message and of a way to a piece.
+// SECONDS of work for each process (40), or in all, in a tree with the shape of a measured one. With --free the first
+// process takes no time at all, which no tree of leaders could better; --least is the least piece that is given away,
+// where that is not to be what koru_mpi makes of the number of processes. Else the first process is the real one as far
+// as pieces and messages go: they are packed, unpacked, kept and looked for by the code of koru_mpi, and what that
+// takes here is what it takes in the simulation. Assumed are the costs of a message and of a way to a piece.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <queue>
+#include <string_view>
 
 #include "parallel/pieces.h"
 #include "worker.h"
@@ -32,7 +35,8 @@ constexpr double kMessage = 1e-6;      // to send or to take one
 constexpr double kLevel = 10e-6;       // of the way to a piece
 constexpr double kSlice = 0.0005;      // after which a process looks at its messages
 constexpr double kLeastPiece = 0.001;  // that is given away, with up to 256 processes
-constexpr double kRetry = 0.002;       // after which one that had nothing to give looks again (in truth: kSlice)
+constexpr double kRetry =
+    0.002;  // after which, at the soonest, one that had nothing to give looks again (in truth: kSlice)
 constexpr int kAskedFor = 4;
 
 double processorSeconds() {
@@ -55,11 +59,20 @@ struct Event {
   bool operator<(const Event &other) const { return at != other.at ? at > other.at : serial > other.serial; }
 };
 
+struct Options {
+  double seconds = 40;
+  bool inAll = false;
+  bool isFree = false;
+  double least = 0;  // 0: as koru_mpi does
+  std::vector<int> processes;
+};
+
 class Simulation {
  public:
-  Simulation(const Tree &tree, int processes)
+  Simulation(const Tree &tree, int processes, const Options &options)
       : interval_(std::max(0.05, 5e-4 * processes)),
-        least_(kLeastPiece * std::max(1.0, processes / 256.0)),
+        least_(options.least > 0 ? options.least : kLeastPiece * std::max(1.0, processes / 256.0)),
+        isFree_(options.isFree),
         processes_(static_cast<std::size_t>(processes), Process{Worker(tree)}) {
     push({0, Event::kLead, 0, 0});
   }
@@ -119,7 +132,8 @@ class Simulation {
   void setDue(int who) {
     Process &p = process(who);
     const double end = p.until + p.worker.left();
-    const double next = p.asked ? p.until + std::max(kRetry, least_ / 8) : std::max(now_, p.reported + interval_);
+    const double next =
+        p.asked ? p.until + std::max(kRetry, p.worker.untilSplit(least_)) : std::max(now_, p.reported + interval_);
     push({std::min(end, next), Event::kDue, who, ++p.due});
   }
 
@@ -164,7 +178,7 @@ class Simulation {
     std::vector<Event> letters;
     lead(letters);
     const auto handled = static_cast<double>(heard_) + static_cast<double>(letters.size());
-    const double taken = processorSeconds() - began + kMessage * handled;
+    const double taken = isFree_ ? 0 : processorSeconds() - began + kMessage * handled;
     leaderSeconds_ += taken;
     free_ = now_ + taken;
     messages_ = before;
@@ -209,6 +223,7 @@ class Simulation {
 
   double interval_;
   double least_;
+  bool isFree_;
   std::vector<Process> processes_;
   std::priority_queue<Event> events_;
   long long pushed_ = 0;
@@ -223,13 +238,30 @@ class Simulation {
   long long heard_ = 0, messages_ = 0, bytes_ = 0;
 };
 
-void simulate(const std::vector<Shares> &shares, int processes, double seconds) {
-  const Tree tree(shares, seconds * processes);
-  Simulation s(tree, processes);
+void simulate(const std::vector<Shares> &shares, int processes, const Options &options) {
+  const double each = options.inAll ? options.seconds / processes : options.seconds;
+  const Tree tree(shares, each * processes);
+  Simulation s(tree, processes, options);
   s.run();
-  std::printf("%7d  %10.3f  %9.2f  %10.0f  %10.0f  %8.2f\n", processes, seconds / s.seconds(), s.seconds(),
+  std::printf("%7d  %10.3f  %9.2f  %10.0f  %10.0f  %8.2f\n", processes, each / s.seconds(), s.seconds(),
               static_cast<double>(s.messages()) / s.seconds(), static_cast<double>(s.bytes()) / s.seconds(),
               s.leaderSeconds() / s.seconds());
+  std::fflush(stdout);
+}
+
+Options optionsOf(int argc, char **argv) {
+  Options options;
+  int i = 1;
+  for (; i < argc && argv[i][0] == '-'; ++i) {
+    const std::string_view word = argv[i];
+    options.inAll = options.inAll || word == "--in-all";
+    options.isFree = options.isFree || word == "--free";
+    if (word == "--least" && i + 1 < argc) options.least = std::atof(argv[++i]) / 1000;
+  }
+  if (i < argc) options.seconds = std::atof(argv[i++]);
+  for (; i < argc; ++i) options.processes.push_back(std::atoi(argv[i]));
+  if (options.processes.empty()) options.processes = {10, 100, 1000, 10000};
+  return options;
 }
 
 }  // namespace
@@ -237,12 +269,10 @@ void simulate(const std::vector<Shares> &shares, int processes, double seconds) 
 
 int main(int argc, char **argv) {
   using namespace koru::bench;
-  const double seconds = argc > 1 ? std::atof(argv[1]) : 40;
-  std::vector<int> processes;
-  for (int i = 2; i < argc; ++i) processes.push_back(std::atoi(argv[i]));
-  if (processes.empty()) processes = {10, 100, 1000, 10000};
+  const Options options = optionsOf(argc, argv);
   const std::vector<Shares> shares = measureShares();
-  std::printf("%zu measured nodes, %g seconds of work for each process\n", shares.size(), seconds);
+  std::printf("%zu measured nodes, %g seconds of work %s\n", shares.size(), options.seconds,
+              options.inAll ? "in all" : "for each process");
   std::printf("processes  efficiency    seconds  messages/s     bytes/s   leading\n");
-  for (const int each : processes) simulate(shares, each, seconds);
+  for (const int processes : options.processes) simulate(shares, processes, options);
 }

@@ -1,11 +1,19 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Two processes of a search beside one, in turn, on a machine that should be quiet; and what the death of one costs.
+"""Searches of two processes beside one, in turn, on a machine that should be quiet; and what goes with them.
 
-  real.py PROGRAM [--mpirun MPIRUN] [--only CASE] [--times N]
+  real.py PROGRAM [--mpirun MPIRUN] [--only CASE] [--size SIZE] [--times N]
 
-"plain" are the searches of koru.h, 1 those of koru_mpi alone, 2 those of two processes; the seconds are the first search's
-of a run, from the start of the program to its end for "plain". Efficiency is plain / (2 x two). Of several times the medians.
+PROGRAM is koru_scaling_program; the other programs stand beside it. Of several times the medians. For each case:
+
+  plain       seconds of the search of koru.h, from the start of the program to its end
+  at once     seconds of two such programs at the same time: what the machine has of two processors
+  1, 2        seconds of the search by one and by two processes of koru_mpi, without the start of MPI
+  efficiency  plain / (2 x two)
+  of machine  (at once) / (2 x two): the same, if two processors that work both are slower than one that works
+  tried       choice points tried by counted, by two and by eight processes on this machine
+
+then what a death costs, what one process costs with 10,000 variables, and how many messages the first process can take.
 """
 import argparse
 import os
@@ -18,53 +26,77 @@ import tempfile
 import time
 from pathlib import Path
 
-#: Names, sizes, and what they are; each takes 10 s and more.
-CASES = [("count", 13, "all queens, counted"), ("golomb", 11, "cs_minimize, by passes"),
-         ("objective", 11, "a search object that minimises"), ("first", 30, "the first solution of queens")]
+#: Names, sizes, a smaller size for eight processes, and what they are; each search takes 10 s and more.
+CASES = [("count", 15, 13, "all queens, counted"), ("golomb", 11, 10, "cs_minimize, by passes"),
+         ("objective", 11, 10, "a search object that minimises"), ("first", 30, 28, "the first solution of queens")]
+OTHERS = ["variables", "messages"]
+DYING = ("count", "golomb")
 LINE = re.compile(r"process (\d+) of (\d+): ([\d.]+) s, (\d+) choice points tried, (\d+) counted, (\d+) messages, (\d+) bytes")
 PATIENCE = 2
+MANY = 8
+VARIABLES, SOLUTIONS = 10000, 5000000
+
+
+def environment(**more):
+    return {**os.environ, "KORU_MPI_STATISTICS": "1", "KORU_TEST_ROUNDS": "1", **more}
 
 
 def launched(args, processes, *words):
-    launch = [args.mpirun, "--allow-run-as-root", "--oversubscribe", "--bind-to", "core", *words, "-n", str(processes)]
+    binding = ["--bind-to", "core"] if processes == 2 else []
+    launch = [args.mpirun, "--allow-run-as-root", "--oversubscribe", *binding, *words, "-n", str(processes)]
     return launch if processes > 1 else []
 
 
-def run(command, **environment):
+def run(command):
     began = time.monotonic()
-    result = subprocess.run(command, capture_output=True, text=True, check=True,
-                            env={**os.environ, "KORU_MPI_STATISTICS": "1", **environment})
+    result = subprocess.run(command, capture_output=True, text=True, check=True, env=environment())
     return time.monotonic() - began, result.stdout, result.stderr
 
 
+def run_two(command):
+    """Both at the same time; the seconds of one."""
+    began = time.monotonic()
+    both = [subprocess.Popen(command, stdout=subprocess.DEVNULL, env=environment()) for _ in range(2)]
+    seconds = []
+    while both:
+        for one in [one for one in both if one.poll() is not None]:
+            seconds.append(time.monotonic() - began)
+            both.remove(one)
+        time.sleep(0.01)
+    return statistics.mean(seconds)
+
+
 def sums(errors):
-    """Of all processes of both searches of a run."""
+    """Of all processes of a run."""
     rows = [list(map(float, match.groups())) for match in LINE.finditer(errors)]
-    first = [row for row in rows if row[0] == 0]
-    return {"seconds": sum(row[2] for row in first), "tried": sum(row[3] for row in rows),
-            "counted": sum(row[4] for row in first), "messages": sum(row[5] for row in rows),
-            "bytes": sum(row[6] for row in rows)}
+    first = next(row for row in rows if row[0] == 0)
+    return {"seconds": first[2], "tried": sum(row[3] for row in rows) / max(first[4], 1),
+            "messages": sum(row[5] for row in rows) / first[2], "bytes": sum(row[6] for row in rows) / first[2]}
 
 
-def measure(args, case, size, what):
-    took = {"plain": [], "1": [], "2": []}
-    two = []
+def shared(args, case, size, processes, expected=None):
+    _, shown, errors = run([*launched(args, processes), args.program, "mpi", case, str(size)])
+    if expected not in (None, shown):
+        sys.exit(f"{case} {size}: {processes} processes show something else")
+    return sums(errors)
+
+
+def measure(args, case, size, small, what):
+    """Prints a row; the seconds of one and of two processes."""
+    plain, at_once, one, two = [], [], [], []
+    command = [args.program, "plain", case, str(size)]
     for _ in range(args.times):
-        seconds, expected, _ = run([args.program, "plain", case, str(size)])
-        took["plain"].append(seconds)
-        for processes in 1, 2:
-            _, shown, errors = run([*launched(args, processes), args.program, "mpi", case, str(size)])
-            if shown != expected:
-                sys.exit(f"{case} {size}: {processes} processes show something else")
-            found = sums(errors)
-            took[str(processes)].append(found["seconds"])
-            if processes == 2:
-                two.append(found)
-    plain, one, both = (statistics.median(took[name]) for name in ("plain", "1", "2"))
-    of = {name: statistics.median(found[name] for found in two) for name in two[0]}
-    print(f"{case + ' ' + str(size):14} {plain:8.2f} {one:8.2f} {both:8.2f} {plain / (2 * both):10.3f} "
-          f"{of['tried'] / max(of['counted'], 1):13.3f} {of['messages'] / both:9.0f} {of['bytes'] / both:9.0f}  {what}",
-          flush=True)
+        seconds, expected, _ = run(command)
+        plain.append(seconds)
+        one.append(shared(args, case, size, 1, expected)["seconds"])
+        two.append(shared(args, case, size, 2, expected))
+        at_once.append(run_two(command))
+    many = shared(args, case, small, MANY)["tried"]
+    middle = {name: statistics.median(found[name] for found in two) for name in two[0]}
+    plain, at_once, one, both = *map(statistics.median, (plain, at_once, one)), middle["seconds"]
+    print(f"{case + ' ' + str(size):13} {plain:7.2f} {at_once:8.2f} {one:7.2f} {both:7.2f} {plain / (2 * both):11.3f} "
+          f"{at_once / (2 * both):11.3f} {middle['tried']:8.3f} {many:8.3f} {middle['messages']:10.0f} "
+          f"{middle['bytes']:9.0f}  {what}", flush=True)
     return one, both
 
 
@@ -74,42 +106,70 @@ def children_of(pid):
 
 
 def measure_death(args, case, size, one, both):
-    """Killed in the middle of the first of two searches; the second one is made by one process."""
+    """Of the second of two processes, in the middle of the search; the other one goes on alone."""
     with tempfile.TemporaryDirectory() as folder:
         mark = Path(folder) / "mark"
         command = [*launched(args, 2, "--enable-recovery"), args.program, "mpi", case, str(size)]
         process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
-                                   env={**os.environ, "KORU_MPI_STATISTICS": "1", "KORU_TEST_MARK": str(mark),
-                                        "KORU_MPI_PATIENCE": str(PATIENCE)})
+                                   env=environment(KORU_TEST_MARK=str(mark), KORU_MPI_PATIENCE=str(PATIENCE)))
         while len(list(Path(folder).glob("mark.*"))) < 2 and process.poll() is None:
             time.sleep(0.01)
-        time.sleep(both / 4)
+        time.sleep(both / 2)
         os.kill(children_of(process.pid)[-1], signal.SIGKILL)
         _, errors = process.communicate()
     first = LINE.search(errors)
     if first is None:
         sys.exit(f"the first process has not ended its search: {errors[-500:]}")
-    first_search = float(first[3])
-    share = (both / 4) / (both / 2)  # of the first search that was done by then
-    lost = first_search - both / 4 - (1 - share) * one / 2
-    print(f"a death in the middle of {case} {size}: {lost:.2f} s lost, {PATIENCE} s of which were patience")
+    lost = float(first[3]) - both / 2 - one / 2
+    print(f"a death in the middle of {case} {size}: {lost:.2f} s lost, with a patience of {PATIENCE} s", flush=True)
+
+
+def measure_variables(args):
+    """One process beside the plain search, by seconds of the processor, in turn."""
+    program = str(Path(args.program).with_name("koru_scaling_variables"))
+    took = {name: [] for name in ("plain", "mpi", "plain-object", "mpi-object")}
+    shown = set()
+    for _ in range(max(3, args.times)):
+        for name, seconds in took.items():
+            before = os.times().children_user
+            shown.add(run([program, name, str(args.size or VARIABLES), str(SOLUTIONS)])[1])
+            seconds.append(os.times().children_user - before)
+    if len(shown) > 1:
+        sys.exit(f"variables: the searches find something else: {shown}")
+    plain, mpi, plain_object, mpi_object = (statistics.median(seconds) for seconds in took.values())
+    print(f"{args.size or VARIABLES} variables, {SOLUTIONS} solutions told, one process by plain: cs_mpiFindAll "
+          f"{mpi / plain:.3f} ({plain:.2f} s), cs_mpiSolve {mpi_object / plain_object:.3f} ({plain_object:.2f} s)", flush=True)
+
+
+def measure_messages(args):
+    program = str(Path(args.program).with_name("koru_scaling_messages"))
+    print("the first process:", run([*launched(args, 2), program])[1].strip(), flush=True)
+
+
+def measure_searches(args):
+    print(f"case            plain  at once       1       2  efficiency  of machine  tried 2  tried {MANY} messages/s   bytes/s")
+    for case, size, small, what in CASES:
+        if args.only not in (None, case):
+            continue
+        one, both = measure(args, case, args.size or size, small, what)
+        if case in DYING:
+            measure_death(args, case, args.size or size, one, both)
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("program")
     parser.add_argument("--mpirun", default="mpirun")
-    parser.add_argument("--only", choices=[case for case, *_ in CASES])
+    parser.add_argument("--only", choices=[case for case, *_ in CASES] + OTHERS)
     parser.add_argument("--size", type=int, help="another one than the case's")
-    parser.add_argument("--times", type=int, default=3)
+    parser.add_argument("--times", type=int, default=1)
     args = parser.parse_args()
-    print("case              plain        1        2 efficiency tried/counted messages/s   bytes/s  (seconds of two searches)")
-    for case, size, what in CASES:
-        if args.only in (None, case):
-            size = args.size or size
-            one, both = measure(args, case, size, what)
-            if case in ("golomb", "count"):
-                measure_death(args, case, size, one, both)
+    if args.only not in OTHERS:
+        measure_searches(args)
+    if args.only in (None, "variables"):
+        measure_variables(args)
+    if args.only in (None, "messages"):
+        measure_messages(args)
     return 0
 
 

@@ -46,11 +46,7 @@ class Worker {
   // How long until it is finished.
   double left() const {
     double sum = ended_ ? 0 : here().seconds;
-    for (std::size_t i = base_; i < levels_.size(); ++i) {
-      const Shares &shares = tree_->sharesOf(levels_[i].node);
-      for (std::size_t v = static_cast<std::size_t>(levels_[i].value) + 1; v < shares.size(); ++v)
-        sum += levels_[i].node.seconds * shares[v];
-    }
+    for (std::size_t i = base_; i < levels_.size(); ++i) sum += rightOf(levels_[i]);
     return sum;
   }
 
@@ -70,6 +66,19 @@ class Worker {
     return false;
   }
 
+  // At least so long there is nothing to give: the value that is tried at that level ends sooner, or has not taken
+  // enough.
+  double untilSplit(double least) const {
+    double below = ended_ ? 0 : here().seconds;  // that the values of deeper levels still take
+    std::size_t first = levels_.size();
+    for (std::size_t i = levels_.size(); i-- > base_;)
+      if (hasMore(levels_[i])) first = i;
+    if (ended_ || first == levels_.size()) return left();
+    for (std::size_t i = first + 1; i < levels_.size(); ++i) below += rightOf(levels_[i]);
+    const Level &level = levels_[first];
+    return std::min(below, least * (level.tried + 1) - level.worked);
+  }
+
  private:
   struct Level {
     Tree::Node node;
@@ -79,6 +88,13 @@ class Worker {
   };
 
   bool hasMore(const Level &l) const { return l.value + 1 < std::ssize(tree_->sharesOf(l.node)); }
+  // Of the values that are not tried yet.
+  double rightOf(const Level &level) const {
+    const Shares &shares = tree_->sharesOf(level.node);
+    double sum = 0;
+    for (std::size_t v = static_cast<std::size_t>(level.value) + 1; v < shares.size(); ++v) sum += shares[v];
+    return level.node.seconds * sum;
+  }
   Tree::Node here() const {
     return levels_.empty() ? tree_->root() : tree_->child(levels_.back().node, levels_.back().value);
   }

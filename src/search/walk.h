@@ -126,7 +126,22 @@ bool imposeOfObject(const CSsearch &s, const Level &level);
 bool isRefuted(const CSsearch &s);
 void leaveObject(CSwalk &w);
 
+inline Turn::Turn(CSwalk *w, From from) : walk_(nullptr) {
+  if (w == nullptr || w->running || !w->root.stands() || solver::trail.undoing()) return;
+  const BranchStamp now = BranchStamp::now();
+  if (from == From::kWhereItStands && (w->lost || now.level != w->now.level || now.serial != w->now.serial)) return;
+  walk_ = w;
+  w->running = true;
+  w->memoryReports = solver::errors.memoryReports;
+}
+
+inline Turn::~Turn() {
+  if (walk_ == nullptr) return;
+  walk_->running = false;
+  walk_->now = BranchStamp::now();
+}
+
 inline bool memoryExhausted(const CSwalk &w) { return solver::errors.memoryReports != w.memoryReports; }
-inline Level &newest(CSwalk &w) { return w.levels.at(w.levels.count() - 1); }
+inline Level &newest(CSwalk &w) { return const_cast<Level &>(w.levels.newest()); }
 
 }  // namespace koru::walk

@@ -10,7 +10,8 @@
 //
 // Of the environment: KORU_TEST_CHECKPOINT, a file to keep the searches in; what is shown is then appended to the file
 // KORU_TEST_OUTPUT. KORU_TEST_MARK: each process makes a file of this name and its number when it has started.
-// KORU_TEST_DELAY: the selection sleeps now and then, longer in processes of higher numbers.
+// KORU_TEST_DELAY: the selection sleeps now and then, longer in processes of higher numbers. KORU_TEST_ROUNDS: how many
+// searches there are, one after the other (2).
 #define _DEFAULT_SOURCE 1  // usleep
 #include <koru_extras.h>
 #include <koru_mpi.h>
@@ -153,11 +154,12 @@ int main(int argc, char **argv) {
   if (argc < 3) return 2;
   CSint *x[MOST];
   const int n = argc > 3 ? atoi(argv[3]) : 8;
+  const char *rounds = getenv("KORU_TEST_ROUNDS");
   if (n < 1 || n > MOST) return 2;
   plain = strcmp(argv[1], "plain") == 0;
   if (!plain) prepare();
   cs_init();
-  for (round_ = 1; round_ <= 2; ++round_) {  // one search after the other
+  for (round_ = 1; round_ <= (rounds != NULL ? atoi(rounds) : 2); ++round_) {
     const bool result = searchCase(argv[2], x, n);
     if (shown == 0 && !plain) shown = cs_mpiGetNbTold();
     const long long fails = plain ? stats.fails + cs_getNbFails() : cs_mpiGetNbFails();
