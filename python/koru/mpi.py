@@ -72,7 +72,7 @@ class _Shared(Solutions):
     def _options(self) -> Any:
         options = super()._options()
         if self._how.progress is None:
-            options.progress = Progress()
+            options.progress = Progress()  # type: ignore  # null
         return options
 
     def whole(self) -> None:
@@ -104,6 +104,7 @@ class _Shared(Solutions):
 
 
 def _whole(m: Model, vars: Optional[Variables], objective: Any, how: Any) -> Result:
-    with _Shared(m._state, Search(None if vars is None else flat(vars), objective=objective, **how)) as search:
+    search = _Shared(m._state, Search(None if vars is None else flat(vars), objective=objective, **how))
+    with search:
         search.whole()
         return Result(search.status, search.solution, search.statistics, search.interrupted)
