@@ -4,10 +4,11 @@
 # package debootstrap and a network. MIRROR names another mirror than http://deb.debian.org/debian.
 root=$base/root
 
-# inside COMMAND...: run it there, with /proc, in an environment of its own.
+# inside COMMAND...: run it there, with /proc and terminals, without which apt-get fails now and then, in an environment of its
+# own.
 inside() {
   # shellcheck disable=SC2016 # for the inner shell
-  unshare --mount sh -c 'mount -t proc proc "$0/proc" && exec chroot "$0" env -i HOME=/root DEBIAN_FRONTEND=noninteractive \
+  unshare --mount sh -c 'mount -t proc proc "$0/proc" && mount -t devpts devpts "$0/dev/pts" && exec chroot "$0" env -i HOME=/root DEBIAN_FRONTEND=noninteractive \
     PATH=/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "$@"' "$root" "$@"
 }
 
