@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/private_variable.h"
 
+#include <algorithm>
+#include <bit>
 #include <new>
 
 #include "core/alloc.h"
@@ -31,5 +33,24 @@ PrivateVariables::~PrivateVariables() {
 }
 
 void PrivateVariables::init(int i, int min, int max) const { *(*this)[i] = intervalOf(min, max); }
+
+bool PrivateVariables::init(int i, int max, const std::uint64_t *words) const {
+  CSint *v = (*this)[i];
+  *v = intervalOf(0, max);
+  const int last = max / 64;
+  int low = 0;
+  while (words[low] == 0) ++low;
+  int high = last;
+  while (words[high] == 0) --high;
+  v->min = low * 64 + std::countr_zero(words[low]);
+  v->max = high * 64 + 63 - std::countl_zero(words[high]);
+  v->count = 0;
+  for (int word = low; word <= high; ++word) v->count += countOnes(words[word]);
+  if (!hasHoles(v)) return true;
+  v->bits = DomainBits::create(0, max, DomainBits::Fill::kNone);
+  if (v->bits == nullptr) return false;
+  std::copy(words, words + last + 1, v->bits->words());
+  return true;
+}
 
 }  // namespace koru

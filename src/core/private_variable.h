@@ -37,6 +37,9 @@ class PrivateVariables {
 
   // Makes a variable that has not been used yet an interval, min <= max.
   void init(int i, int min, int max) const;
+  // The same with those values of 0..max, one at least, whose bit is set; changes are reported as of that interval.
+  // False when memory is exhausted (reported).
+  [[nodiscard]] bool init(int i, int max, const std::uint64_t *words) const;
 
  private:
   struct Block {

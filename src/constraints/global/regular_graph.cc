@@ -7,7 +7,6 @@
 #include "constraints/global/state_sets.h"
 #include "core/domain_walk.h"
 #include "core/errors.h"
-#include "core/narrow.h"
 
 namespace koru::regular {
 
@@ -40,15 +39,14 @@ class Builder {
   }
 
   void passForward(int start);
-  int reachFrom(int k, int q, int left);
+  int reachFrom(const int *row, StateSet &reached, int left) const;
   bool acceptFinals(const Automaton &automaton);
   bool makeRows();
   bool passBackward();
   void findSources(int k);
-  void findTargets(int k);
   void findLabels(int k);
+  void findTargets(int k) const;
   bool makeLayers();
-  bool keepLive(int k) const;
 
   Graph &graph_;
   const Transitions &transitions_;
@@ -60,32 +58,35 @@ class Builder {
 // Nothing is left to reach when every state with an arc into it has been reached.
 void Builder::passForward(int start) {
   const int targets = transitions_.targetCount();
-  live_.add(0, start);
+  live_.at(0).add(start);
   for (int k = 0; k < graph_.n_; ++k) {
     readAlphabet(k);
     int left = targets;
-    live_.forEach(k, [&](int q) {
-      if (left > 0) left = reachFrom(k, q, left);
+    StateSet reached = live_.at(k + 1);
+    live_.at(k).forEach([&](int q) {
+      left = reachFrom(transitions_.row(q), reached, left);
+      return left > 0;
     });
   }
 }
 
-int Builder::reachFrom(int k, int q, int left) {
-  const int *row = transitions_.row(q);
+int Builder::reachFrom(const int *row, StateSet &reached, int left) const {
+  const int *alphabet = alphabet_.get();
   for (int i = 0; i < count_ && left > 0; ++i) {
-    const int t = row[alphabet_[i]];
-    if (t != Transitions::kNone && live_.insert(k + 1, t)) --left;
+    const int t = row[alphabet[i]];
+    if (t != Transitions::kNone && reached.insert(t)) --left;
   }
   return left;
 }
 
 bool Builder::acceptFinals(const Automaton &automaton) {
-  StateSets finals(1, automaton.states);
-  if (!finals) return false;
+  const StateSets sets(1, automaton.states);
+  if (!sets) return false;
+  StateSet finals = sets.at(0);
   for (int i = 0; i < automaton.finalCount; ++i)
-    if (automaton.isState(automaton.finals[i])) finals.add(0, automaton.finals[i]);
-  live_.intersect(graph_.n_, finals);
-  return !live_.isEmpty(graph_.n_);
+    if (automaton.isState(automaton.finals[i])) finals.add(automaton.finals[i]);
+  live_.at(graph_.n_).intersect(finals);
+  return !live_.at(graph_.n_).isEmpty();
 }
 
 // Makes room for the states from the first to the last one reached, and for all symbols.
@@ -98,11 +99,16 @@ bool Builder::makeRows() {
     end += static_cast<std::uint64_t>(last - first + 1);
     return row;
   };
+  int first = live_.at(0).first();
+  int last = first;
   for (int k = 0; k < graph_.n_; ++k) {
-    if (live_.isEmpty(k + 1)) return false;
+    const StateSet next = live_.at(k + 1);
+    if (next.isEmpty()) return false;
     Graph::Row &row = graph_.rows_[k];
-    row.sources = place(live_.first(k), live_.last(k));
-    row.targets = place(live_.first(k + 1), live_.last(k + 1));
+    row.sources = place(first, last);
+    first = next.first();
+    last = next.last();
+    row.targets = place(first, last);
     row.labels = place(0, std::int64_t{transitions_.symbols()} - 1);
   }
   graph_.supports_ = Buffer<Support>(end);
@@ -115,7 +121,7 @@ bool Builder::passBackward() {
   for (int k = graph_.n_ - 1; k >= 0; --k) {
     readAlphabet(k);
     findSources(k);
-    if (live_.isEmpty(k)) return false;
+    if (live_.at(k).isEmpty()) return false;
     findLabels(k);
     findTargets(k);
   }
@@ -123,68 +129,67 @@ bool Builder::passBackward() {
 }
 
 void Builder::findSources(int k) {
-  live_.forEach(k, [&](int q) {
+  const Supports supports = graph_.sources(k);
+  const StateSet targets = live_.at(k + 1);
+  StateSet sources = live_.at(k);
+  const int *alphabet = alphabet_.get();
+  const int count = count_;
+  sources.forEach([&](int q) {
     const int *row = transitions_.row(q);
-    for (int i = 0; i < count_; ++i) {
-      const int a = alphabet_[i];
+    for (int i = 0; i < count; ++i) {
+      const int a = alphabet[i];
       const int t = row[a];
-      if (t == Transitions::kNone || !live_.has(k + 1, t)) continue;
-      graph_.sources(k)[q] = {a, {a, t}};
-      return;
+      if (t == Transitions::kNone || !targets.has(t)) continue;
+      supports[q] = {a, {a, t}};
+      return true;
     }
-    live_.remove(k, q);
+    sources.remove(q);
+    return true;
   });
 }
 
 // The symbols that have no edge yet are kept at the front of the alphabet.
 void Builder::findLabels(int k) {
+  const Supports supports = graph_.labels(k);
+  const StateSet targets = live_.at(k + 1);
+  int *alphabet = alphabet_.get();
   int left = count_;
-  live_.forEach(k, [&](int q) {
+  live_.at(k).forEach([&](int q) {
     const int *row = transitions_.row(q);
     int kept = 0;
     for (int i = 0; i < left; ++i) {
-      const int a = alphabet_[i];
+      const int a = alphabet[i];
       const int t = row[a];
-      if (t != Transitions::kNone && live_.has(k + 1, t))
-        graph_.labels(k)[a] = {q, {q, t}};
+      if (t != Transitions::kNone && targets.has(t))
+        supports[a] = {q, {q, t}};
       else
-        alphabet_[kept++] = a;
+        alphabet[kept++] = a;
     }
     left = kept;
+    return left > 0;
   });
 }
 
 // A symbol without a support is not in the alphabet.
-void Builder::findTargets(int k) {
-  live_.forEach(k + 1, [&](int t) {
+void Builder::findTargets(int k) const {
+  const Supports supports = graph_.targets(k);
+  const Supports labels = graph_.labels(k);
+  const StateSet sources = live_.at(k);
+  const Arc *arcs = transitions_.arcs();
+  live_.at(k + 1).forEach([&](int t) {
     int i = transitions_.arcsInto(t);
-    while (!live_.has(k, transitions_.arc(i).source) || !graph_.labels(k)[transitions_.arc(i).symbol].exists()) ++i;
-    graph_.targets(k)[t] = {i, {transitions_.arc(i).symbol, transitions_.arc(i).source}};
+    while (!sources.has(arcs[i].source) || !labels[arcs[i].symbol].exists()) ++i;
+    supports[t] = {i, {arcs[i].symbol, arcs[i].source}};
+    return true;
   });
 }
 
 bool Builder::makeLayers() {
   graph_.layers_ = PrivateVariables(graph_.n_ + 1);
   if (!graph_.layers_) return false;
-  graph_.layers_.init(0, live_.first(0), live_.last(0));
-  for (int k = 1; k <= graph_.n_; ++k) {
-    graph_.layers_.init(k, 0, transitions_.states() - 1);
-    if (!keepLive(k)) return false;
-  }
-  return true;
-}
-
-// The ends first, so that a layer without holes needs no bit array.
-bool Builder::keepLive(int k) const {
-  CSint *layer = graph_.layer(k);
-  // GCOVR_EXCL_BR_START: a bound moves without memory
-  while (layer->min < live_.first(k))
-    if (!removeValueNoTrail(layer, layer->min)) return false;
-  while (layer->max > live_.last(k))
-    if (!removeValueNoTrail(layer, layer->max)) return false;
-  // GCOVR_EXCL_BR_STOP
-  for (int q = layer->min + 1; q < layer->max; ++q)
-    if (!live_.has(k, q) && !removeValueNoTrail(layer, q)) return false;
+  graph_.layers_.init(0, live_.at(0).first(), live_.at(0).last());
+  for (int k = 1; k <= graph_.n_; ++k)
+    if (!graph_.layers_.init(k, transitions_.states() - 1, live_.at(k).words())) return false;
   return true;
 }
 

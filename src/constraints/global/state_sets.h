@@ -5,63 +5,78 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <functional>
 
 #include "core/alloc.h"
 #include "core/bit_scan.h"
 
 namespace koru::regular {
 
+// The states of one layer, in words of somebody else.
+class StateSet {
+ public:
+  StateSet(std::uint64_t *words, int count) : words_(words), count_(count) {}
+
+  bool has(int q) const { return (wordOf(q) & maskOf(q)) != 0; }
+  void add(int q) { wordOf(q) |= maskOf(q); }
+  // False when it was there already.
+  [[nodiscard]] bool insert(int q) {
+    const std::uint64_t before = wordOf(q);
+    wordOf(q) = before | maskOf(q);
+    return wordOf(q) != before;
+  }
+  void remove(int q) { wordOf(q) &= ~maskOf(q); }
+  void intersect(const StateSet &other) {
+    for (int i = 0; i < count_; ++i) words_[i] &= other.words_[i];
+  }
+
+  bool isEmpty() const {
+    return std::all_of(words_, words_ + count_, [](std::uint64_t word) { return word == 0; });
+  }
+  // The smallest and the largest state of a set that is not empty.
+  int first() const {
+    int i = 0;
+    while (words_[i] == 0) ++i;
+    return i * 64 + std::countr_zero(words_[i]);
+  }
+  int last() const {
+    int i = count_ - 1;
+    while (words_[i] == 0) --i;
+    return i * 64 + 63 - std::countl_zero(words_[i]);
+  }
+
+  // In increasing order while `visit` returns true; it may remove the state it is told.
+  template <class Visit>
+  void forEach(Visit visit) const {
+    for (int i = 0; i < count_; ++i)
+      if (!forEachBit(i * 64, words_[i], visit)) return;
+  }
+
+  const std::uint64_t *words() const { return words_; }
+
+ private:
+  std::uint64_t &wordOf(int q) const { return words_[static_cast<unsigned>(q) / 64]; }
+  static std::uint64_t maskOf(int q) { return std::uint64_t{1} << (static_cast<unsigned>(q) % 64); }
+
+  std::uint64_t *words_;
+  int count_;
+};
+
 class StateSets {
  public:
   // Empty sets of states below `states`. False as a bool when memory is exhausted (reported).
   StateSets(std::uint64_t layers, int states)
-      : wordsPerLayer_((static_cast<std::size_t>(states) + 63) / 64), words_(layers * wordsPerLayer_) {
-    if (words_) std::fill_n(words_.get(), layers * wordsPerLayer_, std::uint64_t{0});
+      : wordsPerLayer_(static_cast<int>((static_cast<unsigned>(states) + 63) / 64)),
+        words_(layers * static_cast<unsigned>(wordsPerLayer_)) {
+    if (words_) std::fill_n(words_.get(), layers * static_cast<unsigned>(wordsPerLayer_), std::uint64_t{0});
   }
   explicit operator bool() const { return static_cast<bool>(words_); }
 
-  bool has(int layer, int q) const { return (row(layer)[q / 64] >> (q % 64) & 1U) != 0; }
-  void add(int layer, int q) { row(layer)[q / 64] |= std::uint64_t{1} << (q % 64); }
-  // False when it was there already.
-  [[nodiscard]] bool insert(int layer, int q) {
-    std::uint64_t &word = row(layer)[q / 64];
-    const std::uint64_t before = word;
-    word |= std::uint64_t{1} << (q % 64);
-    return word != before;
-  }
-  void remove(int layer, int q) { row(layer)[q / 64] &= ~(std::uint64_t{1} << (q % 64)); }
-
-  bool isEmpty(int layer) const {
-    return std::all_of(row(layer), row(layer) + wordsPerLayer_, [](std::uint64_t word) { return word == 0; });
-  }
-
-  // The smallest and the largest state of a layer that is not empty.
-  int first(int layer) const {
-    std::size_t i = 0;
-    while (row(layer)[i] == 0) ++i;
-    return static_cast<int>(i * 64) + std::countr_zero(row(layer)[i]);
-  }
-  int last(int layer) const {
-    std::size_t i = wordsPerLayer_ - 1;
-    while (row(layer)[i] == 0) --i;
-    return static_cast<int>(i * 64) + 63 - std::countl_zero(row(layer)[i]);
-  }
-
-  void intersect(int layer, const StateSets &other) {
-    std::transform(row(layer), row(layer) + wordsPerLayer_, other.row(0), row(layer), std::bit_and<>());
-  }
-
-  // In increasing order; `visit` may remove the state it is told.
-  template <class Visit>
-  void forEach(int layer, Visit visit) const {
-    for (std::size_t i = 0; i < wordsPerLayer_; ++i) forEachBit(static_cast<int>(i * 64), row(layer)[i], visit);
+  StateSet at(int layer) const {
+    return {words_.get() + static_cast<std::ptrdiff_t>(layer) * wordsPerLayer_, wordsPerLayer_};
   }
 
  private:
-  std::uint64_t *row(int layer) const { return words_.get() + static_cast<std::size_t>(layer) * wordsPerLayer_; }
-
-  std::size_t wordsPerLayer_;
+  int wordsPerLayer_;
   Buffer<std::uint64_t> words_;
 };
 

@@ -31,6 +31,32 @@ TEST_F(PrivateVariableTest, IsAFreshIntervalThatTheHostDoesNotSee) {
   EXPECT_EQ(solver::variables.count(), 0);
 }
 
+TEST_F(PrivateVariableTest, BeginsWithTheValuesWhoseBitsAreSet) {
+  const std::vector<std::vector<int>> domains{{0, 1, 2, 199}, {64, 65, 66}, {63, 64, 150}, {0}, {199}, {5, 130}};
+  for (const std::vector<int> &domain : domains) {
+    std::uint64_t words[4] = {};
+    for (const int value : domain) words[value / 64] |= std::uint64_t{1} << (value % 64);
+    const PrivateVariables variables(1);
+    ASSERT_TRUE(variables.init(0, 199, words));
+    const CSint &v = *variables[0];
+    EXPECT_EQ(test::values(variables[0]), domain);
+    EXPECT_EQ(v.count, static_cast<int>(domain.size()));
+    EXPECT_EQ(v.bits != nullptr, domain.back() - domain.front() + 1 != v.count) << "bits only where there are holes";
+    EXPECT_EQ(v.initialMin, 0);
+    EXPECT_EQ(v.initialMax, 199);
+    EXPECT_EQ(v.reportedMin, 0);
+    EXPECT_EQ(v.reportedMax, 199);
+  }
+}
+
+TEST_F(PrivateVariableTest, WithoutMemoryForBitsThereAreNone) {
+  const PrivateVariables variables(1);
+  const std::uint64_t word = 5;
+  const test::AllocationRule rule(test::refuseAll());
+  EXPECT_FALSE(variables.init(0, 9, &word));
+  EXPECT_EQ(memoryReports, 1);
+}
+
 TEST_F(PrivateVariableTest, StaysAtItsAddressWhenTheArrayIsMovedOrCopied) {
   PrivateVariables first(3);
   CSint *const address = first[1];
