@@ -46,6 +46,13 @@ namespace koru {
   return removeInside(v, value);
 }
 
+// The same for a value of which nobody can foresee whether v holds it (containsUnforeseen).
+[[nodiscard]] inline bool removeUnforeseen(CSint *v, int value) {
+  if (!has(v, kEasy)) return removeValue(v, value);
+  if (holdsEasily(v, value)) return removeHeld(v, value);
+  return (static_cast<int>(isWithin(v, value)) & static_cast<int>(isInstantiated(v))) == 0;
+}
+
 // Removes `value`, which may be absent. Unlike removeValue it then holds also for the last value of a domain whose
 // count was written back too low.
 [[nodiscard]] inline bool removeIfPresent(CSint *v, int value) { return !contains(v, value) || removeHeld(v, value); }

@@ -69,6 +69,17 @@ inline bool contains(const CSint *v, int value) {
   return value >= v->min && value <= v->max && (v->bits == nullptr || v->bits->has(value));
 }
 
+// The same for a value of which nobody can foresee whether v holds it: where the domain is easy, one jump depends on
+// that, not three. A few instructions more, and up to a tenth less time.
+inline bool isWithin(const CSint *v, int value) { return (value >= v->min) & (value <= v->max); }
+inline bool holdsEasily(const CSint *v, int value) {
+  const std::uint64_t bit = v->bits->onlyWord() >> (v->bits->offset(value) % 64) & 1;
+  return (bit & static_cast<std::uint64_t>(isWithin(v, value))) != 0;
+}
+inline bool containsUnforeseen(const CSint *v, int value) {
+  return has(v, kEasy) ? holdsEasily(v, value) : contains(v, value);
+}
+
 // Steps through a domain: the next (previous) value above (below) one within [min, max].
 inline int valueAfter(const CSint *v, int value) { return nextPresent(v->bits, value); }
 inline int valueBefore(const CSint *v, int value) { return previousPresent(v->bits, value); }

@@ -19,7 +19,7 @@ static bool filter(Neq &c) {
   return !isBound(c.y) || exclude(c.y, c.x);
 }
 
-static bool bound(Neq &c, const Event &e) { return exclude(e.var, e.var == c.x ? c.y : c.x); }
+static bool bound(Neq &c, const Event &e) { return removeUnforeseen(e.var == c.x ? c.y : c.x, valueOf(e.var)); }
 
 constexpr auto kTable = handlers<Neq>({.minBound = on<bound>, .maxBound = on<bound>, .bound = on<bound>});
 

@@ -55,7 +55,7 @@ static bool eliminate(AllNeq &c, const CSint *x, int position) {
   c.open.refresh();
   const bool consistent = c.open.forEachBut(position, [=](int i) {
     CSint *v = vars[static_cast<unsigned>(i)];
-    return !contains(v, value) || v == x || removeHeld(v, value);
+    return !containsUnforeseen(v, value) || v == x || removeHeld(v, value);
   });
   if (consistent) c.open.takeOut(position);
   return consistent;

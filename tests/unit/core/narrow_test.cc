@@ -2,6 +2,7 @@
 // What the four narrowing operations do to the domain and note on the trail. Their events are in narrow_events_test.cc.
 #include "core/narrow.h"
 
+#include "core/create.h"
 #include "core/solver.h"
 #include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
@@ -397,6 +398,28 @@ TEST_F(NarrowTest, TheTwoNotesOfABindingMayLieInTwoBlocks) {
   EXPECT_EQ(noted(interval), (std::vector<Noted>{{TrailKind::kMin, 0, 10}, {TrailKind::kMax, 9, 10}}));
   cs_restoreContext();
   expectDomain(interval, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+}
+
+// Without bits, with a word of them and with several, and with a count that was written back wrong.
+TEST_F(NarrowTest, AValueThatNobodyForeseesIsFoundAndRemovedLikeAnother) {
+  for (const int high : {9, 63, 64, 200})
+    for (const auto &holes : {std::vector<int>{}, {3}, {1, 4, 8}, {2, 3, 4, 5, 6, 7, 8}})
+      for (const int wrong : {0, 1, 2})
+        for (int value = -3; value <= high + 3; ++value) {
+          CSint *pair[] = {cs_createCSint(0, high), cs_createCSint(0, high)};
+          for (CSint *v : pair) {
+            for (const int hole : holes) ASSERT_TRUE(removeValue(v, hole));
+            if (wrong > 0) v->count = wrong;
+          }
+          EXPECT_EQ(containsUnforeseen(pair[0], value), contains(pair[1], value)) << value;
+          EXPECT_EQ(removeUnforeseen(pair[0], value), removeValue(pair[1], value)) << value << " of " << high;
+          for (int i = 0; i <= high; ++i) ASSERT_EQ(contains(pair[0], i), contains(pair[1], i));
+          EXPECT_EQ(pair[0]->count, pair[1]->count);
+          for (CSint *v : pair) {
+            DomainBits::destroy(v->bits);
+            *v = intervalOf(0, 0);
+          }
+        }
 }
 
 TEST_F(NarrowTest, BindingFailsUnchangedWhenOnlyTheSecondNoteFindsNoRoom) {
