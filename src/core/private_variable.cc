@@ -47,7 +47,7 @@ bool PrivateVariables::init(int i, int max, const std::uint64_t *words) const {
   v->count = 0;
   for (int word = low; word <= high; ++word) v->count += countOnes(words[word]);
   if (!hasHoles(v)) return true;
-  v->bits = DomainBits::create(0, max, DomainBits::Fill::kNone);
+  setBits(v, DomainBits::create(0, max, DomainBits::Fill::kNone));
   if (v->bits == nullptr) return false;
   std::copy(words, words + last + 1, v->bits->words());
   return true;
