@@ -56,6 +56,29 @@ struct Only {
   bool operator()(int value) const { return value == removed; }
 };
 
+// Visits the values within [low, high], 64 at a time: a visit removes no other value than the one it is told.
+template <class Visit>
+static bool forEachHeld(const CSint *v, int low, int high, Visit visit) {
+  const int from = std::max(v->min, low);
+  const int to = std::min(v->max, high);
+  if (from > to) return true;
+  if (v->bits == nullptr) {
+    for (int value = from; value < to; ++value)
+      if (!visit(value)) return false;
+    return visit(to);
+  }
+  const int base = v->bits->low;
+  const std::uint32_t first = v->bits->offset(from);
+  const std::uint32_t last = v->bits->offset(to);
+  for (std::uint32_t i = first / 64; i <= last / 64; ++i) {
+    std::uint64_t left = v->bits->words()[i];
+    if (i == first / 64) left &= ~std::uint64_t{0} << (first % 64);
+    if (i == last / 64) left &= ~std::uint64_t{0} >> (63 - last % 64);
+    if (!forEachBit(wrap(base + std::int64_t{i} * 64), left, visit)) return false;
+  }
+  return true;
+}
+
 // Each steps on from the current support of a list, around its end, to an edge that lies in all domains.
 
 static bool findSource(const Graph &g, int k, int q) {
@@ -68,8 +91,8 @@ static bool findSource(const Graph &g, int k, int q) {
     return false;
   };
   const int place = support.place;
-  return !forEachValue(g.variable(k), place + 1, g.symbols() - 1, isLost) ||
-         !forEachValue(g.variable(k), 0, place - 1, isLost);
+  return !forEachHeld(g.variable(k), place + 1, g.symbols() - 1, isLost) ||
+         !forEachHeld(g.variable(k), 0, place - 1, isLost);
 }
 
 static bool findLabel(const Graph &g, int k, int a) {
@@ -82,7 +105,7 @@ static bool findLabel(const Graph &g, int k, int a) {
     return false;
   };
   const int place = support.place;
-  return !forEachValue(g.layer(k), place + 1, kIntMax, isLost) || !forEachValue(g.layer(k), 0, place - 1, isLost);
+  return !forEachHeld(g.layer(k), place + 1, kIntMax, isLost) || !forEachHeld(g.layer(k), 0, place - 1, isLost);
 }
 
 static bool findTarget(const Graph &g, int k, int t) {
@@ -101,25 +124,6 @@ static bool findTarget(const Graph &g, int k, int t) {
     return true;
   }
   return false;
-}
-
-// Visits the values within [low, high], 64 at a time: a visit removes no other value than the one it is told.
-template <class Visit>
-static bool forEachHeld(const CSint *v, int low, int high, Visit visit) {
-  if (v->bits == nullptr) return forEachValue(v, low, high, visit);
-  const int from = std::max(v->min, low);
-  const int to = std::min(v->max, high);
-  if (from > to) return true;
-  const int base = v->bits->low;
-  const std::uint32_t first = v->bits->offset(from);
-  const std::uint32_t last = v->bits->offset(to);
-  for (std::uint32_t i = first / 64; i <= last / 64; ++i) {
-    std::uint64_t left = v->bits->words()[i];
-    if (i == first / 64) left &= ~std::uint64_t{0} << (first % 64);
-    if (i == last / 64) left &= ~std::uint64_t{0} >> (63 - last % 64);
-    if (!forEachBit(wrap(base + std::int64_t{i} * 64), left, visit)) return false;
-  }
-  return true;
 }
 
 template <class Visit>

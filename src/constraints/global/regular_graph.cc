@@ -1,20 +1,58 @@
 // SPDX-License-Identifier: MIT
 // Builds the layered graph: a pass forward finds what the start reaches, a pass backward what reaches a final state and
 // the first edge of each list. Both stop at the first edge that tells, so that an automaton with many transitions costs
-// little more than one look at each state.
+// little more than one look at each state. Where the states fit into a word, whole layers are reached at a time.
 #include "constraints/global/regular_graph.h"
 
+#include <algorithm>
+
 #include "constraints/global/state_sets.h"
-#include "core/domain_walk.h"
 #include "core/errors.h"
 
 namespace koru::regular {
+
+namespace {
+
+// Of an automaton whose states fit into a word: where arcs lead from each state, and come from, whatever the symbol.
+class Neighbours {
+ public:
+  explicit Neighbours(const Transitions &transitions) : exist_(transitions.states() <= 64) {
+    if (!exist_) return;
+    for (int t = 0; t < transitions.states(); ++t) {
+      for (int i = transitions.arcsInto(t); i < transitions.arcsInto(t + 1); ++i) {
+        const int source = transitions.arc(i).source;
+        before_[t] |= std::uint64_t{1} << source;
+        after_[source] |= std::uint64_t{1} << t;
+      }
+    }
+  }
+
+  // False when there are too many states.
+  explicit operator bool() const { return exist_; }
+  // Of any of the states.
+  std::uint64_t after(std::uint64_t states) const { return ofAny(states, after_); }
+  std::uint64_t before(std::uint64_t states) const { return ofAny(states, before_); }
+
+ private:
+  static std::uint64_t ofAny(std::uint64_t states, const std::uint64_t (&of)[64]) {
+    std::uint64_t all = 0;
+    forEachBit(0, states, [&](int q) { all |= of[q]; });
+    return all;
+  }
+
+  bool exist_;
+  std::uint64_t after_[64] = {};
+  std::uint64_t before_[64] = {};
+};
+
+}  // namespace
 
 class Builder {
  public:
   Builder(Graph &graph, const Automaton &automaton)
       : graph_(graph),
         transitions_(graph.transitions_),
+        neighbours_(graph.transitions_),
         live_(static_cast<std::uint64_t>(graph.n_) + 1, automaton.states) {}
 
   bool run(const Automaton &automaton) {
@@ -26,57 +64,58 @@ class Builder {
  private:
   // The symbols that the variable at a position can take, read once per pass.
   void readAlphabet(int k) {
+    const CSint *v = graph_.variable(k);
+    const int last = std::min(v->max, transitions_.symbols() - 1);
     count_ = 0;
-    forEachValue(graph_.variable(k), 0, transitions_.symbols() - 1, [&](int a) {
-      alphabet_[count_++] = a;
-      return true;
-    });
+    for (int a = std::max(v->min, 0); a <= last; ++a)
+      if (v->bits == nullptr || v->bits->has(a)) alphabet_[count_++] = a;
   }
 
   bool makeAlphabet() {
-    alphabet_ = Buffer<int>(transitions_.symbols());
+    alphabet_ = Buffer<int>(2 * static_cast<std::uint64_t>(transitions_.symbols()));
     return static_cast<bool>(alphabet_);
   }
 
   void passForward(int start);
-  int reachFrom(const int *row, StateSet &reached, int left) const;
   bool acceptFinals(const Automaton &automaton);
   bool makeRows();
   bool passBackward();
-  void findSources(int k);
-  void findLabels(int k);
+  void findSourcesAndLabels(int k);
   void findTargets(int k) const;
   bool makeLayers();
 
   Graph &graph_;
   const Transitions &transitions_;
+  const Neighbours neighbours_;
   StateSets live_;
-  Buffer<int> alphabet_;
+  Buffer<int> alphabet_;  // and room for as many symbols more
   int count_ = 0;
 };
 
 // Nothing is left to reach when every state with an arc into it has been reached.
 void Builder::passForward(int start) {
   const int targets = transitions_.targetCount();
+  const Transitions::Table table = transitions_.table();
+  const int *alphabet = alphabet_.get();
   live_.at(0).add(start);
   for (int k = 0; k < graph_.n_; ++k) {
     readAlphabet(k);
-    int left = targets;
+    const int count = count_;
     StateSet reached = live_.at(k + 1);
+    if (neighbours_ && count == transitions_.symbols()) {
+      *reached.words() = neighbours_.after(*live_.at(k).words());
+      continue;
+    }
+    int left = targets;
     live_.at(k).forEach([&](int q) {
-      left = reachFrom(transitions_.row(q), reached, left);
+      const int *row = table.row(q);
+      for (int i = 0; i < count && left > 0; ++i) {
+        const int t = row[alphabet[i]];
+        if (t != Transitions::kNone && reached.insert(t)) --left;
+      }
       return left > 0;
     });
   }
-}
-
-int Builder::reachFrom(const int *row, StateSet &reached, int left) const {
-  const int *alphabet = alphabet_.get();
-  for (int i = 0; i < count_ && left > 0; ++i) {
-    const int t = row[alphabet[i]];
-    if (t != Transitions::kNone && reached.insert(t)) --left;
-  }
-  return left;
 }
 
 bool Builder::acceptFinals(const Automaton &automaton) {
@@ -120,53 +159,47 @@ bool Builder::makeRows() {
 bool Builder::passBackward() {
   for (int k = graph_.n_ - 1; k >= 0; --k) {
     readAlphabet(k);
-    findSources(k);
+    findSourcesAndLabels(k);
     if (live_.at(k).isEmpty()) return false;
-    findLabels(k);
     findTargets(k);
   }
   return true;
 }
 
-void Builder::findSources(int k) {
+// A state's first edge that is live, and the first of each symbol; those that have none yet are kept apart.
+void Builder::findSourcesAndLabels(int k) {
   const Supports supports = graph_.sources(k);
+  const Supports labels = graph_.labels(k);
+  const Transitions::Table table = transitions_.table();
   const StateSet targets = live_.at(k + 1);
   StateSet sources = live_.at(k);
-  const int *alphabet = alphabet_.get();
   const int count = count_;
+  const int *alphabet = alphabet_.get();
+  int *wanted = alphabet_.get() + transitions_.symbols();
+  int left = count;
+  std::copy(alphabet, alphabet + count, wanted);
+  if (neighbours_) *sources.words() &= neighbours_.before(*targets.words());
+  const auto isLive = [&targets](int t) { return t != Transitions::kNone && targets.has(t); };
   sources.forEach([&](int q) {
-    const int *row = transitions_.row(q);
-    for (int i = 0; i < count; ++i) {
-      const int a = alphabet[i];
-      const int t = row[a];
-      if (t == Transitions::kNone || !targets.has(t)) continue;
-      supports[q] = {a, {a, t}};
+    const int *row = table.row(q);
+    int first = 0;
+    while (first < count && !isLive(row[alphabet[first]])) ++first;
+    if (first == count) {
+      sources.remove(q);
       return true;
     }
-    sources.remove(q);
-    return true;
-  });
-}
-
-// The symbols that have no edge yet are kept at the front of the alphabet.
-void Builder::findLabels(int k) {
-  const Supports supports = graph_.labels(k);
-  const StateSet targets = live_.at(k + 1);
-  int *alphabet = alphabet_.get();
-  int left = count_;
-  live_.at(k).forEach([&](int q) {
-    const int *row = transitions_.row(q);
+    const int symbol = alphabet[first];
+    supports[q] = {symbol, {symbol, row[symbol]}};
     int kept = 0;
     for (int i = 0; i < left; ++i) {
-      const int a = alphabet[i];
-      const int t = row[a];
-      if (t != Transitions::kNone && targets.has(t))
-        supports[a] = {q, {q, t}};
+      const int a = wanted[i];
+      if (isLive(row[a]))
+        labels[a] = {q, {q, row[a]}};
       else
-        alphabet[kept++] = a;
+        wanted[kept++] = a;
     }
     left = kept;
-    return left > 0;
+    return true;
   });
 }
 

@@ -51,7 +51,7 @@ class StateSet {
       if (!forEachBit(i * 64, words_[i], visit)) return;
   }
 
-  const std::uint64_t *words() const { return words_; }
+  std::uint64_t *words() const { return words_; }
 
  private:
   std::uint64_t &wordOf(int q) const { return words_[static_cast<unsigned>(q) / 64]; }

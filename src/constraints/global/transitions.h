@@ -3,6 +3,8 @@
 // cs_Regular, whose graph so needs no memory for its edges.
 #pragma once
 
+#include <cstddef>
+
 #include "core/alloc.h"
 
 namespace koru::regular {
@@ -37,11 +39,17 @@ class Transitions {
   int states() const { return states_; }
   int symbols() const { return symbols_; }
 
+  // The targets by source; for loops, to be kept in registers.
+  struct Table {
+    const int *first;
+    std::ptrdiff_t symbols;
+    const int *row(int q) const { return first + q * symbols; }
+  };
+  Table table() const { return {table_.get(), symbols_}; }
+
   // A state or kNone.
   int target(int q, int a) const { return row(q)[a]; }
-  const int *row(int q) const {
-    return table_.get() + static_cast<std::size_t>(q) * static_cast<std::size_t>(symbols_);
-  }
+  const int *row(int q) const { return table().row(q); }
 
   // The arcs into t, by source and then by symbol, are those from arcsInto(t) up to arcsInto(t + 1).
   int arcsInto(int t) const { return starts_[t]; }
