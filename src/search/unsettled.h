@@ -22,7 +22,7 @@ class Unsettled : public BranchSetOn {
   Unsettled(int size, const BranchSetOn &positions) : BranchSetOn(positions), size_(size) {}
   // `size` >= 1. `words` and `taken` have room for `most` blocks, a power of two.
   Unsettled(int size, int most, std::uint64_t *words, Taken *taken)
-      : size_(size), shift_(std::bit_width(static_cast<unsigned>((size - 1) / most))) {
+      : size_(size), shift_(static_cast<int>(std::bit_width(static_cast<unsigned>((size - 1) / most)))) {
     static_cast<BranchSetOn &>(*this) = BranchSetOn(((size - 1) >> shift_) + 1, words, taken);
   }
 
