@@ -94,6 +94,7 @@ class BranchSetOn {
   }
   template <class Visit>
   bool forEachBut(int position, Visit visit) const {
+    if (wordCount_ == 1) return forEachBit(0, words_[0] & ~maskOf(position), visit);
     for (int i = 0; i < wordCount_; ++i) {
       const std::uint64_t left = wordOf(position) == wordOf(i * 64) ? words_[i] & ~maskOf(position) : words_[i];
       if (!visitWord(i * 64, left, visit)) return false;
