@@ -92,12 +92,13 @@ class BranchSetOn {
     }
     return true;
   }
+  // The same for the positions but one, up to 64 at a time: visit(first, bits), where bit i is the position first + i.
   template <class Visit>
-  bool forEachBut(int position, Visit visit) const {
-    if (wordCount_ == 1) return forEachBit(0, words_[0] & ~maskOf(position), visit);
+  bool forEachWordBut(int position, Visit visit) const {
+    if (wordCount_ == 1) return visit(0, words_[0] & ~maskOf(position));
     for (int i = 0; i < wordCount_; ++i) {
       const std::uint64_t left = wordOf(position) == wordOf(i * 64) ? words_[i] & ~maskOf(position) : words_[i];
-      if (!visitWord(i * 64, left, visit)) return false;
+      if (!visit(i * 64, left)) return false;
     }
     return true;
   }

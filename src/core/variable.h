@@ -76,6 +76,8 @@ inline bool holdsEasily(const CSint *v, int value) {
   const std::uint64_t bit = v->bits->onlyWord() >> (v->bits->offset(value) % 64) & 1;
   return (bit & static_cast<std::uint64_t>(isWithin(v, value))) != 0;
 }
+// Among the bounds, where the domain is not easy.
+inline bool mayContain(const CSint *v, int value) { return has(v, kEasy) ? holdsEasily(v, value) : isWithin(v, value); }
 inline bool containsUnforeseen(const CSint *v, int value) {
   return has(v, kEasy) ? holdsEasily(v, value) : contains(v, value);
 }

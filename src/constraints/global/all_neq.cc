@@ -47,18 +47,43 @@ static bool spanFits(AllNeq &c) {
 
 static bool isWitness(const AllNeq &c, const CSint *v) { return v == c.minWitness || v == c.maxWitness; }
 
-// Takes x's value from all others, x itself told by identity. Its position is left out beforehand: to meet it is a jump
-// that the processor can't foresee.
-static bool eliminate(AllNeq &c, const CSint *x, int position) {
+// Who among up to 64 variables may have the value, asked of all of them before anything changes: so the jumps that the
+// processor can't foresee are as many as those who have it, and two.
+[[gnu::always_inline]] static inline std::uint64_t holders(CSint *const *vars, std::uint64_t positions, int value) {
+  std::uint64_t held = 0;
+  for (; positions != 0; positions &= positions - 1) {
+    const int i = std::countr_zero(positions);
+    const CSint *v = vars[i];
+    held |= std::uint64_t{mayContain(v, value)} << i;
+  }
+  return held;
+}
+
+// Takes x's value from all others, x itself told by identity: where asked for, since a variable may stand twice.
+static bool take(const CSint *x, CSint *v, int value) { return !contains(v, value) || v == x || removeHeld(v, value); }
+
+// One after the other, as whatever hears of a removal may change anything.
+[[gnu::noinline]] static bool eliminateAtOnce(const AllNeq &c, const CSint *x, int position) {
+  return c.open.forEachWordBut(position, [&](int first, std::uint64_t open) {
+    return forEachBit(first, open, [&](int i) { return take(x, c.vars[i], valueOf(x)); });
+  });
+}
+
+// Its position is left out beforehand: to meet it is a jump that the processor can't foresee.
+static bool eliminateQueued(const AllNeq &c, const CSint *x, int position) {
   CSint *const *vars = c.vars;
   const int value = valueOf(x);
-  c.open.refresh();
-  const bool consistent = c.open.forEachBut(position, [=](int i) {
-    CSint *v = vars[static_cast<unsigned>(i)];
-    return !containsUnforeseen(v, value) || v == x || removeHeld(v, value);
+  return c.open.forEachWordBut(position, [=](int first, std::uint64_t open) {
+    return forEachBit(first, holders(vars + first, open, value),
+                      [=](int i) { return take(x, vars[static_cast<unsigned>(i)], value); });
   });
-  if (consistent) c.open.takeOut(position);
-  return consistent;
+}
+
+static bool eliminate(AllNeq &c, const CSint *x, int position) {
+  c.open.refresh();
+  if (!(changesWait() ? eliminateQueued(c, x, position) : eliminateAtOnce(c, x, position))) return false;
+  c.open.takeOut(position);
+  return true;
 }
 
 // ----- handlers

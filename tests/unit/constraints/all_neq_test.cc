@@ -258,6 +258,38 @@ TEST_F(AllNeqTest, TheSameVariableTwiceIsNotItsOwnRival) {
   EXPECT_TRUE(cs_EQ(array[2], 4));
 }
 
+TEST_F(AllNeqTest, AnotherVariableTwiceLosesTheValueOnce) {
+  array[0] = cs_createCSint(0, 5);
+  array[1] = array[2] = cs_createCSint(0, 5);
+  ASSERT_TRUE(cs_NEQ(array[1], 3));  // has bits now
+  ASSERT_EQ(cs_AllNeq(array, 3), 1);
+  ASSERT_TRUE(cs_EQ(array[0], 2));
+  EXPECT_EQ(values(array[1]), (std::vector{0, 1, 4, 5}));
+}
+
+// A context that the host opens in a handler, and leaves open: what comes after propagates at once.
+TEST_F(AllNeqTest, EliminatesWhileChangesPropagateAtOnce) {
+  for (CSint *&v : array) v = cs_createCSint(0, 5);
+  ASSERT_TRUE(cs_NEQ(array[2], 4));
+  ASSERT_EQ(cs_AllNeq(array, 5), 1);
+  const auto open = [](int, int, CSint **, int, void *) {
+    cs_saveContext();
+    return true;
+  };
+  cs_eventKnown(array, 1, open, nullptr);
+  std::vector<int> lost;
+  const auto note = [](CSint *, int index, int, CSint **, int, void *extra) {
+    static_cast<std::vector<int> *>(extra)->push_back(index);
+    return true;
+  };
+  cs_eventNeq(array + 1, 4, note, &lost);
+  ASSERT_TRUE(cs_EQ(array[0], 2));
+  EXPECT_EQ(lost, (std::vector{0, 1, 2, 3}));
+  for (int i = 1; i < 5; ++i) EXPECT_FALSE(cs_isIn(array[i], 2)) << i;
+  ASSERT_TRUE(cs_EQ(array[1], 5));
+  EXPECT_FALSE(cs_EQ(array[2], 5));
+}
+
 TEST_F(AllNeqTest, SpansBeyondTheIntRangeAreCountedInFull) {
   array[0] = cs_createCSint(INT_MIN, INT_MIN + 1);
   array[1] = cs_createCSint(INT_MAX - 1, INT_MAX);
