@@ -16,7 +16,6 @@
 namespace koru::bench {
 namespace {
 
-using parallel::Message;
 using parallel::Piece;
 using parallel::Pieces;
 using parallel::Reader;
@@ -45,7 +44,7 @@ void follow(Transport &transport) {
     if (m->bytes.empty()) return;
     held.push_back(Reader(m->bytes).integer());
     if (held.size() <= kPlayed) continue;
-    const std::size_t which = ++number * 2654435761U % held.size();
+    const std::size_t which = std::size_t{++number} * 2654435761U % held.size();
     std::swap(held[which], held.back());
     const Report r{held.back(), {1000, 500, 0}, {}, true, true, {}, {someOf(number)}};
     held.pop_back();

@@ -142,6 +142,6 @@ inline Turn::~Turn() {
 }
 
 inline bool memoryExhausted(const CSwalk &w) { return solver::errors.memoryReports != w.memoryReports; }
-inline Level &newest(CSwalk &w) { return const_cast<Level &>(w.levels.newest()); }
+inline Level &newest(CSwalk &w) { return w.levels.at(w.levels.count() - 1); }
 
 }  // namespace koru::walk
