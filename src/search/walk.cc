@@ -76,7 +76,7 @@ bool isQuiet() {
 }
 
 // The newest level with its next value. Null when it has none and is closed: without the context that the recursive
-// searches open before they see that, which is 1.5 % of the instructions of telling all solutions of 10,000 variables.
+// searches open before they see that, which is some 80 instructions for each level.
 Level *goOn(CSwalk &w) {
   Level &level = newest(w);
   cs_restoreContext();
