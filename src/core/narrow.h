@@ -46,7 +46,7 @@ namespace koru {
   return removeInside(v, value);
 }
 
-// The same for a value of which nobody can foresee whether v holds it (containsUnforeseen).
+// The same for a value of which nobody can foresee whether v holds it.
 [[nodiscard]] inline bool removeUnforeseen(CSint *v, int value) {
   if (!has(v, kEasy)) return removeValue(v, value);
   if (holdsEasily(v, value)) return removeHeld(v, value);
