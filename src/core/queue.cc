@@ -300,7 +300,7 @@ template <bool supervised>
     case kMaxBound | kUnheard:
       return handleAs<supervised, kMaxBound, kUnheard>(queue, event, listener);
   }
-  __builtin_unreachable();
+  __builtin_unreachable();  // GCOVR_EXCL_LINE
 }
 
 constexpr int kNoCode = -1;

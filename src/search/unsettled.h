@@ -30,7 +30,8 @@ class Unsettled : public BranchSetOn {
   // isSettled(position) must not change within a branch once it is true.
   template <class IsSettled, class Visit>
   void forEachUnsettled(IsSettled isSettled, Visit visit) {
-    putBack();
+    int block = first_ >> shift_;
+    if (refresh(block)) first_ = block << shift_;
     first_ = shift_ == 0 ? passPositions(isSettled, visit) : passBlocks(isSettled, visit);
   }
 
@@ -81,11 +82,6 @@ class Unsettled : public BranchSetOn {
     });
     static_cast<BranchSetOn &>(*this) = set;
     return first;
-  }
-
-  void putBack() {
-    int block = first_ >> shift_;
-    if (refresh(block)) first_ = block << shift_;
   }
 
   int size_ = 0;

@@ -103,6 +103,22 @@ TEST_F(QueueKeyedTest, WhoIsAmongThemHearsAsEverAndWhoIsPassedByCountsAsCalled) 
   }
 }
 
+// A sum with a constant that has made x is its oldest constraint, and is not called for what it does itself.
+TEST_F(QueueKeyedTest, ThoseOfAShiftedVariableAreShownWhatConcernsThem) {
+  CSint *v = cs_createCSint(-10, 89);
+  x = cs_Add(v, CSINT(10));
+  ASSERT_TRUE(has(x, kShifted));
+  ASSERT_TRUE(watch(journal, 100, {x}));
+  watchAllKeys();
+  ASSERT_TRUE(watch(journal, 101, {x}, {.flags = kConflictListener}));
+  const std::vector<int> concerned{12, 11, 10, 100};
+  ASSERT_TRUE(cs_GE(x, 10));
+  EXPECT_EQ(heardOf([&] { return narrowMin(v, 3); }), concerned);
+  ASSERT_TRUE(removeValue(v, 50));
+  EXPECT_EQ(heardOf([&] { return narrowMin(v, 3); }), concerned) << "among holes";
+  EXPECT_EQ(heardOf([&] { return bindValue(v, 89); }).size(), 1 + 90U);
+}
+
 TEST_F(QueueKeyedTest, AConflictListenerBelowThemIsTold) {
   ASSERT_TRUE(watchKey(8));
   ASSERT_TRUE(watch(journal, 100, {x}, {.flags = kConflictListener}));
