@@ -7,7 +7,7 @@ namespace koru::parallel {
 
 constexpr std::size_t kMostPaths = 1000;  // in a report
 // Up to so many processes are handed pieces, and report, as often as the pace says.
-constexpr double kFewProcesses = 256, kFewReporting = 100;
+constexpr double kFewProcesses = 512, kFewReporting = 100;
 
 double Worker::reportSeconds() const { return pace_.report * std::max(1.0, transport_.size() / kFewReporting); }
 

@@ -34,7 +34,7 @@ constexpr double kLatency = 20e-6;     // of a message between two machines
 constexpr double kMessage = 1e-6;      // to send or to take one
 constexpr double kLevel = 10e-6;       // of the way to a piece
 constexpr double kSlice = 0.0005;      // after which a process looks at its messages
-constexpr double kLeastPiece = 0.001;  // that is given away, with up to 256 processes
+constexpr double kLeastPiece = 0.001;  // that is given away, with up to 512 processes
 constexpr double kRetry =
     0.002;  // after which, at the soonest, one that had nothing to give looks again (in truth: kSlice)
 constexpr int kAskedFor = 4;
@@ -71,7 +71,7 @@ class Simulation {
  public:
   Simulation(const Tree &tree, int processes, const Options &options)
       : interval_(std::max(0.05, 5e-4 * processes)),
-        least_(options.least > 0 ? options.least : kLeastPiece * std::max(1.0, processes / 256.0)),
+        least_(options.least > 0 ? options.least : kLeastPiece * std::max(1.0, processes / 512.0)),
         isFree_(options.isFree),
         processes_(static_cast<std::size_t>(processes), Process{Worker(tree)}) {
     push({0, Event::kLead, 0, 0});
