@@ -35,8 +35,7 @@ constexpr double kMessage = 1e-6;      // to send or to take one
 constexpr double kLevel = 10e-6;       // of the way to a piece
 constexpr double kSlice = 0.0005;      // after which a process looks at its messages
 constexpr double kLeastPiece = 0.001;  // that is given away, with up to 512 processes
-constexpr double kRetry =
-    0.002;  // after which, at the soonest, one that had nothing to give looks again (in truth: kSlice)
+constexpr double kRetry = 0.002;       // after which one that had nothing to give may look again (in truth: kSlice)
 constexpr int kAskedFor = 4;
 
 double processorSeconds() {

@@ -191,6 +191,8 @@ template <bool supervised, EventCode code>
 [[gnu::always_inline]] inline Entry *wakeOthers(EventRecord &event, Arguments arguments, Entry *&listener) {
   constexpr std::uint8_t slot = events(code);
   Entry *&entry = event.entries;
+  if (solver::ports.profiling) [[unlikely]]  // since the event was queued
+    return wakeProfiled(event, entry, arguments, listener);
   for (; (entry->heardAboveOldest & (slot | kHearsConflicts | kKeyed)) != 0; entry = entry->next) {
     if ((entry->heard & slot) != 0) {
       if constexpr (supervised) ++solver::queue.wakings;

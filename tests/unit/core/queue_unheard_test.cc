@@ -79,6 +79,24 @@ TEST_F(QueueUnheardTest, AProfilerThatTheHostEnablesBeforeItsTurnSeesItToo) {
   EXPECT_EQ(seen, (std::vector<int>{kNewMin, kRemoved}));
 }
 
+// Without a constraint of the host's, between two events: the watcher's call and the sum's own are counted.
+TEST_F(QueueUnheardTest, AProfilerEnabledBeforeTheTurnOfWhatASumPassesOnSeesAllCalls) {
+  CSint *v = cs_createCSint(0, 9);
+  x = cs_Add(v, CSINT(3));
+  ASSERT_TRUE(removeValue(v, 5) && watch(journal, 1, {x}));
+  solver::ports.add(&observer);
+  const auto enable = [](void *argument) {
+    static_cast<Observer *>(argument)->enabled = true;
+    solver::ports.refreshProfiling();
+    return false;
+  };
+  solver::queue.untilAsked = 1;
+  solver::queue.supervisor = {enable, &observer};
+  EXPECT_TRUE(narrowMin(v, 2));
+  solver::queue.supervisor = {};
+  EXPECT_EQ(seen, (std::vector<int>{kNewMin, kNewMin}));
+}
+
 // The bound of s that x asks for is a hole that the sum has not heard of.
 TEST_F(QueueUnheardTest, AMakerIsToldOfABoundPastTheOneItAskedFor) {
   const auto hide = [](CSint *s, int value) {
