@@ -5,7 +5,7 @@
 // event since whose totals nothing has changed.
 // State: none beyond a moment: totals are computed anew after any change of a domain, or where code of the host may
 // have run, for the coefficients are the host's. Until then both constraints use the same ones, which halves what a
-// binding takes.
+// binding takes, and no term is held against them twice.
 // Wakes: when a bound moves, on one constraint for s and one for the terms, under one site.
 // Deliberate: a term's binding inside its bounds moves both its bounds, and runs the terms' handler for each; n = 1 is
 // no special case, for it has a coefficient.
@@ -24,16 +24,18 @@ namespace koru::scal_prod {
 
 struct Record {
   CSint *s;
-  const int *coefficients;
-  CSint **vars;
-  int n;
+  Terms terms;
   Shared<int> coefficientOwner;
   Shared<CSint *> varOwner;
 };
 
+constexpr int kNone = -1;
+constexpr int kAll = -2;
+
 struct OnSum : Record {
   Totals latest{};
-  Moment moment{};  // at which they were computed
+  Moment moment{};    // at which they were computed
+  int unheld = kAll;  // terms that have not been held against them since: all, the one at an index, or none
 };
 
 // Its entries are taken off before that of the other one.
@@ -43,93 +45,95 @@ struct OnTerms : Record {
 
 // ----- totals
 
-static Terms termsOf(const Record &c) { return {c.coefficients, c.vars, c.n}; }
-
-static Totals totalsNow(OnSum &c) {
+// Any change of a domain may change them.
+static const Totals &totalsNow(OnSum &c) {
   if (!c.moment.lasts()) {
-    c.latest = totalsOf(termsOf(c));
+    computeTotals(c.terms, c.latest);
     c.moment = Moment::now();
+    c.unheld = kAll;
   }
   return c.latest;
 }
 
 static std::int64_t slackOf(const Record &c, const Totals &totals) { return satSub64(totals.high, c.s->min); }
-static std::int64_t excessOf(const Record &c, const Totals &totals) { return satSub64(totals.low, c.s->max); }
+static std::int64_t roomOf(const Record &c, const Totals &totals) { return satSub64(c.s->max, totals.low); }
 
-// ----- rules: slack >= 0 is what the high total has to spare, -excess >= 0 what the low total has
+// ----- rules: slack >= 0 is what the high total has to spare, room >= 0 what the low total has
 
-// margin / coefficient, cut off where it is far wider than any domain, so that sums with it do not overflow. A term
-// with the coefficient 0 is never wider than a margin and does not come here.
-static std::int64_t share(std::int64_t margin, std::int64_t coefficient) {
+// A term moves exactly when it is wider than a margin, so most divisions are never made: when it leaves
+// [-margin, margin], which takes one comparison. A term with the coefficient 0 never is.
+static bool widerThan(const CSint *x, std::int64_t coefficient, std::int64_t margin) {
+  const auto width = static_cast<std::uint64_t>(distance(x->min, x->max) * coefficient);
+  const auto limit = static_cast<std::uint64_t>(margin);
+  return width + limit > 2 * limit;
+}
+
+// margin / size, cut off where it is far wider than any domain, so that sums with it do not overflow.
+static std::int64_t share(std::int64_t margin, std::int64_t size) {
   constexpr std::int64_t kFar = std::int64_t{1} << 40;
-  const std::int64_t quotient = margin / coefficient;  // cppcheck-suppress zerodivcond
-  return quotient > kFar ? kFar : quotient < -kFar ? -kFar : quotient;
+  return std::min(margin / size, kFar);  // cppcheck-suppress zerodivcond
 }
 
 static bool narrowLow(CSint *x, std::int64_t coefficient, std::int64_t slack) {
   if (coefficient > 0) return narrowMin64(x, x->max - share(slack, coefficient));
-  return narrowMax64(x, x->min - share(slack, coefficient));
+  return narrowMax64(x, x->min + share(slack, -coefficient));
 }
 
-static bool narrowHigh(CSint *x, std::int64_t coefficient, std::int64_t excess) {
-  return narrowLow(x, -coefficient, -excess);
+static bool narrowHigh(CSint *x, std::int64_t coefficient, std::int64_t room) {
+  return narrowLow(x, -coefficient, room);
 }
-
-// A term moves exactly when it is wider than the margin, so most divisions are never made.
-static bool widerThan(const CSint *x, std::int64_t coefficient, std::int64_t margin) {
-  const std::int64_t width = (std::int64_t{x->max} - x->min) * coefficient;
-  return (width < 0 ? -width : width) > margin;
-}
-
-constexpr int kNone = -1;
 
 template <class Narrow>
-static bool narrowWide(const Record &c, const Totals &totals, std::int64_t margin, int skipped, Narrow narrow) {
-  if (totals.widest <= margin) return true;
-  for (int i = 0; i < c.n; ++i) {
-    CSint *x = c.vars[i];
-    const int coefficient = c.coefficients[i];
-    if (i != skipped && widerThan(x, coefficient, margin) && !narrow(x, coefficient)) return false;
+static bool narrowWide(const Terms terms, int first, int end, std::int64_t margin, int skipped, Narrow narrow) {
+  for (int i = first; i < end; ++i) {
+    CSint *x = terms.vars[i];
+    const int coefficient = terms.coefficients[i];
+    if (widerThan(x, coefficient, margin) && i != skipped && !narrow(x, coefficient)) return false;
   }
   return true;
 }
 
 // Neither fails: a term keeps the bound that it is measured from.
 static bool raiseTotals(const Record &c, const Totals &totals, std::int64_t slack) {
-  return narrowWide(c, totals, slack, kNone,
-                    [=](CSint *x, int coefficient) { return narrowLow(x, coefficient, slack); });
+  return totals.widest <= slack || narrowWide(c.terms, 0, c.terms.n, slack, kNone, [=](CSint *x, int coefficient) {
+           return narrowLow(x, coefficient, slack);
+         });
 }
 
-static bool lowerTotals(const Record &c, const Totals &totals, std::int64_t excess) {
-  return narrowWide(c, totals, -excess, kNone,
-                    [=](CSint *x, int coefficient) { return narrowHigh(x, coefficient, excess); });
+static bool lowerTotals(const Record &c, const Totals &totals, std::int64_t room) {
+  return totals.widest <= room || narrowWide(c.terms, 0, c.terms.n, room, kNone, [=](CSint *x, int coefficient) {
+           return narrowHigh(x, coefficient, room);
+         });
 }
 
-// Both bounds are computed before either is applied; the minimum goes first.
-static bool narrowTerm(CSint *x, std::int64_t coefficient, std::int64_t slack, std::int64_t excess) {
-  if (coefficient < 0) std::swap(slack, excess);
-  const std::int64_t low = x->max - share(slack, coefficient);
-  const std::int64_t high = x->min - share(excess, coefficient);
-  return narrowMin64(x, low) && narrowMax64(x, high);
+// Of one that is wider than either margin. Both bounds are computed before either is applied; the minimum goes first.
+static bool narrowTerm(CSint *x, std::int64_t coefficient, std::int64_t slack, std::int64_t room) {
+  if (coefficient < 0) {
+    std::swap(slack, room);
+    coefficient = -coefficient;
+  }
+  const std::int64_t high = x->min + share(room, coefficient);
+  if (widerThan(x, coefficient, slack) && !narrowMin64(x, x->max - share(slack, coefficient))) return false;
+  return narrowMax64(x, high);
 }
 
-static bool narrowTerms(const Record &c, const Totals &totals, std::int64_t slack, std::int64_t excess, int skipped) {
-  return narrowWide(c, totals, std::min(slack, -excess), skipped,
-                    [=](CSint *x, int coefficient) { return narrowTerm(x, coefficient, slack, excess); });
+static bool narrowTerms(const Terms &terms, int first, int end, std::int64_t slack, std::int64_t room, int skipped) {
+  return narrowWide(terms, first, end, std::min(slack, room), skipped,
+                    [=](CSint *x, int coefficient) { return narrowTerm(x, coefficient, slack, room); });
 }
 
 // ----- handlers on s
 
 static bool sumNewMin(OnSum &c, const Event &) {
-  const Totals totals = totalsNow(c);
+  const Totals &totals = totalsNow(c);
   const std::int64_t slack = slackOf(c, totals);
   return slack >= 0 && raiseTotals(c, totals, slack);  // GCOVR_EXCL_BR_LINE: see there
 }
 
 static bool sumNewMax(OnSum &c, const Event &) {
-  const Totals totals = totalsNow(c);
-  const std::int64_t excess = excessOf(c, totals);
-  return excess <= 0 && lowerTotals(c, totals, excess);  // GCOVR_EXCL_BR_LINE: see there
+  const Totals &totals = totalsNow(c);
+  const std::int64_t room = roomOf(c, totals);
+  return room >= 0 && lowerTotals(c, totals, room);  // GCOVR_EXCL_BR_LINE: see there
 }
 
 static bool sumBound(OnSum &c, const Event &e) { return sumNewMin(c, e) && sumNewMax(c, e); }
@@ -142,15 +146,33 @@ constexpr auto kSumTable = handlers<OnSum>({.newMin = on<sumNewMin>,
 
 // ----- handlers on the terms
 
-static bool termMoved(OnTerms &c, const Event &e) {
-  const Totals totals = totalsNow(*c.onSum);
-  const std::int64_t slack = slackOf(c, totals);
-  const std::int64_t excess = excessOf(c, totals);
-  if (slack < 0 || excess > 0 || !narrowMin64(c.s, totals.low) || !narrowMax64(c.s, totals.high)) return false;
-  c.onSum->moment.goOn();  // s is no term
-  return narrowTerms(c, totals, slack, excess, e.index);
+// s is no term, so the totals go on. It may have come further than asked for, so that terms may move again.
+static bool narrowSum(OnSum &c, const Totals &totals) {
+  const auto [low, high, widest] = totals;
+  if (low <= c.s->min && high >= c.s->max) return true;
+  if (!narrowMin64(c.s, low) || !narrowMax64(c.s, high)) return false;
+  c.moment.goOn();
+  c.unheld = kAll;
+  return true;
 }
 
+// Holds all terms but one against the totals. While those last, what has been held does not move: only the term that
+// was left out is still to be held.
+[[gnu::noinline]] static bool holdTerms(OnSum &c, int skipped) {
+  const Totals &latest = totalsNow(c);
+  if (c.unheld == skipped || c.unheld == kNone) return true;
+  const bool all = c.unheld == kAll;
+  const int first = all ? 0 : c.unheld;
+  const int end = all ? c.terms.n : c.unheld + 1;
+  c.unheld = all ? skipped : kNone;
+  const std::int64_t widest = latest.widest;
+  const std::int64_t slack = slackOf(c, latest);
+  const std::int64_t room = roomOf(c, latest);
+  if (slack < 0 || room < 0 || !narrowSum(c, latest)) return false;
+  return widest <= std::min(slack, room) || narrowTerms(c.terms, first, end, slack, room, skipped);
+}
+
+static bool termMoved(OnTerms &c, const Event &e) { return holdTerms(*c.onSum, e.index); }
 static bool termBound(OnTerms &c, const Event &e) { return termMoved(c, e) && termMoved(c, e); }
 
 constexpr auto kTermTable = handlers<OnTerms>({.newMin = on<termMoved>,
@@ -161,32 +183,32 @@ constexpr auto kTermTable = handlers<OnTerms>({.newMin = on<termMoved>,
 
 // ----- posting
 
-static bool totalsOverflow(const Record &c) {
-  std::int64_t low = 0;
-  std::int64_t high = 0;
-  for (int i = 0; i < c.n; ++i) {
-    const std::int64_t atMin = std::int64_t{c.coefficients[i]} * c.vars[i]->min;
-    const std::int64_t atMax = std::int64_t{c.coefficients[i]} * c.vars[i]->max;
-    if (!addWithin64(low, atMin < atMax ? atMin : atMax) || !addWithin64(high, atMin < atMax ? atMax : atMin))
-      return true;
+// False when a total does not fit 64 bits.
+static bool addUp(const Terms &terms, Totals &totals) {
+  for (int i = 0; i < terms.n; ++i) {
+    const std::int64_t atMin = std::int64_t{terms.coefficients[i]} * terms.vars[i]->min;
+    const std::int64_t atMax = std::int64_t{terms.coefficients[i]} * terms.vars[i]->max;
+    if (!addWithin64(totals.low, atMin < atMax ? atMin : atMax) ||
+        !addWithin64(totals.high, atMin < atMax ? atMax : atMin))
+      return false;
   }
-  return false;
+  return true;
 }
 
 static CSint *post(Posting &posting, Record record) {
   if (!posting) return nullptr;
-  if (totalsOverflow(record)) {
+  Totals totals;
+  if (!addUp(record.terms, totals)) {
     reportOverflow();
     return nullptr;
   }
-  const Totals totals = totalsOf(termsOf(record));
   record.s = createVariable(clampToInt(totals.low), clampToInt(totals.high));
   if (record.s == nullptr) return nullptr;
   auto onSum = posting.add(kSumTable, OnSum{record});
   onSum.attach(record.s);
   if (!posting) return nullptr;
   auto onTerms = posting.add(kTermTable, OnTerms{record, &*onSum});
-  for (int i = 0; i < record.n; ++i) onTerms.attach(record.vars[i], i);
+  for (int i = 0; i < record.terms.n; ++i) onTerms.attach(record.terms.vars[i], i);
   return posting ? record.s : nullptr;
 }
 
@@ -194,14 +216,14 @@ static CSint *postCopy(Posting &posting, const Shared<CSint *> &vars, const Shar
   posting.keepOnTrail(vars);
   posting.keepOnTrail(coefficients);
   if (!posting || !allPresent(vars.get(), n)) return nullptr;
-  return post(posting, {nullptr, coefficients.get(), vars.get(), n, coefficients, vars});
+  return post(posting, {nullptr, {coefficients.get(), vars.get(), n}, coefficients, vars});
 }
 
 static CSint *postArrays(const Poster &poster, CSint **vars, const int *coefficients, int n) {
   if (n < 1) return createVariable(0, 0);
   if (vars == nullptr || coefficients == nullptr || !allPresent(vars, n)) return nullptr;
   Posting posting{poster};
-  return post(posting, {nullptr, coefficients, vars, n, {}, {}});
+  return post(posting, {nullptr, {coefficients, vars, n}, {}, {}});
 }
 
 static CSint *postArguments(const Poster &poster, std::va_list arguments, int n) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "constraints/arith/weighted_totals.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <cstring>
 
 #include "core/int_math.h"
 
@@ -14,32 +14,36 @@
 
 namespace koru::scal_prod {
 
-// From term `first` on, added to the totals of those before it.
-static Totals totalsFrom(const Terms &terms, int first, Totals totals) {
+// From term `first` on, added to the totals of those before it. Out of line, so that nobody else saves registers for
+// it.
+[[gnu::noinline]] static void addTermsFrom(const Terms &terms, int first, Totals &totals) {
+  std::int64_t low = totals.low;
+  std::int64_t high = totals.high;
+  std::int64_t widest = totals.widest;
   for (int i = first; i < terms.n; ++i) {
     const std::int64_t atMin = std::int64_t{terms.coefficients[i]} * terms.vars[i]->min;
     const std::int64_t atMax = std::int64_t{terms.coefficients[i]} * terms.vars[i]->max;
-    const std::int64_t low = atMin < atMax ? atMin : atMax;
-    const std::int64_t high = atMin < atMax ? atMax : atMin;
-    totals.low += low;
-    totals.high += high;
-    if (high - low > totals.widest) totals.widest = high - low;
+    const std::int64_t least = atMin < atMax ? atMin : atMax;
+    const std::int64_t greatest = atMin < atMax ? atMax : atMin;
+    low += least;
+    high += greatest;
+    if (greatest - least > widest) widest = greatest - least;
   }
-  return totals;
+  totals = {low, high, widest};
 }
 
 #ifdef KORU_BY_FOURS
 
 // Minimum and maximum, low half first.
 static_assert(offsetof(CSint, max) == offsetof(CSint, min) + sizeof(int));
-[[gnu::target("avx2"), gnu::always_inline]] static inline __m128i boundsOf(const CSint *v) {
-  return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(&v->min));
+static std::int64_t boundsOf(const CSint *v) {
+  std::int64_t both = 0;
+  std::memcpy(&both, reinterpret_cast<const char *>(v) + offsetof(CSint, min), sizeof both);
+  return both;
 }
 
-[[gnu::target("avx2"), gnu::always_inline]] static inline __m256i boundsOfFour(CSint *const *vars) {
-  const __m128i first = _mm_unpacklo_epi64(boundsOf(vars[0]), boundsOf(vars[1]));
-  const __m128i second = _mm_unpacklo_epi64(boundsOf(vars[2]), boundsOf(vars[3]));
-  return _mm256_set_m128i(second, first);
+[[gnu::target("avx2"), gnu::always_inline]] static inline __m128i boundsOfTwo(CSint *const *vars) {
+  return _mm_insert_epi64(_mm_cvtsi64_si128(boundsOf(vars[0])), boundsOf(vars[1]), 1);
 }
 
 // Of each number the second one where `sign` is negative.
@@ -48,35 +52,46 @@ static_assert(offsetof(CSint, max) == offsetof(CSint, min) + sizeof(int));
       _mm256_blendv_pd(_mm256_castsi256_pd(a), _mm256_castsi256_pd(b), _mm256_castsi256_pd(sign)));
 }
 
-// One of the parts may leave 64 bits where their total does not.
-static std::int64_t sumOf(const std::int64_t (&parts)[4]) {
-  return wrapAdd64(wrapAdd64(parts[0], parts[1]), wrapAdd64(parts[2], parts[3]));
+[[gnu::target("avx2"), gnu::always_inline]] static inline __m256i greater(__m256i a, __m256i b) {
+  return choose(a, b, _mm256_cmpgt_epi64(b, a));
 }
 
-// Of so many terms, a multiple of four.
-[[gnu::target("avx2")]] static Totals totalsByFours(const Terms &terms, int count) {
+// The sums of the four numbers of each. One of the parts may leave 64 bits where their total does not.
+[[gnu::target("avx2"), gnu::always_inline]] static inline __m128i sumsOf(__m256i a, __m256i b) {
+  const __m256i two = _mm256_add_epi64(_mm256_unpacklo_epi64(a, b), _mm256_unpackhi_epi64(a, b));
+  return _mm_add_epi64(_mm256_castsi256_si128(two), _mm256_extracti128_si256(two, 1));
+}
+
+[[gnu::target("avx2"), gnu::always_inline]] static inline std::int64_t greatestOf(__m256i numbers) {
+  const __m256i two = greater(numbers, _mm256_permute4x64_epi64(numbers, 0b1110));
+  return _mm256_extract_epi64(greater(two, _mm256_unpackhi_epi64(two, two)), 0);
+}
+
+// Of the first terms, a multiple of four. Each has its least value and its width.
+[[gnu::target("avx2")]] static void addTermsByFours(const Terms &terms, Totals &totals) {
+  const unsigned byFours = static_cast<unsigned>(terms.n) / 4 * 4;
+  const int *coefficient = terms.coefficients;
+  CSint *const *vars = terms.vars;
   __m256i lows = _mm256_setzero_si256();
-  __m256i highs = lows;
+  __m256i widths = lows;
   __m256i widests = lows;
-  for (int i = 0; i < count; i += 4) {
-    const __m256i c = _mm256_cvtepi32_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i *>(terms.coefficients + i)));
-    const __m256i bounds = boundsOfFour(terms.vars + i);
-    const __m256i atMin = _mm256_mul_epi32(bounds, c);
-    const __m256i atMax = _mm256_mul_epi32(_mm256_srli_epi64(bounds, 32), c);
-    const __m256i low = choose(atMin, atMax, c);
-    const __m256i high = choose(atMax, atMin, c);
-    const __m256i width = _mm256_sub_epi64(high, low);
+  for (const int *end = coefficient + byFours; coefficient != end; coefficient += 4, vars += 4) {
+    const __m256i c = _mm256_cvtepi32_epi64(_mm_loadu_si128(reinterpret_cast<const __m128i *>(coefficient)));
+    const __m256i min = _mm256_set_m128i(boundsOfTwo(vars + 2), boundsOfTwo(vars));
+    const __m256i max = _mm256_srli_epi64(min, 32);
+    const __m256i low = _mm256_mul_epi32(choose(min, max, c), c);
+    const __m256i width = _mm256_mul_epu32(_mm256_sub_epi32(max, min), _mm256_abs_epi32(c));
     lows = _mm256_add_epi64(lows, low);
-    highs = _mm256_add_epi64(highs, high);
-    widests = choose(widests, width, _mm256_cmpgt_epi64(width, widests));
+    widths = _mm256_add_epi64(widths, width);
+    widests = greater(widests, width);
   }
-  alignas(32) std::int64_t low[4];
-  alignas(32) std::int64_t high[4];
-  alignas(32) std::int64_t widest[4];
-  _mm256_store_si256(reinterpret_cast<__m256i *>(low), lows);
-  _mm256_store_si256(reinterpret_cast<__m256i *>(high), highs);
-  _mm256_store_si256(reinterpret_cast<__m256i *>(widest), widests);
-  return {sumOf(low), sumOf(high), std::max(std::max(widest[0], widest[1]), std::max(widest[2], widest[3]))};
+  const __m128i sums = sumsOf(lows, widths);
+  totals.low = _mm_cvtsi128_si64(sums);
+  totals.high = wrapAdd64(totals.low, _mm_extract_epi64(sums, 1));
+  totals.widest = greatestOf(widests);
+  if (terms.n % 4 == 0) return;
+  _mm256_zeroupper();  // the compiler leaves it out before a call that it makes a jump
+  addTermsFrom(terms, static_cast<int>(byFours), totals);
 }
 
 static bool goesByFours() { return __builtin_cpu_supports("avx2") != 0; }
@@ -84,17 +99,17 @@ static bool goesByFours() { return __builtin_cpu_supports("avx2") != 0; }
 #else
 
 static bool goesByFours() { return false; }
-static Totals totalsByFours(const Terms &, int) { return {}; }
+static void addTermsByFours(const Terms &, Totals &) {}
 
 #endif
 
 // With fewer terms adding up the four parts takes what they save.
 constexpr int kFewest = 8;
 
-Totals totalsOf(const Terms &terms) {
-  const bool pays = terms.n >= kFewest && goesByFours();  // GCOVR_EXCL_BR_LINE: of the machine
-  const int byFours = pays ? terms.n - terms.n % 4 : 0;
-  return totalsFrom(terms, byFours, byFours > 0 ? totalsByFours(terms, byFours) : Totals{});
+void computeTotals(const Terms &terms, Totals &totals) {
+  if (terms.n >= kFewest && goesByFours()) return addTermsByFours(terms, totals);  // GCOVR_EXCL_BR_LINE: of the machine
+  totals = {};
+  addTermsFrom(terms, 0, totals);
 }
 
 }  // namespace koru::scal_prod

@@ -24,6 +24,6 @@ struct Terms {
 
 // The totals must fit 64 bits. Many terms are taken four at a time where the processor can, which takes 7 instructions
 // a term in place of 18.
-Totals totalsOf(const Terms &terms);
+void computeTotals(const Terms &terms, Totals &totals);
 
 }  // namespace koru::scal_prod

@@ -129,6 +129,47 @@ TEST_F(ScalProdEventsTest, TheHandlerOfTheTermsRunsTwiceForABoundTermOnly) {
   EXPECT_EQ(minimumOfYWhenTheSumIsHeard(4), std::vector{0}) << "at an end: the sum's own handler raises y later";
 }
 
+// The same where no code of the host runs: y is raised before the sum is heard, which raises w.
+TEST_F(ScalProdEventsTest, ASumThatHasComeFurtherThanAskedForMovesTermsAgain) {
+  make(1, {0, 4}, 1, {0, 10});
+  for (int w = 2; w < 5; ++w) ASSERT_TRUE(cs_NEQ(s, w));
+  CSint *w = cs_createCSint(0, 14);
+  ASSERT_TRUE(cs_Le(s, w));
+  const int mark = solver::trail.count();
+  ASSERT_TRUE(cs_EQ(v[0], 2));
+  std::vector<const CSint *> changed;
+  solver::trail.forEachFrom(mark, [&](const TrailRecord &record) { changed.push_back(record.variable()); });
+  EXPECT_EQ(changed, (std::vector<const CSint *>{v[0], v[0], s, s, v[1], w}));
+}
+
+// x is too wide once both have been raised, and is left out when it is heard: the next event of a term narrows it.
+TEST_F(ScalProdEventsTest, TermsThatHaveMovedTogetherAreHeldOneAfterTheOther) {
+  for (const int heardFirst : {0, 1}) {
+    make(1, {3, 9}, 1, {2, 5});
+    ASSERT_TRUE(cs_GE(s, 8) && cs_LE(s, 12));
+    expect({3, 9}, {2, 5}, {8, 12});
+    CSint *z = cs_createCSint(0, 9);
+    ASSERT_TRUE(cs_Le(z, v[1 - heardFirst]) && cs_Le(z, v[heardFirst]));
+    ASSERT_TRUE(cs_GE(z, 4));
+    expect({4, 8}, {4, 5}, {8, 12});
+  }
+}
+
+// All events but the first find nothing to do.
+TEST_F(ScalProdEventsTest, TermsThatFitAreHeldOnce) {
+  CSint *x[] = {cs_createCSint(0, 9), cs_createCSint(0, 9), cs_createCSint(0, 9)};
+  int ones[] = {1, 1, 1};
+  s = cs_ScalProd(x, ones, 3);
+  ASSERT_TRUE(cs_GE(s, 12) && cs_LE(s, 20));
+  CSint *z = cs_createCSint(0, 9);
+  for (CSint *term : x) ASSERT_TRUE(cs_Le(z, term));
+  ASSERT_TRUE(cs_GE(z, 2));
+  for (CSint *term : x) EXPECT_EQ(bounds(term), Bounds2(2, 9));
+  EXPECT_EQ(bounds(s), Bounds2(12, 20));
+  ASSERT_TRUE(cs_GE(z, 6));
+  for (CSint *term : x) EXPECT_EQ(bounds(term), Bounds2(6, 8));
+}
+
 TEST_F(ScalProdEventsTest, OneVariableWithOppositeCoefficientsIsHandledAsTwoTerms) {
   CSint *x = cs_createCSint(0, 5);
   CSint *twice[] = {x, x};
