@@ -35,7 +35,7 @@ LINE = re.compile(r"process (\d+) of (\d+): ([\d.]+) s, (\d+) choice points trie
 PATIENCE = 2
 MANY = 8
 VARIABLES = 10000
-SOLUTIONS = {"": 5000000, "-object": 400000}  # for some 10 s
+SOLUTIONS = {"": 100000000, "-object": 1000000}  # for some 10 s
 
 
 def environment(**more):
