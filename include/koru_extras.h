@@ -1050,6 +1050,17 @@ KORU_API const char *cs_findConstraintWithMemory(void);
  */
 KORU_API CSstatus cs_goWalk(CSwalk *walk, long long choicePoints, bool stops);
 
+/** Called at a solution, where the @p walk stands. @return whether to go on. */
+typedef bool (*CSwalkFound)(CSwalk *walk, void *extra);
+
+/**
+ * cs_goWalk that tells @p found of each solution and goes on from there, without the hundred instructions that it takes
+ * to return and be called again. False from @p found stops it with CS_STATUS_SOLUTION; null counts solutions. @p found
+ * may do what every callback may (koru.h, section 21), cs_cancelSearch included, and ask for the walk's position and
+ * counts; calls that go on with the walk, move, split or close it, or keep its solution, are refused there.
+ */
+KORU_API CSstatus cs_goWalkTelling(CSwalk *walk, long long choicePoints, CSwalkFound found, void *extra);
+
 /** What it has done so far; zeros for null. */
 KORU_API CSwalkCounts cs_getWalkCounts(const CSwalk *walk);
 

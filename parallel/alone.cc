@@ -6,19 +6,22 @@
 namespace koru::parallel {
 
 // Whether a solution stands.
-static bool go(Ground &ground, bool stops) {
-  const CSstatus status = cs_goWalk(ground.walk(), LLONG_MAX, stops);
+static bool isAtSolution(Ground &ground, CSstatus status) {
   if (status == CS_STATUS_MEMORY) ground.failOfMemory();
   return status == CS_STATUS_SOLUTION;
 }
 
+static bool go(Ground &ground, bool stops) { return isAtSolution(ground, cs_goWalk(ground.walk(), LLONG_MAX, stops)); }
+
+static bool tell(CSwalk * /*walk*/, void *task) {
+  const Task &of = *static_cast<const Task *>(task);
+  of.found(of.array, of.size);
+  return true;
+}
+
 static void findAll(Ground &ground) {
-  const Task &task = ground.task();
-  if (task.found == nullptr) {
-    go(ground, false);
-    return;
-  }
-  while (go(ground, true)) task.found(task.array, task.size);
+  Task task = ground.task();
+  isAtSolution(ground, cs_goWalkTelling(ground.walk(), LLONG_MAX, task.found == nullptr ? nullptr : tell, &task));
 }
 
 static Outcome minimize(Ground &ground) {

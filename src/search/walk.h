@@ -43,6 +43,11 @@ struct Level {
   bool isOpposite() const { return choice.branchesInTwo && values.current() == 1; }
 };
 
+class Levels : public BlockStack<Level> {
+ public:
+  Level &newest() { return const_cast<Level &>(BlockStack::newest()); }
+};
+
 // The path to the last solution of a search with an objective.
 struct PassedStep {
   CSwalkStep step;
@@ -57,7 +62,7 @@ struct CSwalk {
 
   koru::BranchSet unsettled;  // the storage; the selection works on a copy of its head
   koru::Selection selection;
-  koru::BlockStack<koru::walk::Level> levels;
+  koru::walk::Levels levels;
   int base = 0;
   bool down = true;          // the newest level's value stands, and what is below it is still to come
   bool lost = false;         // it stands nowhere
@@ -126,13 +131,17 @@ bool imposeOfObject(const CSsearch &s, const Level &level);
 bool isRefuted(const CSsearch &s);
 void leaveObject(CSwalk &w);
 
+// What is reported from now on is the walk's.
+inline void noteMemory(CSwalk &w) { w.memoryReports = solver::errors.memoryReports; }
+inline bool memoryExhausted(const CSwalk &w) { return solver::errors.memoryReports != w.memoryReports; }
+
 inline Turn::Turn(CSwalk *w, From from) : walk_(nullptr) {
   if (w == nullptr || w->running || !w->root.stands() || solver::trail.undoing()) return;
   const BranchStamp now = BranchStamp::now();
   if (from == From::kWhereItStands && (w->lost || now.level != w->now.level || now.serial != w->now.serial)) return;
   walk_ = w;
   w->running = true;
-  w->memoryReports = solver::errors.memoryReports;
+  noteMemory(*w);
 }
 
 inline Turn::~Turn() {
@@ -140,8 +149,5 @@ inline Turn::~Turn() {
   walk_->running = false;
   walk_->now = BranchStamp::now();
 }
-
-inline bool memoryExhausted(const CSwalk &w) { return solver::errors.memoryReports != w.memoryReports; }
-inline Level &newest(CSwalk &w) { return w.levels.at(w.levels.count() - 1); }
 
 }  // namespace koru::walk

@@ -73,17 +73,24 @@ class InPieces {
     return order_ == Order::kRightmost ? left.back() : m_.random().pick(left);
   }
 
+  template <class Note>
+  CSstatus goTelling(Note &note) {
+    const auto found = [](CSwalk *, void *extra) { return (*static_cast<Note *>(extra))(); };
+    return cs_goWalkTelling(walk_, kSlice, found, &note);
+  }
+
   // A slice of a piece; what is left of it follows it as pieces of their own.
   void walkSlice(Pieces::iterator piece, bool first) {
     if (m_.random().chance(50)) leave();
     goTo(piece->steps, piece->position);
     const CSwalkCounts before = cs_getWalkCounts(walk_);
-    CSstatus status = cs_goWalk(walk_, kSlice, true);
-    while (status == CS_STATUS_SOLUTION) {
+    auto note = [&] {
       piece->solutions.push_back({m_.state(), here().steps});
-      if (first) break;
-      status = cs_goWalk(walk_, kSlice, true);
-    }
+      return !first;
+    };
+    const bool returns = m_.random().chance(50);
+    CSstatus status = returns ? cs_goWalk(walk_, kSlice, true) : goTelling(note);
+    while (returns && status == CS_STATUS_SOLUTION && note()) status = cs_goWalk(walk_, kSlice, true);
     const CSwalkCounts after = cs_getWalkCounts(walk_);
     piece->counts = {after.choicePoints - before.choicePoints, after.fails - before.fails, 0};
     piece->walked = true;

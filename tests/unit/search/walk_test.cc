@@ -113,6 +113,124 @@ TEST_F(WalkTest, CountsSolutionsWithoutStopping) {
   EXPECT_EQ(cs_getWalkCounts(walk).solutions, 4);
 }
 
+// A callback made of a function object.
+template <class Found>
+CSstatus goTelling(CSwalk *walk, long long choicePoints, Found found) {
+  const auto call = [](CSwalk *, void *extra) { return (*static_cast<Found *>(extra))(); };
+  return cs_goWalkTelling(walk, choicePoints, call, &found);
+}
+
+TEST_F(WalkTest, TellsOfEachSolutionAndGoesOn) {
+  post(6);
+  for (const CSfindFreeVar f : {cs_findFreeVar, cs_findFreeVarNbElementsMin, hostSelection}) {
+    const Outcome expected = findAll(f);
+    for (const long long slice : {kNoLimit, 1LL, 3LL}) {
+      for (const bool stops : {false, true}) {
+        told.clear();
+        CSwalk *walk = open(f);
+        const auto found = [&] {
+          tell(queens.data(), size());
+          EXPECT_EQ(cs_getWalkCounts(walk).solutions, static_cast<long long>(told.size()));
+          EXPECT_EQ(cs_getWalkPosition(walk, nullptr, 0).depth, openContexts());
+          return !stops;
+        };
+        CSstatus status = CS_STATUS_CHOICE_POINTS;
+        int stopped = 0;
+        while (status == CS_STATUS_CHOICE_POINTS || status == CS_STATUS_SOLUTION) {
+          status = goTelling(walk, slice, found);
+          stopped += status == CS_STATUS_SOLUTION ? 1 : 0;
+        }
+        EXPECT_EQ(status, CS_STATUS_EXHAUSTED);
+        EXPECT_EQ(stopped, stops ? 4 : 0);
+        EXPECT_EQ(outcomeOf(walk), expected);
+        EXPECT_EQ(openContexts(), 0);
+        EXPECT_TRUE(cs_closeWalk(walk));
+      }
+    }
+  }
+}
+
+TEST_F(WalkTest, TellsNobodyWithoutACallback) {
+  post(6);
+  CSwalk *walk = open();
+  EXPECT_EQ(cs_goWalkTelling(walk, kNoLimit, nullptr, nullptr), CS_STATUS_EXHAUSTED);
+  EXPECT_EQ(cs_getWalkCounts(walk).solutions, 4);
+}
+
+TEST_F(WalkTest, IsNotMovedWhileItTells) {
+  post(6);
+  CSwalk *walk = open();
+  int asked = 0;
+  const auto found = [&] {
+    ++asked;
+    CSwalkStep steps[6];
+    const CSwalkPosition position = cs_getWalkPosition(walk, steps, 6);
+    EXPECT_EQ(cs_goWalk(walk, 1, true), CS_STATUS_REFUSED);
+    EXPECT_EQ(goTelling(walk, 1, [] { return true; }), CS_STATUS_REFUSED);
+    EXPECT_EQ(goTo(walk, steps, position), -1);
+    EXPECT_EQ(cs_splitWalk(walk, 0, steps, 6), 0);
+    EXPECT_FALSE(cs_closeWalk(walk));
+    EXPECT_EQ(cs_detachSolver(), nullptr);
+    return true;
+  };
+  EXPECT_EQ(goTelling(walk, kNoLimit, found), CS_STATUS_EXHAUSTED);
+  EXPECT_EQ(asked, 4);
+  EXPECT_EQ(cs_goWalkTelling(nullptr, 1, nullptr, nullptr), CS_STATUS_REFUSED);
+  EXPECT_EQ(cs_goWalkTelling(walk, 0, nullptr, nullptr), CS_STATUS_REFUSED);
+}
+
+// What is posted at a solution is undone; searches and other walks come back to it.
+TEST_F(WalkTest, GoesOnAfterWhatTheHostDoesAtSolutions) {
+  post(6);
+  CSint *more = cs_createCSint(0, 2);
+  const Outcome expected = findAll(cs_findFreeVar);
+  told.clear();
+  CSwalk *walk = open();
+  const auto found = [&] {
+    tell(queens.data(), size());
+    cs_saveContext();
+    EXPECT_TRUE(cs_NEQ(more, 1));
+    cs_findAll(&more, 1, cs_findFreeVar, nullptr);
+    EXPECT_EQ(cs_getNbChoicePoints(), 2);
+    cs_restoreContext();
+    CSwalk *inner = cs_openWalk(&more, 1, cs_findFreeVar);
+    EXPECT_EQ(cs_goWalk(inner, kNoLimit, false), CS_STATUS_EXHAUSTED);
+    EXPECT_EQ(cs_getWalkCounts(inner).solutions, 3);
+    EXPECT_TRUE(cs_closeWalk(inner));
+    EXPECT_TRUE(cs_EQ(more, 2));
+    return true;
+  };
+  EXPECT_EQ(goTelling(walk, kNoLimit, found), CS_STATUS_EXHAUSTED);
+  EXPECT_EQ(outcomeOf(walk), expected);
+  EXPECT_EQ(cs_getNbElements(more), 3);
+}
+
+TEST_F(WalkTest, StopsAtACancelWhileItTellsAsFindAllDoes) {
+  post(6);
+  static int left;
+  const auto cancelSome = [](CSint **, int) {
+    if (left-- == 0) cs_cancelSearch();
+  };
+  for (int after = 0; after <= 4; ++after) {
+    left = after;
+    cs_findAll(queens.data(), size(), cs_findFreeVar, cancelSome);
+    const int choicePoints = cs_getNbChoicePoints();
+    const int contexts = openContexts();
+    cs_restoreAll();
+    left = after;
+    CSwalk *walk = open();
+    const auto found = [&] {
+      cancelSome(queens.data(), size());
+      return true;
+    };
+    EXPECT_EQ(goTelling(walk, kNoLimit, found), after < 4 ? CS_STATUS_STOPPED : CS_STATUS_EXHAUSTED);
+    EXPECT_EQ(cs_getWalkCounts(walk).choicePoints, choicePoints);
+    EXPECT_EQ(openContexts(), contexts);
+    cs_restoreAll();
+    cs_closeWalk(walk);
+  }
+}
+
 TEST_F(WalkTest, HasASolutionAtTheRootWhenNothingIsFree) {
   post(1);
   CSwalk *walk = open();
@@ -453,6 +571,21 @@ TEST_F(WalkTest, SaysWhenMemoryIsExhaustedAndCanBeToldAPositionThen) {
   }
   EXPECT_GE(refused, 4) << "the positions (twice), the walk, its levels; contexts, once";
   expectSolverUsable();
+}
+
+TEST_F(WalkTest, GoesOnWhenMemoryIsExhaustedForTheHostAtASolution) {
+  post(6);
+  CSwalk *walk = open();
+  int refused = 0;
+  const auto found = [&] {
+    const FailingAllocator failing(0, Failing::kOnce);
+    cs_createNamedCSint(0, 1, "a name");
+    refused += FailingAllocator::failures();
+    return true;
+  };
+  EXPECT_EQ(goTelling(walk, kNoLimit, found), CS_STATUS_EXHAUSTED);
+  EXPECT_EQ(refused, 4);
+  EXPECT_EQ(cs_getWalkCounts(walk).solutions, 4);
 }
 
 TEST_F(WalkTest, TakesARefusalForWantOfMemoryForNoFail) {

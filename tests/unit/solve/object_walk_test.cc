@@ -100,6 +100,24 @@ TEST_F(ObjectWalkTest, RefusesConstraintsWithMemory) {
   EXPECT_EQ(cs_openSearchWalk(search, nullptr), nullptr);
 }
 
+TEST_F(ObjectWalkTest, TellsOfSolutionsWithoutReturning) {
+  CSsearch *search = create();
+  CSwalk *walk = cs_openSearchWalk(search, nullptr);
+  const auto count = [](CSwalk *there, void *told) {
+    EXPECT_FALSE(cs_keepWalkSolution(there, &kOne)) << "it is at work";
+    EXPECT_FALSE(cs_endSearchWalk(there, CS_STATUS_STOPPED, &kOne));
+    return ++*static_cast<int *>(told) % 5 != 0;
+  };
+  int told = 0;
+  for (int times = 0; times < 4; ++times) {
+    EXPECT_EQ(cs_goWalkTelling(walk, LLONG_MAX, count, &told), CS_STATUS_SOLUTION);
+    EXPECT_TRUE(cs_keepWalkSolution(walk, &kOne));
+  }
+  EXPECT_EQ(cs_goWalkTelling(walk, LLONG_MAX, count, &told), CS_STATUS_EXHAUSTED);
+  EXPECT_EQ(told, 24);
+  EXPECT_FALSE(cs_keepWalkSolution(walk, &kOne));
+}
+
 TEST_F(ObjectWalkTest, FindsWhatTheObjectFinds) {
   for (const int branching : {CS_BRANCH_BINARY, CS_BRANCH_VALUES}) {
     CSsearchOptions how = {};
