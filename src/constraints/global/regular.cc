@@ -56,12 +56,9 @@ struct Only {
   bool operator()(int value) const { return value == removed; }
 };
 
-// Visits the values within [low, high], 64 at a time: a visit removes no other value than the one it is told.
+// Visits the values within [from, to], the ends of v or values between them, 64 at a time.
 template <class Visit>
-static bool forEachHeld(const CSint *v, int low, int high, Visit visit) {
-  const int from = std::max(v->min, low);
-  const int to = std::min(v->max, high);
-  if (from > to) return true;
+[[gnu::noinline]] static bool forEachByWords(const CSint *v, int from, int to, Visit &visit) {
   if (v->bits == nullptr) {
     for (int value = from; value < to; ++value)
       if (!visit(value)) return false;
@@ -79,6 +76,29 @@ static bool forEachHeld(const CSint *v, int low, int high, Visit visit) {
   return true;
 }
 
+// Visits the values within [low, high]: a visit removes no other value than the one it is told. They are mostly few,
+// and no more than a word, for which there is a short way.
+template <class Visit>
+[[gnu::always_inline]] static inline bool forEachHeld(const CSint *v, int low, int high, Visit visit) {
+  const int from = std::max(v->min, low);
+  const int to = std::min(v->max, high);
+  if (from > to) return true;
+  const std::uint32_t width = distance(from, to);
+  if (width >= 64 || (v->bits != nullptr && !v->bits->isOneWord())) return forEachByWords(v, from, to, visit);
+  const std::uint64_t held = v->bits == nullptr ? ~std::uint64_t{0} : v->bits->onlyWord() >> v->bits->offset(from);
+  return forEachBit(from, held & ~std::uint64_t{0} >> (63 - width), visit);
+}
+
+// Visits the values of v within [0, last] from the one after `place` on, around the end, without that at `place`.
+template <class Visit>
+[[gnu::always_inline]] static inline bool forEachHeldAround(const CSint *v, int place, int last, Visit visit) {
+  if (isBound(v)) {
+    const int value = valueOf(v);
+    return value == place || value < 0 || value > last || visit(value);
+  }
+  return forEachHeld(v, place + 1, last, visit) && forEachHeld(v, 0, place - 1, visit);
+}
+
 // Each steps on from the current support of a list, around its end, to an edge that lies in all domains.
 
 static bool findSource(const Graph &g, int k, int q) {
@@ -90,9 +110,7 @@ static bool findSource(const Graph &g, int k, int q) {
     support = {a, {a, t}};
     return false;
   };
-  const int place = support.place;
-  return !forEachHeld(g.variable(k), place + 1, g.symbols() - 1, isLost) ||
-         !forEachHeld(g.variable(k), 0, place - 1, isLost);
+  return !forEachHeldAround(g.variable(k), support.place, g.symbols() - 1, isLost);
 }
 
 static bool findLabel(const Graph &g, int k, int a) {
@@ -104,8 +122,7 @@ static bool findLabel(const Graph &g, int k, int a) {
     support = {q, {q, t}};
     return false;
   };
-  const int place = support.place;
-  return !forEachHeld(g.layer(k), place + 1, kIntMax, isLost) || !forEachHeld(g.layer(k), 0, place - 1, isLost);
+  return !forEachHeldAround(g.layer(k), support.place, kIntMax, isLost);
 }
 
 static bool findTarget(const Graph &g, int k, int t) {
@@ -262,18 +279,19 @@ static bool restrictToAlphabet(CSint **vars, int n, int symbols) {
   return true;
 }
 
+static bool labelsEdge(const Graph &g, int k, int a) { return a >= 0 && a < g.symbols() && g.labels(k)[a].exists(); }
+
 // Removes the symbols that label no edge, in sweeps until one finds none: each removal propagates at once, and what a
-// callback puts back is looked at again.
+// callback puts back is looked at again. Most positions have none, and nothing changes while they are looked at.
 static bool removeUnusedSymbols(const Graph &g) {
   for (bool removed = true; removed;) {
     removed = false;
     for (int k = 0; k < g.length(); ++k) {
-      const bool consistent = forEachValue(g.variable(k), [&](int a) {
-        if (a >= 0 && a < g.symbols() && g.labels(k)[a].exists()) return true;
-        removed = true;
-        return removeValue(g.variable(k), a);
-      });
-      if (!consistent) return false;
+      CSint *v = g.variable(k);
+      const auto isUsed = [&g, k](int a) { return labelsEdge(g, k, a); };
+      if (forEachHeld(v, kIntMin, kIntMax, isUsed)) continue;
+      removed = true;
+      if (!forEachValue(v, [&](int a) { return isUsed(a) || removeValue(v, a); })) return false;
     }
   }
   return true;

@@ -45,6 +45,12 @@ class Neighbours {
   std::uint64_t before_[64] = {};
 };
 
+// A layer whose states fit into a word, in a register.
+struct OneWord {
+  std::uint64_t states;
+  bool has(int q) const { return (states >> q & 1) != 0; }
+};
+
 }  // namespace
 
 class Builder {
@@ -53,7 +59,7 @@ class Builder {
       : graph_(graph),
         transitions_(graph.transitions_),
         neighbours_(graph.transitions_),
-        live_(static_cast<std::uint64_t>(graph.n_) + 1, automaton.states) {}
+        live_(static_cast<std::uint64_t>(graph.n_) + 2, automaton.states) {}
 
   bool run(const Automaton &automaton) {
     if (!live_ || !makeAlphabet()) return false;
@@ -62,33 +68,44 @@ class Builder {
   }
 
  private:
-  // The symbols that the variable at a position can take, read once per pass.
+  // The symbols that the variable at a position can take, read once per pass. Mostly these are all.
   void readAlphabet(int k) {
     const CSint *v = graph_.variable(k);
-    const int last = std::min(v->max, transitions_.symbols() - 1);
+    const int all = transitions_.symbols();
+    alphabet_ = symbols_.get();
+    count_ = all;
+    if (v->bits == nullptr && v->min <= 0 && v->max >= all - 1) return;
+    int *symbols = symbols_.get() + all;
+    alphabet_ = symbols;
     count_ = 0;
+    const int last = std::min(v->max, all - 1);
     for (int a = std::max(v->min, 0); a <= last; ++a)
-      if (v->bits == nullptr || v->bits->has(a)) alphabet_[count_++] = a;
+      if (v->bits == nullptr || v->bits->has(a)) symbols[count_++] = a;
   }
 
   bool makeAlphabet() {
-    alphabet_ = Buffer<int>(2 * static_cast<std::uint64_t>(transitions_.symbols()));
-    return static_cast<bool>(alphabet_);
+    const int all = transitions_.symbols();
+    symbols_ = Buffer<int>(3 * static_cast<std::uint64_t>(all));
+    for (int a = 0; symbols_ && a < all; ++a) symbols_[a] = a;
+    return static_cast<bool>(symbols_);
   }
 
   void passForward(int start);
-  bool acceptFinals(const Automaton &automaton);
+  [[nodiscard]] bool acceptFinals(const Automaton &automaton);
   bool makeRows();
   bool passBackward();
-  void findSourcesAndLabels(int k);
-  void findTargets(int k) const;
+  template <class Set>
+  void findSourcesAndLabels(int k, Set targets);
+  template <class Set>
+  void findTargets(int k, Set sources) const;
   bool makeLayers();
 
   Graph &graph_;
   const Transitions &transitions_;
   const Neighbours neighbours_;
-  StateSets live_;
-  Buffer<int> alphabet_;  // and room for as many symbols more
+  StateSets live_;       // of each layer; and the final states
+  Buffer<int> symbols_;  // all of them; and room twice for as many
+  const int *alphabet_ = nullptr;
   int count_ = 0;
 };
 
@@ -96,10 +113,10 @@ class Builder {
 void Builder::passForward(int start) {
   const int targets = transitions_.targetCount();
   const Transitions::Table table = transitions_.table();
-  const int *alphabet = alphabet_.get();
   live_.at(0).add(start);
   for (int k = 0; k < graph_.n_; ++k) {
     readAlphabet(k);
+    const int *alphabet = alphabet_;
     const int count = count_;
     StateSet reached = live_.at(k + 1);
     if (neighbours_ && count == transitions_.symbols()) {
@@ -119,9 +136,7 @@ void Builder::passForward(int start) {
 }
 
 bool Builder::acceptFinals(const Automaton &automaton) {
-  const StateSets sets(1, automaton.states);
-  if (!sets) return false;
-  StateSet finals = sets.at(0);
+  StateSet finals = live_.at(graph_.n_ + 1);
   for (int i = 0; i < automaton.finalCount; ++i)
     if (automaton.isState(automaton.finals[i])) finals.add(automaton.finals[i]);
   live_.at(graph_.n_).intersect(finals);
@@ -151,41 +166,30 @@ bool Builder::makeRows() {
     row.labels = place(0, std::int64_t{transitions_.symbols()} - 1);
   }
   graph_.supports_ = Buffer<Support>(end);
-  if (graph_.supports_) std::fill_n(graph_.supports_.get(), end, Support{Transitions::kNone, {}});
-  return static_cast<bool>(graph_.supports_);
-}
-
-// States without an edge to the next layer go.
-bool Builder::passBackward() {
-  for (int k = graph_.n_ - 1; k >= 0; --k) {
-    readAlphabet(k);
-    findSourcesAndLabels(k);
-    if (live_.at(k).isEmpty()) return false;
-    findTargets(k);
-  }
+  if (!graph_.supports_) return false;
+  std::fill_n(graph_.supports_.get(), end, Support{Transitions::kNone, {}});
   return true;
 }
 
 // A state's first edge that is live, and the first of each symbol; those that have none yet are kept apart.
-void Builder::findSourcesAndLabels(int k) {
+template <class Set>
+void Builder::findSourcesAndLabels(int k, Set targets) {
   const Supports supports = graph_.sources(k);
   const Supports labels = graph_.labels(k);
   const Transitions::Table table = transitions_.table();
-  const StateSet targets = live_.at(k + 1);
-  StateSet sources = live_.at(k);
+  const StateSet sources = live_.at(k);
   const int count = count_;
-  const int *alphabet = alphabet_.get();
-  int *wanted = alphabet_.get() + transitions_.symbols();
+  const int *alphabet = alphabet_;
+  const int *wanted = alphabet;
+  int *stillWanted = symbols_.get() + std::ptrdiff_t{2} * transitions_.symbols();
   int left = count;
-  std::copy(alphabet, alphabet + count, wanted);
-  if (neighbours_) *sources.words() &= neighbours_.before(*targets.words());
-  const auto isLive = [&targets](int t) { return t != Transitions::kNone && targets.has(t); };
+  const auto isLive = [targets](int t) { return t != Transitions::kNone && targets.has(t); };
   sources.forEach([&](int q) {
     const int *row = table.row(q);
     int first = 0;
     while (first < count && !isLive(row[alphabet[first]])) ++first;
     if (first == count) {
-      sources.remove(q);
+      live_.at(k).remove(q);
       return true;
     }
     const int symbol = alphabet[first];
@@ -196,18 +200,19 @@ void Builder::findSourcesAndLabels(int k) {
       if (isLive(row[a]))
         labels[a] = {q, {q, row[a]}};
       else
-        wanted[kept++] = a;
+        stillWanted[kept++] = a;
     }
+    wanted = stillWanted;
     left = kept;
     return true;
   });
 }
 
 // A symbol without a support is not in the alphabet.
-void Builder::findTargets(int k) const {
+template <class Set>
+void Builder::findTargets(int k, Set sources) const {
   const Supports supports = graph_.targets(k);
   const Supports labels = graph_.labels(k);
-  const StateSet sources = live_.at(k);
   const Arc *arcs = transitions_.arcs();
   live_.at(k + 1).forEach([&](int t) {
     int i = transitions_.arcsInto(t);
@@ -215,6 +220,26 @@ void Builder::findTargets(int k) const {
     supports[t] = {i, {arcs[i].symbol, arcs[i].source}};
     return true;
   });
+}
+
+// States without an edge to the next layer go.
+bool Builder::passBackward() {
+  for (int k = graph_.n_ - 1; k >= 0; --k) {
+    readAlphabet(k);
+    const StateSet sources = live_.at(k);
+    const StateSet targets = live_.at(k + 1);
+    if (neighbours_) {
+      *sources.words() &= neighbours_.before(*targets.words());
+      findSourcesAndLabels(k, OneWord{*targets.words()});
+      if (sources.isEmpty()) return false;
+      findTargets(k, OneWord{*sources.words()});
+    } else {
+      findSourcesAndLabels(k, targets);
+      if (sources.isEmpty()) return false;
+      findTargets(k, sources);
+    }
+  }
+  return true;
 }
 
 bool Builder::makeLayers() {
