@@ -259,7 +259,7 @@ template <bool supervised, EventCode code, int flags = 0>
 [[gnu::always_inline]] inline bool handleAs(Queue &queue, EventRecord &event, Entry *&listener) {
   if constexpr (flags != 0) event.code = code;
   Arguments arguments{};
-  if (!open<code>(event, arguments) || flags == kUnheard) return true;
+  if (!open<code>(event, arguments)) return true;
   const Entry *failed = flags == kWithoutMaker ? wakeOthers<supervised, code>(event, arguments, listener)
                                                : wake<supervised, code>(event, arguments, listener);
   if (failed == nullptr) [[likely]]
@@ -293,14 +293,6 @@ template <bool supervised>
       return handleAs<supervised, kMinBound, kWithoutMaker>(queue, event, listener);
     case kMaxBound | kWithoutMaker:
       return handleAs<supervised, kMaxBound, kWithoutMaker>(queue, event, listener);
-    case kNewMin | kUnheard:
-      return handleAs<supervised, kNewMin, kUnheard>(queue, event, listener);
-    case kNewMax | kUnheard:
-      return handleAs<supervised, kNewMax, kUnheard>(queue, event, listener);
-    case kMinBound | kUnheard:
-      return handleAs<supervised, kMinBound, kUnheard>(queue, event, listener);
-    case kMaxBound | kUnheard:
-      return handleAs<supervised, kMaxBound, kUnheard>(queue, event, listener);
   }
   __builtin_unreachable();  // GCOVR_EXCL_LINE
 }

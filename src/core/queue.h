@@ -30,6 +30,7 @@ struct Queue {
   unsigned dropped = 0;            // propagations that have failed, ever: the events that were queued then went unheard
   std::uint64_t propagations = 0;  // begun since cs_init
   bool hostHears = false;          // since cs_init a constraint was posted that runs code of the host
+  bool trying = false;             // a search imposes a value: see core/trial.h
   unsigned untold = 0;             // propagations that have failed and whose changes were not undone since
   bool untoldUnknown = false;      // that number is worth nothing, since cs_init: see allTold in queue.cc
   Supervisor supervisor;
@@ -63,6 +64,10 @@ bool enqueueInNextBlock(CSint *v, int code, int value);
   return propagateNow();
 }
 
+// Among constraints that do nothing at an event, none of the host's is told of it, nor will a profiler be that the host
+// enables before the event's turn.
+inline bool canBeUnheard() { return !solver::ports.profiling && !solver::queue.hostHears; }
+
 // A variable without constraints has nobody to tell: only its last-reported bounds are brought up to date.
 [[nodiscard]] inline bool signal(CSint *v, EventCode code, int value) {
   if (v->constraints == nullptr) {
@@ -72,10 +77,6 @@ bool enqueueInNextBlock(CSint *v, int code, int value);
   }
   return enqueue(v, code, value);
 }
-
-// Among constraints that do nothing at an event, none of the host's is told of it, nor will a profiler be that the host
-// enables before the event's turn.
-inline bool canBeUnheard() { return !solver::ports.profiling && !solver::queue.hostHears; }
 
 // The same for a removed value, which changes no last-reported bound: an event that no constraint hears is not queued.
 // This saves some 50 instructions for each value that an all-different removes.
@@ -88,8 +89,8 @@ inline bool canBeUnheard() { return !solver::ports.profiling && !solver::queue.h
 }
 
 // A sum with a constant that passes a change on to the variable that it has made would be told of it in turn, and find
-// nothing to do: it is not called. When nobody else hears such an event, a removal is not queued, and a bound's event
-// only brings the last-reported bound up to date, in its turn. This saves some 30 instructions a call, 80 an event.
+// nothing to do: it is not called, and a removal that nobody else hears is not queued. This saves some 30 instructions
+// a call, 80 an event.
 inline bool heardByOthers(const CSint *v, EventCode code) {
   return (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts | kKeyed)) != 0;
 }
@@ -97,14 +98,8 @@ inline bool onlyMakerHears(const CSint *v, EventCode code) {
   return has(v, kShifted) && !heardByOthers(v, code) && canBeUnheard();
 }
 
-// The code of the event with its flags, of a variable that has been shifted, while an event can be unheard.
-inline int codeByMaker(const CSint *v, EventCode code) {
-  return heardByOthers(v, code) ? code | kWithoutMaker : code | kUnheard;
-}
-
 [[nodiscard]] inline bool signalByMaker(CSint *v, EventCode code, int value) {
-  if (!has(v, kShifted) || !canBeUnheard()) return signal(v, code, value);
-  return enqueue(v, codeByMaker(v, code), value);
+  return has(v, kShifted) && canBeUnheard() ? enqueue(v, code | kWithoutMaker, value) : signal(v, code, value);
 }
 
 [[nodiscard]] inline bool signalRemovedByMaker(CSint *v, int value) {

@@ -63,6 +63,11 @@ class Trail : public BlockStack<TrailRecord> {
   void noteMax(const CSint *v) { note(v, TrailKind::kMax, v->max); }
   void noteRemoved(const CSint *v, int value) { note(v, TrailKind::kRemoved, value); }
 
+  // The same while a search tries a value: a context is open.
+  void noteMinOfTrial(const CSint *v) { write(pushInRoom(), v, TrailKind::kMin, v->min); }
+  void noteMaxOfTrial(const CSint *v) { write(pushInRoom(), v, TrailKind::kMax, v->max); }
+  void noteRemovedOfTrial(const CSint *v, int value) { write(pushInRoom(), v, TrailKind::kRemoved, value); }
+
   // Each is false when memory is exhausted (reported).
   [[nodiscard]] bool noteAttached(const CSint *v) {
     if (!makeRoom()) return false;
@@ -79,6 +84,9 @@ class Trail : public BlockStack<TrailRecord> {
 
   // Changes made now, by a callback of the undo, are about to be taken back with the rest.
   bool undoing() const { return others_ > read_; }
+
+  // A context is open, or somebody reads.
+  bool isRead() const { return readers_ > 0; }
 
   // How many contexts are open.
   void setContexts(int open) { readers_ = open + others_; }
@@ -108,6 +116,9 @@ class Trail : public BlockStack<TrailRecord> {
   void note(const CSint *v, TrailKind kind, int value) {
     TrailRecord *record = pushInRoom();
     if (!kChecked && readers_ == 0) return;
+    write(record, v, kind, value);
+  }
+  static void write(TrailRecord *record, const CSint *v, TrailKind kind, int value) {
     *record = {reinterpret_cast<std::uintptr_t>(v) | static_cast<std::uintptr_t>(kind), value, v->count};
   }
 

@@ -31,7 +31,7 @@ struct AllSolutions {
     for (; values.more(); values.advance()) {
       ++searchState.choicePoints;
       if (searchState.cancelled) return tellLeave();
-      if (tryValue(v, values.current())) label();
+      if (tryValue(v, values.current(), 0)) label();
       restoreAndSave();
     }
     cs_acceptContext();

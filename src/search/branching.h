@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/solver.h"
+#include "core/trial.h"
 #include "search/state.h"
 
 namespace koru {
@@ -63,9 +64,19 @@ class Values {
   return tellTried({CS_METHOD_EQ, value}, consistent);
 }
 
-// Tries one value: counts the choice point and, when propagation refuses the value, the fail.
-[[nodiscard]] inline bool tryValue(CSint *v, int value) {
-  bool consistent = cs_EQ(v, value);
+// At a refused value: when the search is observed, or ends with it.
+inline bool hostLooks(int failLimit) {
+  return searchObserver != nullptr || (failLimit > 0 && searchState.fails + 1 >= failLimit);
+}
+
+[[nodiscard]] inline bool impose(CSint *v, int value, int failLimit) {
+  const Trial trial(hostLooks(failLimit));
+  return cs_EQ(v, value);
+}
+
+// Tries one value and, when propagation refuses it, counts the fail.
+[[nodiscard]] inline bool tryValue(CSint *v, int value, int failLimit) {
+  bool consistent = impose(v, value, failLimit);
   if (searchObserver != nullptr) [[unlikely]]
     consistent = tellValue(value, consistent);
   if (consistent) return true;

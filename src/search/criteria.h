@@ -63,7 +63,7 @@ template <class Score, class Descend>
     const int value = untried.takeBest(score);
     ++searchState.choicePoints;
     if (searchState.cancelled) return leave();
-    if (tryValue(v, value) && descend()) return true;
+    if (tryValue(v, value, failLimit) && descend()) return true;
     if (failLimitReached(failLimit)) return leave();
     restoreAndSave();
   }

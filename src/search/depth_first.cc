@@ -31,7 +31,7 @@ struct DepthFirst {
     for (; values.more(); values.advance()) {
       ++searchState.choicePoints;
       if (searchState.cancelled) return leave();
-      if (tryValue(v, values.current()) && label()) return true;
+      if (tryValue(v, values.current(), failLimit) && label()) return true;
       if (failLimitReached(failLimit)) return leave();
       restoreAndSave();
     }

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "core/solver.h"
+#include "core/trial.h"
 #include "nogood/no_good.h"
 #include "search/branching.h"
 #include "solve/choose.h"
@@ -50,12 +51,18 @@ bool noteRefusal(CSsearch &s) {
   return false;
 }
 
+template <class Select>
+[[gnu::always_inline]] inline bool tried(const CSsearch &s, Select select) {
+  const Trial trial(searchObserver != nullptr);
+  return (s.objective == nullptr || postBound(s)) && select();
+}
+
 // Imposes a decision, with the bound on the objective, by calling `select`.
 template <class Select>
 [[gnu::always_inline]] inline bool post(CSsearch &s, Select select) {
   const bool counts = s.activity.created();
   const int mark = counts ? solver::trail.count() : 0;
-  const bool accepted = (s.objective == nullptr || postBound(s)) && select();
+  const bool accepted = tried(s, select);
   if (counts) s.activity.notePropagation(mark);
   return accepted || noteRefusal(s);
 }

@@ -5,6 +5,7 @@
 #include <climits>
 
 #include "core/ports.h"
+#include "core/trial.h"
 #include "support/kit/batch.h"
 #include "support/kit/random.h"
 #include "support/kit/solver_test.h"
@@ -63,6 +64,28 @@ class Program {
       all_.push_back(z);
     }
     if (random_.chance(30)) note(cs_AllNeq(all_.data(), random_.between(2, 4)) != 0);
+    for (int i = random_.below(3); i > 0; --i) look();
+  }
+
+  // Constraints that ask which bounds they were told last.
+  void look() {
+    CSint **several = counted_.emplace_back(std::vector{any(), any(), any()}).data();
+    CSint *made = nullptr;
+    switch (random_.below(4)) {
+      case 0:
+        made = cs_Abs(any());
+        break;
+      case 1:
+        made = cs_Min(several, 3);
+        break;
+      case 2:
+        made = cs_Index(several, 3, random_.between(0, kLargest));
+        break;
+      default:
+        static int row[] = {3, 1, 4, 1, 5, 9, 2, 6};
+        made = cs_Element(any(), row, 8);
+    }
+    if (made != nullptr) all_.push_back(made);
   }
 
   bool change() {
@@ -86,6 +109,17 @@ class Program {
     return consistent;
   }
 
+  // As a search does, which undoes what was refused before anybody looks.
+  bool tries() {
+    cs_saveContext();
+    const bool consistent = [&] {
+      const Trial trial(false);
+      return change();
+    }();
+    if (!consistent) cs_restoreContext();
+    return consistent;
+  }
+
   void close() {
     const int how = random_.below(10);
     if (how == 0) return cs_forgetSaveContext();
@@ -95,8 +129,10 @@ class Program {
 
   void step() {
     const int what = random_.below(100);
-    if (what < 55) {
+    if (what < 30) {
       note(change());
+    } else if (what < 55) {
+      note(tries());
     } else if (what < 65) {
       note(together([this] { return changes(); }));
     } else if (what < 80) {

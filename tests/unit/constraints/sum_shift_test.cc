@@ -4,6 +4,7 @@
 #include <climits>
 #include <random>
 
+#include "core/trial.h"
 #include "support/kit/probe.h"
 
 namespace {
@@ -114,6 +115,25 @@ TEST_F(SumShiftTest, ItsEventsBringTheToldBoundsUpToDateInTheirTurn) {
   EXPECT_EQ(z->reportedMin, reported);
 }
 
+// A search that tries a value restores it when it is refused: nobody sees that the bound was reported before its turn.
+TEST_F(SumShiftTest, InATrialBoundsThatNobodyHearsAreReportedAtOnce) {
+  CSint *x = cs_createCSint(0, 39);
+  CSint *const failing = cs_createCSint(0, 39);
+  ASSERT_TRUE(cs_Le(x, failing));
+  CSint *z = cs_Add(x, CSINT(3));
+  ASSERT_TRUE(cs_NEQ(x, 5) && cs_LE(failing, 30));
+  cs_saveContext();
+  {
+    const Trial trial(false);
+    EXPECT_TRUE(cs_GE(x, 4));
+    EXPECT_EQ(z->reportedMin, 7);
+    EXPECT_FALSE(cs_GE(x, 31)) << "the older constraint fails after that which shifts";
+  }
+  cs_restoreContext();
+  EXPECT_EQ(z->reportedMin, 3);
+  EXPECT_EQ(values(z), without(range(3, 33), 8));
+}
+
 // Where the short way finds no room for its record or event, it leaves the change to the long one.
 TEST_F(SumShiftTest, GoesOnInTheNextBlockOfEventsAndOfRecords) {
   constexpr int kBlock = 1024;
@@ -127,6 +147,7 @@ TEST_F(SumShiftTest, GoesOnInTheNextBlockOfEventsAndOfRecords) {
     while ((solver::trail.count() + room) % kBlock != 0) cs_backtrack(x, 0, nullptr);
     solver::events.startWithRoom(room);
     cs_saveContext();
+    const Trial trial(false);
     ASSERT_TRUE(cs_NEQ(x, 12) && cs_GE(x, 9) && cs_LE(x, 13));
     for (CSint *z : made) EXPECT_EQ(values(z), (std::vector{12, 14, 16})) << "room for " << room;
     cs_restoreContext();
