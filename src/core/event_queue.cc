@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/event_queue.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace koru {
 
 EventQueue::Block *EventQueue::makeBlock() {
@@ -14,7 +17,7 @@ std::uint64_t EventQueue::bytes() const { return std::uint64_t{sizeof(Block)} * 
 void EventQueue::useTail(Block *block) {
   tailBlock_ = block;
   tail_ = tailBegin_ = block->records;
-  tailEnd_ = block->records + kCapacity;
+  tailEnd_ = endOf(block);
 }
 
 bool EventQueue::create() {
@@ -41,6 +44,10 @@ void EventQueue::destroy() {
 bool EventQueue::makeRoom() {
   if (hasRoom()) return true;
   if (!created()) return false;
+  if (empty()) clear();
+  if (headBlock_ == tailBlock_ && tailEnd_ == endOf(tailBlock_))
+    tailEnd_ += std::min<std::ptrdiff_t>(head_ - tailBegin_, kBetweenLooks);
+  if (hasRoom()) return true;
   const bool wasEmpty = empty();
   if (tailBlock_->next == headBlock_) {
     Block *block = makeBlock();
@@ -48,6 +55,8 @@ bool EventQueue::makeRoom() {
     block->next = headBlock_;
     tailBlock_->next = block;
   }
+  tailBlock_->end = tail_;
+  if (headBlock_ == tailBlock_) headEnd_ = tail_;
   useTail(tailBlock_->next);
   if (wasEmpty) clear();
   return true;
@@ -55,14 +64,16 @@ bool EventQueue::makeRoom() {
 
 void EventQueue::enterNextHead() {
   headBlock_ = headBlock_->next;
-  head_ = headBlock_->records;
-  headEnd_ = head_ + kCapacity;
+  look_ = head_ = headBlock_->records;
+  headEnd_ = headBlock_ == tailBlock_ ? nullptr : headBlock_->end;
 }
 
 int EventQueue::size() const {
-  int count = static_cast<int>(tail_ - tailBlock_->records) - static_cast<int>(head_ - headBlock_->records);
-  for (const Block *block = headBlock_; block != tailBlock_; block = block->next) count += kCapacity;
-  return count;
+  if (headBlock_ == tailBlock_) return static_cast<int>(tail_ - head_);
+  auto count = (headEnd_ - head_) + (tail_ - tailBlock_->records);
+  for (const Block *block = headBlock_->next; block != tailBlock_; block = block->next)
+    count += block->end - block->records;
+  return static_cast<int>(count);
 }
 
 }  // namespace koru

@@ -2,7 +2,8 @@
 // EventQueue: the events that wait, first in first out, in a ring of blocks of 1024 records.
 //
 // A queue that has run empty starts again at the beginning of its block, so that a short one stays in a few cache
-// lines. Blocks are reused, and freed by destroy() alone. Records are read by copying them out: pushing and taking one
+// lines: not each time, but once 64 records were taken. What that leaves unused at the beginning it may use beyond the
+// end. Blocks are reused, and freed by destroy() alone. Records are read by copying them out: pushing and taking one
 // costs some ten instructions each.
 #pragma once
 
@@ -17,13 +18,12 @@ struct EventRecord {
   CSint *variable;
   Entry *entries;  // of the variable at the time of the change
   int value;       // new bound, bound value or removed value
-  int code;        // an EventCode, and the flags below
+  int code;        // an EventCode, and the flag below
 };
 
 // Of an event that a sum with a constant has passed on in full to the variable that it has made: it, the variable's
-// oldest constraint, would find nothing to do and is not called; or nobody is.
+// oldest constraint, would find nothing to do and is not called.
 constexpr int kWithoutMaker = 8;
-constexpr int kUnheard = 16;
 
 class EventQueue {
  public:
@@ -54,33 +54,42 @@ class EventQueue {
   // The oldest event, of a queue that is not empty.
   EventRecord take() {
     const EventRecord event = *head_++;
-    if (head_ == tail_) {
-      clear();
-    } else if (head_ == headEnd_) [[unlikely]] {
-      enterNextHead();
+    if (head_ >= look_) [[unlikely]] {
+      if (empty()) {
+        clear();
+      } else if (head_ == headEnd_) {
+        enterNextHead();
+      }
     }
     return event;
   }
 
   void clear() {
     headBlock_ = tailBlock_;
-    headEnd_ = tailEnd_;
+    headEnd_ = nullptr;
     head_ = tail_ = tailBegin_;
+    tailEnd_ = endOf(tailBlock_);
+    look_ = tailEnd_ - head_ < kBetweenLooks ? tailEnd_ : head_ + kBetweenLooks;
   }
 
  private:
+  static constexpr int kBetweenLooks = 64;
+
   struct Block {
     Block *next;
-    EventRecord records[kCapacity];
+    EventRecord *end;  // of the records, when the tail is in another block
+    EventRecord records[kCapacity + kBetweenLooks];
   };
 
+  static EventRecord *endOf(Block *block) { return block->records + kCapacity; }
   Block *makeBlock();
-  [[gnu::noinline, gnu::cold]] void enterNextHead();
+  void enterNextHead();
   void useTail(Block *block);
 
   EventRecord *head_ = nullptr;
   EventRecord *tail_ = nullptr;
-  EventRecord *headEnd_ = nullptr;
+  EventRecord *look_ = nullptr;     // from here on it is looked whether the queue, or the head's block, is at its end
+  EventRecord *headEnd_ = nullptr;  // of the head's block, when the tail is in another one
   EventRecord *tailEnd_ = nullptr;
   EventRecord *tailBegin_ = nullptr;
   Block *headBlock_ = nullptr;

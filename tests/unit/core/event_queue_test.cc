@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/event_queue.h"
 
+#include <deque>
+
+#include "support/kit/random.h"
 #include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
@@ -79,6 +82,53 @@ TEST_F(EventQueueTest, AQueueThatGoesEmptyNeverNeedsASecondBlock) {
     takeFrom(i, 1);
   }
   EXPECT_EQ(events.blockCount(), 1);
+}
+
+// Wherever in its block a queue has run empty: as many records as a block has, and no more.
+TEST_F(EventQueueTest, ABlockHoldsAsManyAfterAnyNumberOfTakenEvents) {
+  for (int taken = 0; taken < 200; ++taken) {
+    EventQueue queue;
+    ASSERT_TRUE(queue.create());
+    const auto pushOne = [&](int value) {
+      if (!queue.makeRoom()) return false;
+      queue.push({nullptr, nullptr, value, kNewMin});
+      return true;
+    };
+    for (int i = 0; i < taken; ++i) {
+      ASSERT_TRUE(pushOne(i));
+      ASSERT_EQ(queue.take().value, i);
+    }
+    const AllocationRule none(refuseAll());
+    int pushed = 0;
+    while (pushOne(pushed)) ++pushed;
+    EXPECT_EQ(pushed, EventQueue::kCapacity) << taken;
+    EXPECT_EQ(queue.size(), pushed);
+    for (int i = 0; i < pushed; ++i) ASSERT_EQ(queue.take().value, i) << taken;
+    EXPECT_TRUE(queue.empty());
+    queue.destroy();
+  }
+}
+
+// Against a plain list, with bursts of all lengths.
+TEST_F(EventQueueTest, ForgetsAndMixesUpNothing) {
+  Random random(1);
+  for (int round = 0; round < 300; ++round) {
+    std::deque<int> expected;
+    const int most = random.below(4) == 0 ? 3000 : 70;
+    for (int step = 0; step < 60; ++step) {
+      for (int i = random.below(most); i > 0; --i) {
+        expected.push_back(random.below(1000));
+        push(expected.back());
+      }
+      for (int i = random.below(most); i > 0 && !expected.empty(); --i) {
+        ASSERT_EQ(events.take().value, expected.front());
+        expected.pop_front();
+      }
+      ASSERT_EQ(events.size(), static_cast<int>(expected.size()));
+      ASSERT_EQ(events.empty(), expected.empty());
+    }
+    events.clear();
+  }
 }
 
 TEST_F(EventQueueTest, AMovingQueueGoesRoundItsBlocks) {
