@@ -15,21 +15,23 @@ namespace {
 // ----- order
 
 // Of tasks with the same earliest start, the one with more energy outside its compulsory part comes first.
-Rank rankOf(const Resource &r, int i) {
-  const Task task = r.tasks[i];
-  const Time outside = std::min(task.dmin(), task.lst() - task.est());
-  return {task.start->min, wrap(outside * task.umin()), i};
-}
+int outsideOf(const Task &task) { return wrap(std::min(task.dmin(), task.lst() - task.est()) * task.umin()); }
 
-bool belongsBefore(const Rank &p, const Rank &q) { return p.est != q.est ? p.est < q.est : p.outside > q.outside; }
-
-// By insertion: stable, and linear for an order that hardly changes from sweep to sweep.
+// By insertion: stable, and linear for an order that hardly changes from sweep to sweep. The keys of a task stay in
+// registers: to copy a record that has just been written in parts takes as long as a mispredicted jump.
 void sortOrder(Resource &r) {
   for (int k = 0; k < r.tasks.n; ++k) {
-    const Rank rank = rankOf(r, r.order[k].task);
+    const int i = r.order[k].task;
+    const Task task = r.tasks[i];
+    const int est = task.start->min;
+    const int outside = outsideOf(task);
+    const auto belongsBefore = [=](const Rank &q) { return est != q.est ? est < q.est : outside > q.outside; };
     int place = k;
-    for (; place > 0 && belongsBefore(rank, r.order[place - 1]); --place) r.order[place] = r.order[place - 1];
-    r.order[place] = rank;
+    for (; place > 0 && belongsBefore(r.order[place - 1]); --place) r.order[place] = r.order[place - 1];
+    Rank &rank = r.order[place];
+    rank.est = est;
+    rank.outside = outside;
+    rank.task = i;
   }
 }
 

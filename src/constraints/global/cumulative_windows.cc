@@ -8,6 +8,8 @@
 // terms of a window's energy are 32-bit products, whose wrapping decides what is found for huge tasks.
 #include "constraints/global/cumulative_windows.h"
 
+#include <new>
+
 #include "core/queue.h"
 
 namespace koru::cumulative {
@@ -71,10 +73,9 @@ void noteFrom(Resource &r, int position) {
     const Task task = r.tasks[i];
     reach = std::max(reach, task.est());
     if (task.isFixed() || !task.demands() || task.lct() <= notes.range.from) continue;
-    Candidate &candidate = notes.candidates[notes.count++];
-    candidate = note(r, i);
-    candidate.reach = reach;
-    candidate.position = k;
+    Candidate *candidate = new (&notes.candidates[notes.count++]) Candidate(note(r, i));  // made in its place
+    candidate->reach = reach;
+    candidate->position = k;
   }
 }
 
