@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Messages by MPI: the only file that includes mpi.h.
 //
-// Sends are begun and forgotten until they are through, so that nobody waits for a process that has died. At the exit
+// Sends and receives are begun and forgotten until they are through, so that nobody waits for a process that has died:
+// of a message of some KB MPI tells when it is announced, and its sender may not live to hand it over. At the exit
 // everybody takes what is still under way before MPI ends; when processes have been lost, that would wait for them, and
 // is left out. Where the launcher lets processes outlive others (--enable-recovery), one may also die at the exit: then
 // the wait has an end.
@@ -11,6 +12,7 @@
 #include <mpi.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <list>
 
 #include "parallel/transport_alone.h"
@@ -58,15 +60,10 @@ class ByMpi final : public Alone {
   }
 
   std::optional<Message> poll() override {
-    int there = 0, size = 0;
-    MPI_Status status;
-    if (MPI_Iprobe(MPI_ANY_SOURCE, kTag, MPI_COMM_WORLD, &there, &status) != MPI_SUCCESS || there == 0)
-      return std::nullopt;
-    MPI_Get_count(&status, MPI_BYTE, &size);
-    Message m{status.MPI_SOURCE, std::string(static_cast<std::size_t>(size), '\0')};
-    const int result = MPI_Recv(m.bytes.data(), size, MPI_BYTE, m.from, kTag, MPI_COMM_WORLD, MPI_STATUS_IGNORE);
-    if (result != MPI_SUCCESS) return std::nullopt;
-    return m;
+    do {
+      if (std::optional<Message> m = takeReceived()) return m;
+    } while (beginToReceive());
+    return std::nullopt;
   }
 
   void rest() override { usleep(kRest); }
@@ -84,6 +81,42 @@ class ByMpi final : public Alone {
     std::string bytes;
     MPI_Request request;
   };
+
+  struct Receiving {
+    Message message;
+    MPI_Request request;
+  };
+
+  bool beginToReceive() {
+    int there = 0, size = 0;
+    MPI_Status status;
+    MPI_Message matched;
+    if (MPI_Improbe(MPI_ANY_SOURCE, kTag, MPI_COMM_WORLD, &there, &matched, &status) != MPI_SUCCESS || there == 0)
+      return false;
+    MPI_Get_count(&status, MPI_BYTE, &size);
+    Receiving &r = receiving_.emplace_back(
+        Receiving{{status.MPI_SOURCE, std::string(static_cast<std::size_t>(size), '\0')}, MPI_REQUEST_NULL});
+    if (MPI_Imrecv(r.message.bytes.data(), size, MPI_BYTE, &matched, &r.request) != MPI_SUCCESS) receiving_.pop_back();
+    return true;
+  }
+
+  // One that is through, and not behind another one of the same process.
+  std::optional<Message> takeReceived() {
+    for (auto r = receiving_.begin(); r != receiving_.end();) {
+      const auto isOfTheSame = [&](const Receiving &before) { return before.message.from == r->message.from; };
+      const bool waits = std::any_of(receiving_.begin(), r, isOfTheSame);
+      int done = 0;
+      const bool failed = !waits && MPI_Test(&r->request, &done, MPI_STATUS_IGNORE) != MPI_SUCCESS;
+      if (done == 0 && !failed) {
+        ++r;
+        continue;
+      }
+      Message m = std::move(r->message);
+      r = receiving_.erase(r);
+      if (!failed) return m;
+    }
+    return std::nullopt;
+  }
 
   bool sendsAreThrough() {
     for (auto s = sending_.begin(); s != sending_.end();) {
@@ -104,6 +137,7 @@ class ByMpi final : public Alone {
   bool lost_ = false;
   bool outlivesOthers_ = std::getenv("OMPI_MCA_orte_enable_recovery") != nullptr;
   std::list<Sending> sending_;
+  std::list<Receiving> receiving_;
 };
 
 bool wasLaunched() {

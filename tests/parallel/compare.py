@@ -23,7 +23,7 @@ CASES = {
     "long": [("queens", 10), ("golomb", 8), ("first", 24), ("object", 10), ("objective", 8)],
     "faces": [("all", 6), ("all", 3), ("best", 6), ("longest", 5)],
     "middle": [("golomb", 9), ("objective", 9)],
-    "slow": [("golomb", 10), ("first", 28), ("queens", 11), ("object", 11), ("objective", 10)],
+    "slow": [("golomb", 10), ("first", 28), ("queens", 13), ("object", 13), ("objective", 10)],
 }
 WRONG = [("rank", "another model"), ("memory", "level"), ("no-goods", "cs_createNoGoodSet"),
          ("element", "cs_VarElementOf"), ("option", "lastConflict")]
