@@ -45,8 +45,8 @@ struct OnTerms : Record {
 
 // ----- totals
 
-// Any change of a domain may change them.
-static const Totals &totalsNow(OnSum &c) {
+// Any change of a domain may change them. Inline, for it is asked at each event of a term.
+[[gnu::always_inline]] static inline const Totals &totalsNow(OnSum &c) {
   if (!c.moment.lasts()) {
     computeTotals(c.terms, c.latest);
     c.moment = Moment::now();
