@@ -53,6 +53,10 @@ struct DomainBits {
   void set(int value) { word(value) |= mask(value); }
   void clear(int value) { word(value) &= ~mask(value); }
 
+  // The word that holds a value, which is its lowest (highest) bit.
+  std::uint64_t upwardsFrom(int value) const { return word(value) >> (offset(value) % 64); }
+  std::uint64_t downwardsFrom(int value) const { return word(value) << (63 - offset(value) % 64); }
+
   // Bit i: value first + i; values outside the range count as absent, except for spare bits.
   std::uint64_t wordFrom(std::int64_t first) const {
     const std::int64_t from = first - low;
@@ -79,6 +83,13 @@ static_assert(sizeof(DomainBits) % alignof(std::uint64_t) == 0);
 
 // The number of present values in [a, b]; values outside the range of the bits count as absent.
 std::int64_t countPresent(const DomainBits *bits, int a, int b);
+
+// The same for a <= b within that range, which mostly lie in one word: that takes a third of the instructions.
+inline int countWithin(const DomainBits *bits, int a, int b) {
+  const std::uint32_t gap = distance(a, b);
+  if (bits->offset(a) % 64 + gap >= 64) return static_cast<int>(countPresent(bits, a, b));
+  return countOnes(bits->upwardsFrom(a) << (63 - gap));
+}
 
 // The smallest present value above x; x + 1 (wrapping) without bits, for x outside [low, high - 1], and when none is.
 int nextPresent(const DomainBits *bits, int x);

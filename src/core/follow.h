@@ -58,12 +58,16 @@ template <EventCode whenFree, EventCode whenBound>
   return true;
 }
 
-// A value strictly inside; nobody else hears of it.
+// A value strictly inside.
 [[gnu::always_inline]] inline bool followRemoved(CSint *v, int value) {
   if (value <= v->min || value >= v->max || !isUsual(v)) return false;
   std::uint64_t &word = v->bits->words()[0];
   const std::uint64_t bit = std::uint64_t{1} << v->bits->offset(value);
-  if ((word & bit) == 0 || heardByOthers(v, kRemoved)) return false;
+  if ((word & bit) == 0) return false;
+  if (heardByOthers(v, kRemoved)) {
+    if (!solver::events.hasRoom()) return false;
+    solver::events.push({v, v->constraints, value, kRemoved | kWithoutMaker});
+  }
   solver::trail.noteRemovedOfTrial(v, value);
   word ^= bit;
   v->count = wrapSub(v->count, 1);

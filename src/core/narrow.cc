@@ -64,16 +64,26 @@ int highest(const DomainBits *bits, std::uint64_t word) {
   return wrap(std::int64_t{bits->low} + 63 - std::countl_zero(word));
 }
 
+// The first (last) value of the domain from this one on (down to this one).
+int firstFrom(const DomainBits *bits, int value) {
+  const std::uint64_t word = bits->upwardsFrom(value);
+  return word != 0 ? value + std::countr_zero(word) : nextPresent(bits, value);
+}
+int lastUpTo(const DomainBits *bits, int value) {
+  const std::uint64_t word = bits->downwardsFrom(value);
+  return word != 0 ? value - std::countl_zero(word) : previousPresent(bits, value);
+}
+
 template <By by>
 [[gnu::noinline]] bool raiseMinByWords(CSint *v, int bound) {
-  const int count = wrapSub(v->count, wrap(countPresent(v->bits, v->min, bound - 1)));
-  return moveMin<by>(v, bound, v->bits->has(bound) ? bound : nextPresent(v->bits, bound), count);
+  const int count = wrapSub(v->count, countWithin(v->bits, v->min, bound - 1));
+  return moveMin<by>(v, bound, firstFrom(v->bits, bound), count);
 }
 
 template <By by>
 [[gnu::noinline]] bool lowerMaxByWords(CSint *v, int bound) {
-  const int count = wrapSub(v->count, wrap(countPresent(v->bits, bound + 1, v->max)));
-  return moveMax<by>(v, bound, v->bits->has(bound) ? bound : previousPresent(v->bits, bound), count);
+  const int count = wrapSub(v->count, countWithin(v->bits, bound + 1, v->max));
+  return moveMax<by>(v, bound, lastUpTo(v->bits, bound), count);
 }
 
 template <By by>
@@ -96,11 +106,11 @@ template <By by>
 
 // One value less, which needs no counting.
 [[gnu::noinline]] bool removeMinByWords(CSint *v) {
-  return moveMin(v, nextPresent(v->bits, v->min), wrapSub(v->count, 1));
+  return moveMin(v, firstFrom(v->bits, v->min + 1), wrapSub(v->count, 1));
 }
 
 [[gnu::noinline]] bool removeMaxByWords(CSint *v) {
-  return moveMax(v, previousPresent(v->bits, v->max), wrapSub(v->count, 1));
+  return moveMax(v, lastUpTo(v->bits, v->max - 1), wrapSub(v->count, 1));
 }
 
 [[gnu::always_inline]] inline bool removeMinAmongHoles(CSint *v) {

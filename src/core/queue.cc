@@ -293,6 +293,8 @@ template <bool supervised>
       return handleAs<supervised, kMinBound, kWithoutMaker>(queue, event, listener);
     case kMaxBound | kWithoutMaker:
       return handleAs<supervised, kMaxBound, kWithoutMaker>(queue, event, listener);
+    case kRemoved | kWithoutMaker:
+      return handleAs<supervised, kRemoved, kWithoutMaker>(queue, event, listener);
   }
   __builtin_unreachable();  // GCOVR_EXCL_LINE
 }

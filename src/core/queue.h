@@ -94,16 +94,14 @@ inline bool canBeUnheard() { return !solver::ports.profiling && !solver::queue.h
 inline bool heardByOthers(const CSint *v, EventCode code) {
   return (v->constraints->heardAboveOldest & (events(code) | kHearsConflicts | kKeyed)) != 0;
 }
-inline bool onlyMakerHears(const CSint *v, EventCode code) {
-  return has(v, kShifted) && !heardByOthers(v, code) && canBeUnheard();
-}
 
 [[nodiscard]] inline bool signalByMaker(CSint *v, EventCode code, int value) {
   return has(v, kShifted) && canBeUnheard() ? enqueue(v, code | kWithoutMaker, value) : signal(v, code, value);
 }
 
 [[nodiscard]] inline bool signalRemovedByMaker(CSint *v, int value) {
-  return onlyMakerHears(v, kRemoved) || signalRemoved(v, value);
+  if (!has(v, kShifted) || !canBeUnheard()) return signalRemoved(v, value);
+  return !heardByOthers(v, kRemoved) || enqueue(v, kRemoved | kWithoutMaker, value);
 }
 
 // Runs the loop, and those on the agenda (core/agenda) whenever it comes to its end. A failure shows only in the
