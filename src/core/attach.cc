@@ -15,9 +15,9 @@ static std::uint8_t heardBy(const Constraint &c) {
 }
 
 static Entry entryAbove(Entry *older, Constraint *c, int index, std::uint8_t heard) {
-  if (older == nullptr) return {c, nullptr, nullptr, index, heard, 0, 0};
+  if (older == nullptr) return {c, nullptr, nullptr, index, heard, 0, 0, heard};
   const auto aboveOldest = static_cast<std::uint8_t>(heard | older->heardAboveOldest);
-  return {c, older, nullptr, index, heard, older->heardFromHere(), aboveOldest};
+  return {c, older, nullptr, index, heard, older->heardFromHere(), aboveOldest, heard};
 }
 
 static const KeyedEntry *asKeyed(const Entry *entry) {

@@ -18,6 +18,15 @@ void release(Constraint *c) {
   solver::pool.give(c, c->size);
 }
 
+void setHeard(CSint *v, const Constraint *c, std::uint8_t events, bool heard) {
+  Entry *entry = v->constraints;
+  while (entry != nullptr && entry->constraint != c) entry = entry->next;
+  // Where v stands several times, its entries follow each other.
+  for (; entry != nullptr && entry->constraint == c; entry = entry->next)
+    entry->heard =
+        static_cast<std::uint8_t>(heard ? entry->heard | (entry->concerned & events) : entry->heard & ~events);
+}
+
 Entry *unlinkNewest(CSint *v) {
   Entry *entry = v->constraints;
   v->constraints = entry->next;

@@ -71,8 +71,9 @@ struct Entry {
   std::uint8_t heard;
   std::uint8_t heardByOlder;
   std::uint8_t heardAboveOldest;  // by this and the older entries without the oldest one
+  std::uint8_t concerned;         // what it may come to hear (see setHeard), as the two before have it
 
-  std::uint8_t heardFromHere() const { return heard | heardByOlder; }
+  std::uint8_t heardFromHere() const { return concerned | heardByOlder; }
 };
 
 // The entry of a constraint that hears all events, but to which they matter only as far as they concern one value: its
@@ -96,6 +97,16 @@ constexpr std::uint8_t kHearsAnything = 0xff;
 template <class... Codes>
 constexpr std::uint8_t events(Codes... codes) {
   return static_cast<std::uint8_t>((... | (1 << codes)));
+}
+
+// Whether handlers of c are called for these events of v, among those that concern it there. For a constraint that
+// knows that it would do nothing: such calls are spared, and count as made.
+void setHeard(CSint *v, const Constraint *c, std::uint8_t events, bool heard);
+
+// The constraint that a record belongs to.
+template <class Record>
+const Constraint *headOf(const Record &record) {
+  return reinterpret_cast<const Constraint *>(&record) - 1;
 }
 
 // Drops one reference; the last one destroys the record and releases the site.

@@ -143,6 +143,7 @@ Entry *nextConcerned(Entry *entry, Keys keys, unsigned slot, Entry *&listener) {
       entry = all ? keyed.past : keyed.next;
     } else {
       if ((entry->heard & slot) != 0) return entry;
+      solver::queue.wakings += (entry->concerned & slot) != 0 ? 1U : 0U;
       if ((entry->heard & kHearsConflicts) != 0 && listener == nullptr) listener = entry;
       entry = entry->next;
     }
@@ -173,8 +174,8 @@ template <bool supervised, EventCode code>
   if (solver::ports.profiling) [[unlikely]]
     return wakeProfiled(event, entry, arguments, listener);
   for (;; entry = entry->next) {
+    if constexpr (supervised) solver::queue.wakings += entry->concerned >> code & 1;
     if ((entry->heard & slot) != 0) {
-      if constexpr (supervised) ++solver::queue.wakings;
       if (!call(event, code, entry, arguments)) return entry;
       if (solver::ports.profiling) [[unlikely]]
         return wakeRest(event, entry, arguments, listener);
@@ -186,23 +187,25 @@ template <bool supervised, EventCode code>
   }
 }
 
-// The same without the oldest entry, which counts as called.
+// The same without the oldest entry, which counts as called when another one hears of it: where none does, the event
+// might as well not have been queued (core/follow).
 template <bool supervised, EventCode code>
 [[gnu::always_inline]] inline Entry *wakeOthers(EventRecord &event, Arguments arguments, Entry *&listener) {
   constexpr std::uint8_t slot = events(code);
   Entry *&entry = event.entries;
   if (solver::ports.profiling) [[unlikely]]  // since the event was queued
     return wakeProfiled(event, entry, arguments, listener);
-  for (; (entry->heardAboveOldest & (slot | kHearsConflicts | kKeyed)) != 0; entry = entry->next) {
+  constexpr std::uint8_t hearers = slot | kHearsConflicts | kKeyed;
+  if constexpr (supervised) solver::queue.wakings += (entry->heardAboveOldest & hearers) != 0 ? 1U : 0U;
+  for (; (entry->heardAboveOldest & hearers) != 0; entry = entry->next) {
+    if constexpr (supervised) solver::queue.wakings += entry->concerned >> code & 1;
     if ((entry->heard & slot) != 0) {
-      if constexpr (supervised) ++solver::queue.wakings;
       if (!call(event, code, entry, arguments)) return entry;
     } else if ((entry->heard & (kHearsConflicts | kKeyed)) != 0) {
       if ((entry->heard & kKeyed) != 0) return wakeByKeys(event, entry, arguments, listener);
       if (listener == nullptr) listener = entry;
     }
   }
-  if constexpr (supervised) ++solver::queue.wakings;
   return nullptr;
 }
 

@@ -6,7 +6,7 @@
 // widens domains, so a pair that was wide enough deeper in the search still is.
 // And the positions whose variable has not been eliminated on this branch: the value of one that has been is in no
 // other domain, so nobody else's value can be in its own, and the scan leaves it out.
-// Wakes: when a bound moves or a variable is bound.
+// Wakes: when a bound of a witness moves or a variable is bound.
 #include "core/branch_set.h"
 #include "core/post.h"
 
@@ -27,6 +27,20 @@ static bool wideEnough(const AllNeq &c, const CSint *low, const CSint *high) {
   return std::int64_t{high->max} - low->min + 1 >= c.count;
 }
 
+static bool isWitness(const AllNeq &c, const CSint *v) { return v == c.minWitness || v == c.maxWitness; }
+
+// A bound that moves says nothing unless it is a witness's.
+static void hearAsWitness(const AllNeq &c, CSint *v) {
+  setHeard(v, headOf(c), events(kNewMin, kNewMax), isWitness(c, v));
+}
+
+static void choose(const AllNeq &c, CSint *&witness, CSint *v) {
+  if (v == witness) return;
+  CSint *before = std::exchange(witness, v);
+  hearAsWitness(c, before);
+  hearAsWitness(c, v);
+}
+
 // Deliberate: the scan takes the first pair that is wide enough and does not look for the extremes, which ends it
 // early; on failure the witnesses stay, for others are no better.
 static bool spanFits(AllNeq &c) {
@@ -38,15 +52,13 @@ static bool spanFits(AllNeq &c) {
     if (low->min > v->min) low = v;
     if (high->max < v->max) high = v;
     if (wideEnough(c, low, high)) {
-      c.minWitness = low;
-      c.maxWitness = high;
+      choose(c, c.minWitness, low);
+      choose(c, c.maxWitness, high);
       return true;
     }
   }
   return false;
 }
-
-static bool isWitness(const AllNeq &c, const CSint *v) { return v == c.minWitness || v == c.maxWitness; }
 
 // Who among up to 64 variables may have the value, asked of all of them before anything changes: so the jumps that the
 // processor can't foresee are as many as those who have it, and two.
@@ -94,6 +106,7 @@ static bool eliminate(AllNeq &c, const CSint *x, int position) {
 
 // ----- handlers
 
+// While a profiler counts them, all bounds' calls are made.
 static bool newBound(AllNeq &c, const Event &e) { return !isWitness(c, e.var) || spanFits(c); }
 static bool bound(AllNeq &c, const Event &e) { return newBound(c, e) && eliminate(c, e.var, e.index); }
 
@@ -114,8 +127,8 @@ static bool filter(AllNeq &c) {
   for (int i = 0; i < c.count; ++i) {
     CSint *v = c.vars[i];
     if (isBound(v) && !eliminateAt(c, i)) return false;
-    if (c.minWitness->min > v->min) c.minWitness = v;
-    if (c.maxWitness->max < v->max) c.maxWitness = v;
+    if (c.minWitness->min > v->min) choose(c, c.minWitness, v);
+    if (c.maxWitness->max < v->max) choose(c, c.maxWitness, v);
   }
   return wideEnough(c, c.minWitness, c.maxWitness);
 }
@@ -136,6 +149,7 @@ static int post(const Poster &poster, CSint **vars, int count) {
   for (int i = 0; i < count; ++i) {
     if (posting && isAttached(*c, vars[i])) c->trusted = 0;
     c.attach(vars[i], i);
+    if (posting && !isWitness(*c, vars[i])) hearAsWitness(*c, vars[i]);
   }
   return posting && filter(*c) ? 1 : 0;
 }

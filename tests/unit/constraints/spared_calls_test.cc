@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The calls that occurrence constraints and sums with a constant are spared would have done nothing, and the short ways
-// of the latter do what the long ones do: the same random program, with a profiler for whom all handlers are called and
-// without one, leaves the same domains and last-reported bounds after each step.
+// The calls that occurrence constraints, all-differents and sums with a constant are spared would have done nothing,
+// and the short ways of the last do what the long ones do: the same random program, with a profiler for whom all
+// handlers are called and without one, leaves the same domains and last-reported bounds after each step.
 #include <climits>
 
 #include "core/ports.h"
@@ -29,12 +29,12 @@ class Program {
   Program(int seed, Has has, bool accepts) : random_(static_cast<std::uint64_t>(seed)), has_(has), accepts_(accepts) {}
 
   std::vector<int> run() {
-    all_.reserve(40);  // an all-different keeps the pointer
     makeVariables();
     if (has_ != Has::kCounts) shift();
     if (has_ != Has::kShifts) {
       for (int i = random_.between(1, 4); i > 0; --i) count();
     }
+    for (int i = random_.below(3); i > 0; --i) differ();
     for (int i = random_.below(has_ == Has::kCounts ? 4 : 12); i > 0; --i) note(cs_Neq(any(), any()));
     for (int i = 0; i < 60; ++i) step();
     return std::move(trace_);
@@ -63,8 +63,13 @@ class Program {
       CSint *z = random_.chance(50) ? cs_Add(any(), k) : random_.chance(50) ? cs_Sub(any(), k) : cs_Sub(k, any());
       all_.push_back(z);
     }
-    if (random_.chance(30)) note(cs_AllNeq(all_.data(), random_.between(2, 4)) != 0);
     for (int i = random_.below(3); i > 0; --i) look();
+  }
+
+  void differ() {
+    std::vector<CSint *> &different = counted_.emplace_back();
+    for (int i = random_.between(2, 5); i > 0; --i) different.push_back(any());
+    note(cs_AllNeq(different.data(), static_cast<int>(different.size())) != 0);
   }
 
   // Constraints that ask which bounds they were told last.
