@@ -13,6 +13,7 @@
 #include <new>
 
 #include "core/post.h"
+#include "core/trial.h"
 
 namespace koru::walk {
 
@@ -40,8 +41,10 @@ template <Tree tree>
   return level;
 }
 
+// `hostLooks`: at what a refused value leaves.
 template <Tree tree>
-bool tryCurrent(const CSwalk &w, Level &level, const Bound &bound) {
+bool tryCurrent(const CSwalk &w, Level &level, const Bound &bound, bool hostLooks) {
+  const Trial trial(hostLooks);
   if constexpr (tree == Tree::kOfLabelling) return cs_EQ(level.choice.variable, level.values.current());
   level.bound = bound;
   return imposeOfObject(*w.object, level);
@@ -59,9 +62,10 @@ CSstatus ended(CSwalk &w, CSstatus status) {
   return status;
 }
 
-// The present value of the newest level; the level is closed when it has none left.
+// The present value of the newest level; the level is closed when it has none left. Where the walk may stand still
+// after it, the host looks.
 template <Tree tree>
-[[gnu::always_inline]] inline void tryPresent(CSwalk &w, Level &level) {
+[[gnu::always_inline]] inline void tryPresent(CSwalk &w, Level &level, long long until) {
   if (!level.values.more()) {
     cs_acceptContext();
     w.levels.pop();
@@ -74,19 +78,19 @@ template <Tree tree>
     w.levels.pop();
     return;
   }
-  w.down = tryCurrent<tree>(w, level, w.bound);
+  w.down = tryCurrent<tree>(w, level, w.bound, w.counts.choicePoints >= until);
   if (!w.down) ++w.counts.fails;
 }
 
 // On with a level for the variable that comes next. True at a solution; there is no level there, and none where
 // postings of the selection fail.
 template <Tree tree>
-bool descend(CSwalk &w) {
+bool descend(CSwalk &w, long long until) {
   w.down = false;
   if (tree == Tree::kOfObject && isRefuted(*w.object)) return false;
   const Choice choice = choose<tree>(w);
   if (choice.variable == nullptr) return postingHolds();
-  if (Level *level = open<tree>(w, choice)) tryPresent<tree>(w, *level);
+  if (Level *level = open<tree>(w, choice)) tryPresent<tree>(w, *level, until);
   return false;
 }
 
@@ -99,7 +103,7 @@ bool isQuiet() {
 // On with the next value of the newest level. When it has none the level is closed: without the context that the
 // recursive searches open before they see that, which is some 80 instructions for each level.
 template <Tree tree>
-void goOn(CSwalk &w) {
+void goOn(CSwalk &w, long long until) {
   Level &level = w.levels.newest();
   cs_restoreContext();
   if (!level.values.anyAfterCurrent() && isQuiet()) {
@@ -108,7 +112,7 @@ void goOn(CSwalk &w) {
   }
   cs_saveContext();
   level.values.advance();
-  tryPresent<tree>(w, level);
+  tryPresent<tree>(w, level, until);
 }
 
 template <Tree tree>
@@ -116,11 +120,11 @@ CSstatus go(CSwalk &w, long long until, CSwalkFound found, void *extra) {
   while (w.counts.choicePoints < until) {
     bool solved = false;
     if (w.down) {
-      solved = descend<tree>(w);
+      solved = descend<tree>(w, until);
     } else if (w.levels.count() == w.base) {
       return isCancelled<tree>() ? CS_STATUS_STOPPED : CS_STATUS_EXHAUSTED;
     } else {
-      goOn<tree>(w);
+      goOn<tree>(w, until);
     }
     if (w.down) continue;
     w.counts.solutions += solved ? 1 : 0;
@@ -155,8 +159,8 @@ Level *openLevel(CSwalk &w, const Choice &choice) {
 }
 
 bool impose(const CSwalk &w, Level &level, const Bound &bound) {
-  return w.object == nullptr ? tryCurrent<Tree::kOfLabelling>(w, level, bound)
-                             : tryCurrent<Tree::kOfObject>(w, level, bound);
+  return w.object == nullptr ? tryCurrent<Tree::kOfLabelling>(w, level, bound, true)
+                             : tryCurrent<Tree::kOfObject>(w, level, bound, true);
 }
 
 void destroy(CSwalk *w) {

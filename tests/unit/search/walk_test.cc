@@ -150,6 +150,34 @@ TEST_F(WalkTest, TellsOfEachSolutionAndGoesOn) {
   }
 }
 
+// What handlers were last told of bounds, where a value was refused and the walk stands still. Too great a value raises
+// the shifted variable before it is refused.
+TEST_F(WalkTest, LeavesARefusedValueAsAPostingDoes) {
+  CSint *x = cs_createCSint(0, 9), *y = cs_createCSint(0, 9), *z = cs_createCSint(0, 9);
+  ASSERT_TRUE(cs_LE(cs_Add(x, z), 9));
+  ASSERT_TRUE(cs_Lt(x, y));
+  ASSERT_TRUE(cs_Le(y, z));
+  CSint *shifted = cs_Add(y, CSINT(1));
+  ASSERT_TRUE(cs_NEQ(shifted, 3));
+  CSint *array[] = {x, y, z};
+  const auto bounds = [&] {
+    return std::vector<int>{shifted->min, shifted->max, shifted->reportedMin, shifted->reportedMax};
+  };
+  cs_saveContext();
+  EXPECT_FALSE(cs_EQ(x, 5));
+  const std::vector<int> posted = bounds();
+  EXPECT_NE(posted[0], posted[2]) << "nobody was told";
+  cs_restoreContext();
+  CSwalk *walk = cs_openWalk(array, 3, cs_findFreeVar);
+  CSwalkStep step{};
+  while (step.value < 5) {
+    ASSERT_EQ(cs_goWalk(walk, 1, false), CS_STATUS_CHOICE_POINTS);
+    cs_getWalkPosition(walk, &step, 1);
+  }
+  EXPECT_EQ(openContexts(), 1);
+  EXPECT_EQ(bounds(), posted);
+}
+
 TEST_F(WalkTest, TellsNobodyWithoutACallback) {
   post(6);
   CSwalk *walk = open();
