@@ -6,21 +6,6 @@
 
 namespace koru {
 
-CSint intervalOf(int min, int max) {
-  return {.initialMin = min,
-          .initialMax = max,
-          .min = min,
-          .max = max,
-          .bits = nullptr,
-          .count = rangeSize(min, max),
-          .constraintCount = 0,
-          .name = nullptr,
-          .constraints = nullptr,
-          .reportedMin = min,
-          .reportedMax = max,
-          .traits = 0};
-}
-
 CSint *createVariable(int min, int max) {
   if (min > max || !solver::initialised) return nullptr;
   CSint *v = solver::variables.push();

@@ -8,7 +8,20 @@
 namespace koru {
 
 // A record over [min, max], min <= max, with nothing attached to it and no name.
-CSint intervalOf(int min, int max);
+inline CSint intervalOf(int min, int max) {
+  return {.initialMin = min,
+          .initialMax = max,
+          .min = min,
+          .max = max,
+          .bits = nullptr,
+          .count = rangeSize(min, max),
+          .constraintCount = 0,
+          .name = nullptr,
+          .constraints = nullptr,
+          .reportedMin = min,
+          .reportedMax = max,
+          .traits = 0};
+}
 
 // Null when the solver is not running, min > max or memory is exhausted (reported).
 [[nodiscard]] CSint *createVariable(int min, int max);

@@ -28,9 +28,9 @@ constexpr std::int64_t wrapMul64(std::int64_t p, std::int64_t q) {
 // Saturates one short of the smallest 64-bit number, so that the result can be negated.
 constexpr std::int64_t satSub64(std::int64_t p, std::int64_t q) {
   constexpr auto high = std::numeric_limits<std::int64_t>::max();
-  if (q < 0 && p > high + q) return high;
-  if (q > 0 && p < -high + q) return -high;
-  return p == std::numeric_limits<std::int64_t>::min() && q == 0 ? -high : p - q;
+  std::int64_t difference = 0;
+  if (__builtin_sub_overflow(p, q, &difference)) return p < 0 ? -high : high;
+  return difference < -high ? -high : difference;
 }
 
 // Adds q to sum unless that overflows.
