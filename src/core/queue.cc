@@ -196,7 +196,7 @@ template <bool supervised, EventCode code>
   if (solver::ports.profiling) [[unlikely]]  // since the event was queued
     return wakeProfiled(event, entry, arguments, listener);
   constexpr std::uint8_t hearers = slot | kHearsConflicts | kKeyed;
-  if constexpr (supervised) solver::queue.wakings += (entry->heardAboveOldest & hearers) != 0 ? 1U : 0U;
+  [[maybe_unused]] const bool counts = supervised && (entry->heardAboveOldest & hearers) != 0;
   for (; (entry->heardAboveOldest & hearers) != 0; entry = entry->next) {
     if constexpr (supervised) solver::queue.wakings += entry->concerned >> code & 1;
     if ((entry->heard & slot) != 0) {
@@ -206,6 +206,7 @@ template <bool supervised, EventCode code>
       if (listener == nullptr) listener = entry;
     }
   }
+  if constexpr (supervised) solver::queue.wakings += counts ? 1U : 0U;
   return nullptr;
 }
 
