@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "core/alloc.h"
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -43,6 +48,17 @@ char *copyText(const char *text) {
   if (copy != nullptr) std::memcpy(copy, text, size);
   return copy;
 }
+
+#if defined(__linux__)
+void askForLargePages(void *block, std::size_t size) {
+  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const auto begin = (reinterpret_cast<std::uintptr_t>(block) + page - 1) / page * page;
+  const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) / page * page;
+  if (begin < end) madvise(reinterpret_cast<void *>(begin), end - begin, MADV_HUGEPAGE);
+}
+#else
+void askForLargePages(void *, std::size_t) {}
+#endif
 
 void deallocate(void *block) {
   if (block != nullptr) countBlocks(-1);

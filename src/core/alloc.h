@@ -18,6 +18,10 @@ namespace koru {
 [[nodiscard]] void *allocateArray(std::size_t header, std::uint64_t count, std::size_t elementSize);
 void deallocate(void *block);
 
+// Asks the system to make the block one of large pages, for memory that will be used from end to end. Where it has
+// none, nothing happens.
+void askForLargePages(void *block, std::size_t size);
+
 // Test builds ask this hook, when set, before every allocation; false makes the allocation fail. They count the blocks
 // that are allocated and not yet freed.
 #if defined(KORU_CHECKED) && KORU_CHECKED

@@ -30,10 +30,16 @@ void *Pool::takeLoose(std::size_t size) {
 
 void *Pool::takeFromNextChunk(std::size_t size) { return addChunk() ? cut(size) : nullptr; }
 
+std::size_t Pool::nextChunk() const {
+  if (bytes_ < kMany) return std::clamp(bytes_ / 2 / kUnit * kUnit, kFirstChunk, kLargestChunk);
+  return std::min(bytes_ / 8 / kUnit * kUnit, kLargestOfMany);
+}
+
 bool Pool::addChunk() {
-  const std::size_t size = std::clamp(bytes_ / 2 / kUnit * kUnit, kFirstChunk, kLargestChunk);
+  const std::size_t size = nextChunk();
   auto *chunk = static_cast<Chunk *>(allocate(size));
   if (chunk == nullptr) return false;
+  if (bytes_ >= kMany) askForLargePages(chunk, size);
   chunk->previous = chunks_;
   chunks_ = chunk;
   bytes_ += size;

@@ -26,6 +26,17 @@ TEST_F(AllocTest, ASizeOfZeroIsNoFailure) {
   deallocate(block);
 }
 
+TEST_F(AllocTest, LargePagesAreAskedForWithoutAChangeOfWhatIsThere) {
+  for (const std::size_t size : {std::size_t{10}, std::size_t{5000}, std::size_t{9} << 20}) {
+    auto *block = static_cast<unsigned char *>(allocate(size));
+    std::memset(block, 7, size);
+    askForLargePages(block, size);
+    for (std::size_t i = 0; i < size; i += 100) ASSERT_EQ(block[i], 7);
+    std::memset(block, 8, size);
+    deallocate(block);
+  }
+}
+
 TEST_F(AllocTest, FreeingNothingIsIgnored) {
   deallocate(nullptr);
   EXPECT_EQ(memoryReports, 0);

@@ -35,6 +35,9 @@ void *allocate(std::size_t size) {
   return std::malloc(size);
 }
 
+std::size_t askedForLargePages = 0;
+void askForLargePages(void *, std::size_t size) { askedForLargePages += size; }
+
 void deallocate(void *block) {
   if (block == nullptr) return;
   --alive;
@@ -127,6 +130,23 @@ TEST_F(PoolPackedTest, ChunksGrowByHalfFrom4To64KiB) {
     EXPECT_EQ(pool.bytes(), all);
   }
   EXPECT_EQ(asked.size(), 10U);
+}
+
+TEST_F(PoolPackedTest, BeyondManyMiBTheyAreAnEighthOfAllInLargePages) {
+  constexpr std::size_t kMiB = std::size_t{1} << 20;
+  std::size_t before = 0;
+  while (pool.bytes() < 32 * kMiB) ASSERT_NE(pool.take(512), nullptr);
+  EXPECT_EQ(asked.back(), kMiB / 16);
+  EXPECT_EQ(askedForLargePages, 0U);
+  while (pool.bytes() < 100 * kMiB) {
+    const std::size_t all = pool.bytes();
+    ASSERT_NE(pool.take(512), nullptr);
+    if (pool.bytes() == all) continue;
+    EXPECT_EQ(asked.back(), std::min(all / 64 * 8, 8 * kMiB));
+    EXPECT_EQ(pool.bytes(), all + asked.back());
+    before += asked.back();
+  }
+  EXPECT_EQ(askedForLargePages, before);
 }
 
 TEST_F(PoolPackedTest, ARefusedChunkIsNullAndThePoolStaysUsable) {
