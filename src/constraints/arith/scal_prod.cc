@@ -84,10 +84,12 @@ static bool narrowHigh(CSint *x, std::int64_t coefficient, std::int64_t room) {
 }
 
 template <class Narrow>
-static bool narrowWide(const Terms terms, int first, int end, std::int64_t margin, int skipped, Narrow narrow) {
+static bool narrowWide(const Terms &terms, int first, int end, std::int64_t margin, int skipped, Narrow narrow) {
+  CSint *const *vars = terms.vars;
+  const int *coefficients = terms.coefficients;
   for (int i = first; i < end; ++i) {
-    CSint *x = terms.vars[i];
-    const int coefficient = terms.coefficients[i];
+    CSint *x = vars[i];
+    const int coefficient = coefficients[i];
     if (widerThan(x, coefficient, margin) && i != skipped && !narrow(x, coefficient)) return false;
   }
   return true;
