@@ -294,6 +294,22 @@ TEST_F(RegularTest, RemovalsCascadeAlongTheLayersInOrder) {
 
 // ----- layers and supports
 
+TEST_F(RegularTest, IntervalsWiderThanAWordAreWalkedOver) {
+  constexpr int kSymbols = 150;
+  TestAutomaton ascending{kSymbols, kSymbols, 0, {}, range(0, kSymbols - 1)};
+  for (int q = 0; q < kSymbols; ++q)
+    for (int a = 0; a < kSymbols; ++a) ascending.table.push_back(a >= q ? a : -1);
+  for (int i = 0; i < 3; ++i) vars.push_back(cs_createCSint(0, kSymbols - 1));
+  ASSERT_EQ(post(ascending), 1);
+  ASSERT_TRUE(cs_GE(vars[0], 70) && cs_LE(vars[2], 140));
+  EXPECT_EQ(sets(vars), (Sets{range(70, 140), range(70, 140), range(70, 140)}));
+  ASSERT_TRUE(cs_GE(vars[1], 100));
+  EXPECT_EQ(sets(vars), (Sets{range(70, 140), range(100, 140), range(100, 140)}));
+  ASSERT_TRUE(cs_EQ(vars[2], 120));
+  EXPECT_EQ(sets(vars), (Sets{range(70, 120), range(100, 120), {120}}));
+  EXPECT_FALSE(cs_GE(vars[0], 121));
+}
+
 TEST_F(RegularTest, RestoringAContextRestoresEveryLayer) {
   makeVariables({range(0, 3), range(0, 3), range(0, 3), range(0, 3)});
   ASSERT_EQ(post(kAscending), 1);

@@ -134,6 +134,21 @@ TEST_F(SumShiftTest, InATrialBoundsThatNobodyHearsAreReportedAtOnce) {
   EXPECT_EQ(values(z), without(range(3, 33), 8));
 }
 
+TEST_F(SumShiftTest, ASumOfASumHearsWhatIsPassedOn) {
+  for (const bool trying : {false, true}) {
+    CSint *x = cs_createCSint(0, 9);
+    CSint *z = cs_Add(cs_Add(x, CSINT(3)), CSINT(4));
+    cs_saveContext();
+    {
+      const Trial trial(!trying);
+      ASSERT_TRUE(cs_NEQ(x, 5) && cs_NEQ(x, 6) && cs_GE(x, 2) && cs_LE(x, 8));
+    }
+    EXPECT_EQ(values(z), (std::vector{9, 10, 11, 14, 15}));
+    cs_restoreContext();
+    EXPECT_EQ(values(z), range(7, 16));
+  }
+}
+
 // Where the short way finds no room for its record or event, it leaves the change to the long one.
 TEST_F(SumShiftTest, GoesOnInTheNextBlockOfEventsAndOfRecords) {
   constexpr int kBlock = 1024;
