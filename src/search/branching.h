@@ -65,8 +65,8 @@ class Values {
 }
 
 // At a refused value: when the search is observed, or ends with it.
-inline bool hostLooks(int failLimit) {
-  return searchObserver != nullptr || (failLimit > 0 && searchState.fails + 1 >= failLimit);
+inline bool hostLooks(int failLimit = 0) {
+  return searchObserver != nullptr || (failLimit > 0 && searchState.fails >= failLimit - 1);
 }
 
 [[nodiscard]] inline bool impose(CSint *v, int value, int failLimit) {

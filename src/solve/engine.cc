@@ -51,9 +51,10 @@ bool noteRefusal(CSsearch &s) {
   return false;
 }
 
+// Callbacks of search objects may do no more than query; a refused decision is undone before the host goes on.
 template <class Select>
-[[gnu::always_inline]] inline bool tried(const CSsearch &s, Select select) {
-  const Trial trial(searchObserver != nullptr);
+[[gnu::always_inline]] inline bool isAccepted(const CSsearch &s, Select select) {
+  const Trial trial(hostLooks());
   return (s.objective == nullptr || postBound(s)) && select();
 }
 
@@ -62,7 +63,7 @@ template <class Select>
 [[gnu::always_inline]] inline bool post(CSsearch &s, Select select) {
   const bool counts = s.activity.created();
   const int mark = counts ? solver::trail.count() : 0;
-  const bool accepted = tried(s, select);
+  const bool accepted = isAccepted(s, select);
   if (counts) s.activity.notePropagation(mark);
   return accepted || noteRefusal(s);
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // cs_AllNeq: all variables of an array take different values.
 // Consistency: value elimination, and a pigeonhole test on the span of all bounds; no Hall intervals, no matching.
-// Cost: O(n) when a variable is bound, O(1) or a scan when a bound of a witness moves.
+// Cost: O(n) when a variable is bound, O(1) or a scan when a bound of a witness moves; another witness takes a step for
+// each constraint of the two variables that is newer than this one.
 // State: two witnesses, variables whose bounds alone span enough values. They are not trailed: backtracking only
 // widens domains, so a pair that was wide enough deeper in the search still is.
 // And the positions whose variable has not been eliminated on this branch: the value of one that has been is in no

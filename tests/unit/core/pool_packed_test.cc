@@ -134,7 +134,7 @@ TEST_F(PoolPackedTest, ChunksGrowByHalfFrom4To64KiB) {
 
 TEST_F(PoolPackedTest, BeyondManyMiBTheyAreAnEighthOfAllInLargePages) {
   constexpr std::size_t kMiB = std::size_t{1} << 20;
-  std::size_t before = 0;
+  std::size_t large = 0;
   while (pool.bytes() < 32 * kMiB) ASSERT_NE(pool.take(512), nullptr);
   EXPECT_EQ(asked.back(), kMiB / 16);
   EXPECT_EQ(askedForLargePages, 0U);
@@ -144,9 +144,9 @@ TEST_F(PoolPackedTest, BeyondManyMiBTheyAreAnEighthOfAllInLargePages) {
     if (pool.bytes() == all) continue;
     EXPECT_EQ(asked.back(), std::min(all / 64 * 8, 8 * kMiB));
     EXPECT_EQ(pool.bytes(), all + asked.back());
-    before += asked.back();
+    large += asked.back();
   }
-  EXPECT_EQ(askedForLargePages, before);
+  EXPECT_EQ(askedForLargePages, large);
 }
 
 TEST_F(PoolPackedTest, ARefusedChunkIsNullAndThePoolStaysUsable) {
