@@ -4,13 +4,16 @@
 //
 // Cost: push and pop constant, an allocation only when the stack first grows past a multiple of 1024.
 // State: a popped record keeps its contents until the next push.
+// A stack index is an int: what would be the 2^31st record is refused as for want of memory.
 #pragma once
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
 
 #include "core/alloc.h"
+#include "core/errors.h"
 
 namespace koru {
 
@@ -69,7 +72,9 @@ class BlockStack {
   bool empty() const { return top_ == begin_ && base_ == 0; }
   int count() const { return base_ + static_cast<int>(top_ - begin_); }
   int blockCount() const { return blockCount_; }
-  std::uint64_t bytes() const { return std::uint64_t{kCapacity} * sizeof(Record) * static_cast<unsigned>(blockCount_); }
+  std::uint64_t bytes() const {
+    return std::uint64_t{kCapacity} * sizeof(Record) * static_cast<unsigned>(blockCount_ - refills_);
+  }
   bool created() const { return first_ != nullptr; }
 
   // For the invariant checker: blocks follow one another and the counts agree.
@@ -90,6 +95,11 @@ class BlockStack {
   Record *lowestFrom(int count) const { return count > base_ ? begin_ + (count - base_) : begin_; }
   void cutAt(Record *top) { top_ = top; }
 
+  // For a stack that is full, and of whose records nobody will read or pop one again: the current block stands for the
+  // next one as well, and is filled anew. Counts and indexes go on as if there were two. False when there is a next
+  // block already, or could be none.
+  bool refill();
+
  private:
   struct Block {
     int base;  // stack index of the block's first record
@@ -104,6 +114,7 @@ class BlockStack {
   };
 
   Block *makeBlock(Block *previous);
+  bool canGrow() const { return current_ != nullptr && base_ <= INT_MAX - 2 * kCapacity; }
   // Kept out of line: push and pop are inlined all over the engine.
   [[gnu::noinline, gnu::cold]] bool enterNextBlock();
   [[gnu::noinline, gnu::cold]] void enterPreviousBlock();
@@ -119,6 +130,7 @@ class BlockStack {
   Record *end_ = nullptr;
   int base_ = 0;  // of the current block
   int blockCount_ = 0;
+  int refills_ = 0;  // that are counted as blocks
   Block *current_ = nullptr;
   Block *first_ = nullptr;
 };
@@ -156,11 +168,26 @@ void BlockStack<Record, capacity>::destroy() {
 template <class Record, int capacity>
 bool BlockStack<Record, capacity>::enterNextBlock() {
   if (current_ == nullptr) return false;
+  if (!canGrow()) {
+    reportMemoryExhausted();
+    return false;
+  }
   if (current_->next == nullptr) {
     current_->next = makeBlock(current_);
     if (current_->next == nullptr) return false;
   }
   use(current_->next);
+  top_ = begin_;
+  return true;
+}
+
+template <class Record, int capacity>
+bool BlockStack<Record, capacity>::refill() {
+  if (!canGrow() || current_->next != nullptr) return false;
+  current_->base += kCapacity;
+  ++blockCount_;
+  ++refills_;
+  use(current_);
   top_ = begin_;
   return true;
 }

@@ -29,11 +29,6 @@ void destroyVariables() {
   solver::variables.destroy();
 }
 
-void destroyTrail() {
-  solver::trail.discardTo(0);
-  solver::trail.destroy();
-}
-
 }  // namespace
 }  // namespace koru
 
@@ -65,7 +60,7 @@ void cs_end(void) {
   solver::ports.releaseObservers();
   koru::forgetPlaces();
   solver::contexts.destroy();
-  koru::destroyTrail();
+  solver::trail.destroy();
   koru::emptyGraveyard();
   koru::destroyVariables();
   solver::events.destroy();

@@ -7,15 +7,22 @@
 #include "core/context_stack.h"
 #include "core/lifetime.h"
 #include "core/meter.h"
+#include "core/ports.h"
 #include "core/queue.h"
 
 namespace koru {
 
+// A meter remembers the end of the trail by its address.
+bool Trail::makeRoomBeyond() {
+  if (!kChecked && readers_ == 0 && !solver::ports.metered && refill()) return true;
+  return BlockStack::makeRoom();
+}
+
 // The note goes where the record does, and both or none.
 TrailNote *Trail::pushNote(TrailKind kind) {
   const int place = count();
-  TrailRecord *record = push();
-  if (record == nullptr) return nullptr;
+  if (!makeRoom()) return nullptr;
+  TrailRecord *record = pushInRoom();
   *record = {static_cast<std::uintptr_t>(kind), 0, 0};
   TrailNote *note = notes_.create() ? notes_.push() : nullptr;
   if (note == nullptr) {
@@ -152,11 +159,15 @@ void Trail::undoTo(int mark) {
 }
 
 // Only buffers have anything to end.
-void Trail::discardTo(int mark) {
+void Trail::discardNotes(int mark) {
   while (notes_.count() > 0 && notes_.at(notes_.count() - 1).place >= mark) {
     const TrailNote *note = notes_.pop();
     if (note->kind == TrailKind::kBuffer) dropShare(note->buffer);
   }
+}
+
+void Trail::discardTo(int mark) {
+  discardNotes(mark);
   if (count() > mark) popTo(mark);
   seen_ = std::min(seen_, mark);
 }
@@ -184,6 +195,7 @@ void Trail::setRead(bool read) {
 std::uint64_t Trail::bytes() const { return BlockStack::bytes() + notes_.bytes(); }
 
 void Trail::destroy() {
+  discardNotes(0);
   notes_.destroy();
   BlockStack::destroy();
   read_ = others_ = readers_ = seen_ = 0;

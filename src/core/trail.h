@@ -68,6 +68,9 @@ class Trail : public BlockStack<TrailRecord> {
   void noteMaxOfTrial(const CSint *v) { write(pushInRoom(), v, TrailKind::kMax, v->max); }
   void noteRemovedOfTrial(const CSint *v, int value) { write(pushInRoom(), v, TrailKind::kRemoved, value); }
 
+  // As BlockStack has it, but a block may be filled anew.
+  [[nodiscard]] bool makeRoom() { return hasRoom() || makeRoomBeyond(); }
+
   // Each is false when memory is exhausted (reported).
   [[nodiscard]] bool noteAttached(const CSint *v) {
     if (!makeRoom()) return false;
@@ -109,10 +112,13 @@ class Trail : public BlockStack<TrailRecord> {
   void undoDomains(int mark);
   void undoRest(int mark);
   void undoNote();
+  void discardNotes(int mark);
   TrailNote *pushNote(TrailKind kind);
+  [[gnu::noinline, gnu::cold]] bool makeRoomBeyond();
 
-  // Without an open context nobody will read the record: it is counted and takes its place, but is not written. This
-  // saves the page faults of a trail that only grows: while a model is posted, and in propagation outside a search.
+  // Without an open context nobody will read the record: it is counted and takes its place, but is not written, and a
+  // block that is full is used again for the next places. So a trail that only grows, while a model is posted and in
+  // propagation outside a search, takes no memory.
   void note(const CSint *v, TrailKind kind, int value) {
     TrailRecord *record = pushInRoom();
     if (!kChecked && readers_ == 0) return;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/block_stack.h"
 
+#include <climits>
+
 #include "support/kit/solver_test.h"
 #include "unit/core/allocation_rule.h"
 
@@ -215,6 +217,59 @@ TEST_F(BlockStackTest, RecordsAreAlignedForTheirType) {
     ASSERT_EQ(reinterpret_cast<std::uintptr_t>(line) % 64, 0U);
   }
   EXPECT_TRUE(lines.stack.sound());
+}
+
+template <int capacity>
+struct Refilled : BlockStack<char, capacity> {
+  using BlockStack<char, capacity>::refill;
+  ~Refilled() { this->destroy(); }
+};
+
+TEST_F(BlockStackTest, ABlockThatIsFilledAnewCountsAsAnother) {
+  Refilled<4> refilled;
+  EXPECT_FALSE(refilled.refill()) << "never created";
+  ASSERT_TRUE(refilled.create());
+  const std::uint64_t bytes = refilled.bytes();
+  for (int count = 4; count <= 12; count += 4) {
+    for (int i = 0; i < 4; ++i) refilled.push();
+    const AllocationRule none(refuseAll());
+    EXPECT_FALSE(refilled.hasRoom());
+    ASSERT_TRUE(refilled.refill());
+    EXPECT_TRUE(refilled.hasRoom());
+    EXPECT_EQ(refilled.count(), count);
+    EXPECT_EQ(refilled.blockCount(), count / 4 + 1);
+    EXPECT_EQ(refilled.bytes(), bytes);
+  }
+  const char *first = refilled.push();
+  EXPECT_EQ(refilled.indexOf(first), 12);
+  while (refilled.count() < 18) refilled.push();
+  EXPECT_EQ(refilled.blockCount(), 5);
+  EXPECT_EQ(refilled.bytes(), 2 * bytes);
+  refilled.popTo(15);
+  EXPECT_EQ(&refilled.at(12), first);
+  refilled.push();
+  EXPECT_FALSE(refilled.refill()) << "there is a next one";
+  EXPECT_EQ(refilled.count(), 16);
+  EXPECT_EQ(refilled.blockCount(), 5);
+}
+
+TEST_F(BlockStackTest, AStackThatNoIntCanCountIsFull) {
+  constexpr int kCapacity = 1 << 20;
+  Refilled<kCapacity> refilled;
+  ASSERT_TRUE(refilled.create());
+  const auto fill = [&] {
+    while (refilled.hasRoom()) refilled.pushInRoom();
+  };
+  for (int blocks = 1; blocks < 2047; ++blocks) ASSERT_TRUE(refilled.refill()) << blocks;
+  fill();
+  EXPECT_EQ(refilled.count(), INT_MAX - kCapacity + 1);
+  EXPECT_FALSE(refilled.refill());
+  EXPECT_EQ(memoryReports, 0);
+  const AllocationRule counted(allowAll());
+  EXPECT_EQ(refilled.push(), nullptr);
+  EXPECT_EQ(memoryReports, 1);
+  EXPECT_EQ(AllocationRule::count(), 0);
+  EXPECT_EQ(refilled.count(), INT_MAX - kCapacity + 1);
 }
 
 }  // namespace
