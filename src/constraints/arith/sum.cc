@@ -81,93 +81,94 @@ constexpr auto kTable = handlers<Sum>({.newMin = on<newMin>,
 
 // s = a + k, or s = k + b, from the two variables alone: the rules above in the same order, with what they come to for
 // an operand that can't be narrowed. Saves a look at the constant and about a dozen instructions at each event.
+
+// k was made as a constant: a variable that is merely bound may become free again under a posting that was accepted.
+static bool isConstant(const CSint *v) { return v->initialMin == v->initialMax; }
+
 struct Shift {
   CSint *s;
   CSint *x;
   int k;
 };
 
-// k was made as a constant: a variable that is merely bound may become free again under a posting that was accepted.
-static bool isConstant(const CSint *v) { return v->initialMin == v->initialMax; }
-
-// Which of the two the posting has made.
-enum class Made { kSum, kOperand };
-
-// Among values so near to zero that nothing saturates or wraps, which saves some seven instructions for each sum.
-struct Exact {
-  static constexpr bool kIsExact = true;
-  static int add(int a, int b) { return a + b; }
-  static int sub(int a, int b) { return a - b; }
-  static int subWrapping(int a, int b) { return a - b; }
-};
-
-struct Saturating {
-  static constexpr bool kIsExact = false;
-  static int add(int a, int b) { return satAdd(a, b); }
-  static int sub(int a, int b) { return satSub(a, b); }
-  static int subWrapping(int a, int b) { return wrapSub(a, b); }
-};
-
-template <bool constantFirst, Made made, class Math>
+template <bool constantFirst>
 struct ShiftRules : Shift {
-  // A change that is passed on in full to the variable that was made comes back with nothing to do.
-  static constexpr bool madeS = made == Made::kSum && Math::kIsExact;
-  static constexpr bool madeX = made == Made::kOperand && Math::kIsExact;
-  static bool raiseS(CSint *s, int bound) {
-    return bound <= s->min || (bound <= s->max && (madeS ? raiseMinByMaker(s, bound) : raiseMin(s, bound)));
-  }
-  static bool lowerS(CSint *s, int bound) {
-    return bound >= s->max || (bound >= s->min && (madeS ? lowerMaxByMaker(s, bound) : lowerMax(s, bound)));
-  }
-  static bool raiseX(CSint *x, int bound) {
-    return bound <= x->min || (bound <= x->max && (madeX ? raiseMinByMaker(x, bound) : raiseMin(x, bound)));
-  }
-  static bool lowerX(CSint *x, int bound) {
-    return bound >= x->max || (bound >= x->min && (madeX ? lowerMaxByMaker(x, bound) : lowerMax(x, bound)));
-  }
-  static bool removeFromS(CSint *s, int w) {
-    return !contains(s, w) || (madeS ? removeHeldByMaker(s, w) : removeHeld(s, w));
-  }
-  static bool removeFromX(CSint *x, int w) {
-    return !contains(x, w) || (madeX ? removeHeldByMaker(x, w) : removeHeld(x, w));
-  }
-
-  // As it mostly is: the one variable leads, and the one that was made follows.
-  bool leads(const CSint *changed) const { return (madeS && changed == x) || (madeX && changed == s); }
-  CSint *follower() const { return madeS ? s : x; }
-  int shifted(int value) const { return madeS ? value + k : value - k; }
-
   static bool newMin(ShiftRules &c, const Event &e) {
-    return (c.leads(e.var) && followMin(c.follower(), c.shifted(e.var->min))) || anyNewMin(c, e.var);
+    if (e.var == c.x) return narrowMin(c.s, satAdd(c.x->min, c.k)) && wrapSub(c.s->max, c.x->min) >= c.k;
+    if (constantFirst && satSub(c.s->min, c.x->max) > c.k) return false;
+    return narrowMin(c.x, satSub(c.s->min, c.k)) && (constantFirst || satSub(c.s->min, c.x->max) <= c.k);
   }
+
   static bool newMax(ShiftRules &c, const Event &e) {
-    return (c.leads(e.var) && followMax(c.follower(), c.shifted(e.var->max))) || anyNewMax(c, e.var);
+    if (e.var == c.x) return narrowMax(c.s, satAdd(c.x->max, c.k)) && satSub(c.s->min, c.x->max) <= c.k;
+    if (constantFirst && satSub(c.s->max, c.x->min) < c.k) return false;
+    return narrowMax(c.x, satSub(c.s->max, c.k)) && (constantFirst || satSub(c.s->max, c.x->min) >= c.k);
   }
+
   static bool bound(ShiftRules &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
+
   static bool removed(ShiftRules &c, const Event &e) {
-    return (c.leads(e.var) && followRemoved(c.follower(), c.shifted(e.newValue))) || anyRemoved(c, e.var, e.newValue);
+    const int w = e.newValue;
+    if (e.var == c.x) return (!isBound(c.s) || satSub(valueOf(c.s), w) != c.k) && removeIfPresent(c.s, satAdd(c.k, w));
+    const auto leavesConstant = [&] { return !isBound(c.x) || satSub(w, valueOf(c.x)) != c.k; };
+    if (!constantFirst && !leavesConstant()) return false;
+    return removeIfPresent(c.x, satSub(w, c.k)) && (!constantFirst || leavesConstant());
+  }
+};
+
+// The same among values so near to zero that nothing saturates or wraps: then it makes no difference whether the sum or
+// an operand was made. The one variable leads, and the one that was made follows; a change that is passed on to it in
+// full would come back with nothing to do.
+struct Pair {
+  CSint *lead;
+  CSint *made;
+  int shift;  // made = lead + shift
+};
+
+// Sums and differences come to the same functions, so that the processor can foresee which one is called.
+template <bool constantFirst>
+struct PairRules : Pair {
+  static bool newMin(PairRules &c, const Event &e) {
+    return (e.var == c.lead && followMin(c.made, e.var->min + c.shift)) || anyNewMin(c, e.var);
+  }
+  static bool newMax(PairRules &c, const Event &e) {
+    return (e.var == c.lead && followMax(c.made, e.var->max + c.shift)) || anyNewMax(c, e.var);
+  }
+  static bool bound(PairRules &c, const Event &e) { return newMin(c, e) && newMax(c, e); }
+  static bool removed(PairRules &c, const Event &e) {
+    return (e.var == c.lead && followRemoved(c.made, e.newValue + c.shift)) || anyRemoved(c, e.var, e.newValue);
   }
 
   // In functions of their own, lest the above save registers for them.
-  [[gnu::noinline]] static bool anyNewMin(ShiftRules &c, const CSint *changed) {
-    if (changed == c.x) return raiseS(c.s, Math::add(c.x->min, c.k)) && Math::subWrapping(c.s->max, c.x->min) >= c.k;
-    if (constantFirst && Math::sub(c.s->min, c.x->max) > c.k) return false;
-    return raiseX(c.x, Math::sub(c.s->min, c.k)) && (constantFirst || Math::sub(c.s->min, c.x->max) <= c.k);
+  [[gnu::noinline]] static bool anyNewMin(PairRules &c, const CSint *changed) {
+    if (changed == c.lead) return raiseMade(c.made, c.lead->min + c.shift) && c.made->max - c.lead->min >= c.shift;
+    const auto reachesLead = [&] { return c.made->min - c.lead->max <= c.shift; };
+    if (constantFirst && !reachesLead()) return false;
+    return narrowMin(c.lead, c.made->min - c.shift) && (constantFirst || reachesLead());
   }
 
-  [[gnu::noinline]] static bool anyNewMax(ShiftRules &c, const CSint *changed) {
-    if (changed == c.x) return lowerS(c.s, Math::add(c.x->max, c.k)) && Math::sub(c.s->min, c.x->max) <= c.k;
-    if (constantFirst && Math::sub(c.s->max, c.x->min) < c.k) return false;
-    return lowerX(c.x, Math::sub(c.s->max, c.k)) && (constantFirst || Math::sub(c.s->max, c.x->min) >= c.k);
+  [[gnu::noinline]] static bool anyNewMax(PairRules &c, const CSint *changed) {
+    if (changed == c.lead) return lowerMade(c.made, c.lead->max + c.shift) && c.made->min - c.lead->max <= c.shift;
+    const auto reachesLead = [&] { return c.made->max - c.lead->min >= c.shift; };
+    if (constantFirst && !reachesLead()) return false;
+    return narrowMax(c.lead, c.made->max - c.shift) && (constantFirst || reachesLead());
   }
 
-  [[gnu::noinline]] static bool anyRemoved(ShiftRules &c, const CSint *changed, int w) {
-    if (changed == c.x)
-      return (!isBound(c.s) || Math::sub(valueOf(c.s), w) != c.k) && removeFromS(c.s, Math::add(c.k, w));
-    const auto leavesConstant = [&] { return !isBound(c.x) || Math::sub(w, valueOf(c.x)) != c.k; };
-    if (!constantFirst && !leavesConstant()) return false;
-    return removeFromX(c.x, Math::sub(w, c.k)) && (!constantFirst || leavesConstant());
+  [[gnu::noinline]] static bool anyRemoved(PairRules &c, const CSint *changed, int w) {
+    if (changed == c.lead)
+      return (!isBound(c.made) || valueOf(c.made) - w != c.shift) && removeFromMade(c.made, w + c.shift);
+    const auto leavesShift = [&] { return !isBound(c.lead) || w - valueOf(c.lead) != c.shift; };
+    if (!constantFirst && !leavesShift()) return false;
+    return removeIfPresent(c.lead, w - c.shift) && (!constantFirst || leavesShift());
   }
+
+  static bool raiseMade(CSint *made, int bound) {
+    return bound <= made->min || (bound <= made->max && raiseMinByMaker(made, bound));
+  }
+  static bool lowerMade(CSint *made, int bound) {
+    return bound >= made->max || (bound >= made->min && lowerMaxByMaker(made, bound));
+  }
+  static bool removeFromMade(CSint *made, int w) { return !contains(made, w) || removeHeldByMaker(made, w); }
 };
 
 template <class Rules>
@@ -225,8 +226,13 @@ static CSint *attachAs(Posting &posting, const TableOf<Record> &table, Record re
 }
 
 template <class Rules>
-static CSint *attachRules(Posting &posting, const Shift &shift, CSint *z, CSint *x, CSint *y) {
-  return attachAs(posting, kShiftTable<Rules>, Rules{shift}, z, x, y);
+static CSint *attachRules(Posting &posting, Rules rules, CSint *z, CSint *x, CSint *y) {
+  return attachAs(posting, kShiftTable<Rules>, rules, z, x, y);
+}
+
+static CSint *attachShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
+  if (isConstant(sum.a)) return attachRules(posting, ShiftRules<true>{{sum.s, sum.b, sum.a->min}}, z, x, y);
+  return attachRules(posting, ShiftRules<false>{{sum.s, sum.a, sum.b->min}}, z, x, y);
 }
 
 // Sums and differences of values that none of the rules above saturates or wraps.
@@ -235,26 +241,24 @@ static bool isExact(const CSint *v) {
   return v->initialMin > -kFar && v->initialMax < kFar;
 }
 
-// Of the three, z is the one that was made.
-template <class Math>
-static CSint *attachShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
-  const bool constantFirst = isConstant(sum.a);
-  const Shift shift = constantFirst ? Shift{sum.s, sum.b, sum.a->min} : Shift{sum.s, sum.a, sum.b->min};
-  if (constantFirst) return attachRules<ShiftRules<true, Made::kSum, Math>>(posting, shift, z, x, y);
-  if (z == sum.s) return attachRules<ShiftRules<false, Made::kSum, Math>>(posting, shift, z, x, y);
-  return attachRules<ShiftRules<false, Made::kOperand, Math>>(posting, shift, z, x, y);
-}
-
-static CSint *attachExactShift(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
-  CSint *attached = attachShift<Exact>(posting, sum, z, x, y);
+// Of the three, z is the one that was made: the sum, or the operand a while b is the constant.
+static CSint *attachPair(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
+  CSint *attached = nullptr;
+  if (isConstant(sum.a)) {
+    attached = attachRules(posting, PairRules<true>{{sum.b, z, sum.a->min}}, z, x, y);
+  } else {
+    const bool madeSum = z == sum.s;
+    const Pair pair{madeSum ? sum.a : sum.s, z, madeSum ? sum.b->min : -sum.b->min};
+    attached = attachRules(posting, PairRules<false>{pair}, z, x, y);
+  }
   if (attached != nullptr) setTrait(z, kShifted, true);
   return attached;
 }
 
 static CSint *attachSum(Posting &posting, const Sum &sum, CSint *z, CSint *x, CSint *y) {
   if (!isConstant(sum.a) && !isConstant(sum.b)) return attachAs(posting, kTable, sum, z, x, y);
-  if (isExact(x) && isExact(y) && isExact(z)) return attachExactShift(posting, sum, z, x, y);
-  return attachShift<Saturating>(posting, sum, z, x, y);
+  if (isExact(x) && isExact(y) && isExact(z)) return attachPair(posting, sum, z, x, y);
+  return attachShift(posting, sum, z, x, y);
 }
 
 static CSint *add(const Poster &poster, CSint *x, CSint *y) {
