@@ -45,7 +45,7 @@ CORE_FLOORS = (
     ("agenda", "event_queue", "log"),
     ("queue",),
     ("trail",),
-    ("attach", "branch_set", "create", "follow", "moment", "narrow", "refusal", "trial"),
+    ("attach", "branch_set", "create", "follow", "moment", "narrow", "refusal", "take", "trial"),
     ("domain_words", "posting_phase", "reversible"),
     ("context", "invariants", "post", "private_variable"),
     ("solver", "user_constraints"),

@@ -38,7 +38,7 @@ class BlockStack {
 
   // Whether pushes find room in the current block, and a way to have it for one: false as a push would be null.
   bool hasRoom() const { return top_ != end_; }
-  bool hasRoomForTwo() const { return end_ - top_ >= 2; }
+  bool hasRoomFor(int count) const { return end_ - top_ >= count; }
   [[nodiscard]] bool makeRoom() { return hasRoom() || enterNextBlock(); }
   // A push for which there is room.
   Record *pushInRoom() { return top_++; }

@@ -47,9 +47,16 @@ class EventQueue {
   }
 
   bool hasRoom() const { return tail_ != tailEnd_; }
+  bool hasRoomFor(int count) const { return tailEnd_ - tail_ >= count; }
   // Room for a push. False when memory is exhausted (reported).
   [[nodiscard]] bool makeRoom();
   void push(const EventRecord &event) { *tail_++ = event; }
+
+  // There is room in any case.
+  void pushIf(bool wanted, const EventRecord &event) {
+    *tail_ = event;
+    tail_ += wanted ? 1 : 0;
+  }
 
   // The oldest event, of a queue that is not empty.
   EventRecord take() {

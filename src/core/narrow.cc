@@ -216,7 +216,7 @@ template <By by, bool (*again)(CSint *, int)>
 }
 
 [[gnu::always_inline]] inline bool bindInner(CSint *v, int value) {
-  if (!solver::trail.hasRoomForTwo()) [[unlikely]]
+  if (!solver::trail.hasRoomFor(2)) [[unlikely]]
     return bindInnerByParts(v, value);
   solver::trail.noteMin(v);
   solver::trail.noteMax(v);

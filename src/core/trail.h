@@ -67,6 +67,11 @@ class Trail : public BlockStack<TrailRecord> {
   void noteMinOfTrial(const CSint *v) { write(pushInRoom(), v, TrailKind::kMin, v->min); }
   void noteMaxOfTrial(const CSint *v) { write(pushInRoom(), v, TrailKind::kMax, v->max); }
   void noteRemovedOfTrial(const CSint *v, int value) { write(pushInRoom(), v, TrailKind::kRemoved, value); }
+  // A value that was a bound, or between them: the kind tells.
+  void noteTakenOfTrial(const CSint *v, TrailKind kind, int value) {
+    taken_ = true;
+    write(pushInRoom(), v, kind, value);
+  }
 
   // As BlockStack has it, but a block may be filled anew.
   [[nodiscard]] bool makeRoom() { return hasRoom() || makeRoomBeyond(); }
@@ -109,6 +114,7 @@ class Trail : public BlockStack<TrailRecord> {
 
  private:
   void undo(const TrailRecord &record);
+  template <bool taken>
   void undoDomains(int mark);
   void undoRest(int mark);
   void undoNote();
@@ -133,6 +139,7 @@ class Trail : public BlockStack<TrailRecord> {
   int others_ = 0;                       // the same, and undoTo running, one inside the other
   int readers_ = 0;                      // those, and the contexts that are open
   int seen_ = 0;
+  bool taken_ = false;  // since the trail was created, by noteTakenOfTrial
 };
 
 namespace solver {

@@ -5,11 +5,12 @@
 // each constraint of the two variables that is newer than this one.
 // State: two witnesses, variables whose bounds alone span enough values. They are not trailed: backtracking only
 // widens domains, so a pair that was wide enough deeper in the search still is.
-// And the positions whose variable has not been eliminated on this branch: the value of one that has been is in no
-// other domain, so nobody else's value can be in its own, and the scan leaves it out.
+// And, among more than a few, the positions whose variable has not been eliminated on this branch: the value of one
+// that has been is in no other domain, so nobody else's value can be in its own, and the scan leaves it out.
 // Wakes: when a bound of a witness moves or a variable is bound.
 #include "core/branch_set.h"
 #include "core/post.h"
+#include "core/take.h"
 
 namespace koru::all_neq {
 
@@ -21,6 +22,11 @@ struct AllNeq {
   BranchSet open;
   std::uint8_t trusted = kEasy;  // traits of a domain of which a value that was found is still there
 };
+
+// Few variables are all asked for a value, also those that have been eliminated: to keep account of these takes longer,
+// as nobody can foresee the jumps of that. It saves a sixth of the time of a sudoku; of twenty variables it costs 3 %.
+enum class Size { kFew, kMany };
+constexpr int kFew = 16;
 
 // ----- rules
 
@@ -73,12 +79,31 @@ static bool spanFits(AllNeq &c) {
   return held;
 }
 
+[[gnu::always_inline]] static inline std::uint64_t holdersAmongFew(CSint *const *vars, int count, int value) {
+  std::uint64_t held = 0;
+  for (int i = 0; i < count; ++i) held |= std::uint64_t{mayContain(vars[i], value)} << i;
+  return held;
+}
+
 // Takes x's value from all others, x itself told by identity: where asked for, since a variable may stand twice.
 static bool take(const CSint *x, CSint *v, int value) { return !contains(v, value) || v == x || removeHeld(v, value); }
 
+static constexpr std::uint64_t maskOf(int position) { return std::uint64_t{1} << position; }
+
+// The positions but one that are to be looked at, up to 64 at a time, as BranchSet has it.
+template <Size size, class Visit>
+static bool forEachWordBut(const AllNeq &c, int position, Visit visit) {
+  if constexpr (size == Size::kFew) {
+    return visit(0, (maskOf(c.count) - 1) & ~maskOf(position));
+  } else {
+    return c.open.forEachWordBut(position, visit);
+  }
+}
+
 // One after the other, as whatever hears of a removal may change anything.
+template <Size size>
 [[gnu::noinline]] static bool eliminateAtOnce(const AllNeq &c, const CSint *x, int position) {
-  return c.open.forEachWordBut(position, [&](int first, std::uint64_t open) {
+  return forEachWordBut<size>(c, position, [&](int first, std::uint64_t open) {
     return forEachBit(first, open, [&](int i) { return take(x, c.vars[i], valueOf(x)); });
   });
 }
@@ -86,22 +111,29 @@ static bool take(const CSint *x, CSint *v, int value) { return !contains(v, valu
 // Its position is left out beforehand: to meet it is a jump that the processor can't foresee. Nothing but what is done
 // here happens meanwhile, so unless a variable stands twice, an easy domain that has been found to hold the value is
 // not asked again; this saves a tenth of the instructions of a removal.
+template <Size size>
 static bool eliminateQueued(const AllNeq &c, const CSint *x, int position) {
   CSint *const *vars = c.vars;
   const int value = valueOf(x);
   const unsigned trusted = c.trusted;
-  return c.open.forEachWordBut(position, [=](int first, std::uint64_t open) {
-    return forEachBit(first, holders(vars + first, open, value), [=](int i) {
+  const int count = c.count;
+  return forEachWordBut<size>(c, position, [=](int first, std::uint64_t open) {
+    const std::uint64_t held =
+        size == Size::kFew ? holdersAmongFew(vars, count, value) & open : holders(vars + first, open, value);
+    const unsigned easy = canTakeEasily(64) ? trusted : 0;
+    return forEachBit(first, held, [=](int i) {
       CSint *v = vars[static_cast<unsigned>(i)];
+      if ((v->traits & easy) != 0) return takeEasily(v, value);
       return (v->traits & trusted) != 0 ? removeHeld(v, value) : take(x, v, value);
     });
   });
 }
 
+template <Size size>
 static bool eliminate(AllNeq &c, const CSint *x, int position) {
-  c.open.refresh();
-  if (!(changesWait() ? eliminateQueued(c, x, position) : eliminateAtOnce(c, x, position))) return false;
-  c.open.takeOut(position);
+  if constexpr (size == Size::kMany) c.open.refresh();
+  if (!(changesWait() ? eliminateQueued<size>(c, x, position) : eliminateAtOnce<size>(c, x, position))) return false;
+  if constexpr (size == Size::kMany) c.open.takeOut(position);
   return true;
 }
 
@@ -109,10 +141,17 @@ static bool eliminate(AllNeq &c, const CSint *x, int position) {
 
 // While a profiler counts them, all bounds' calls are made.
 static bool newBound(AllNeq &c, const Event &e) { return !isWitness(c, e.var) || spanFits(c); }
-static bool bound(AllNeq &c, const Event &e) { return newBound(c, e) && eliminate(c, e.var, e.index); }
+template <Size size>
+static bool bound(AllNeq &c, const Event &e) {
+  return newBound(c, e) && eliminate<size>(c, e.var, e.index);
+}
 
-constexpr auto kTable = handlers<AllNeq>(
-    {.newMin = on<newBound>, .newMax = on<newBound>, .minBound = on<bound>, .maxBound = on<bound>, .bound = on<bound>});
+template <Size size>
+constexpr auto kTable = handlers<AllNeq>({.newMin = on<newBound>,
+                                          .newMax = on<newBound>,
+                                          .minBound = on<bound<size>>,
+                                          .maxBound = on<bound<size>>,
+                                          .bound = on<bound<size>>});
 
 // ----- posting
 
@@ -144,9 +183,11 @@ static int post(const Poster &poster, CSint **vars, int count) {
   if (vars == nullptr || !allPresent(vars, count)) return 0;
   Posting posting{poster};
   if (!posting) return 0;
-  BranchSet open(count);
-  if (!open) return 0;
-  auto c = posting.add(kTable, AllNeq{vars, count, vars[0], vars[count - 1], std::move(open)});
+  const bool few = count <= kFew;
+  BranchSet open = few ? BranchSet() : BranchSet(count);
+  if (!few && !open) return 0;
+  auto c = posting.add(few ? kTable<Size::kFew> : kTable<Size::kMany>,
+                       AllNeq{vars, count, vars[0], vars[count - 1], std::move(open)});
   for (int i = 0; i < count; ++i) {
     if (posting && isAttached(*c, vars[i])) c->trusted = 0;
     c.attach(vars[i], i);

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cs_AllNeq: value elimination and the span test with its two witnesses.
+#include <random>
+
 #include "support/kit/batch.h"
 #include "support/kit/probe.h"
 
@@ -11,6 +13,17 @@ using namespace koru::test;
 class AllNeqTest : public SolverTest {
  protected:
   CSint *array[5] = {};  // kept by the constraint until the solver ends
+
+  // The array's variables and so many more, bound to other values: beyond 16 the constraint keeps account of those that
+  // have been eliminated.
+  static constexpr int kFew = 5;
+  static constexpr int kMany = 20;
+  std::vector<CSint *> padded;
+  [[nodiscard]] int postPadded(int count) {
+    padded.assign(std::begin(array), std::end(array));
+    while (static_cast<int>(padded.size()) < count) padded.push_back(CSINT(100 + static_cast<int>(padded.size())));
+    return cs_AllNeq(padded.data(), count);
+  }
 };
 
 TEST_F(AllNeqTest, NoVariableIsTrueAndPostsNothing) {
@@ -269,25 +282,29 @@ TEST_F(AllNeqTest, AnotherVariableTwiceLosesTheValueOnce) {
 
 // A context that the host opens in a handler, and leaves open: what comes after propagates at once.
 TEST_F(AllNeqTest, EliminatesWhileChangesPropagateAtOnce) {
-  for (CSint *&v : array) v = cs_createCSint(0, 5);
-  ASSERT_TRUE(cs_NEQ(array[2], 4));
-  ASSERT_EQ(cs_AllNeq(array, 5), 1);
-  const auto open = [](int, int, CSint **, int, void *) {
-    cs_saveContext();
-    return true;
-  };
-  cs_eventKnown(array, 1, open, nullptr);
-  std::vector<int> lost;
-  const auto note = [](CSint *, int index, int, CSint **, int, void *extra) {
-    static_cast<std::vector<int> *>(extra)->push_back(index);
-    return true;
-  };
-  cs_eventNeq(array + 1, 4, note, &lost);
-  ASSERT_TRUE(cs_EQ(array[0], 2));
-  EXPECT_EQ(lost, (std::vector{0, 1, 2, 3}));
-  for (int i = 1; i < 5; ++i) EXPECT_FALSE(cs_isIn(array[i], 2)) << i;
-  ASSERT_TRUE(cs_EQ(array[1], 5));
-  EXPECT_FALSE(cs_EQ(array[2], 5));
+  for (const int count : {kFew, kMany}) {
+    cs_end();
+    cs_init();
+    for (CSint *&v : array) v = cs_createCSint(0, 5);
+    ASSERT_TRUE(cs_NEQ(array[2], 4));
+    ASSERT_EQ(postPadded(count), 1);
+    const auto open = [](int, int, CSint **, int, void *) {
+      cs_saveContext();
+      return true;
+    };
+    cs_eventKnown(array, 1, open, nullptr);
+    std::vector<int> lost;
+    const auto note = [](CSint *, int index, int, CSint **, int, void *extra) {
+      static_cast<std::vector<int> *>(extra)->push_back(index);
+      return true;
+    };
+    cs_eventNeq(array + 1, 4, note, &lost);
+    ASSERT_TRUE(cs_EQ(array[0], 2));
+    EXPECT_EQ(lost, (std::vector{0, 1, 2, 3}));
+    for (int i = 1; i < 5; ++i) EXPECT_FALSE(cs_isIn(array[i], 2)) << i;
+    ASSERT_TRUE(cs_EQ(array[1], 5));
+    EXPECT_FALSE(cs_EQ(array[2], 5));
+  }
 }
 
 TEST_F(AllNeqTest, SpansBeyondTheIntRangeAreCountedInFull) {
@@ -301,15 +318,80 @@ TEST_F(AllNeqTest, SpansBeyondTheIntRangeAreCountedInFull) {
 
 // A callback of the undo binds x while the restore is under way, which takes that back; x is then open again.
 TEST_F(AllNeqTest, AVariableBoundWhileAContextIsRestoredIsOpenAfterwards) {
-  for (CSint *&v : array) v = cs_createCSint(0, 4);
-  ASSERT_EQ(cs_AllNeq(array, 3), 1);
-  cs_saveContext();
-  ASSERT_TRUE(cs_NEQ(array[0], 3));
-  cs_backtrack(array[0], 2, [](CSint *x, int value) { EXPECT_TRUE(cs_EQ(x, value)); });
-  cs_restoreContext();
-  ASSERT_EQ(values(array[0]), range(0, 4));
-  ASSERT_TRUE(cs_EQ(array[1], 2));
-  EXPECT_EQ(values(array[0]), without(range(0, 4), 2));
+  for (const int count : {kFew, kMany}) {
+    cs_end();
+    cs_init();
+    for (CSint *&v : array) v = cs_createCSint(0, 9);
+    ASSERT_EQ(postPadded(count), 1);
+    cs_saveContext();
+    ASSERT_TRUE(cs_NEQ(array[0], 3));
+    cs_backtrack(array[0], 2, [](CSint *x, int value) { EXPECT_TRUE(cs_EQ(x, value)); });
+    cs_restoreContext();
+    ASSERT_EQ(values(array[0]), range(0, 9));
+    ASSERT_TRUE(cs_EQ(array[1], 2));
+    EXPECT_EQ(values(array[0]), without(range(0, 9), 2));
+  }
+}
+
+// One problem with few variables and with many, on whose bound ones nothing depends: the same results, domains and
+// searches. Domains of a word and wider ones, where contexts come and go.
+class AllNeqSizeTest : public AllNeqTest {
+ protected:
+  // What the steps came to, written down.
+  std::vector<int> run(unsigned seed, int count) {
+    cs_end();
+    cs_init();
+    std::mt19937 random(seed);
+    const int width = seed % 3 == 0 ? 70 : 6;
+    const int step = width / 6;
+    for (CSint *&v : array) v = cs_createCSint(0, width);
+    if (seed % 5 == 0) array[3] = array[1];
+    std::vector<int> seen{postPadded(count)};
+    const auto see = [&] {
+      for (CSint *v : array)
+        for (const int value : values(v)) seen.push_back(value);
+    };
+    int open = 0;
+    for (int i = 0; i < 25; ++i) {
+      CSint *v = array[random() % 5];
+      const int value = static_cast<int>(random() % 7) * step;
+      switch (random() % 6) {
+        case 0:
+          open = cs_saveContext();
+          break;
+        case 1:
+          cs_restoreContext();
+          open -= open > 0 ? 1 : 0;
+          break;
+        case 2:
+          seen.push_back(open > 0 ? cs_EQ(v, value) : -1);
+          break;
+        default:
+          seen.push_back(open > 0 ? cs_NEQ(v, value) : -1);
+      }
+      if (seen.back() == 0) cs_restoreAll(), open = 0;
+      see();
+    }
+    cs_restoreAll();
+    for (CSint *v : array)
+      for (int value = 0; value <= width; ++value)
+        if (value % step != 0 || value > 5 * step) cs_NEQ(v, value);
+    solutions = 0;
+    cs_findAll(array, 5, cs_findFreeVarNbElements, [](CSint **, int) { ++solutions; });
+    for (const int end : {solutions, cs_getNbFails(), cs_getNbChoicePoints()}) seen.push_back(end);
+    return seen;
+  }
+  static inline int solutions = 0;
+};
+
+TEST_F(AllNeqSizeTest, FewAndManyComeToTheSame) {
+  int found = 0;
+  for (unsigned seed = 0; seed < 300; ++seed) {
+    // Both with variables that are far off: the span is wide enough in either.
+    ASSERT_EQ(run(seed, 16), run(seed, 17)) << seed;
+    found += solutions;
+  }
+  EXPECT_GT(found, 10000);
 }
 
 }  // namespace
