@@ -11,35 +11,38 @@
 
 namespace koru {
 
-// Names are constants of the library: none is farther than an int can say from this one.
-static constexpr char kSomeName[] = "cs_";
-
-static std::uintptr_t addressOf(const void *p) { return reinterpret_cast<std::uintptr_t>(p); }
-
-static std::size_t sizeOfSite(const char *text) { return sizeof(Site) + (text != nullptr ? std::strlen(text) + 1 : 0); }
-
-Site::Site(const Poster &poster, bool located)
-    : name_(static_cast<std::int32_t>(addressOf(poster.name) - addressOf(kSomeName))),
-      place_(located ? this + 1 : poster.caller) {}
-
+// One function for each kind: in that without a text, which nearly all are, the size is known.
 Site *Site::create(const Poster &poster, const char *text) {
-  void *memory = solver::pool.take(sizeOfSite(text));
+  if (text != nullptr) [[unlikely]]
+    return createLocated(poster.name, text);
+  const int number = solver::posters.numberOf(poster);
+  if (number == Posters::kNone) [[unlikely]]
+    return nullptr;
+  void *memory = solver::pool.take(sizeof(Site));
+  return memory != nullptr ? new (memory) Site(number) : nullptr;
+}
+
+Site *Site::createLocated(const char *name, const char *text) {
+  const int number = solver::posters.numberOf({name, nullptr});
+  if (number == Posters::kNone) return nullptr;
+  const std::size_t size = std::strlen(text) + 1;
+  void *memory = solver::pool.take(sizeof(Site) + size);
   if (memory == nullptr) return nullptr;
-  Site *site = new (memory) Site(poster, text != nullptr);
-  if (text != nullptr) std::memcpy(site + 1, text, std::strlen(text) + 1);
+  Site *site = new (memory) Site(~number);
+  std::memcpy(site + 1, text, size);
   return site;
 }
 
 void Site::release(Site *site) {
   if (site == nullptr || --site->references > 0) return;
-  solver::pool.give(site, sizeOfSite(site->located() ? site->text() : nullptr));
+  if (site->located()) [[unlikely]]
+    return solver::pool.give(site, sizeof(Site) + std::strlen(site->text()) + 1);
+  solver::pool.give(site, sizeof(Site));
 }
 
-const char *Site::name() const {
-  return reinterpret_cast<const char *>(addressOf(kSomeName) + static_cast<std::uintptr_t>(std::intptr_t{name_}));
-}
+const char *Site::name() const { return poster().name; }
 
-const char *Site::text() const { return located() ? static_cast<const char *>(place_) : placeOf(place_); }
+const char *Site::text() const { return located() ? reinterpret_cast<const char *>(this + 1) : placeOf(address()); }
 
 static std::uint32_t hashText(const char *text) {
   std::uint32_t hash = 12345678;

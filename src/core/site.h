@@ -5,28 +5,19 @@
 // per (running user constraint, function name, text of the place).
 #pragma once
 
-#include "core/state.h"
-
 #include <cstdint>
+
+#include "core/posters.h"
+#include "core/state.h"
 
 namespace koru {
 
 // The text of a place that nobody has looked for, or found: file, line, address and function, separated by tabs.
 inline constexpr char kUnknownPlace[] = "(unknown)\t0\t0\t(unknown)";
 
-// Who posts: the exported function that the host has called, and the address that it returns to. To be made from the
-// name in that very function, whose return address it takes; from there on it is handed down.
-struct Poster {
-  // NOLINTNEXTLINE(google-explicit-constructor): the name stands for the poster in every posting function.
-  Poster(const char *constantName, const void *returnAddress = __builtin_return_address(0))
-      : name(constantName), caller(returnAddress) {}
-
-  const char *name;
-  const void *caller;
-};
-
-// 16 bytes (in 32-bit code 12). A text that the host's locator has given follows the fields; otherwise the address is
-// kept, and what it stands for is looked up when somebody asks.
+// 8 bytes, of which there are as many as postings: who has posted is a number (core/posters). A text that the host's
+// locator has given follows the fields, and the poster has no address then; otherwise what the address stands for is
+// looked up when somebody asks.
 class Site {
  public:
   // With no reference; null text leaves the place to the address. Null on exhausted memory (reported).
@@ -36,17 +27,17 @@ class Site {
   const char *name() const;
   const char *text() const;
   // That the place was left to; null for one with a text.
-  const void *address() const { return located() ? nullptr : place_; }
+  const void *address() const { return poster().caller; }
 
   int references = 0;
 
  private:
-  Site(const Poster &poster, bool located);
-  bool located() const { return place_ == this + 1; }
+  explicit Site(int poster) : poster_(poster) {}
+  static Site *createLocated(const char *name, const char *text);
+  bool located() const { return poster_ < 0; }
+  const Poster &poster() const { return solver::posters[located() ? ~poster_ : poster_]; }
 
-  // As a distance from some place in the library, that an int holds.
-  std::int32_t name_;
-  const void *place_;  // the text behind this record, or the address
+  int poster_;  // its number; with all bits inverted where a text follows
 };
 
 class SiteTable {

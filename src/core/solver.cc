@@ -65,6 +65,7 @@ void cs_end(void) {
   koru::destroyVariables();
   solver::events.destroy();
   solver::pool.destroy();
+  solver::posters.destroy();
   solver::queue = koru::Queue{};
   solver::acceptedInside = false;
   solver::ownersAlive = 0;

@@ -14,6 +14,7 @@
 #include "core/lifetime.h"
 #include "core/pool.h"
 #include "core/ports.h"
+#include "core/posters.h"
 #include "core/posting_phase.h"
 #include "core/queue.h"
 #include "core/refusal.h"

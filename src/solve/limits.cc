@@ -37,7 +37,7 @@ static bool timeIsUp(const CSsearch &s) {
 // What the solver holds in blocks and in its pool, where bit arrays are too, and what the search has for itself.
 static std::uint64_t bytesInUse(const CSsearch &s) {
   return solver::variables.bytes() + solver::trail.bytes() + solver::contexts.bytes() + solver::events.bytes() +
-         solver::pool.bytes() + s.path.bytes() + s.noGoodBytes;
+         solver::pool.bytes() + solver::posters.bytes() + s.path.bytes() + s.noGoodBytes;
 }
 
 static bool memoryIsUp(const CSsearch &s) {

@@ -26,6 +26,7 @@ struct CSsolver {
   bool initialised = false;
   koru::Pool pool;
   koru::Ports ports;
+  koru::Posters posters;
   koru::BranchStamp postingFailedAt{};
   koru::Queue queue;
   koru::EventQueue events;

@@ -33,6 +33,7 @@ void exchangeCore(CSsolver &s) {
   std::swap(solver::initialised, s.initialised);
   std::swap(solver::pool, s.pool);
   std::swap(solver::ports, s.ports);
+  std::swap(solver::posters, s.posters);
   std::swap(solver::postingFailedAt, s.postingFailedAt);
   std::swap(solver::queue, s.queue);
   std::swap(solver::events, s.events);

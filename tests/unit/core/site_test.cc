@@ -58,10 +58,45 @@ TEST_F(SiteTest, TextsOfEveryLengthAreKeptWhole) {
   }
 }
 
-TEST_F(SiteTest, ASiteWithoutTextTakesTwoIntsAndAPointerAndLooksNothingUp) {
+TEST_F(SiteTest, ASiteWithoutTextTakesTwoIntsAndLooksNothingUp) {
   const AllocationRule counted(allowAll());
   Site::release(Site::create("cs_Add", nullptr));
-  EXPECT_EQ(AllocationRule::sizes(), (std::vector<std::size_t>{2 * sizeof(int) + sizeof(void *)}));
+  EXPECT_EQ(AllocationRule::sizes(), (std::vector<std::size_t>{2 * sizeof(int)}));
+}
+
+TEST_F(SiteTest, PostingsAtOnePlaceHaveSitesOfTheirOwnAndOnePoster) {
+  const Poster poster("cs_Add");
+  const int before = solver::posters.count();
+  Site *first = Site::create(poster, nullptr);
+  Site *second = Site::create(poster, nullptr);
+  EXPECT_NE(first, second);
+  EXPECT_EQ(solver::posters.count(), before + 1);
+  for (Site *site : {first, second}) {
+    EXPECT_EQ(site->name(), poster.name);
+    EXPECT_EQ(site->address(), poster.caller);
+    Site::release(site);
+  }
+}
+
+TEST_F(SiteTest, WhereThereIsATextTheAddressIsForgotten) {
+  const Poster poster("cs_Add");
+  Site *located = Site::create(poster, "here");
+  Site *there = Site::create({poster.name, &poster}, "there");
+  Site *nowhere = Site::create({poster.name, nullptr}, nullptr);
+  const int posters = solver::posters.count();
+  Site *plain = Site::create(poster, nullptr);
+  EXPECT_EQ(solver::posters.count(), posters + 1) << "the first three are one";
+  EXPECT_EQ(located->address(), nullptr);
+  EXPECT_EQ(there->address(), nullptr);
+  EXPECT_EQ(nowhere->address(), nullptr);
+  EXPECT_EQ(plain->address(), poster.caller);
+  EXPECT_STREQ(located->text(), "here");
+  EXPECT_STREQ(there->text(), "there");
+  EXPECT_STREQ(nowhere->text(), kUnknownPlace);
+  for (Site *site : {located, there, nowhere, plain}) {
+    EXPECT_EQ(site->name(), poster.name);
+    Site::release(site);
+  }
 }
 
 TEST_F(SiteTest, WithoutTextItIsThatOfTheAddress) {
@@ -106,6 +141,28 @@ TEST_F(SiteTest, ARefusedSiteIsNullAndReportedOnce) {
   const AllocationRule none(refuseAll());
   EXPECT_EQ(Site::create("n", "t"), nullptr);
   EXPECT_EQ(memoryReports, 1);
+  EXPECT_EQ(Site::create("n", nullptr), nullptr);
+  EXPECT_EQ(memoryReports, 2);
+}
+
+// The table of posters has its first block from a solver's first site.
+TEST_F(SiteTest, WithoutMemoryForItsPosterASiteIsNullAndReportedOnce) {
+  for (const char *text : {static_cast<const char *>(nullptr), "t"}) {
+    Site::release(parent);
+    cs_end();
+    SolverTest::SetUp();
+    {
+      const AllocationRule rule(refuseOnly(0));
+      EXPECT_EQ(Site::create("n", text), nullptr);
+      EXPECT_EQ(AllocationRule::count(), 1) << "it stops at once";
+    }
+    EXPECT_EQ(memoryReports, 1);
+    EXPECT_EQ(solver::posters.count(), 0);
+    memoryReports = 0;
+    parent = Site::create("n", text);
+    ASSERT_NE(parent, nullptr);
+    parent->references = 1;
+  }
 }
 
 TEST_F(SiteTest, TheHashCombinesParentTextAndName) {

@@ -35,6 +35,10 @@ class InterruptionTest : public SolverTest {
     SolverTest::TearDown();
     solver::checked.period = solver::checked.untilNext = 1;
   }
+  static long long bytesWithoutPosters() {
+    return static_cast<long long>(solver::trail.bytes() + solver::variables.bytes() + solver::contexts.bytes() +
+                                  solver::events.bytes() + solver::pool.bytes());
+  }
   static std::size_t index(int i) { return static_cast<std::size_t>(i); }
 
   static bool hear(CSint *, int, int, CSint **, int, void *extra) {
@@ -107,11 +111,21 @@ TEST_F(InterruptionTest, TheClockCutsItShort) {
 
 TEST_F(InterruptionTest, TheMemoryLimitCutsItShort) {
   CSsearchOptions o{};
-  o.memory = static_cast<long long>(solver::trail.bytes() + solver::variables.bytes() + solver::contexts.bytes() +
-                                    solver::events.bytes() + solver::pool.bytes()) +
-             100;
+  o.memory = bytesWithoutPosters() + static_cast<long long>(solver::posters.bytes()) + 100;
   EXPECT_EQ(searchWith(o), CS_STATUS_MEMORY);
   EXPECT_EQ(memoryReports, 0) << "it is a limit, not an error";
+  expectRestored();
+}
+
+TEST_F(InterruptionTest, TheTableOfPostersCountsAsMemory) {
+  CSsearchOptions o{};
+  o.memory = bytesWithoutPosters() + (1 << 20);
+  EXPECT_EQ(searchWith(o), CS_STATUS_EXHAUSTED);
+  EXPECT_TRUE(cs_freeSearch(search));
+  for (std::uintptr_t place = 0; place < 100000; ++place)
+    solver::posters.numberOf({"from many places", reinterpret_cast<const void *>(place)});
+  EXPECT_GT(solver::posters.bytes(), 2U << 20);
+  EXPECT_EQ(searchWith(o), CS_STATUS_MEMORY);
   expectRestored();
 }
 

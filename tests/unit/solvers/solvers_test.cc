@@ -160,6 +160,39 @@ TEST_F(SolversTest, LocatorsBelongToASolver) {
   EXPECT_EQ(asked, 2);
 }
 
+TEST_F(SolversTest, PostersBelongToASolver) {
+  const auto newestSite = [](const CSint *v) { return v->constraints->constraint->site; };
+  CSint **x = cs_createCSintArray(2, 0, 9);
+  EXPECT_TRUE(cs_Neq(x[0], x[1]));
+  EXPECT_TRUE(cs_Le(x[0], x[1]));
+  const void *place = newestSite(x[0])->address();
+  CSsolver *first = cs_detachSolver();
+  EXPECT_EQ(solver::posters.count(), 0);
+
+  begin();
+  CSint **y = cs_createCSintArray(2, 0, 9);
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(cs_Lt(y[0], y[1]));
+  EXPECT_EQ(solver::posters.count(), 1);
+  CSsolver *second = cs_detachSolver();
+
+  ASSERT_TRUE(cs_attachSolver(first));
+  EXPECT_EQ(solver::posters.count(), 2);
+  EXPECT_STREQ(newestSite(x[0])->name(), "cs_Le");
+  EXPECT_EQ(newestSite(x[0])->address(), place);
+  EXPECT_TRUE(cs_Ge(x[0], x[1]));
+  EXPECT_STREQ(newestSite(x[0])->name(), "cs_Ge");
+  EXPECT_EQ(cs_detachSolver(), first);
+
+  ASSERT_TRUE(cs_attachSolver(second));
+  EXPECT_EQ(solver::posters.count(), 1);
+  EXPECT_STREQ(newestSite(y[0])->name(), "cs_Lt");
+  cs_end();
+  ASSERT_TRUE(cs_attachSolver(first));
+  EXPECT_EQ(solver::posters.count(), 3);
+  cs_end();
+  EXPECT_EQ(blocksAlive, 0);
+}
+
 TEST_F(SolversTest, EndingOneLeavesTheOthers) {
   CSint **x = cs_createCSintArray(2, 0, 1);
   CSsolver *first = cs_detachSolver();
