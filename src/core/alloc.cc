@@ -60,8 +60,8 @@ void askForLargePages(void *block, std::size_t size) {
 void askForLargePages(void *, std::size_t) {}
 #endif
 
-void deallocate(void *block) {
-  if (block != nullptr) countBlocks(-1);
+void deallocateBlock(void *block) {
+  countBlocks(-1);
   std::free(block);
 }
 

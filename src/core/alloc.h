@@ -16,7 +16,11 @@ namespace koru {
 // Null when memory is exhausted (reported) or the size does not fit. A size of 0 is a size of 1.
 [[nodiscard]] void *allocate(std::size_t size);
 [[nodiscard]] void *allocateArray(std::size_t header, std::uint64_t count, std::size_t elementSize);
-void deallocate(void *block);
+// Inline up to the call: half of the buffers that are ended are empty.
+void deallocateBlock(void *block);
+inline void deallocate(void *block) {
+  if (block != nullptr) deallocateBlock(block);
+}
 
 // Asks the system to make the block one of large pages, for memory that will be used from end to end. Where it has
 // none, nothing happens.
