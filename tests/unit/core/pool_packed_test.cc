@@ -38,7 +38,7 @@ void *allocate(std::size_t size) {
 std::size_t askedForLargePages = 0;
 void askForLargePages(void *, std::size_t size) { askedForLargePages += size; }
 
-void deallocate(void *block) {
+void deallocateBlock(void *block) {
   if (block == nullptr) return;
   --alive;
   std::free(block);
