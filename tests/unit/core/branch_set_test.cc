@@ -116,6 +116,7 @@ TEST_F(BranchSetTest, APositionTakenOutByACallbackOfAnUndoIsBackAtOnce) {
     cs_restoreContext();
     EXPECT_EQ(positions(owner), (std::vector<int>{0, 1, 2})) << open << " contexts stay open";
   }
+  set = nullptr;
 }
 
 TEST_F(BranchSetTest, TakingAPositionOutTwiceIsTakingItOutOnce) {
