@@ -4,6 +4,7 @@
 // twin, which can be run without them.
 #include "support/twins/cumulative.h"
 #include "support/constraints/scheduling_problem.h"
+#include "support/kit/instrumented.h"
 
 namespace {
 
@@ -119,7 +120,7 @@ TEST_F(CumulativeSemantics, UpToThreeTasksAgreeWithEnumeration) {
 TEST_F(CumulativeSemantics, WithoutTheJumpsNoScheduleIsEverRefused) {
   for (int n = 1; n <= 5; ++n) {
     for (int kind = 0; kind <= 2; ++kind) {
-      const Tally seen = tallyRandom(n, kind, 60, postWithoutJumps);
+      const Tally seen = tallyRandom(n, kind, rounds(60), postWithoutJumps);
       EXPECT_EQ(seen.refused, 0) << seen.first;
     }
   }

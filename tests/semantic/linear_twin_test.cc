@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Linear sums and products beside the twin engine, which makes every total and every division: same domains, same
 // handler calls, same failures after each of many random narrowings.
+#include "support/kit/instrumented.h"
 #include "support/twins/abs.h"
 #include "support/twins/arithmetic.h"
 #include "support/twins/pair.h"
@@ -76,13 +77,13 @@ class LinearTwin : public ::testing::Test {
 };
 
 TEST_F(LinearTwin, ScalProdOfSmallTermsMovesAsIfEveryDivisionWereMade) {
-  forSeeds(4000, [](Pair &pair) {
+  forSeeds(rounds(4000U), [](Pair &pair) {
     const std::vector<int> x = smallPositions(pair, pair.number(1, 5));
     std::vector<int> c;
     for (std::size_t i = 0; i < x.size(); ++i) c.push_back(pair.number(-4, 4));
     runScalProd(pair, x, c, 10);
   });
-  EXPECT_GT(Pair::stepsDone, 10000);
+  EXPECT_GT(Pair::stepsDone, rounds(10000));
 }
 
 TEST_F(LinearTwin, ScalProdAtTheLimitsMovesAsIfEveryDivisionWereMade) {
@@ -102,7 +103,7 @@ TEST_F(LinearTwin, ScalProdAtTheLimitsMovesAsIfEveryDivisionWereMade) {
 
 // Wide terms with small coefficients: many narrowings with a rounded quotient.
 TEST_F(LinearTwin, ScalProdOfWideTermsMovesAsIfEveryDivisionWereMade) {
-  forSeeds(2000, [](Pair &pair) {
+  forSeeds(rounds(2000U), [](Pair &pair) {
     std::vector<int> x;
     std::vector<int> c;
     for (int n = pair.number(2, 4); n > 0; --n) {
@@ -112,7 +113,7 @@ TEST_F(LinearTwin, ScalProdOfWideTermsMovesAsIfEveryDivisionWereMade) {
     }
     runScalProd(pair, x, c, 12);
   });
-  EXPECT_GT(Pair::stepsDone, 5000);
+  EXPECT_GT(Pair::stepsDone, rounds(5000));
 }
 
 void runSigma(Pair &pair, std::vector<int> x, int steps) {
@@ -125,13 +126,13 @@ void runSigma(Pair &pair, std::vector<int> x, int steps) {
 }
 
 TEST_F(LinearTwin, SigmaOfSmallAddendsMovesAsIfNoPassWereSkipped) {
-  forSeeds(4000, [](Pair &pair) { runSigma(pair, smallPositions(pair, pair.number(2, 5)), 10); });
-  EXPECT_GT(Pair::stepsDone, 10000);
+  forSeeds(rounds(4000U), [](Pair &pair) { runSigma(pair, smallPositions(pair, pair.number(2, 5)), 10); });
+  EXPECT_GT(Pair::stepsDone, rounds(10000));
 }
 
 TEST_F(LinearTwin, SigmaAtTheLimitsMovesAsIfNoPassWereSkipped) {
-  forSeeds(3000, [](Pair &pair) { runSigma(pair, extremePositions(pair, pair.number(2, 6)), 8); });
-  EXPECT_GT(Pair::stepsDone, 5000);
+  forSeeds(rounds(3000U), [](Pair &pair) { runSigma(pair, extremePositions(pair, pair.number(2, 6)), 8); });
+  EXPECT_GT(Pair::stepsDone, rounds(5000));
 }
 
 void runProduct(Pair &pair, int x, int y, bool divide, int steps) {
@@ -147,23 +148,23 @@ void runProduct(Pair &pair, int x, int y, bool divide, int steps) {
 }
 
 TEST_F(LinearTwin, SmallProductsAndQuotientsMoveLikeTheirTwins) {
-  forSeeds(5000, [](Pair &pair) {
+  forSeeds(rounds(5000U), [](Pair &pair) {
     const std::vector<int> x = smallPositions(pair, 2);
     runProduct(pair, x[0], x[1], pair.number(0, 1) == 1, 10);
   });
-  EXPECT_GT(Pair::stepsDone, 10000);
+  EXPECT_GT(Pair::stepsDone, rounds(10000));
 }
 
 TEST_F(LinearTwin, ProductsAndQuotientsAtTheLimitsMoveLikeTheirTwins) {
-  forSeeds(5000, [](Pair &pair) {
+  forSeeds(rounds(5000U), [](Pair &pair) {
     const std::vector<int> x = extremePositions(pair, 2);
     runProduct(pair, x[0], x[1], pair.number(0, 1) == 1, 10);
   });
-  EXPECT_GT(Pair::stepsDone, 8000);
+  EXPECT_GT(Pair::stepsDone, rounds(8000));
 }
 
 TEST_F(LinearTwin, AbsoluteValuesMoveLikeTheirTwins) {
-  forSeeds(5000, [](Pair &pair) {
+  forSeeds(rounds(5000U), [](Pair &pair) {
     const int x = pair.add(brute::randomDomain(pair.random, pair.number(-9, 1), pair.number(1, 12)));
     CSint *real = pair.real[0];
     const bool withBits = real->bits != nullptr;
@@ -172,7 +173,7 @@ TEST_F(LinearTwin, AbsoluteValuesMoveLikeTheirTwins) {
     ASSERT_EQ(pair.addResult(z), twin::postAbs(pair.engine, x, withBits));
     pair.randomSteps(10);
   });
-  EXPECT_GT(Pair::stepsDone, 10000);
+  EXPECT_GT(Pair::stepsDone, rounds(10000));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "parallel/alone.h"
 #include "parallel/party.h"
 #include "semantic/random_model.h"
+#include "support/kit/instrumented.h"
 
 namespace koru::test::brute {
 namespace {
@@ -344,13 +345,13 @@ void compareModels(std::uint64_t first, int models, const Trouble &trouble, int 
   }
 }
 
-TEST(Processes, FindWhatOneFinds) { compareModels(1, 200, {}); }
-TEST(Processes, FindWhatOneFindsWhenSomeDie) { compareModels(1000, 150, {.deaths = 3}); }
-TEST(Processes, FindWhatOneFindsWhenSomeStall) { compareModels(2000, 150, {.deaths = 1, .stalls = 3}); }
+TEST(Processes, FindWhatOneFinds) { compareModels(1, rounds(200), {}); }
+TEST(Processes, FindWhatOneFindsWhenSomeDie) { compareModels(1000, rounds(150), {.deaths = 3}); }
+TEST(Processes, FindWhatOneFindsWhenSomeStall) { compareModels(2000, rounds(150), {.deaths = 1, .stalls = 3}); }
 TEST(Processes, StopAtTheSameSolution) {
   for (const int after : {1, 2, 5}) compareModels(3000, 30, {.deaths = 1}, after);
 }
-TEST(Processes, GoOnWhereOthersHaveDied) { compareRestarts(5000, 200); }
+TEST(Processes, GoOnWhereOthersHaveDied) { compareRestarts(5000, rounds(200)); }
 TEST(Processes, GoOnWhereOthersHaveDiedInManyModelsHeavy) { compareRestarts(50000, 3000); }
 TEST(Processes, FindWhatOneFindsInManyModelsHeavy) {
   compareModels(10000, 2000, {});

@@ -8,6 +8,7 @@
 
 #include "koru_extras.h"
 #include "semantic/search_model.h"
+#include "support/kit/instrumented.h"
 #include "support/kit/solver_test.h"
 
 namespace koru::test::search {
@@ -275,7 +276,7 @@ class SearchObjectModelTest : public SolverTest {
 
 TEST_F(SearchObjectModelTest, AgreesWithASearchThatCopies) {
   std::size_t nodes = 0, solutions = 0;
-  for (unsigned seed = 0; seed < 4000 && !HasFailure(); ++seed) {
+  for (unsigned seed = 0; seed < rounds(4000U) && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Random random(seed);
     const Problem problem = randomProblem(random);
@@ -292,8 +293,8 @@ TEST_F(SearchObjectModelTest, AgreesWithASearchThatCopies) {
     nodes += twin.log.nodes.size();
     solutions += twin.log.solutions.size();
   }
-  EXPECT_GT(nodes, 20000U);
-  EXPECT_GT(solutions, 10000U);
+  EXPECT_GT(nodes, rounds(20000U));
+  EXPECT_GT(solutions, rounds(10000U));
 }
 
 }  // namespace

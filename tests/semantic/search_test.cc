@@ -3,12 +3,13 @@
 // against the same search on a model; and the solutions against enumeration.
 #include "core/solver.h"
 #include "semantic/search_model_engines.h"
+#include "support/kit/instrumented.h"
 #include "support/kit/solver_test.h"
 
 namespace koru::test::search {
 namespace {
 
-constexpr int kProblems = 250;
+constexpr int kProblems = rounds(250);
 
 std::string valuesOf(const Model::Domain &domain) {
   return ::testing::PrintToString(std::vector<int>(domain.begin(), domain.end()));
@@ -248,7 +249,7 @@ TEST_F(SelectorModelTest, TheSelectorEngineAgreesWithTheModelCallByCall) {
       if (HasFailure()) return;
     }
   });
-  EXPECT_GT(calls, 20000U);
+  EXPECT_GT(calls, rounds(20000U));
 }
 
 // ----- solutions, by enumeration

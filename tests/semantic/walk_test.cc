@@ -5,6 +5,7 @@
 #include <set>
 
 #include "semantic/random_model.h"
+#include "support/kit/instrumented.h"
 
 namespace koru::test::brute {
 namespace {
@@ -196,7 +197,7 @@ void compareModels(std::uint64_t firstSeed, int models) {
   std::printf("%lld models, %lld choice points\n", totals.models, totals.choicePoints);
 }
 
-TEST(WalksInPieces, AreTheSearchesOfRandomModels) { compareModels(1, 200); }
+TEST(WalksInPieces, AreTheSearchesOfRandomModels) { compareModels(1, rounds(200)); }
 
 TEST(WalksInPieces, AreTheSearchesOfManyRandomModelsHeavy) { compareModels(100000, 5000); }
 
@@ -284,7 +285,7 @@ class StateOfANode : public ::testing::TestWithParam<Case> {};
 
 TEST_P(StateOfANode, DependsOnThePathToItAlone) {
   std::size_t nodes = 0;
-  for (std::uint64_t seed = 1; seed <= 12; ++seed) {
+  for (std::uint64_t seed = 1; seed <= rounds(12U); ++seed) {
     const Compared c = compareStates(seed, &GetParam());
     EXPECT_TRUE(c.different == 0 || c.withMemory != nullptr) << c.different << " of " << c.nodes << ": " << c.text;
     nodes += c.nodes;
@@ -310,7 +311,7 @@ std::set<std::string> compareStatesOfModels(std::uint64_t first, std::uint64_t m
   return differing;
 }
 
-TEST(StatesOfNodes, DependOnThePathInModelsOfManyConstraints) { compareStatesOfModels(1, 2000); }
+TEST(StatesOfNodes, DependOnThePathInModelsOfManyConstraints) { compareStatesOfModels(1, rounds(2000)); }
 
 // And those that are said to have a memory do.
 TEST(StatesOfNodes, DependOnThePathInVeryManyModelsHeavy) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "koru_extras.h"
+#include "support/kit/instrumented.h"
 #include "support/kit/solver_test.h"
 
 namespace {
@@ -117,7 +118,7 @@ void compareWithPermutations(std::mt19937 &random, bool partial) {
 
 TEST_F(CircuitTest, RandomGraphsHaveTheCircuitsThatPermutationsAre) {
   std::mt19937 random{7};
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < rounds(3000); ++i) {
     compareWithPermutations(random, i % 2 != 0);
     cs_end();
     cs_init();

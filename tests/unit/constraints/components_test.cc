@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "koru_extras.h"
+#include "support/kit/instrumented.h"
 #include "support/kit/solver_test.h"
 
 namespace koru::test {
@@ -83,7 +84,7 @@ TEST_F(ComponentsTest, AgreeWithReachability) {
   const auto below = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   for (const int nodes : {1, 7, 64, 65, 90}) {
     Components graph(nodes);
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < rounds(40); ++round) {
       Edges edges;
       for (int k = below(2 * nodes + 1); k > 0; --k) edges.emplace_back(below(nodes), below(nodes));
       draw(graph, nodes, edges);

@@ -6,6 +6,7 @@
 
 #include "koru_extras.h"
 #include "support/kit/failing_allocations.h"
+#include "support/kit/instrumented.h"
 #include "support/kit/solver_test.h"
 
 namespace koru::test {
@@ -75,7 +76,7 @@ TEST_F(ElementOfTest, AWideResultKeepsInnerValues) {
 // In results near each other and far apart: what has a partner is left, and nothing else.
 TEST_F(ElementOfTest, WhatHasAPartnerIsLeft) {
   std::mt19937 random{1};
-  for (int i = 0; i < 3000 && !HasFailure(); ++i) {
+  for (int i = 0; i < rounds(3000) && !HasFailure(); ++i) {
     const int step = i % 2 == 0 ? 1 : 5000;
     Values table, positions, results, leftOfIndex, leftOfResult;
     for (int k = 0; k < 12; ++k) table.push_back(step * static_cast<int>(random() % 8));

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "koru_extras.h"
+#include "support/kit/instrumented.h"
 #include "unit/constraints/bounds_twin.h"
 #include "unit/constraints/one_machine_twin.h"
 #include "unit/constraints/shared_resource_twin.h"
@@ -197,9 +198,9 @@ struct OverlapRules {
 using TransitionsTwin = BoundsTwin<TransitionRules>;
 using NoOverlapTwin = BoundsTwin<OverlapRules>;
 
-TEST_F(TransitionsTwin, LeavesWhatTheRulesLeave) { compare(3000); }
+TEST_F(TransitionsTwin, LeavesWhatTheRulesLeave) { compare(rounds(3000)); }
 TEST_F(TransitionsTwin, LeavesWhatTheRulesLeaveHeavy) { compare(100000); }
-TEST_F(NoOverlapTwin, LeavesWhatTheRulesLeave) { compare(2000); }
+TEST_F(NoOverlapTwin, LeavesWhatTheRulesLeave) { compare(rounds(2000)); }
 TEST_F(NoOverlapTwin, LeavesWhatTheRulesLeaveHeavy) { compare(100000); }
 
 }  // namespace

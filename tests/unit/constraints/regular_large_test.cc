@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "koru.h"
+#include "support/kit/instrumented.h"
 #include "support/kit/random.h"
 #include "support/kit/solver_test.h"
 
@@ -101,7 +102,7 @@ TEST_F(RegularLargeTest, KeepsJustTheValuesOnAcceptedWords) {
   for (const int states : {30, 63, 64, 65, 70, 128, 200})
     for (const int symbols : {3, 40})
       for (const int share : {20, 70})
-        for (int i = 0; i < 4 && !HasFatalFailure(); ++i) {
+        for (int i = 0; i < rounds(4) && !HasFatalFailure(); ++i) {
           const Automaton automaton(random, states, symbols, symbols == 3 ? share : share / 10);
           narrowAndCompare(random, automaton, 5);
         }

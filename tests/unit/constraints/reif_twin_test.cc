@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "support/constraints/reified_forms.h"
+#include "support/kit/instrumented.h"
 #include "support/kit/probe.h"
 #include "support/kit/refuser.h"
 #include "support/kit/small_domains.h"
@@ -185,16 +186,16 @@ class Trial {
 
 TEST(ReifTwin, RandomProgramsOnBothImplementationsCannotBeToldApart) {
   Seen seen;
-  for (unsigned seed = 1; seed <= 1500; ++seed) {
+  for (unsigned seed = 1; seed <= rounds(1500U); ++seed) {
     cs_init();
     Trial(seed, seen).run();
     cs_end();
     ASSERT_FALSE(::testing::Test::HasFailure()) << "seed " << seed;
   }
-  EXPECT_GT(seen.calls, 40000);
-  EXPECT_GT(seen.failures, 5000);
-  EXPECT_GT(seen.decided, 1000);
-  EXPECT_GT(seen.undecided, 1000);
+  EXPECT_GT(seen.calls, rounds(40000));
+  EXPECT_GT(seen.failures, rounds(5000));
+  EXPECT_GT(seen.decided, rounds(1000));
+  EXPECT_GT(seen.undecided, rounds(1000));
   RecordProperty("calls", std::to_string(seen.calls));
   RecordProperty("failures", seen.failures);
 }

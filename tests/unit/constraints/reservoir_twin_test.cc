@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "koru_extras.h"
+#include "support/kit/instrumented.h"
 #include "unit/constraints/bounds_twin.h"
 
 namespace {
@@ -91,7 +92,7 @@ struct ReservoirRules {
 
 using ReservoirTwin = BoundsTwin<ReservoirRules>;
 
-TEST_F(ReservoirTwin, LeavesWhatTheOthersCanBear) { compare(3000); }
+TEST_F(ReservoirTwin, LeavesWhatTheOthersCanBear) { compare(rounds(3000)); }
 TEST_F(ReservoirTwin, LeavesWhatTheOthersCanBearHeavy) { compare(100000); }
 
 }  // namespace

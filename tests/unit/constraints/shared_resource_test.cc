@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/kit/instrumented.h"
 #include "unit/constraints/shared_resource_twin.h"
 
 namespace koru::scheduling {
@@ -119,9 +120,9 @@ TEST_F(SharedResourceTwin, LooksForNoEdgesWhereEnergiesDoNotFit) {
   }
 }
 
-TEST_F(SharedResourceTwin, FindsWhatThePublishedRulesFind) { compare(4000, false); }
+TEST_F(SharedResourceTwin, FindsWhatThePublishedRulesFind) { compare(test::rounds(4000), false); }
 TEST_F(SharedResourceTwin, FindsWhatThePublishedRulesFindHeavy) { compare(100000, false); }
-TEST_F(SharedResourceTwin, FindsTheEdgesThatThePublishedRuleFinds) { compare(2000, true); }
+TEST_F(SharedResourceTwin, FindsTheEdgesThatThePublishedRuleFinds) { compare(test::rounds(2000), true); }
 TEST_F(SharedResourceTwin, FindsTheEdgesThatThePublishedRuleFindsHeavy) { compare(100000, true); }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "koru_extras.h"
+#include "support/kit/instrumented.h"
 #include "support/kit/solver_test.h"
 
 namespace {
@@ -233,7 +234,7 @@ INSTANTIATE_TEST_SUITE_P(All, LongTableTest,
 
 TEST_P(LongTableTest, DomainsAreThoseOfEnumerationAfterEveryStep) {
   std::mt19937 random(17);
-  for (int round = 0; round < 8; ++round) {
+  for (int round = 0; round < rounds(8); ++round) {
     std::vector<CSint *> vars;
     for (int i = 0; i < 4; ++i) vars.push_back(cs_createCSint(0, 5));
     Rows rows;
