@@ -108,7 +108,9 @@ TEST_F(QueueObserverTest, NothingIsNotedWhileNobodyProfiles) {
   EXPECT_TRUE(seen.empty());
 }
 
+// By code of the host's: without any, nobody looks whether it has been.
 TEST_F(QueueObserverTest, SwitchedOnInMidWalkItCountsThatRunAndAllThatFollow) {
+  solver::queue.hostHears = true;
   ASSERT_TRUE(watch(journal, 1, {x}, {.table = &kHearsNothing, .name = "silent"}));
   ASSERT_TRUE(watch(journal, 2, {x}, {.name = "switch"}));
   ASSERT_TRUE(watch(journal, 3, {x}, {.name = "before"}));
