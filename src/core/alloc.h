@@ -62,6 +62,25 @@ bool make(Buffer<T> &buffer, std::uint64_t count) {
   return static_cast<bool>(buffer);
 }
 
+// Room for `count` elements while a function runs, its own where `few` are enough: to ask for memory and give it back
+// takes some 180 instructions. Their contents are left to the caller. Null as Buffer is.
+template <class T, std::size_t few>
+class Scratch {
+ public:
+  // cppcheck-suppress uninitMemberVar
+  explicit Scratch(std::uint64_t count) : large_(count > few ? Buffer<T>(count) : Buffer<T>()), isLarge_(count > few) {}
+  Scratch(const Scratch &) = delete;
+  Scratch &operator=(const Scratch &) = delete;
+
+  explicit operator bool() const { return !isLarge_ || large_; }
+  T *get() { return isLarge_ ? large_.get() : small_; }
+
+ private:
+  Buffer<T> large_;
+  bool isLarge_;
+  T small_[few];
+};
+
 // A copy of a text. Null when memory is exhausted (reported).
 char *copyText(const char *text);
 

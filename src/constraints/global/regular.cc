@@ -151,11 +151,14 @@ static bool forEachState(const CSint *layer, Visit visit) {
 // Between the bounds a state has a support, and few supports are stale: that is asked before the bits are.
 static bool isWithin(const CSint *layer, int q) { return q >= layer->min && q <= layer->max; }
 
+// A value that has just been found there, as it still is unless changes propagate at once.
+static bool removeFound(CSint *v, int value) { return changesWait() ? removeHeld(v, value) : removeValue(v, value); }
+
 template <int Edge::*part, class IsStale>
 static bool filterSources(const Graph &g, int k, IsStale isStale) {
   CSint *layer = g.layer(k);
   return forEachState(layer, [&g, k, layer, isStale, supports = g.sources(k)](int q) {
-    return !isStale(supports[q].edge.*part) || findSource(g, k, q) || removeValue(layer, q);
+    return !isStale(supports[q].edge.*part) || findSource(g, k, q) || removeFound(layer, q);
   });
 }
 
@@ -163,7 +166,7 @@ template <int Edge::*part, class IsStale>
 static bool filterTargets(const Graph &g, int k, IsStale isStale) {
   CSint *layer = g.layer(k + 1);
   return forEachState(layer, [&g, k, layer, isStale, supports = g.targets(k)](int t) {
-    return !isStale(supports[t].edge.*part) || findTarget(g, k, t) || removeValue(layer, t);
+    return !isStale(supports[t].edge.*part) || findTarget(g, k, t) || removeFound(layer, t);
   });
 }
 
@@ -173,7 +176,7 @@ static bool filterSymbols(const Graph &g, int k, IsStale isStale) {
   CSint *v = g.variable(k);
   return forEachHeld(v, 0, g.symbols() - 1, [&g, k, v, isStale, supports = g.labels(k)](int a) {
     const Support &support = supports[a];
-    return !support.exists() || !isStale(support.edge.*part) || findLabel(g, k, a) || removeValue(v, a);
+    return !support.exists() || !isStale(support.edge.*part) || findLabel(g, k, a) || removeFound(v, a);
   });
 }
 
@@ -186,7 +189,7 @@ static bool filterSymbols(const Graph &g, int k, Only gone) {
   const Supports supports = g.labels(k);
   for (int a = 0; a < g.symbols(); ++a) {
     if (!gone(supports[a].edge.*part) || !supports[a].exists() || !contains(v, a)) continue;
-    if (!findLabel(g, k, a) && !removeValue(v, a)) return false;
+    if (!findLabel(g, k, a) && !removeFound(v, a)) return false;
   }
   return true;
 }
@@ -203,7 +206,7 @@ static bool filterSourcesInto(const Graph &g, int k, int q) {
   for (int i = first; i < end; ++i) {
     const int source = g.transitions().arc(i).source;
     if (!isWithin(layer, source) || supports[source].edge.y != q || !contains(layer, source)) continue;
-    if (!findSource(g, k, source) && !removeValue(layer, source)) return false;
+    if (!findSource(g, k, source) && !removeFound(layer, source)) return false;
   }
   return true;
 }
@@ -226,7 +229,7 @@ static bool filterTargetsFrom(const Graph &g, int k, int q) {
   }
   for (int i = 0; i < count; ++i) {
     if (i > 0 && lost[i] == lost[i - 1]) continue;
-    if (!findTarget(g, k, lost[i]) && !removeValue(layer, lost[i])) return false;
+    if (!findTarget(g, k, lost[i]) && !removeFound(layer, lost[i])) return false;
   }
   return true;
 }

@@ -59,10 +59,14 @@ class Builder {
       : graph_(graph),
         transitions_(graph.transitions_),
         neighbours_(graph.transitions_),
-        live_(static_cast<std::uint64_t>(graph.n_) + 2, automaton.states) {}
+        live_(static_cast<std::uint64_t>(graph.n_) + 2, automaton.states),
+        room_(3 * static_cast<std::uint64_t>(automaton.symbols)),
+        symbols_(room_.get()) {
+    for (int a = 0; room_ && a < automaton.symbols; ++a) symbols_[a] = a;
+  }
 
   bool run(const Automaton &automaton) {
-    if (!live_ || !makeAlphabet()) return false;
+    if (!live_ || !room_) return false;
     passForward(automaton.start);
     return acceptFinals(automaton) && makeRows() && passBackward() && makeLayers();
   }
@@ -72,22 +76,15 @@ class Builder {
   void readAlphabet(int k) {
     const CSint *v = graph_.variable(k);
     const int all = transitions_.symbols();
-    alphabet_ = symbols_.get();
+    alphabet_ = symbols_;
     count_ = all;
     if (v->bits == nullptr && v->min <= 0 && v->max >= all - 1) return;
-    int *symbols = symbols_.get() + all;
+    int *symbols = symbols_ + all;
     alphabet_ = symbols;
     count_ = 0;
     const int last = std::min(v->max, all - 1);
     for (int a = std::max(v->min, 0); a <= last; ++a)
       if (v->bits == nullptr || v->bits->has(a)) symbols[count_++] = a;
-  }
-
-  bool makeAlphabet() {
-    const int all = transitions_.symbols();
-    symbols_ = Buffer<int>(3 * static_cast<std::uint64_t>(all));
-    for (int a = 0; symbols_ && a < all; ++a) symbols_[a] = a;
-    return static_cast<bool>(symbols_);
   }
 
   void passForward(int start);
@@ -103,8 +100,9 @@ class Builder {
   Graph &graph_;
   const Transitions &transitions_;
   const Neighbours neighbours_;
-  StateSets live_;       // of each layer; and the final states
-  Buffer<int> symbols_;  // all of them; and room twice for as many
+  StateSets live_;  // of each layer; and the final states
+  Scratch<int, 48> room_;
+  int *symbols_;  // all of them; and room twice for as many
   const int *alphabet_ = nullptr;
   int count_ = 0;
 };
@@ -181,7 +179,7 @@ void Builder::findSourcesAndLabels(int k, Set targets) {
   const int count = count_;
   const int *alphabet = alphabet_;
   const int *wanted = alphabet;
-  int *stillWanted = symbols_.get() + std::ptrdiff_t{2} * transitions_.symbols();
+  int *stillWanted = symbols_ + std::ptrdiff_t{2} * transitions_.symbols();
   int left = count;
   const auto isLive = [targets](int t) { return t != Transitions::kNone && targets.has(t); };
   sources.forEach([&](int q) {

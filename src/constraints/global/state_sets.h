@@ -66,18 +66,20 @@ class StateSets {
   // Empty sets of states below `states`. False as a bool when memory is exhausted (reported).
   StateSets(std::uint64_t layers, int states)
       : wordsPerLayer_(static_cast<int>((static_cast<unsigned>(states) + 63) / 64)),
-        words_(layers * static_cast<unsigned>(wordsPerLayer_)) {
-    if (words_) std::fill_n(words_.get(), layers * static_cast<unsigned>(wordsPerLayer_), std::uint64_t{0});
+        words_(layers * static_cast<unsigned>(wordsPerLayer_)),
+        first_(words_.get()) {
+    if (words_) std::fill_n(first_, layers * static_cast<unsigned>(wordsPerLayer_), std::uint64_t{0});
   }
   explicit operator bool() const { return static_cast<bool>(words_); }
 
   StateSet at(int layer) const {
-    return {words_.get() + static_cast<std::ptrdiff_t>(layer) * wordsPerLayer_, wordsPerLayer_};
+    return {first_ + static_cast<std::ptrdiff_t>(layer) * wordsPerLayer_, wordsPerLayer_};
   }
 
  private:
   int wordsPerLayer_;
-  Buffer<std::uint64_t> words_;
+  Scratch<std::uint64_t, 32> words_;
+  std::uint64_t *first_;
 };
 
 }  // namespace koru::regular

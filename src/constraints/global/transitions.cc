@@ -21,11 +21,12 @@ Transitions::Transitions(const Automaton &automaton) : states_(automaton.states)
 
 // Counts the arcs into each state on the way: starts_[t] becomes the end of those into t.
 bool Transitions::copyTable(const Automaton &automaton) {
-  table_ = Buffer<int>(states_ * symbols_);
-  if (table_) starts_ = Buffer<int>(std::uint64_t{1} + static_cast<std::uint64_t>(states_));
-  if (!starts_) return false;
-  std::fill_n(starts_.get(), states_ + 1, 0);
-  for (int i = 0; i < states_ * symbols_; ++i) {
+  const int entries = states_ * symbols_;
+  table_ = Buffer<int>(static_cast<std::uint64_t>(entries) + static_cast<std::uint64_t>(states_) + 1);
+  if (!table_) return false;
+  starts_ = table_.get() + entries;
+  std::fill_n(starts_, states_ + 1, 0);
+  for (int i = 0; i < entries; ++i) {
     const int target = automaton.isState(automaton.table[i]) ? automaton.table[i] : kNone;
     table_[i] = target;
     if (target != kNone) ++starts_[target];

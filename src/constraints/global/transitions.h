@@ -34,7 +34,7 @@ class Transitions {
   Transitions() = default;
   // False as a bool when memory is exhausted, or there are more transitions than an int can tell (reported both).
   explicit Transitions(const Automaton &automaton);
-  explicit operator bool() const { return arcs_ && starts_ && table_; }
+  explicit operator bool() const { return static_cast<bool>(arcs_); }
 
   int states() const { return states_; }
   int symbols() const { return symbols_; }
@@ -65,8 +65,8 @@ class Transitions {
 
   int states_ = 0;
   int symbols_ = 0;
-  Buffer<int> table_;
-  Buffer<int> starts_;
+  Buffer<int> table_;  // and the starts behind it
+  int *starts_ = nullptr;
   Buffer<Arc> arcs_;
 };
 

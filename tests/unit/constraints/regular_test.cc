@@ -167,10 +167,10 @@ TEST_F(RegularTest, EachFailingAllocationIsReportedOnceAndIsZero) {
     CSint *x[2];
   };
   const auto prepare = [] { return Operands{{cs_createCSint(0, 3), cs_createCSint(0, 3)}}; };
-  EXPECT_EQ(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 15);
+  EXPECT_EQ(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 12);
   const TestAutomaton even{4, 4, 0, {0, -1, 2, 3, -1, -1, -1, -1, 0, -1, 2, 3, 0, -1, 2, 3}, {0, 2, 3}};
   // Two layers without state 1, and two variables without symbol 1.
-  EXPECT_EQ(failEachAllocation(prepare, [&](Operands &o) { return even.post(o.x, 2) == 1; }), 19);
+  EXPECT_EQ(failEachAllocation(prepare, [&](Operands &o) { return even.post(o.x, 2) == 1; }), 16);
 }
 
 TEST_F(RegularTest, ATrailThatCannotGrowIsReportedOnceAndIsZero) {
@@ -183,7 +183,7 @@ TEST_F(RegularTest, ATrailThatCannotGrowIsReportedOnceAndIsZero) {
       while ((solver::trail.count() + room) % Trail::kCapacity != 0) cs_backtrack(nullptr, 0, nullptr);
       return operands;
     };
-    EXPECT_GE(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 15);
+    EXPECT_GE(failEachAllocation(prepare, [](Operands &o) { return kAscending.post(o.x, 2) == 1; }), 12);
   }
 }
 

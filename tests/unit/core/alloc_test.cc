@@ -42,6 +42,28 @@ TEST_F(AllocTest, FreeingNothingIsIgnored) {
   EXPECT_EQ(memoryReports, 0);
 }
 
+TEST_F(AllocTest, ScratchAsksForMemoryOnlyBeyondItsOwn) {
+  {
+    const AllocationRule none(refuseAll());
+    Scratch<int, 4> few(4);
+    ASSERT_TRUE(few);
+    for (int i = 0; i < 4; ++i) few.get()[i] = i;
+    EXPECT_EQ(few.get()[3], 3);
+    EXPECT_TRUE((Scratch<int, 4>(0)));
+    EXPECT_EQ(memoryReports, 0);
+    Scratch<int, 4> many(5);
+    EXPECT_FALSE(many);
+    EXPECT_EQ(many.get(), nullptr);
+    EXPECT_EQ(memoryReports, 1);
+  }
+  const AllocationRule counted(allowAll());
+  Scratch<int, 4> many(5);
+  ASSERT_TRUE(many);
+  for (int i = 0; i < 5; ++i) many.get()[i] = i;
+  EXPECT_EQ(many.get()[4], 4);
+  EXPECT_EQ(AllocationRule::count(), 1);
+}
+
 TEST_F(AllocTest, BlocksAreCountedFromTheirAllocationUntilTheyAreFreed) {
   const long before = blocksAlive;
   void *block = allocate(10);
