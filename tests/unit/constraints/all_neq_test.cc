@@ -2,6 +2,7 @@
 // cs_AllNeq: value elimination and the span test with its two witnesses.
 #include <random>
 
+#include "core/trial.h"
 #include "support/kit/batch.h"
 #include "support/kit/probe.h"
 
@@ -331,6 +332,43 @@ TEST_F(AllNeqTest, AVariableBoundWhileAContextIsRestoredIsOpenAfterwards) {
     ASSERT_TRUE(cs_EQ(array[1], 2));
     EXPECT_EQ(values(array[0]), without(range(0, 9), 2));
   }
+}
+
+// A block of the trail or of the queue that is nearly full, while a search tries a value.
+TEST_F(AllNeqTest, EliminatesWhereThereIsLittleRoom) {
+  for (const int count : {kFew, kMany}) {
+    for (int room = 1; room <= 130; ++room) {
+      cs_end();
+      cs_init();
+      for (CSint *&v : array) v = cs_createCSint(0, 5);
+      for (CSint *v : array) ASSERT_TRUE(cs_NEQ(v, 3));
+      ASSERT_EQ(postPadded(count), 1);
+      cs_saveContext();
+      if (room % 2 == 0) solver::events.startWithRoom(room / 2);
+      while (room % 2 == 1 && (solver::trail.count() + room / 2) % Trail::kCapacity != 0)
+        cs_backtrack(nullptr, 0, nullptr);
+      {
+        const Trial trial(false);
+        ASSERT_TRUE(cs_EQ(array[0], 2) && cs_EQ(array[1], 0));
+      }
+      for (int i = 2; i < 5; ++i) ASSERT_EQ(values(array[i]), (std::vector{1, 4, 5})) << room;
+      cs_restoreContext();
+      for (CSint *v : array) ASSERT_EQ(values(v), (std::vector{0, 1, 2, 4, 5})) << room;
+    }
+  }
+}
+
+TEST_F(AllNeqTest, EachFailingAllocationOfManyIsReportedOnceAndIsZero) {
+  struct Operands {
+    std::vector<CSint *> x;
+  };
+  const auto prepare = [] {
+    Operands operands;
+    for (int i = 0; i < kMany; ++i) operands.x.push_back(cs_createCSint(0, kMany));
+    return operands;
+  };
+  // Site, two for the account of the open ones, record and entries.
+  EXPECT_EQ(failEachAllocation(prepare, [](Operands &o) { return cs_AllNeq(o.x.data(), kMany) == 1; }), 4 + kMany);
 }
 
 // One problem with few variables and with many, on whose bound ones nothing depends: the same results, domains and

@@ -160,8 +160,8 @@ TEST_F(RegularTest, OneConstraintIsAttachedToTheVariablesThenOneToTheLayersFromT
   EXPECT_EQ(graph().layer(0)->constraints, nullptr);
 }
 
-// Site, three for the transitions, live and final states, alphabet, rows, supports, layers, and a record and an entry
-// per variable on each side; the bit arrays of layers with holes.
+// Site, two for the transitions, rows, supports, layers, and a record and an entry per variable on each side; the bit
+// arrays of layers with holes.
 TEST_F(RegularTest, EachFailingAllocationIsReportedOnceAndIsZero) {
   struct Operands {
     CSint *x[2];
@@ -171,6 +171,23 @@ TEST_F(RegularTest, EachFailingAllocationIsReportedOnceAndIsZero) {
   const TestAutomaton even{4, 4, 0, {0, -1, 2, 3, -1, -1, -1, -1, 0, -1, 2, 3, 0, -1, 2, 3}, {0, 2, 3}};
   // Two layers without state 1, and two variables without symbol 1.
   EXPECT_EQ(failEachAllocation(prepare, [&](Operands &o) { return even.post(o.x, 2) == 1; }), 16);
+}
+
+// Live states and symbols are too many for the stack.
+TEST_F(RegularTest, EachFailingAllocationOfAWideOneIsReportedOnceAndIsZero) {
+  constexpr int kSymbols = 20;
+  constexpr int kVariables = 40;
+  struct Operands {
+    std::vector<CSint *> x;
+  };
+  const auto prepare = [] {
+    Operands operands;
+    for (int i = 0; i < kVariables; ++i) operands.x.push_back(cs_createCSint(0, kSymbols - 1));
+    return operands;
+  };
+  const TestAutomaton any{1, kSymbols, 0, std::vector<int>(kSymbols, 0), {0}};
+  EXPECT_EQ(failEachAllocation(prepare, [&](Operands &o) { return any.post(o.x.data(), kVariables) == 1; }),
+            10 + 2 * kVariables);
 }
 
 TEST_F(RegularTest, ATrailThatCannotGrowIsReportedOnceAndIsZero) {
