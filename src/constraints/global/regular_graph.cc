@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Builds the layered graph: a pass forward finds what the start reaches, a pass backward what reaches a final state and
 // the first edge of each list. Both stop at the first edge that tells, so that an automaton with many transitions costs
-// little more than one look at each state. Where the states fit into a word, whole layers are reached at a time.
+// little more than one look at each state. Where the states fit into a word, whole layers are reached at a time. Over
+// two symbols all edges are looked at, without jumps.
 #include "constraints/global/regular_graph.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "constraints/global/state_sets.h"
 #include "core/errors.h"
@@ -32,6 +34,7 @@ class Neighbours {
   // Of any of the states.
   std::uint64_t after(std::uint64_t states) const { return ofAny(states, after_); }
   std::uint64_t before(std::uint64_t states) const { return ofAny(states, before_); }
+  std::uint64_t before(int state) const { return before_[state]; }
 
  private:
   static std::uint64_t ofAny(std::uint64_t states, const std::uint64_t (&of)[64]) {
@@ -68,7 +71,9 @@ class Builder {
   bool run(const Automaton &automaton) {
     if (!live_ || !room_) return false;
     passForward(automaton.start);
-    return acceptFinals(automaton) && makeRows() && passBackward() && makeLayers();
+    if (!acceptFinals(automaton) || !makeRows()) return false;
+    const bool isSmall = transitions_.symbols() == 2 && transitions_.states() < 64;
+    return (isSmall ? passBackwardOverTwo() : passBackward()) && makeLayers();
   }
 
  private:
@@ -91,10 +96,13 @@ class Builder {
   [[nodiscard]] bool acceptFinals(const Automaton &automaton);
   bool makeRows();
   bool passBackward();
+  bool passBackwardOverTwo();
   template <class Set>
   void findSourcesAndLabels(int k, Set targets);
   template <class Set>
   void findTargets(int k, Set sources) const;
+  struct OverTwo;
+  OverTwo findSourcesAndLabelsOverTwo(int k, std::uint64_t sources, const std::uint64_t (&targets)[2]) const;
   bool makeLayers();
 
   Graph &graph_;
@@ -236,6 +244,56 @@ bool Builder::passBackward() {
       if (sources.isEmpty()) return false;
       findTargets(k, sources);
     }
+  }
+  return true;
+}
+
+// Of a position, the states that have an edge, and those of the layer before from which they can be reached.
+struct Builder::OverTwo {
+  std::uint64_t sources;
+  std::uint64_t before;
+};
+
+// targets: those that each of the symbols can lead to.
+Builder::OverTwo Builder::findSourcesAndLabelsOverTwo(int k, std::uint64_t sources,
+                                                      const std::uint64_t (&targets)[2]) const {
+  const Supports supports = graph_.sources(k);
+  const Transitions::Table table = transitions_.table();
+  std::uint64_t live[2] = {};
+  std::uint64_t before = 0;
+  forEachBit(0, sources, [&](int q) {
+    const int *row = table.row(q);
+    const std::uint64_t isLive = targets[0] >> (row[0] & 63) & 1;
+    live[0] |= isLive << q;
+    live[1] |= (targets[1] >> (row[1] & 63) & 1) << q;
+    const int symbol = static_cast<int>(isLive ^ 1);
+    supports[q] = {symbol, {symbol, row[symbol]}};
+    before |= neighbours_.before(q);
+    return true;
+  });
+  for (int a = 0; a < 2; ++a) {
+    if (live[a] == 0) continue;
+    const int q = std::countr_zero(live[a]);
+    graph_.labels(k)[a] = {q, {q, table.row(q)[a]}};
+  }
+  return {live[0] | live[1], before};
+}
+
+// The same over two symbols, with a walk less over each layer and all edges asked: jumps that nobody foresees take
+// longer. No state has bit 63, which is asked where a symbol leads nowhere.
+bool Builder::passBackwardOverTwo() {
+  std::uint64_t before = neighbours_.before(*live_.at(graph_.n_).words());
+  for (int k = graph_.n_ - 1; k >= 0; --k) {
+    readAlphabet(k);
+    std::uint64_t leadsTo[2] = {};
+    std::uint64_t &sources = *live_.at(k).words();
+    const std::uint64_t targets = *live_.at(k + 1).words();
+    for (int i = 0; i < count_; ++i) leadsTo[alphabet_[i]] = targets;
+    const OverTwo found = findSourcesAndLabelsOverTwo(k, sources & before, leadsTo);
+    if (found.sources == 0) return false;
+    sources = found.sources;
+    before = found.before;
+    findTargets(k, OneWord{sources});
   }
   return true;
 }

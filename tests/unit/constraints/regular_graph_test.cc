@@ -3,6 +3,8 @@
 #include "constraints/global/regular_graph.h"
 
 #include "support/constraints/regular_lists.h"
+#include "support/kit/instrumented.h"
+#include "support/kit/random.h"
 
 namespace {
 
@@ -76,6 +78,29 @@ TEST_F(RegularGraphTest, SupportsBeginAtTheFirstEntry) {
   EXPECT_EQ(lists().target(1, 0).support, 0);
   EXPECT_EQ(lists().source(1, 0).support, 0);
   EXPECT_EQ(lists().label(1, 0).support, 0);
+}
+
+// Values are missing from some variables; with two symbols and with more, below a word of states and above.
+TEST_F(RegularGraphTest, EveryStateOfALayerHasEdgesAndSupportsBeginAtTheFirst) {
+  constexpr int n = 6;
+  Random random(3);
+  for (int round = 0; round < rounds(400); ++round) {
+    const int symbols = 2 + random.below(2);
+    const int states = round % 2 == 0 ? 2 + random.below(5) : 62 + random.below(4);
+    std::vector<int> table;
+    for (int i = 0; i < states * symbols; ++i) table.push_back(random.chance(80) ? random.below(states) : -1);
+    vars.clear();
+    for (int k = 0; k < n; ++k) vars.push_back(cs_createCSint(0, symbols - 1));
+    cs_NEQ(vars[static_cast<std::size_t>(random.below(n))], random.below(symbols));
+    if (!build(table, states, symbols, {0, states / 2, states - 1}, n)) continue;
+    const RegularLists edges = lists();
+    for (int k = 0; k < n; ++k) {
+      for (const int q : values(graph.layer(k))) ASSERT_EQ(edges.source(k, q).support, 0) << round;
+      for (const int t : values(graph.layer(k + 1))) ASSERT_EQ(edges.target(k, t).support, 0) << round;
+      for (int a = 0; a < symbols; ++a)
+        ASSERT_EQ(edges.label(k, a).support, graph.labels(k)[a].exists() ? 0 : -1) << round;
+    }
+  }
 }
 
 TEST_F(RegularGraphTest, SymbolsInAHoleOfAVariableMakeNoEdge) {
