@@ -103,3 +103,24 @@ int cs_restoreAndSaveContext(void) {
   cs_restoreContext();
   return cs_saveContext();
 }
+
+namespace koru {
+
+// Changes that handlers have made in contexts of their own are on the same trail.
+void renewContext() {
+  if (solver::contexts.empty() || solver::queue.depth > 0 || !solver::events.empty() || solver::agenda.busy() ||
+      !solver::trail.undoDomainsTo(solver::contexts.newest().trailMark)) {
+    cs_restoreAndSaveContext();
+    return;
+  }
+  [[maybe_unused]] const check::Entered entered;
+  ContextMark &mark = solver::contexts.newest();
+  mark.serial = ++solver::contextSerial;
+  ++solver::closings;
+  solver::refusals = mark.refusals;
+  solver::queue.untold = mark.untold;
+  solver::queue.limit = 0;
+  if constexpr (kChecked) check::invariantsWhenIdle();
+}
+
+}  // namespace koru

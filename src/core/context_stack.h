@@ -26,4 +26,9 @@ inline KORU_STATE std::uint64_t closings = 0;       // of contexts; what was don
 inline KORU_STATE bool acceptedInside = false;      // changes were made permanent while an outer context was open
 
 }  // namespace solver
+
+// The same as cs_restoreAndSaveContext. Where a search has tried a value there is nothing but domains to restore, no
+// event waits and nobody runs: then the context stays and becomes a new one, which saves some 60 instructions.
+void renewContext();
+
 }  // namespace koru

@@ -252,6 +252,7 @@ void abandon(Queue &queue, CSint *variable, int code, const Constraint *failed) 
   if (const FailureListener &r = solver::failureRecorder; r.tell != nullptr) [[unlikely]]
     r.tell(r.argument, failed);
   if (const FailureListener &l = solver::ports.failureListener; l.tell != nullptr) l.tell(l.argument, failed);
+  if (canBeUnheard()) return drop(queue);
   ++site->references;
   drop(queue);
   if (solver::ports.profiling) solver::ports.notify(false, variable, code, site);

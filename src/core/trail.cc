@@ -147,7 +147,7 @@ static bool isOfDomain(TrailKind kind) {
 // Takes back changes of domains, down to the mark, the block's first record or one of another kind, with the top of the
 // stack in a register and no call: this saves some 15 instructions a record.
 template <bool taken>
-[[gnu::always_inline]] inline void Trail::undoDomains(int mark) {
+[[gnu::noinline]] bool Trail::undoDomains(int mark) {
   TrailRecord *end = top();
   CSint sink;
   for (const TrailRecord *const low = lowestFrom(mark); end != low; --end) {
@@ -164,6 +164,7 @@ template <bool taken>
     }
   }
   cutAt(end);
+  return count() <= mark;
 }
 
 [[gnu::noinline]] void Trail::undoRest(int mark) {
@@ -179,13 +180,10 @@ template <bool taken>
   ++solver::closings;
 }
 
+bool Trail::undoDomainsTo(int mark) { return taken_ ? undoDomains<true>(mark) : undoDomains<false>(mark); }
+
 void Trail::undoTo(int mark) {
-  if (taken_) {
-    undoDomains<true>(mark);
-  } else {
-    undoDomains<false>(mark);
-  }
-  if (count() > mark) undoRest(mark);
+  if (!undoDomainsTo(mark)) undoRest(mark);
 }
 
 // Only buffers have anything to end.
@@ -196,10 +194,9 @@ void Trail::discardNotes(int mark) {
   }
 }
 
-void Trail::discardTo(int mark) {
+void Trail::discardBeyond(int mark) {
   discardNotes(mark);
-  if (count() > mark) popTo(mark);
-  seen_ = std::min(seen_, mark);
+  popTo(mark);
 }
 
 // The end of a full block belongs to its last record.

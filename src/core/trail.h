@@ -2,6 +2,8 @@
 // The undo trail: a log of changes from which earlier states are rebuilt, newest change first.
 #pragma once
 
+#include <algorithm>
+
 #include "core/alloc.h"
 #include "core/block_stack.h"
 #include "core/state.h"
@@ -88,7 +90,12 @@ class Trail : public BlockStack<TrailRecord> {
 
   // Take back, or make permanent, everything noted since the trail had `mark` records.
   void undoTo(int mark);
-  void discardTo(int mark);
+  void discardTo(int mark) {
+    if (count() > mark) discardBeyond(mark);
+    seen_ = std::min(seen_, mark);
+  }
+  // Takes back changes of domains as far as there is nothing else. False when there is.
+  [[nodiscard]] bool undoDomainsTo(int mark);
 
   // Changes made now, by a callback of the undo, are about to be taken back with the rest.
   bool undoing() const { return others_ > read_; }
@@ -115,10 +122,11 @@ class Trail : public BlockStack<TrailRecord> {
  private:
   void undo(const TrailRecord &record);
   template <bool taken>
-  void undoDomains(int mark);
+  bool undoDomains(int mark);
   void undoRest(int mark);
   void undoNote();
   void discardNotes(int mark);
+  void discardBeyond(int mark);
   TrailNote *pushNote(TrailKind kind);
   [[gnu::noinline, gnu::cold]] bool makeRoomBeyond();
 

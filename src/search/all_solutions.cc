@@ -32,7 +32,7 @@ struct AllSolutions {
       ++searchState.choicePoints;
       if (searchState.cancelled) return tellLeave();
       if (tryValue(v, values.current(), 0)) label();
-      restoreAndSave();
+      renewContext();
     }
     cs_acceptContext();
     tellLeave();

@@ -2,6 +2,7 @@
 // What the labelling engines share: the values of a level, and the step from one value to the next.
 #pragma once
 
+#include "core/narrow.h"
 #include "core/solver.h"
 #include "core/trial.h"
 #include "search/state.h"
@@ -37,7 +38,12 @@ class Values {
 
  private:
   void skipAbsent() {
-    if (bits_ == nullptr || bits_->has(value_)) return;
+    if (bits_ == nullptr) return;
+    if (const std::uint64_t word = bits_->upwardsFrom(value_); word != 0) {
+      value_ += std::countr_zero(word);
+      more_ = value_ <= max_;
+      return;
+    }
     value_ = nextPresent(bits_, value_);
     more_ = value_ <= max_ && bits_->has(value_);
   }
@@ -69,9 +75,10 @@ inline bool hostLooks(int failLimit = 0) {
   return searchObserver != nullptr || (failLimit > 0 && searchState.fails >= failLimit - 1);
 }
 
+// What cs_EQ does, which a search answers for itself.
 [[nodiscard]] inline bool impose(CSint *v, int value, int failLimit) {
   const Trial trial(hostLooks(failLimit));
-  return cs_EQ(v, value);
+  return solver::attention ? cs_EQ(v, value) : bindValue(v, value);
 }
 
 // Tries one value and, when propagation refuses it, counts the fail.
@@ -99,10 +106,5 @@ inline bool leave() {
 
 // A limit below 1 is none.
 inline bool failLimitReached(int limit) { return limit > 0 && searchState.fails >= limit; }
-
-inline void restoreAndSave() {
-  cs_restoreContext();
-  cs_saveContext();
-}
 
 }  // namespace koru

@@ -65,7 +65,7 @@ template <class Score, class Descend>
     if (searchState.cancelled) return leave();
     if (tryValue(v, value, failLimit) && descend()) return true;
     if (failLimitReached(failLimit)) return leave();
-    restoreAndSave();
+    renewContext();
   }
   cs_acceptContext();
   return leave();

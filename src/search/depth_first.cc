@@ -33,7 +33,7 @@ struct DepthFirst {
       if (searchState.cancelled) return leave();
       if (tryValue(v, values.current(), failLimit) && label()) return true;
       if (failLimitReached(failLimit)) return leave();
-      restoreAndSave();
+      renewContext();
     }
     cs_acceptContext();
     return leave();

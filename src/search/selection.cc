@@ -53,7 +53,7 @@ bool Selection::canChoose(CSint **array, int size, CSfindFreeVar select) {
 }
 
 Selection::Selection(CSint **array, int size, CSfindFreeVar select)
-    : array_(array), size_(size), select_(select), step_(stepFor(select, size)) {
+    : array_(array), size_(size), select_(select), step_(size <= kFew ? askHost : stepFor(select, size)) {
   static_assert(kShort <= SelectionRoom::kSize);
   SelectionRoom &room = selectionRoom;
   if (room.taken || array == nullptr || size < 1) step_ = askHost;

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The variable selection of one search.
 //
-// A function of the host's is called as it is. A built-in one is recognised, and its rule runs over the positions whose
-// variable was not settled yet when an enclosing level looked: the same choice, without a walk over all that is bound.
+// A function of the host's is called as it is, and so is a built-in one where variables are few. Of many its rule runs
+// over the positions whose variable was not settled yet when an enclosing level looked: the same choice, without a walk
+// over all that is bound.
 // What was settled is known for the branch (core/branch_set), so a restore takes the knowledge back, whoever makes it.
 // State: the SelectionRoom, which there is once; a search inside another one does without.
 // Cost: nothing is allocated. Of a long array (search/unsettled.h) a level that has gone down looks at what is free,
@@ -33,6 +34,7 @@ class Selection {
  private:
   using Step = CSint *(*)(Selection &);
 
+  static constexpr int kFew = 32;      // so many variables are looked at faster than it is kept track of them
   static constexpr int kShort = 2048;  // a set of so many positions is walked over faster than it is kept track of
 
   static CSint *askHost(Selection &s) { return s.select_(s.array_, s.size_); }

@@ -43,10 +43,7 @@ struct Level {
   bool isOpposite() const { return choice.branchesInTwo && values.current() == 1; }
 };
 
-class Levels : public BlockStack<Level> {
- public:
-  Level &newest() { return const_cast<Level &>(BlockStack::newest()); }
-};
+using Levels = BlockStack<Level>;
 
 // The path to the last solution of a search with an objective.
 struct PassedStep {
