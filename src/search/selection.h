@@ -17,6 +17,8 @@ namespace koru {
 
 class Selection {
  public:
+  static constexpr int kFew = 32;  // so many variables are looked at faster than it is kept track of them
+
   Selection(CSint **array, int size, CSfindFreeVar select);
   // For a search that stands still between calls, and so has room of its own: a set of all positions.
   Selection(CSint **array, int size, CSfindFreeVar select, const BranchSetOn &positions);
@@ -34,7 +36,6 @@ class Selection {
  private:
   using Step = CSint *(*)(Selection &);
 
-  static constexpr int kFew = 32;      // so many variables are looked at faster than it is kept track of them
   static constexpr int kShort = 2048;  // a set of so many positions is walked over faster than it is kept track of
 
   static CSint *askHost(Selection &s) { return s.select_(s.array_, s.size_); }

@@ -144,25 +144,40 @@ TEST_P(SelectionTest, ChoosesTheSameFromArraysThatAreLongerThanTheRoom) { EXPECT
 
 INSTANTIATE_TEST_SUITE_P(, SelectionTest, ::testing::Range(0, 4));
 
-using SelectionRoomTest = SearchTest;
+class SelectionRoomTest : public SearchTest {
+ protected:
+  // Two variables, and so many constants behind them that they are no longer few.
+  static std::vector<CSint *> many(CSint *x, CSint *y) {
+    std::vector<CSint *> array(Selection::kFew + 1, CSINT(1));
+    array[0] = x;
+    array[1] = y;
+    return array;
+  }
+};
+
+constexpr int kMany = Selection::kFew + 1;
 
 TEST_F(SelectionRoomTest, IsHeldWhileASearchLastsAndGivenBack) {
   makeXy(2, 2);
+  std::vector<CSint *> array = many(xy[0], xy[1]);
   {
-    const Selection selection(xy, 2, cs_findFreeVar);
+    const Selection selection(array.data(), kMany, cs_findFreeVar);
     EXPECT_TRUE(selectionRoom.taken);
   }
   EXPECT_FALSE(selectionRoom.taken);
-  const Selection host(xy, 2, select);
+  const Selection host(array.data(), kMany, select);
   EXPECT_FALSE(selectionRoom.taken) << "a host's function needs none";
+  const Selection few(array.data(), kMany - 1, cs_findFreeVar);
+  EXPECT_FALSE(selectionRoom.taken) << "nor do few variables";
 }
 
 TEST_F(SelectionRoomTest, ASecondSelectionAtTheSameTimeDoesWithout) {
   makeXy(2, 2);
-  Selection outer(xy, 2, cs_findFreeVar);
+  std::vector<CSint *> array = many(xy[0], xy[1]);
+  Selection outer(array.data(), kMany, cs_findFreeVar);
   {
-    CSint *other[] = {cs_createCSint(0, 1), xy[1]};
-    Selection inner(other, 2, cs_findFreeVar);
+    std::vector<CSint *> other = many(cs_createCSint(0, 1), xy[1]);
+    Selection inner(other.data(), kMany, cs_findFreeVar);
     EXPECT_EQ(inner.next(), other[0]);
     EXPECT_EQ(outer.next(), xy[0]);
   }
@@ -266,16 +281,18 @@ TEST_F(SelectionRoomTest, NoArrayAndNoSizeHaveNoVariable) {
 // A search that is started by a constraint of another one, both with a built-in selection.
 TEST_F(SelectionRoomTest, ASearchInsideASearchFindsItsOwnSolutions) {
   makeXy(2, 3);
-  CSint *inner[] = {cs_createCSint(0, 1), cs_createCSint(0, 1)};
+  std::vector<CSint *> outer = many(xy[0], xy[1]);
+  std::vector<CSint *> inner = many(cs_createCSint(0, 1), cs_createCSint(0, 1));
   int innerSolutions = 0;
   refuseY([&](int value) {
-    EXPECT_TRUE(cs_search(inner, 2, cs_findFreeVar));
+    EXPECT_TRUE(selectionRoom.taken);
+    EXPECT_TRUE(cs_search(inner.data(), kMany, cs_findFreeVar));
     innerSolutions += cs_isInstantiated(inner[0]) && cs_isInstantiated(inner[1]) ? 1 : 0;
     cs_restoreContext();
     cs_restoreContext();
     return value == 2;
   });
-  EXPECT_TRUE(cs_search(xy, 2, cs_findFreeVar));
+  EXPECT_TRUE(cs_search(outer.data(), kMany, cs_findFreeVar));
   EXPECT_EQ(values(xy[1]), std::vector{2});
   EXPECT_EQ(innerSolutions, 3);
   EXPECT_FALSE(selectionRoom.taken);
