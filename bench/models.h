@@ -213,6 +213,19 @@ inline Outcome postPairs(const Pairs &pairs) {
 
 inline Outcome postManyPairs() { return postPairs(instances().pairs); }
 
+// What making them takes is not meant.
+template <int n>
+Outcome endVariables() {
+  const double before = secondsInEnd;
+  Outcome outcome;
+  {
+    Lifetime lifetime;
+    outcome.units = static_cast<long long>(lifetime.array(n, 0, 9).size());
+  }
+  outcome.seconds = secondsInEnd - before;
+  return outcome;
+}
+
 inline constexpr Model kModels[] = {
     {"queens_all 12", "node", queensAll<12>},
     {"queens_first 200", "node", queensFirst<200>},
@@ -258,6 +271,7 @@ inline constexpr Model kModels[] = {
     {"card_domain 60/10", "node", cardinalities<cs_CardinalityDomain, kExactScopes, 3>},
     {"bin_packing 40/14", "node", binPacking<40, 14, 101, 3>},
     {"post 10^6", "constraint", postManyPairs},
+    {"end 10^6", "variable", endVariables<1000000>},
 };
 
 }  // namespace koru::bench

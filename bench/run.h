@@ -17,6 +17,9 @@ struct Outcome {
   long long choicePoints = 0;
   long long fails = 0;
   long long solutions = 0;
+  double seconds = kAll;  // of the part of the run that is meant
+
+  static constexpr double kAll = -1;
 };
 
 using Array = std::vector<CSint *>;

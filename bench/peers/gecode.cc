@@ -3,6 +3,8 @@
 // offset views where Koru needs shifted variables, n-ary branching on ascending values, no restarts.
 #include <gecode/minimodel.hh>
 
+#include <memory>
+
 #include "gecode_problem.h"
 #include "models_strong.h"
 
@@ -156,6 +158,17 @@ Outcome postPairs(const Recomputation &) {
   return problem.status() != Gecode::SS_FAILED ? outcome : Outcome{};
 }
 
+template <int n>
+Outcome endVariables(const Recomputation &) {
+  auto problem = std::make_unique<Problem>(n, 0, 9);
+  Outcome outcome;
+  outcome.units = problem->vars.size();
+  const double start = cpuSeconds();
+  problem.reset();
+  outcome.seconds = cpuSeconds() - start;
+  return outcome;
+}
+
 const PeerModel kPeers[] = {
     {"queens_all 12", queens<12, kAllSolutions>},
     {"queens_first 200", queens<200, 1>},
@@ -175,6 +188,7 @@ const PeerModel kPeers[] = {
     {"ladder 10^4 x 200", ladder<10000, 200>},
     {"ladder 10^6 x 5", ladder<1000000, 5>},
     {"post 10^6", postPairs},
+    {"end 10^6", endVariables<1000000>},
 };
 
 }  // namespace

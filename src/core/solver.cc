@@ -21,11 +21,12 @@ bool createStacks() {
   return solver::variables.create() && createTrail() && solver::contexts.create() && solver::events.create();
 }
 
-// Bit arrays and names go first. Constraints that own nothing and lie in the pool go with it, unvisited: their entries
-// are scattered in memory, and a walk would take longer than the postings did.
+// Bit arrays and names go first. What lies in the pool goes with it, unvisited: a walk over all variables would take as
+// long as it took to make them, and over the entries of their constraints, which are scattered in memory, longer.
 void destroyVariables() {
-  solver::variables.forEach(destroyDomain);
-  if (solver::ownersAlive > 0 || solver::pool.hasLoose()) solver::variables.forEach(detachAll);
+  const bool isPooled = solver::ownersAlive == 0 && !solver::pool.hasLoose();
+  if (!isPooled || solver::named) solver::variables.forEach(destroyDomain);
+  if (!isPooled) solver::variables.forEach(detachAll);
   solver::variables.destroy();
 }
 
@@ -69,6 +70,7 @@ void cs_end(void) {
   solver::queue = koru::Queue{};
   solver::acceptedInside = false;
   solver::ownersAlive = 0;
+  solver::named = false;
   solver::userSite = nullptr;
   solver::refusals = solver::busy = 0;
   solver::initialised = false;

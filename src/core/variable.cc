@@ -42,6 +42,7 @@ void cs_setName(CSint *vint, const char *name) {
   deallocate(std::exchange(vint->name, nullptr));
   char *copy = name != nullptr ? copyText(name) : nullptr;
   deallocate(std::exchange(vint->name, copy));
+  solver::named = true;
 }
 
 char *cs_getName(CSint *vint) { return vint != nullptr ? vint->name : nullptr; }

@@ -86,6 +86,7 @@ inline int valueBefore(const CSint *v, int value) { return previousPresent(v->bi
 namespace solver {
 
 inline KORU_STATE BlockStack<CSint> variables;  // the only owner of variables that the host sees
+inline KORU_STATE bool named = false;           // since cs_init, one of them
 
 }  // namespace solver
 }  // namespace koru

@@ -35,6 +35,7 @@ struct CSsolver {
   koru::SiteTable sites;
   koru::Trail trail;
   koru::BlockStack<CSint> variables;
+  bool named = false;
 
   koru::ProfilerState profiler;
   koru::SearchState search;

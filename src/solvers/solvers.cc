@@ -42,6 +42,7 @@ void exchangeCore(CSsolver &s) {
   std::swap(solver::sites, s.sites);
   std::swap(solver::trail, s.trail);
   std::swap(solver::variables, s.variables);
+  std::swap(solver::named, s.named);
 }
 
 void exchange(CSsolver &s) {
