@@ -72,8 +72,12 @@ class Builder {
     if (!live_ || !room_) return false;
     passForward(automaton.start);
     if (!acceptFinals(automaton) || !makeRows()) return false;
-    const bool isSmall = transitions_.symbols() == 2 && transitions_.states() < 64;
-    return (isSmall ? passBackwardOverTwo() : passBackward()) && makeLayers();
+    if (transitions_.symbols() == 2 && transitions_.states() < 64) {
+      passBackwardOverTwo();
+    } else {
+      passBackward();
+    }
+    return makeLayers();
   }
 
  private:
@@ -95,8 +99,8 @@ class Builder {
   void passForward(int start);
   [[nodiscard]] bool acceptFinals(const Automaton &automaton);
   bool makeRows();
-  bool passBackward();
-  bool passBackwardOverTwo();
+  void passBackward();
+  void passBackwardOverTwo();
   template <class Set>
   void findSourcesAndLabels(int k, Set targets);
   template <class Set>
@@ -163,7 +167,6 @@ bool Builder::makeRows() {
   int last = first;
   for (int k = 0; k < graph_.n_; ++k) {
     const StateSet next = live_.at(k + 1);
-    if (next.isEmpty()) return false;
     Graph::Row &row = graph_.rows_[k];
     row.sources = place(first, last);
     first = next.first();
@@ -228,8 +231,8 @@ void Builder::findTargets(int k, Set sources) const {
   });
 }
 
-// States without an edge to the next layer go.
-bool Builder::passBackward() {
+// States without an edge to the next layer go. A final state has been reached, so none of the layers becomes empty.
+void Builder::passBackward() {
   for (int k = graph_.n_ - 1; k >= 0; --k) {
     readAlphabet(k);
     const StateSet sources = live_.at(k);
@@ -237,15 +240,12 @@ bool Builder::passBackward() {
     if (neighbours_) {
       *sources.words() &= neighbours_.before(*targets.words());
       findSourcesAndLabels(k, OneWord{*targets.words()});
-      if (sources.isEmpty()) return false;
       findTargets(k, OneWord{*sources.words()});
     } else {
       findSourcesAndLabels(k, targets);
-      if (sources.isEmpty()) return false;
       findTargets(k, sources);
     }
   }
-  return true;
 }
 
 // Of a position, the states that have an edge, and those of the layer before from which they can be reached.
@@ -281,7 +281,7 @@ Builder::OverTwo Builder::findSourcesAndLabelsOverTwo(int k, std::uint64_t sourc
 
 // The same over two symbols, with a walk less over each layer and all edges asked: jumps that nobody foresees take
 // longer. No state has bit 63, which is asked where a symbol leads nowhere.
-bool Builder::passBackwardOverTwo() {
+void Builder::passBackwardOverTwo() {
   std::uint64_t before = neighbours_.before(*live_.at(graph_.n_).words());
   for (int k = graph_.n_ - 1; k >= 0; --k) {
     readAlphabet(k);
@@ -290,12 +290,10 @@ bool Builder::passBackwardOverTwo() {
     const std::uint64_t targets = *live_.at(k + 1).words();
     for (int i = 0; i < count_; ++i) leadsTo[alphabet_[i]] = targets;
     const OverTwo found = findSourcesAndLabelsOverTwo(k, sources & before, leadsTo);
-    if (found.sources == 0) return false;
     sources = found.sources;
     before = found.before;
     findTargets(k, OneWord{sources});
   }
-  return true;
 }
 
 bool Builder::makeLayers() {

@@ -79,6 +79,36 @@ TEST_F(AllSolutionsTest, TheResultOfAnEarlierRunIsForgotten) {
 }
 
 // The level of y notices it at y = 1, the level of x at x = 1.
+// Holes within a word, across one, over whole words, and behind the last value.
+TEST_F(AllSolutionsTest, ValuesFarApartAreTriedInAscendingOrder) {
+  const std::vector<int> all{-70, -7, -6, 0, 1, 63, 64, 200, 1000};
+  CSint *v = fromValues(all);
+  std::vector<std::vector<int>> wanted;
+  for (const int value : all) wanted.push_back({value});
+  EXPECT_TRUE(cs_findAll(&v, 1, select, found));
+  EXPECT_EQ(solutions, wanted);
+  solutions.clear();
+  ASSERT_TRUE(cs_LE(v, 900));
+  wanted.pop_back();
+  EXPECT_TRUE(cs_findAll(&v, 1, select, found));
+  EXPECT_EQ(solutions, wanted);
+  expectCounters(8, 0);
+}
+
+// The first value stays for good; the others are tried, and refused, in contexts of their own.
+TEST_F(AllSolutionsTest, FoundMayCloseAllContexts) {
+  CSint *v = cs_createCSint(0, 2);
+  onFound = [this](const std::vector<int> &solution) {
+    solutions.push_back(solution);
+    cs_acceptAll();
+  };
+  EXPECT_TRUE(cs_findAll(&v, 1, select, found));
+  EXPECT_EQ(solutions, std::vector<std::vector<int>>{{0}});
+  EXPECT_EQ(values(v), std::vector{0});
+  expectCounters(3, 2);
+  EXPECT_EQ(openContexts(), 0);
+}
+
 TEST_F(AllSolutionsTest, CancellingInFoundKeepsTheResultAndLeavesContextsOpen) {
   makeXy(2, 2);
   onFound = [this](const std::vector<int> &solution) {
