@@ -14,7 +14,7 @@ struct CSsolver {
   bool parked = false;
   koru::Observer atEnd{};
 
-  // In the order of core/solver.h.
+  // In the order of core/solver.h, but for one that would leave a gap.
   koru::Agenda agenda;
   koru::check::State checked;
   int ownersAlive = 0;
@@ -22,6 +22,7 @@ struct CSsolver {
   std::uint64_t contextSerial = 0;
   std::uint64_t closings = 0;
   bool acceptedInside = false;
+  bool named = false;
   koru::Errors errors;
   bool initialised = false;
   koru::Pool pool;
@@ -35,7 +36,6 @@ struct CSsolver {
   koru::SiteTable sites;
   koru::Trail trail;
   koru::BlockStack<CSint> variables;
-  bool named = false;
 
   koru::ProfilerState profiler;
   koru::SearchState search;
