@@ -22,6 +22,12 @@ Pairs entries(const ListedEdges &list) {
 
 class RegularGraphTest : public SolverTest {
  protected:
+  // What the graph has of the pool must go before the pool does.
+  void TearDown() override {
+    graph = Graph();
+    SolverTest::TearDown();
+  }
+
   bool build(const std::vector<int> &table, int states, int symbols, const std::vector<int> &finals, int n) {
     while (static_cast<int>(vars.size()) < n) vars.push_back(cs_createCSint(0, symbols - 1));
     const Automaton automaton{table.data(), states, symbols, 0, finals.data(), static_cast<int>(finals.size())};
