@@ -261,6 +261,8 @@ inline constexpr Model kModels[] = {
     {"regular posting", "edge", postAutomaton<200, 500, 50>},
     {"regular cascade", "event", cascade<100, 60, 10, 20>},
     {"nonogram x 20", "node", nonograms<12, 20>},
+    {"nonogram 25", "node", nonograms<25, 1>},
+    {"roster 24x21", "node", roster},
     {"job shop 5x4", "node", jobShop<5, 4>},
     {"cumulative 10", "event", cumulative<10, 2000>},
     {"cumulative 60", "event", cumulative<60, 200>},

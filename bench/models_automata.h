@@ -162,4 +162,58 @@ Outcome nonograms() {
   return solveNonograms(puzzles);
 }
 
+// ----- rosters
+
+// Three weeks of shifts, off, early, late or night, for 24 people. At most five days of work in a row, in which no
+// shift is followed by an earlier one; on each day so many have each shift.
+struct Roster {
+  static constexpr int kPeople = 24;
+  static constexpr int kDays = 21;
+  static constexpr int kShifts = 4;
+  static constexpr int kMostInARow = 5;
+  static constexpr int kNeeded[kShifts] = {10, 5, 5, 4};
+
+  // A day's shifts, all people's, one after the other; who comes first changes from day to day, as those do who get
+  // what is tried first.
+  static constexpr int cell(int person, int day) {
+    return day * kPeople + (person + (kPeople - kNeeded[0]) * day) % kPeople;
+  }
+  static constexpr int beginOf(int day) { return day * kPeople; }
+
+  // State 0 is a day off; the others are the days worked and the last shift.
+  static Automaton rules() {
+    constexpr int kKinds = kShifts - 1;
+    Automaton result{1 + kMostInARow * kKinds, kShifts, {}, {}};
+    for (int q = 0; q < result.states; ++q) {
+      const int days = q == 0 ? 0 : (q - 1) / kKinds + 1;
+      const int last = q == 0 ? 1 : (q - 1) % kKinds + 1;
+      result.table.push_back(0);
+      for (int shift = 1; shift < kShifts; ++shift)
+        result.table.push_back(shift < last || days == kMostInARow ? -1 : days * kKinds + shift);
+      result.finals.push_back(q);
+    }
+    return result;
+  }
+};
+
+inline Outcome roster() {
+  static const Automaton rules = Roster::rules();
+  Outcome outcome;
+  Lifetime lifetime;
+  Array &x = lifetime.array(Roster::kPeople * Roster::kDays, 0, Roster::kShifts - 1);
+  for (int person = 0; person < Roster::kPeople; ++person) {
+    Array &line = lifetime.array();
+    for (int day = 0; day < Roster::kDays; ++day)
+      line.push_back(x[static_cast<std::size_t>(Roster::cell(person, day))]);
+    if (!rules.post(line)) return outcome;
+  }
+  for (int day = 0; day < Roster::kDays; ++day)
+    for (int shift = 0; shift < Roster::kShifts; ++shift)
+      if (!cs_OccurConstraints(CSINT(Roster::kNeeded[shift]), shift, &x[static_cast<std::size_t>(Roster::beginOf(day))],
+                               Roster::kPeople))
+        return outcome;
+  findFirst(outcome, x, cs_findFreeVar);
+  return outcome;
+}
+
 }  // namespace koru::bench

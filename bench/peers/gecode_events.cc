@@ -87,6 +87,29 @@ Outcome nonograms(const Recomputation &recomputation) {
   return outcome;
 }
 
+// ----- rosters
+
+Outcome roster(const Recomputation &recomputation) {
+  auto *problem = new Problem(Roster::kPeople * Roster::kDays, 0, Roster::kShifts - 1);
+  const IntVarArray &x = problem->vars;
+  const Gecode::DFA rules = dfaOf(Roster::rules());
+  for (int person = 0; person < Roster::kPeople; ++person) {
+    IntVarArgs line;
+    for (int day = 0; day < Roster::kDays; ++day) line << x[Roster::cell(person, day)];
+    Gecode::extensional(*problem, line, rules);
+  }
+  for (int day = 0; day < Roster::kDays; ++day) {
+    IntVarArgs people;
+    for (int person = 0; person < Roster::kPeople; ++person) people << x[Roster::cell(person, day)];
+    for (int shift = 0; shift < Roster::kShifts; ++shift)
+      Gecode::count(*problem, people, shift, Gecode::IRT_EQ, Roster::kNeeded[shift]);
+  }
+  problem->inOrder(x);
+  Outcome outcome;
+  search(outcome, problem, recomputation, 1);
+  return outcome;
+}
+
 // ----- job shop
 
 class ShopProblem : public CostProblem {
@@ -175,6 +198,8 @@ const PeerModel kPeers[] = {
     {"regular posting", postAutomaton<200, 500, 50>},
     {"regular cascade", cascade<100, 60, 10, 20>},
     {"nonogram x 20", nonograms<12, 20>},
+    {"nonogram 25", nonograms<25, 1>},
+    {"roster 24x21", roster},
     {"job shop 5x4", jobShop<5, 4>},
     {"cumulative 10", cumulative<10, 2000>},
     {"cumulative 60", cumulative<60, 200>},
