@@ -106,7 +106,8 @@ int cs_restoreAndSaveContext(void) {
 
 namespace koru {
 
-// Changes that handlers have made in contexts of their own are on the same trail.
+// The undo comes before it is known whether there is more than domains to take back: that of domains calls nobody, so
+// nobody sees that the context is still open.
 void renewContext() {
   if (solver::contexts.empty() || solver::queue.depth > 0 || !solver::events.empty() || solver::agenda.busy() ||
       !solver::trail.undoDomainsTo(solver::contexts.newest().trailMark)) {
@@ -119,7 +120,7 @@ void renewContext() {
   ++solver::closings;
   solver::refusals = mark.refusals;
   solver::queue.untold = mark.untold;
-  solver::queue.limit = 0;
+  solver::queue.limit = 0;  // the depth
   if constexpr (kChecked) check::invariantsWhenIdle();
 }
 

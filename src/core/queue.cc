@@ -246,7 +246,7 @@ void drop(Queue &queue) {
   leave(queue);
 }
 
-// The site is kept while the failed constraint may go.
+// The site is kept while the failed constraint may go, unless no profiler could ask for it.
 void abandon(Queue &queue, CSint *variable, int code, const Constraint *failed) {
   Site *site = failed->site;
   if (const FailureListener &r = solver::failureRecorder; r.tell != nullptr) [[unlikely]]

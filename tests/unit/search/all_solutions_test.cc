@@ -78,7 +78,6 @@ TEST_F(AllSolutionsTest, TheResultOfAnEarlierRunIsForgotten) {
   EXPECT_FALSE(cs_findAll(xy, 2, select, found));
 }
 
-// The level of y notices it at y = 1, the level of x at x = 1.
 // Holes within a word, across one, over whole words, and behind the last value.
 TEST_F(AllSolutionsTest, ValuesFarApartAreTriedInAscendingOrder) {
   const std::vector<int> all{-70, -7, -6, 0, 1, 63, 64, 200, 1000};
@@ -109,6 +108,7 @@ TEST_F(AllSolutionsTest, FoundMayCloseAllContexts) {
   EXPECT_EQ(openContexts(), 0);
 }
 
+// The level of y notices it at y = 1, the level of x at x = 1.
 TEST_F(AllSolutionsTest, CancellingInFoundKeepsTheResultAndLeavesContextsOpen) {
   makeXy(2, 2);
   onFound = [this](const std::vector<int> &solution) {
